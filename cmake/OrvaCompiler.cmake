@@ -1,0 +1,37 @@
+# One place for the compiler's settings, so that every target of the project is built alike.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+find_program(ORVA_CCACHE ccache)
+if(ORVA_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVA_CCACHE}")
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic)
+if(ORVA_WERROR)
+    add_compile_options(-Werror)
+endif()
+
+add_compile_definitions(
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+    QT_DEPRECATED_WARNINGS QT_NO_KEYWORDS)
+
+# A library that is loaded at run time must find all its symbols when it is linked.
+add_link_options(-Wl,--as-needed)
+
+if(ORVA_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
+                        -fno-omit-frame-pointer -O1 -g)
+    add_link_options(-fsanitize=address,undefined)
+else()
+    add_link_options(-Wl,-z,defs)
+endif()
