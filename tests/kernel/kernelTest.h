@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QStringList>
+#include <QtTest>
+
+#include <sched.h>
+
+#include <log4cplus/appender.h>
+#include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
+
+/// Runs a command line of the shell; true when it exits with 0.
+inline bool run(const QString& commandLine)
+{
+    return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), commandLine}) == 0;
+}
+
+/// Runs the tests of `Test` in a network namespace of the process's own; skips them without the
+/// right to make one.
+template <typename Test>
+int runInNamespace(int argc, char** argv)
+{
+    constexpr int skipped = 77;
+    if (unshare(CLONE_NEWNET) != 0)
+        return skipped;
+    QCoreApplication application(argc, argv);
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+/// A network namespace beside the process's own: `veth0` here (10.9.0.1) is linked with `veth0`
+/// there (10.9.0.2), and nothing travels that no one sends. Both go with the object.
+class Neighbour
+{
+public:
+    Neighbour()
+        : m_name(QStringLiteral("orva-test-%1").arg(QCoreApplication::applicationPid()))
+    {
+        const QString quiet =
+            QStringLiteral("echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv6");
+        m_complete =
+            ::run(QStringLiteral("ip netns add ") + m_name) && ::run(quiet) && run(quiet) && link();
+    }
+    ~Neighbour() { ::run(QStringLiteral("ip netns delete ") + m_name); }
+
+    [[nodiscard]] bool isComplete() const { return m_complete; }
+
+    /// Makes the link; `veth0` must not exist.
+    [[nodiscard]] bool link() const
+    {
+        return ::run(QStringLiteral("ip link add veth0 type veth peer veth0 netns %1 && "
+                                    "ip addr add 10.9.0.1/24 dev veth0 && ip link set veth0 up")
+                         .arg(m_name)) &&
+               run(QStringLiteral("ip addr add 10.9.0.2/24 dev veth0 && ip link set veth0 up"));
+    }
+
+    /// Runs a command line of the shell in the neighbour's namespace.
+    [[nodiscard]] bool run(const QString& commandLine) const
+    {
+        return ::run(QStringLiteral("ip netns exec %1 sh -c '%2'").arg(m_name, commandLine));
+    }
+
+private:
+    Q_DISABLE_COPY(Neighbour)
+
+    QString m_name;
+    bool m_complete = false;
+};
+
+/// Keeps every line that is logged after `install()`.
+class LogCapture : public log4cplus::Appender
+{
+public:
+    static LogCapture& install()
+    {
+        auto* capture = new LogCapture;
+        log4cplus::Logger root = log4cplus::Logger::getRoot();
+        root.removeAllAppenders();
+        root.setLogLevel(log4cplus::ALL_LOG_LEVEL);
+        root.addAppender(log4cplus::SharedAppenderPtr(capture));
+        return *capture;
+    }
+    ~LogCapture() override { destructorImpl(); }
+    void close() override {}
+
+    /// Forgets the lines.
+    void clear() { m_lines.clear(); }
+
+    /// How many lines contain `text`.
+    [[nodiscard]] int count(const QString& text) const { return m_lines.filter(text).size(); }
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override
+    {
+        m_lines << QString::fromStdString(event.getMessage());
+    }
+
+private:
+    QStringList m_lines;
+};
