@@ -1,0 +1,132 @@
+# shellcheck shell=bash
+# A device on this machine: a private system bus, the host with the module, and the daemon that the bus
+# starts when the module first speaks to it. Sourced by ./run and by the tests.
+#
+# What a caller may set before device_start:
+DEVICE_BACKEND=${DEVICE_BACKEND:-lumod}    # lumod, or fake: as on a root file system from the network
+DEVICE_RADIOS=${DEVICE_RADIOS:-stand-in}   # stand-in: rfkill is only recorded; real: it runs
+DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
+DEVICE_WORLD=${DEVICE_WORLD:-}             # the daemon's world; default examples/world.json
+
+device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+device_bus_pid='' device_host_pid=''
+
+# device_start BUILD DIR STATE LOG: starts a device from the build tree BUILD. DIR is an empty directory
+# for its run, STATE keeps its settings, LOG takes what it writes. Returns when its nodes can be read.
+device_start() {
+    local build=$1 dir=$2 state=$3 log=$4
+    mkdir -p "$dir/system.d" "$dir/services" "$state"
+    (umask 077 && : >"$log")
+    device_configure "$build" "$dir"
+    device_environment "$build" "$dir"
+
+    # Whatever ends this shell ends the two programs with it, and the daemon follows its bus.
+    setpriv --pdeathsig TERM dbus-daemon --nofork --nopidfile --nosyslog \
+        --config-file="$dir/bus.conf" --address="$(device_address "$dir")" \
+        </dev/null >>"$log" 2>&1 9>&- &
+    device_bus_pid=$!
+    device_await 10 test -S "$dir/bus" || return 1
+
+    setpriv --pdeathsig TERM "$build/bin/orva-host" --config "$dir/host.json" \
+        --state-dir "$state" --log-level "$DEVICE_LOG_LEVEL" \
+        </dev/null >>"$log" 2>&1 9>&- &
+    device_host_pid=$!
+    device_await 40 device_answers
+}
+
+# device_stop: ends what device_start started, the host first.
+device_stop() {
+    device_end "$device_host_pid"
+    device_end "$device_bus_pid"
+    device_host_pid='' device_bus_pid=''
+}
+
+# device_address DIR: the bus address of the device that runs in DIR.
+device_address() {
+    printf 'unix:path=%s/bus\n' "$1"
+}
+
+# device_alive DIR: whether a device runs in DIR.
+device_alive() {
+    local pid
+    pid=$(cat "$1/pid" 2>/dev/null) && tr '\0' ' ' <"/proc/$pid/cmdline" 2>/dev/null |
+        grep -qF -- "$1/bus.conf"
+}
+
+# --- the steps of device_start -----------------------------------------------------------------------
+
+# The files that the bus and the host read.
+device_configure() {
+    local build=$1 dir=$2
+    cp "$device_source/dbus/private-bus.conf" "$dir/bus.conf"
+    cp "$device_source"/dbus/org.orva.*.conf "$dir/system.d/"
+    sed "s/@UID@/$(id -u)/" "$device_source/dbus/private-bus-starter.conf.in" \
+        >"$dir/system.d/starter.conf"
+    cat >"$dir/services/org.orva.lumod.service" <<-END
+	[D-BUS Service]
+	Name=org.orva.lumod
+	Exec="$build/bin/lumod"
+	END
+    sed "s|@ORVA_MODULE@|$build/lib/libnetworking.so|" "$device_source/examples/host.json.in" \
+        >"$dir/host.json"
+}
+
+# What the bus, the daemon, the host and the clients find in their environment.
+device_environment() {
+    local build=$1 dir=$2
+    export DBUS_SYSTEM_BUS_ADDRESS ORVA_LUMOD_WORLD ORVA_RFKILL_RECORD
+    DBUS_SYSTEM_BUS_ADDRESS=$(device_address "$dir")
+    ORVA_LUMOD_WORLD=${DEVICE_WORLD:-$device_source/examples/world.json}
+    ORVA_RFKILL_RECORD=$dir/rfkill.log
+    PATH=$build/bin:$PATH:/usr/sbin:/sbin
+    [ "$DEVICE_RADIOS" = real ] || PATH=$device_source/tools/stand-ins:$PATH
+    [ "$DEVICE_BACKEND" != fake ] || export ORVA_MOUNT_TABLE=$device_source/examples/mounts-nfs
+}
+
+# Whether the host's nodes can be read.
+device_answers() {
+    busctl --timeout=2 call org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s network/info \
+        >/dev/null 2>&1
+}
+
+# device_await SECONDS CMD...: until CMD succeeds, at most SECONDS, and while the device lives.
+device_await() {
+    local tries=$(($1 * 20))
+    shift
+    until "$@"; do
+        ((tries-- > 0)) && kill -0 "$device_bus_pid" ${device_host_pid:+"$device_host_pid"} \
+            2>/dev/null || return 1
+        sleep 0.05
+    done
+}
+
+# device_descendants PID: the processes below PID.
+device_descendants() {
+    local child
+    for child in $(pgrep -P "$1"); do
+        echo "$child"
+        device_descendants "$child"
+    done
+}
+
+# device_end PID: ends PID and the processes below it: asks, and insists after five seconds.
+device_end() {
+    [ -n "$1" ] || return 0
+    local pids tries=100
+    mapfile -t pids < <(echo "$1" && device_descendants "$1")
+    kill "${pids[@]}" 2>/dev/null
+    while device_any_alive "${pids[@]}" && ((tries-- > 0)); do
+        sleep 0.05
+    done
+    kill -KILL "${pids[@]}" 2>/dev/null
+    wait "$1" 2>/dev/null
+    return 0
+}
+
+device_any_alive() {
+    local pid
+    for pid in "$@"; do
+        kill -0 "$pid" 2>/dev/null && return 0
+    done
+    return 1
+}

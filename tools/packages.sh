@@ -1,0 +1,46 @@
+# shellcheck shell=bash disable=SC2034
+# The Debian packages that the project needs, one list a purpose, and the step that installs them.
+
+packages_run=(
+    g++ cmake ninja-build pkg-config
+    qtbase5-dev qtbase5-dev-tools libnl-3-dev libnl-route-3-dev liblog4cplus-dev libcli11-dev
+    dbus-daemon systemd # systemd brings busctl
+    iproute2 iputils-ping procps util-linux
+)
+packages_test=(
+    clang-format clang-tidy clang-tools
+    python3 python3-dbus python3-gi
+    etherwake wakeonlan
+)
+
+# missing_packages NAME...: those of NAME... that are not installed, one a line.
+missing_packages() {
+    dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
+        awk '$2 == "installed" { print $1 }' | sort -u |
+        comm -13 - <(printf '%s\n' "$@" | sort -u)
+}
+
+# install_packages NAME...: installs what is missing; leaves apt alone when nothing is.
+install_packages() {
+    local missing log as_root=()
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -gt 0 ] || return 0
+
+    echo "Installing from Debian: ${missing[*]}" >&2
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "Not root, and no sudo here. As root: apt-get install ${missing[*]}" >&2
+            return 1
+        }
+        as_root=(sudo)
+    fi
+    log=$(mktemp)
+    if ! "${as_root[@]}" apt-get update >"$log" 2>&1 </dev/null ||
+        ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -y --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then
+        tail -n 30 "$log" >&2
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+}
