@@ -1,0 +1,8 @@
+#include "cmpath.h"
+
+#include <ostream>
+
+std::ostream& operator<<(std::ostream& stream, const CMPath& path)
+{
+    return stream << path.toString().toUtf8().constData();
+}

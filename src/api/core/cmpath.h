@@ -1,0 +1,48 @@
+#pragma once
+
+#include "orvarecord.h"
+
+#include <QtCore/QMetaType>
+
+/// Names one node of the host's tree: lower-case words with slashes, such as "network/info". A
+/// value type.
+class ORVA_API CMPath
+{
+public:
+    CMPath() = default;
+    explicit CMPath(const QString& path)
+        : m_path(path)
+    {
+    }
+
+    /// Whether it names no node at all.
+    [[nodiscard]] bool isEmpty() const { return m_path.isEmpty(); }
+    [[nodiscard]] const QString& toString() const { return m_path; }
+
+    friend bool operator==(const CMPath& left, const CMPath& right)
+    {
+        return left.m_path == right.m_path;
+    }
+    friend bool operator!=(const CMPath& left, const CMPath& right) { return !(left == right); }
+    friend uint qHash(const CMPath& path, uint seed = 0) { return ::qHash(path.m_path, seed); }
+
+private:
+    QString m_path;
+};
+
+Q_DECLARE_METATYPE(CMPath)
+
+ORVA_API std::ostream& operator<<(std::ostream& stream, const CMPath& path);
+
+/// Paths stand inside records as text.
+template <>
+struct OrvaCodec<CMPath>
+{
+    static std::optional<CMPath> decode(const QVariant& value)
+    {
+        const auto text = OrvaCodec<QString>::decode(value);
+        return text ? std::optional(CMPath(*text)) : std::nullopt;
+    }
+    static QVariant encode(const CMPath& path) { return path.toString(); }
+    static bool accepts(const QVariant& value) { return OrvaCodec<QString>::accepts(value); }
+};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "orva_global.h"
+
+#include <QtCore/QString>
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <iosfwd>
+
+/// Text in a log line, as UTF-8.
+ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
+
+/// Traces a function: "Enter " with its signature when created, "Leave " with it when destroyed.
+/// Costs a level test where tracing is off.
+class ORVA_API CMTraceScope
+{
+public:
+    CMTraceScope(const log4cplus::Logger& logger, const char* signature);
+    ~CMTraceScope();
+    Q_DISABLE_COPY(CMTraceScope)
+
+private:
+    const log4cplus::Logger& m_logger;
+    const char* m_signature;
+};
+
+/// The guard to open a function with: `const auto trace = dbglog_scopedFunction(logger(),
+/// Q_FUNC_INFO);`. The logger must outlive the guard.
+[[nodiscard]] inline CMTraceScope dbglog_scopedFunction(const log4cplus::Logger& logger,
+                                                        const char* signature)
+{
+    return CMTraceScope(logger, signature);
+}

@@ -1,0 +1,69 @@
+#include "cmabstractworker.h"
+
+void CMChangeHub::notify(const CMPath& path, const OrvaValue& value) const
+{
+    const auto listeners = m_listeners.values(path);
+    for (CMChangeListener* listener : listeners) {
+        // A listener may end another one.
+        if (m_listeners.contains(path, listener))
+            listener->pathChanged(path, value);
+    }
+}
+
+namespace {
+
+struct Dispatch
+{
+    CMAbstractWorker& worker;
+
+    void operator()(const CMGetDataRequest& request) const { worker.getDataRequest(request); }
+    void operator()(const CMGetRowsRequest& request) const { worker.getRowsRequest(request); }
+    void operator()(const CMMatchRowRequest& request) const { worker.matchRowRequest(request); }
+    void operator()(const CMSetDataRequest& request) const { worker.setDataRequest(request); }
+};
+
+} // namespace
+
+void CMAbstractWorker::request(const CMRequest& request)
+{
+    std::visit(Dispatch{*this}, request);
+}
+
+bool CMAbstractWorker::ping()
+{
+    return true;
+}
+
+void CMAbstractWorker::trace() {}
+
+QVariant CMAbstractWorker::getValue(const CMPath& path)
+{
+    const CMGetDataRequest read{path, CMReply<QVariant>::create()};
+    request(read);
+    const QVariant value = read.reply.value();
+    return value.isValid() ? value : QVariant(QVariantHash());
+}
+
+void CMAbstractWorker::setValue(const CMPath& path, const OrvaHash& value,
+                                const CMReply<QVariant>& reply)
+{
+    request(CMSetDataRequest(path, OrvaRoles::Value(), OrvaValue(value), reply));
+}
+
+void CMAbstractWorker::setValue(const CMPath& path, const QVariant& value,
+                                const CMReply<QVariant>& reply)
+{
+    setValue(path, OrvaHash(value.toHash()), reply);
+}
+
+void CMAbstractWorker::invoke(const CMPath& path, const OrvaHash& value,
+                              const CMReply<QVariant>& reply)
+{
+    request(CMSetDataRequest(path, OrvaRoles::Activate(), OrvaValue(value), reply));
+}
+
+void CMAbstractWorker::invoke(const CMPath& path, const QVariant& value,
+                              const CMReply<QVariant>& reply)
+{
+    invoke(path, OrvaHash(value.toHash()), reply);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "cmabstractworker.h"
+#include "nodes/cmnodes.h"
+
+/// A worker that keeps its state in nodes: routes every request to the node of its path.
+class ORVA_API CMNodesWorker : public CMAbstractWorker
+{
+    Q_OBJECT
+public:
+    /// `config` is what the host's configuration holds for this worker; `name` is the worker's own
+    /// name.
+    CMNodesWorker(const QVariantHash& config, const QString& name, QObject* parent = nullptr);
+
+    [[nodiscard]] const QString& name() const { return m_name; }
+    [[nodiscard]] const QVariantHash& config() const { return m_config; }
+    /// Where the worker creates its nodes.
+    [[nodiscard]] CMNodes& nodes() { return m_nodes; }
+    [[nodiscard]] const CMNodes& nodes() const { return m_nodes; }
+
+    void trace() override;
+    void getDataRequest(const CMGetDataRequest& request) override;
+    void getRowsRequest(const CMGetRowsRequest& request) override;
+    void matchRowRequest(const CMMatchRowRequest& request) override;
+    void setDataRequest(const CMSetDataRequest& request) override;
+    void connectChange(const CMPath& path, CMChangeListener* listener) override;
+    void disconnectChange(const CMPath& path, CMChangeListener* listener) override;
+    [[nodiscard]] QVector<CMNodeInfo> nodeInfos() const override;
+
+private:
+    QVariantHash m_config;
+    QString m_name;
+    CMNodes m_nodes;
+    CMChangeHub m_changes;
+};

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "../orvaroles.h"
+#include "cmreply.h"
+
+#include <variant>
+
+/// Asks for the value of a node.
+struct CMGetDataRequest
+{
+    CMPath path;
+    /// Answered with the value's hash; with an empty one where the node has no value yet.
+    CMReply<QVariant> reply;
+};
+
+/// Asks for all rows of a list-rows node.
+struct CMGetRowsRequest
+{
+    CMPath path;
+    /// Answered with a list of `OrvaRoles` hashes.
+    CMReply<QVariant> reply;
+};
+
+/// Asks for one row of a list-rows node.
+struct CMMatchRowRequest
+{
+    CMPath path;
+    QString id;
+    /// Answered with the row's hash; with an empty one where no row has the id.
+    CMReply<QVariant> reply;
+};
+
+/// Writes a value node or activates an activate node. A value type; copies share the reply.
+class ORVA_API CMSetDataRequest
+{
+public:
+    CMSetDataRequest() = default;
+    /// `role` is `OrvaRoles::Value()` to write and `OrvaRoles::Activate()` to activate.
+    CMSetDataRequest(const CMPath& path, const QString& role, const OrvaValue& value,
+                     const CMReply<QVariant>& reply = CMReply<QVariant>());
+
+    [[nodiscard]] const CMPath& path() const { return m_path; }
+    [[nodiscard]] const QString& role() const { return m_role; }
+    [[nodiscard]] const OrvaValue& value() const { return m_value; }
+    /// Where the answer goes; empty when the requester wants none.
+    [[nodiscard]] const CMReply<QVariant>& reply() const { return m_reply; }
+
+    /// Answers with success, if anybody wants an answer.
+    void answer(const OrvaValue& value = OrvaValue()) const;
+    /// Answers with an error, if anybody wants an answer.
+    void fail(const CMError& error) const;
+
+private:
+    CMPath m_path;
+    QString m_role;
+    OrvaValue m_value;
+    CMReply<QVariant> m_reply;
+};
+
+Q_DECLARE_METATYPE(CMSetDataRequest)
+
+/// Shows the request's path, role and value, with secrets masked.
+ORVA_API std::ostream& operator<<(std::ostream& stream, const CMSetDataRequest& request);
+
+/// Whatever can be asked of a worker.
+using CMRequest =
+    std::variant<CMGetDataRequest, CMGetRowsRequest, CMMatchRowRequest, CMSetDataRequest>;

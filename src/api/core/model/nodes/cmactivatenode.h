@@ -1,0 +1,38 @@
+#pragma once
+
+#include "cmuinode.h"
+
+/// A node that is activated: each activation calls the slot that is bound to it.
+class ORVA_API CMActivateNode : public CMUINode
+{
+    Q_OBJECT
+public:
+    /// Creates the node in `nodes`, which owns it.
+    static CMActivateNode* create(CMNodes& nodes, const CMPath& path);
+
+    /// Binds the node to a slot. A missing receiver is our own mistake (fatal). A receiver that
+    /// goes away leaves requests to be dropped, which their requesters are told.
+    template <class Receiver>
+    void setInvoke(Receiver* receiver, void (Receiver::*slot)(const CMSetDataRequest&),
+                   Qt::ConnectionType type)
+    {
+        if (!receiver)
+            qFatal("no receiver for %s", qPrintable(path().toString()));
+        connect(this, &CMActivateNode::invoked, receiver, slot, type);
+    }
+
+    /// Refuses activations whose value has none of these type keys, so that a slot does not take a
+    /// value of another type for an empty one. Without a list any value passes.
+    void setAccepts(const QStringList& typeKeys) { m_accepts = typeKeys; }
+
+    [[nodiscard]] QString kind() const override;
+    void setData(const CMSetDataRequest& request) override;
+
+Q_SIGNALS:
+    void invoked(const CMSetDataRequest& request);
+
+private:
+    using CMUINode::CMUINode;
+
+    QStringList m_accepts;
+};

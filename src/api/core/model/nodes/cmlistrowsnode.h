@@ -1,0 +1,37 @@
+#pragma once
+
+#include "cmuinode.h"
+
+#include <QtCore/QHash>
+
+/// A node that holds a list of rows, each with an id of its own.
+class ORVA_API CMListRowsNode : public CMUINode
+{
+    Q_OBJECT
+public:
+    /// Creates the node in `nodes`, which owns it.
+    static CMListRowsNode* create(CMNodes& nodes, const CMPath& path);
+
+    /// The rows in the order in which their ids first came.
+    [[nodiscard]] const QVector<OrvaRoles>& rows() const { return m_rows; }
+    void rowsClear();
+    /// Appends the row, or puts it in the place of the one with its id.
+    void rowsSetById(const OrvaRoles& row);
+
+    [[nodiscard]] QString kind() const override;
+    [[nodiscard]] bool isReadOnly() const override { return true; }
+    void getRows(const CMGetRowsRequest& request) override;
+    void matchRow(const CMMatchRowRequest& request) override;
+
+Q_SIGNALS:
+    /// The rows changed. Comes once from the event loop, however many rows one event changed.
+    void rowsChanged();
+
+private:
+    using CMUINode::CMUINode;
+    void announce();
+
+    QVector<OrvaRoles> m_rows;
+    QHash<QString, int> m_indexById;
+    bool m_announced = false;
+};

@@ -1,0 +1,34 @@
+#include "cmuinode.h"
+
+#include "cmnodes.h"
+
+CMUINode::CMUINode(CMNodes& nodes, const CMPath& path)
+    : QObject(&nodes)
+    , m_path(path)
+{
+}
+
+CMNodeInfo CMUINode::info() const
+{
+    return {m_path, kind(), m_title.toString(), m_permission, isReadOnly(), m_secret};
+}
+
+void CMUINode::getData(const CMGetDataRequest& request)
+{
+    request.reply.setError(CMError::wrongKind(m_path));
+}
+
+void CMUINode::getRows(const CMGetRowsRequest& request)
+{
+    request.reply.setError(CMError::wrongKind(m_path));
+}
+
+void CMUINode::matchRow(const CMMatchRowRequest& request)
+{
+    request.reply.setError(CMError::wrongKind(m_path));
+}
+
+void CMUINode::setData(const CMSetDataRequest& request)
+{
+    request.fail(CMError::wrongKind(m_path));
+}

@@ -1,0 +1,23 @@
+#include "orva.h"
+
+#include <QtCore/QPointer>
+
+namespace {
+
+QPointer<CMAbstractWorker>& root()
+{
+    static QPointer<CMAbstractWorker> worker;
+    return worker;
+}
+
+} // namespace
+
+CMAbstractWorker* CMRoot()
+{
+    return root();
+}
+
+void CMSetRoot(CMAbstractWorker* worker)
+{
+    root() = worker;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "dbglog.h"
+#include "model/cmabstractworker.h"
+#include "model/cmnodesworker.h"
+#include "model/cmvalueitem.h"
+#include "model/nodes/cmactivatenode.h"
+#include "model/nodes/cmlistrowsnode.h"
+#include "model/nodes/cmvaluenode.h"
+#include "orvaplainvalue.h"
+#include "orvavalue.h"
+
+/// The root worker: all reads and writes of other workers' nodes go through it. Null outside the
+/// time in which the host has one.
+[[nodiscard]] ORVA_API CMAbstractWorker* CMRoot();
+
+/// Makes `root` the root worker; null ends it. For the host alone, which owns the worker.
+ORVA_API void CMSetRoot(CMAbstractWorker* root);
+
+extern "C" {
+/// What a worker's library exports as `worker_create`: a new worker, which the host owns.
+using OrvaWorkerCreate = CMAbstractWorker* (*)(const QVariantHash& config);
+}

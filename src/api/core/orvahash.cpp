@@ -1,0 +1,131 @@
+#include "orvahash.h"
+
+#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <ostream>
+
+namespace {
+
+bool equalHashes(const QVariantHash& left, const QVariantHash& right)
+{
+    if (left.isSharedWith(right))
+        return true;
+    if (left.size() != right.size())
+        return false;
+    return std::all_of(left.keyValueBegin(), left.keyValueEnd(), [&right](const auto& entry) {
+        const auto other = right.constFind(entry.first);
+        return other != right.constEnd() && orvaStrictlyEqual(entry.second, *other);
+    });
+}
+
+bool isContainer(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QVariantHash:
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantList:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString scalarToLog(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
+    case QMetaType::QByteArray:
+        return QString::fromLatin1(value.toByteArray().toHex());
+    case QMetaType::UnknownType:
+        return QStringLiteral("none");
+    default:
+        return value.toString();
+    }
+}
+
+QString fieldToLog(const QString& key, const QVariant& value)
+{
+    const bool hide = orvaIsSecretKey(key) && !isContainer(value) && !value.toString().isEmpty();
+    return key + QStringLiteral(": ") + (hide ? QStringLiteral("****") : orvaToLog(value));
+}
+
+/// A fixed order, so that two runs write the same line.
+QString hashToLog(const QVariantHash& hash)
+{
+    QStringList keys = hash.keys();
+    keys.sort();
+    QStringList fields;
+    for (const QString& key : qAsConst(keys))
+        fields << fieldToLog(key, hash.value(key));
+    return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
+}
+
+QVariantHash toHash(const QVariantMap& map)
+{
+    QVariantHash hash;
+    for (auto entry = map.begin(); entry != map.end(); ++entry)
+        hash.insert(entry.key(), entry.value());
+    return hash;
+}
+
+} // namespace
+
+void OrvaHash::__mergeWith(const OrvaHash& other)
+{
+    for (auto entry = other.m_hash.begin(); entry != other.m_hash.end(); ++entry)
+        m_hash.insert(entry.key(), entry.value());
+}
+
+bool operator==(const OrvaHash& left, const OrvaHash& right)
+{
+    return equalHashes(left.m_hash, right.m_hash);
+}
+
+bool orvaStrictlyEqual(const QVariant& left, const QVariant& right)
+{
+    if (left.userType() != right.userType())
+        return false;
+    if (left.userType() == QMetaType::QVariantHash)
+        return equalHashes(left.toHash(), right.toHash());
+    if (left.userType() != QMetaType::QVariantList)
+        return left == right;
+    const QVariantList leftItems = left.toList();
+    const QVariantList rightItems = right.toList();
+    return leftItems.isSharedWith(rightItems) ||
+           std::equal(leftItems.begin(), leftItems.end(), rightItems.begin(), rightItems.end(),
+                      orvaStrictlyEqual);
+}
+
+bool orvaIsSecretKey(const QString& key)
+{
+    static const QStringList names = {QStringLiteral("key"),      QStringLiteral("wpa_psk"),
+                                      QStringLiteral("psk"),      QStringLiteral("passphrase"),
+                                      QStringLiteral("password"), QStringLiteral("wep_key")};
+    return names.contains(key);
+}
+
+QString orvaToLog(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QVariantHash:
+        return hashToLog(value.toHash());
+    case QMetaType::QVariantMap:
+        return hashToLog(toHash(value.toMap()));
+    case QMetaType::QVariantList: {
+        QStringList items;
+        const QVariantList list = value.toList();
+        for (const QVariant& item : list)
+            items << orvaToLog(item);
+        return QLatin1Char('[') + items.join(QStringLiteral(", ")) + QLatin1Char(']');
+    }
+    default:
+        return scalarToLog(value);
+    }
+}
+
+std::ostream& operator<<(std::ostream& stream, const OrvaHash& hash)
+{
+    return stream << orvaToLog(hash.__variant()).toUtf8().constData();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "orva_global.h"
+
+#include <QtCore/QVariant>
+
+#include <optional>
+
+/// The border: what comes from D-Bus or JSON becomes plain values here and nowhere else.
+///
+/// Plain are `bool`, `int`, `qlonglong` (where 32 bits do not do), `double`, `QString`,
+/// `QByteArray`, `QVariantList` and `QVariantHash`. Nested D-Bus maps are unpacked, integers
+/// narrowed, nulls and invalid variants dropped: one of them inside a map aborts the process that
+/// sends it on.
+namespace OrvaPlain {
+
+/// How much a foreign value may hold.
+struct Limits
+{
+    /// Levels of nesting; a bus daemon throws off who sends 21.
+    int depth = 12;
+    /// Bytes of text and keys, and eight for each value, in all.
+    qint64 bytes = 1 << 20;
+};
+
+/// `foreign` as a plain value. Nothing when it is too deep, too large, or holds text with a NUL or
+/// a lone surrogate (D-Bus would cut or change it); `why` then says so in words for a person. A
+/// null gives an invalid variant.
+[[nodiscard]] ORVA_API std::optional<QVariant>
+fromForeign(const QVariant& foreign, QString* why = nullptr, Limits limits = Limits());
+
+/// The same for a map as D-Bus delivers it.
+[[nodiscard]] ORVA_API std::optional<QVariantHash>
+hashFromBus(const QVariantMap& foreign, QString* why = nullptr, Limits limits = Limits());
+
+/// One JSON document, of any type.
+[[nodiscard]] ORVA_API std::optional<QVariant>
+fromJson(const QByteArray& json, QString* why = nullptr, Limits limits = Limits());
+
+/// A plain value as compact JSON on one line, keys in alphabetical order. Bytes become hexadecimal
+/// text.
+[[nodiscard]] ORVA_API QByteArray toJson(const QVariant& plain);
+
+/// A plain hash as it goes to the bus: `a{sv}`, lists as `av`.
+[[nodiscard]] ORVA_API QVariantMap toBus(const QVariantHash& plain);
+
+} // namespace OrvaPlain

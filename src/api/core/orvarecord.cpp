@@ -1,0 +1,60 @@
+#include "orvarecord.h"
+
+#include <limits>
+
+QString orvaMalformedField(const QVector<OrvaField>& fields, const QVariantHash& hash)
+{
+    for (const OrvaField& field : fields) {
+        const auto entry = hash.constFind(field.key);
+        if (entry != hash.constEnd() && !field.accepts(*entry))
+            return field.key;
+    }
+    return QString();
+}
+
+std::optional<qint32> orvaDecodeInt(const QVariant& value)
+{
+    using Limits = std::numeric_limits<qint32>;
+    switch (value.userType()) {
+    case QMetaType::Int:
+        return value.toInt();
+    case QMetaType::SChar:
+    case QMetaType::Char:
+    case QMetaType::UChar:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::LongLong: {
+        const qlonglong number = value.toLongLong();
+        if (number < Limits::min() || number > Limits::max())
+            return std::nullopt;
+        return static_cast<qint32>(number);
+    }
+    case QMetaType::ULong:
+    case QMetaType::ULongLong: {
+        const qulonglong number = value.toULongLong();
+        if (number > static_cast<qulonglong>(Limits::max()))
+            return std::nullopt;
+        return static_cast<qint32>(number);
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+QString orvaFieldKey(const char* accessor)
+{
+    QString key = QString::fromLatin1(accessor);
+    if (key.endsWith(QLatin1Char('_')))
+        key.chop(1);
+    return key;
+}
+
+QString orvaEnumName(const char* key)
+{
+    QString name = QString::fromLatin1(key);
+    if (!name.isEmpty())
+        name[0] = name.at(0).toLower();
+    return name;
+}

@@ -1,0 +1,260 @@
+#pragma once
+
+#include "orvahash.h"
+
+#include <QtCore/QMetaEnum>
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+#include <algorithm>
+#include <optional>
+#include <type_traits>
+
+/// The list type of repeated record fields.
+template <class T>
+using OrvaList = QVector<T>;
+
+/// How a field of type `T` stands inside a record's hash.
+///
+/// `decode` is strict, since a record may hold what somebody else sent: an integer must be an
+/// integer that fits, text must be text. `accepts` says whether a value suits the type at every
+/// level; `decode` looks at the top level alone.
+template <class T, class = void>
+struct OrvaCodec;
+
+/// One row of a record: the field's key and the test that its value must pass.
+struct OrvaField
+{
+    QString key;
+    bool (*accepts)(const QVariant& value);
+};
+
+/// The fields of the record `Record`, in the order of their declaration.
+template <class Record>
+class ORVA_API OrvaFieldTable
+{
+public:
+    static const QVector<OrvaField>& fields() { return table(); }
+
+    static bool add(const QString& key, bool (*accepts)(const QVariant&))
+    {
+        table().append({key, accepts});
+        return true;
+    }
+
+private:
+    static QVector<OrvaField>& table()
+    {
+        static QVector<OrvaField> rows;
+        return rows;
+    }
+};
+
+/// The key of the first known field whose value is of the wrong type or out of range; empty when
+/// there is none. Fields that the record does not know pass.
+[[nodiscard]] ORVA_API QString orvaMalformedField(const QVector<OrvaField>& fields,
+                                                  const QVariantHash& hash);
+
+/// An integer of any width, if it fits into 32 bits.
+[[nodiscard]] ORVA_API std::optional<qint32> orvaDecodeInt(const QVariant& value);
+
+template <>
+struct OrvaCodec<bool>
+{
+    static std::optional<bool> decode(const QVariant& value)
+    {
+        return value.userType() == QMetaType::Bool ? std::optional(value.toBool()) : std::nullopt;
+    }
+    static QVariant encode(bool value) { return value; }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+template <>
+struct OrvaCodec<qint32>
+{
+    static std::optional<qint32> decode(const QVariant& value) { return orvaDecodeInt(value); }
+    static QVariant encode(qint32 value) { return value; }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+template <>
+struct OrvaCodec<double>
+{
+    static std::optional<double> decode(const QVariant& value)
+    {
+        if (value.userType() == QMetaType::Double || value.userType() == QMetaType::LongLong)
+            return value.toDouble();
+        const auto integer = orvaDecodeInt(value);
+        return integer ? std::optional<double>(*integer) : std::nullopt;
+    }
+    static QVariant encode(double value) { return value; }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+template <>
+struct OrvaCodec<QString>
+{
+    static std::optional<QString> decode(const QVariant& value)
+    {
+        return value.userType() == QMetaType::QString ? std::optional(value.toString())
+                                                      : std::nullopt;
+    }
+    static QVariant encode(const QString& value) { return value; }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+/// Any plain value, as it stands.
+template <>
+struct OrvaCodec<QVariant>
+{
+    static std::optional<QVariant> decode(const QVariant& value) { return value; }
+    static QVariant encode(const QVariant& value) { return value; }
+    static bool accepts(const QVariant&) { return true; }
+};
+
+template <class T>
+struct OrvaCodec<QVector<T>>
+{
+    /// An element of the wrong type reads as its type's default and does no harm to its neighbours.
+    static std::optional<QVector<T>> decode(const QVariant& value)
+    {
+        if (value.userType() != QMetaType::QVariantList)
+            return std::nullopt;
+        const QVariantList items = value.toList();
+        QVector<T> list;
+        list.reserve(items.size());
+        for (const QVariant& item : items)
+            list.append(OrvaCodec<T>::decode(item).value_or(T()));
+        return list;
+    }
+    static QVariant encode(const QVector<T>& list)
+    {
+        QVariantList items;
+        items.reserve(list.size());
+        for (const T& item : list)
+            items.append(OrvaCodec<T>::encode(item));
+        return items;
+    }
+    static bool accepts(const QVariant& value)
+    {
+        if (value.userType() != QMetaType::QVariantList)
+            return false;
+        const QVariantList items = value.toList();
+        return std::all_of(items.begin(), items.end(), OrvaCodec<T>::accepts);
+    }
+};
+
+template <>
+struct OrvaCodec<QStringList>
+{
+    static std::optional<QStringList> decode(const QVariant& value)
+    {
+        const auto list = OrvaCodec<QVector<QString>>::decode(value);
+        return list ? std::optional(QStringList(list->begin(), list->end())) : std::nullopt;
+    }
+    static QVariant encode(const QStringList& list)
+    {
+        return OrvaCodec<QVector<QString>>::encode(list.toVector());
+    }
+    static bool accepts(const QVariant& value)
+    {
+        return OrvaCodec<QVector<QString>>::accepts(value);
+    }
+};
+
+/// Records stand inside records as bare hashes.
+template <class T>
+struct OrvaCodec<T, std::enable_if_t<std::is_base_of_v<OrvaHash, T>>>
+{
+    static std::optional<T> decode(const QVariant& value)
+    {
+        return value.userType() == QMetaType::QVariantHash ? std::optional(T(value.toHash()))
+                                                           : std::nullopt;
+    }
+    static QVariant encode(const T& record) { return record.__variant(); }
+    static bool accepts(const QVariant& value)
+    {
+        return value.userType() == QMetaType::QVariantHash &&
+               orvaMalformedField(OrvaFieldTable<T>::fields(), value.toHash()).isEmpty();
+    }
+};
+
+/// Enumerations stand inside records as 32-bit integers. A number that names no value is refused.
+template <class T>
+struct OrvaCodec<T, std::enable_if_t<std::is_enum_v<typename T::Value>>>
+{
+    static std::optional<T> decode(const QVariant& value)
+    {
+        const auto number = orvaDecodeInt(value);
+        if (!number || !T::isKnown(*number))
+            return std::nullopt;
+        return T(static_cast<typename T::Value>(*number));
+    }
+    static QVariant encode(T value)
+    {
+        return static_cast<qint32>(static_cast<typename T::Value>(value));
+    }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+/// The field `key` of `hash`; the default of `T` when it is absent or of another type.
+template <class T>
+[[nodiscard]] T orvaField(const QVariantHash& hash, const QString& key)
+{
+    const auto entry = hash.constFind(key);
+    if (entry == hash.constEnd())
+        return T();
+    return OrvaCodec<T>::decode(*entry).value_or(T());
+}
+
+/// The key string of a field: its accessor's name without a trailing underscore.
+[[nodiscard]] ORVA_API QString orvaFieldKey(const char* accessor);
+
+/// The name of an enumeration's value as texts and the wire have it: its first letter in lower
+/// case.
+[[nodiscard]] ORVA_API QString orvaEnumName(const char* key);
+
+// clang-format off
+
+/// Opens a record class: its constructors and the name by which its fields find it.
+#define ORVA_RECORD(Record)                                                                        \
+public:                                                                                            \
+    using Self = Record;                                                                           \
+    Record() = default;                                                                            \
+    Record(const OrvaHash& hash) : OrvaHash(hash) {}                                               \
+    explicit Record(const QVariantHash& hash) : OrvaHash(hash) {}                                  \
+    static const QVector<OrvaField>& fields() { return OrvaFieldTable<Self>::fields(); }
+
+/// Declares one field of a record, on one row: the static key name `Name()`, the getter `name()`, the
+/// setter `setName()` and the row of the record's field table. The key is a heap string of its own, so
+/// that it outlives the library that used it.
+#define ORVA_FIELD(Type, name, Name)                                                               \
+    static const QString& Name()                                                                   \
+    {                                                                                              \
+        static const QString key = orvaFieldKey(#name);                                            \
+        return key;                                                                                \
+    }                                                                                              \
+    [[nodiscard]] Type name() const { return orvaField<Type>(m_hash, Name()); }                    \
+    void set##Name(const Type& value) { m_hash.insert(Name(), OrvaCodec<Type>::encode(value)); }   \
+    inline static const bool s_##name##Listed =                                                    \
+        OrvaFieldTable<Self>::add(orvaFieldKey(#name), &OrvaCodec<Type>::accepts)
+
+/// Completes a class that wraps the enumeration `Value` (declared in it with `Q_ENUM`): it converts from
+/// and to the enumeration, so that it can be switched over, and names its values.
+#define ORVA_ENUM(Enumeration)                                                                     \
+public:                                                                                            \
+    constexpr Enumeration(Value value = static_cast<Value>(0)) : m_value(value) {}                 \
+    constexpr operator Value() const { return m_value; }                                           \
+    static bool isKnown(qint32 number)                                                             \
+    {                                                                                              \
+        return QMetaEnum::fromType<Value>().valueToKey(number) != nullptr;                         \
+    }                                                                                              \
+    static QString toString(Enumeration value)                                                     \
+    {                                                                                              \
+        return orvaEnumName(QMetaEnum::fromType<Value>().valueToKey(value.m_value));               \
+    }                                                                                              \
+                                                                                                   \
+private:                                                                                           \
+    Value m_value
+
+// clang-format on

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "cmpath.h"
+#include "orvavalue.h"
+#include "trstring.h"
+
+/// What a row of a list stands for. Names only: the network's rows have type 101.
+class ORVA_API OrvaRolesType
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        None = 0,          ///< Nothing in particular.
+        WirelessScan = 101 ///< A wireless network that a scan found.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaRolesType);
+};
+
+/// One row of a list-rows node.
+class ORVA_API OrvaRoles : public OrvaHash
+{
+    ORVA_RECORD(OrvaRoles)
+
+    /// Identifies the row in its node.
+    ORVA_FIELD(QString, id, Id);
+    /// What a person reads.
+    ORVA_FIELD(TrString, title, Title);
+    ORVA_FIELD(OrvaRolesType, type, Type);
+    ORVA_FIELD(OrvaValue, value, Value);
+
+    /// The role of a request that activates a node; `Value()` is that of one that writes it.
+    static const QString& Activate()
+    {
+        static const QString key = orvaFieldKey("activate");
+        return key;
+    }
+};
+
+Q_DECLARE_METATYPE(OrvaRoles)

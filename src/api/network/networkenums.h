@@ -1,0 +1,128 @@
+#pragma once
+
+#include "../core/orvarecord.h"
+
+#include <QtCore/QObject>
+
+/// State of an interface, or of the network as a whole.
+class ORVA_API OrvaNetworkState
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Disconnected = 0, ///< Not connected; the initial state.
+        Connected = 1,    ///< Connected.
+        Disconnecting = 2 ///< In between: coming up or going down.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkState);
+};
+
+/// Which interface a profile configures. The names go to the connection daemon as its mode.
+class ORVA_API OrvaNetworkProfileType
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Auto = 0,    ///< Both, the wired one preferred.
+        Wired = 1,   ///< The wired interface alone.
+        Wireless = 2 ///< The wireless interface alone.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkProfileType);
+};
+
+/// Security of a wireless network.
+class ORVA_API OrvaNetworkProfileWirelessEncryption
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        None = 0,  ///< Unsecured.
+        Wep = 1,   ///< WEP, which the connection daemon does not support.
+        WpaPsk = 2 ///< WPA pre-shared key.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkProfileWirelessEncryption);
+};
+
+/// What an interface that is not connected is doing about it.
+class ORVA_API OrvaNetworkConnectingStatus
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Idle = 0,                ///< Nothing in progress.
+        Connecting = 1,          ///< Trying to connect.
+        AuthenticationFailed = 2 ///< The network refused the key.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkConnectingStatus);
+};
+
+/// How the last WPS session went.
+class ORVA_API OrvaNetworkWpsStatus
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        None = 0,       ///< No session.
+        InProgress = 1, ///< A session runs.
+        Succeeded = 2,  ///< The last session brought credentials.
+        Failed = 3      ///< The last session failed; `lastError` says why.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkWpsStatus);
+};
+
+/// Method of a WPS session.
+class ORVA_API OrvaNetworkWpsType
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        PushButton = 0, ///< A button on the router.
+        Pin = 1         ///< A PIN that is entered at the router.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkWpsType);
+};
+
+/// Protocol of an address.
+class ORVA_API OrvaNetworkAddressProtocol
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        IPv4 = 0, ///< IPv4.
+        IPv6 = 1  ///< IPv6.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkAddressProtocol);
+};
+
+/// Reach of an address.
+class ORVA_API OrvaNetworkAddressScope
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Global = 0,   ///< Routable.
+        LinkLocal = 1 ///< Valid on the link or on the host alone.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkAddressScope);
+};
+
+/// What airplane mode blocks.
+class ORVA_API OrvaAirplaneModeType
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        AllRadios = 0, ///< Wi-Fi and Bluetooth.
+        WifiOnly = 1   ///< Wi-Fi; Bluetooth goes on.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaAirplaneModeType);
+};

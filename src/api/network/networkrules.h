@@ -1,0 +1,17 @@
+#pragma once
+
+#include "networkrecords.h"
+
+/// Why `key` does not suit `encryption`, in words for a person; empty when it does.
+///
+/// WPA takes a passphrase of 8 to 63 printable ASCII characters or 64 hexadecimal digits; an
+/// unsecured network takes no key. The masked key "****" suits nothing that needs a key.
+[[nodiscard]] ORVA_API QString
+orvaNetworkIsKeyValid(const QString& key, OrvaNetworkProfileWirelessEncryption encryption);
+
+/// The dotted netmask of an IPv4 prefix length; lengths outside 0 to 32 count as the nearest of
+/// these.
+[[nodiscard]] ORVA_API QString orvaPrefixToNetmask(qint32 prefix);
+
+/// The first IPv4 gateway of `info`; empty when there is none.
+[[nodiscard]] ORVA_API QString orvaNetworkInfoToGateway4(const OrvaNetworkInfo& info);

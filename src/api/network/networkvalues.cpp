@@ -1,0 +1,3 @@
+#include "networkrecords.h"
+
+ORVA_NETWORK_VALUES(ORVA_VALUE_DEFINITION)

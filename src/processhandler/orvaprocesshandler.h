@@ -1,0 +1,90 @@
+#pragma once
+
+#include "core/orva_global.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+#include <QtCore/QTimer>
+
+#include <functional>
+#include <iosfwd>
+#include <memory>
+
+class QProcess;
+
+/// How a run of a program ended.
+class ORVA_API OrvaProcessHandlerResult
+{
+public:
+    enum class End {
+        Exited,     ///< It ended by itself, with `exitCode`.
+        NotStarted, ///< There is no such program, or it may not be run.
+        Crashed,    ///< A signal ended it.
+        TimedOut,   ///< It ran longer than it was given, and was killed.
+        Killed      ///< `kill()` ended it.
+    };
+
+    OrvaProcessHandlerResult() = default;
+    OrvaProcessHandlerResult(End end, int exitCode, const QByteArray& data);
+
+    /// The program ran, ended by itself and returned 0.
+    [[nodiscard]] bool finishedOk() const { return m_end == End::Exited && m_exitCode == 0; }
+    [[nodiscard]] End end() const { return m_end; }
+    [[nodiscard]] int exitCode() const { return m_exitCode; }
+    /// What it wrote to its standard output and standard error, together.
+    [[nodiscard]] QString getData() const;
+
+private:
+    End m_end = End::NotStarted;
+    int m_exitCode = -1;
+    QByteArray m_data;
+};
+
+ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& result);
+
+/// Runs one program at a time. No program outlives its handler, nor the process of its handler.
+class ORVA_API OrvaProcessHandler : public QObject
+{
+    Q_OBJECT
+public:
+    enum class Channel { Output, Error };
+    /// Whether the two channels of a program come apart or as one.
+    enum class Channels { Separate, Merged };
+
+    using OnFinished = std::function<void(const OrvaProcessHandlerResult& result)>;
+    using OnOutput = std::function<void(const QStringList& lines, Channel channel)>;
+
+    explicit OrvaProcessHandler(QObject* parent = nullptr);
+    ~OrvaProcessHandler() override;
+
+    /// Starts a program; its end comes to `onFinished`, once, from the event loop, and what it
+    /// writes to `onOutput` as it comes, in whole lines. It is killed after `timeout` milliseconds
+    /// (0 or less: never). A program that runs already is killed first, without a call to its
+    /// `onFinished`.
+    void startAsync(const QString& program, const QStringList& arguments, int timeout,
+                    const OnFinished& onFinished, const OnOutput& onOutput = {},
+                    Channels channels = Channels::Merged);
+
+    /// Runs a program and waits for its end. Blocks the thread, at most `timeout` milliseconds (and
+    /// the moment that a kill takes).
+    [[nodiscard]] static OrvaProcessHandlerResult
+    startSync(const QString& program, const QStringList& arguments, int timeout);
+
+    [[nodiscard]] bool isRunning() const;
+    /// Kills the program; `onFinished` is told with the end `Killed`.
+    void kill();
+
+private:
+    void end(OrvaProcessHandlerResult::End end);
+    void readChannel(Channel channel);
+    void abandon();
+
+    std::unique_ptr<QProcess> m_process;
+    QTimer m_timeout;
+    OnFinished m_onFinished;
+    OnOutput m_onOutput;
+    OrvaProcessHandlerResult::End m_forcedEnd = OrvaProcessHandlerResult::End::Exited;
+    QByteArray m_data;
+    QByteArray m_partialLine[2];
+    quint64 m_run = 0;
+};
