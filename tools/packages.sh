@@ -12,11 +12,15 @@ packages_test=(
     python3 python3-dbus python3-gi
     etherwake wakeonlan
 )
+packages_arm64=( # beside those of packages_run
+    g++-aarch64-linux-gnu qemu-user
+    {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev}:arm64
+)
 
 # missing_packages NAME...: those of NAME... that are not installed, one a line.
 missing_packages() {
-    dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
-        awk '$2 == "installed" { print $1 }' | sort -u |
+    dpkg-query --show --showformat '${binary:Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
+        awk '$2 == "installed" { print $1 }' | sed "s/:$(dpkg --print-architecture)\$//" | sort -u |
         comm -13 - <(printf '%s\n' "$@" | sort -u)
 }
 
@@ -35,6 +39,7 @@ install_packages() {
         as_root=(sudo)
     fi
     log=$(mktemp)
+    [[ "${missing[*]}" != *:arm64* ]] || "${as_root[@]}" dpkg --add-architecture arm64
     if ! "${as_root[@]}" apt-get update >"$log" 2>&1 </dev/null ||
         ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
             apt-get install -y --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then

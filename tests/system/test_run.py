@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""./run on a built tree: what a person gets from it, and what it leaves behind."""
+import json
+import os
+import pathlib
+import pty
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+
+RUN = str(pathlib.Path(__file__).resolve().parents[2] / "run")
+LIMIT = 60  # seconds that anything here may take
+
+
+def until(condition, what):
+    end = time.monotonic() + LIMIT
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError(f"waited in vain for {what}")
+        time.sleep(0.02)
+
+
+class Device(unittest.TestCase):
+    """A device of the test's own: its state, its runtime directory, its user's environment."""
+
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.home = pathlib.Path(temporary.name)
+        self.home.chmod(0o755)
+        self.runtime = self.home / "runtime"
+        self.runtime.mkdir()
+        self.state = self.home / "state"
+        self.environment = {**os.environ, "XDG_RUNTIME_DIR": str(self.runtime)}
+        self.run_line = [RUN, "--build", os.environ["ORVA_BUILD"], "--state", str(self.state)]
+
+    def run_(self, *words, under=(), **more):
+        return subprocess.run([*under, *self.run_line, *words], env=self.environment, text=True,
+                              capture_output=True, timeout=LIMIT, **more)
+
+    def out(self, *words, **more):
+        result = self.run_(*words, **more)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stdout
+
+    def get(self, path, kind, **more):
+        return json.loads(self.out("--fake", "orvactl", "--json", "get", path, **more))[kind]
+
+    def start(self):
+        """./run --fake without a command, on a terminal; returns when others can use it."""
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(RUN, [*self.run_line, "--fake"], self.environment)
+        self.addCleanup(os.close, terminal)
+        until(lambda: any(self.runtime.glob("orva-run.*/pid")), "the device")
+        return pid, terminal
+
+    def programs(self):
+        """The processes that belong to this device, whoever their parent is."""
+        mark = f"unix:path={self.runtime}".encode()
+        found = []
+        for process in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                if mark in (process / "environ").read_bytes():
+                    found.append((process / "comm").read_text().strip())
+            except OSError:
+                pass  # it ended, or it is another user's
+        return found
+
+    def assert_nothing_left(self):
+        until(lambda: not self.programs(), "the device's programs to end")
+        self.assertEqual(list(self.runtime.iterdir()), [])
+
+
+class ACommand(Device):
+    def test_has_stdin_stdout_and_status_to_itself(self):
+        result = self.run_("--fake", "sh", "-c", "cat; exit 7", input="what it reads")
+        self.assertEqual((result.stdout, result.returncode), ("what it reads", 7), result.stderr)
+        self.assert_nothing_left()
+
+    def test_finds_the_running_device_and_leaves_it_running(self):
+        pid, terminal = self.start()
+        bus = self.out("sh", "-c", "echo $DBUS_SYSTEM_BUS_ADDRESS")
+        self.assertEqual(self.out("sh", "-c", "echo $DBUS_SYSTEM_BUS_ADDRESS"), bus)
+        self.out("busctl", "introspect", "org.orva.Host1", "/org/orva/Host1")
+        self.assertNotEqual(self.run_("--fake", "true").returncode, 0, "other options, same device")
+        os.write(terminal, b"\x03")
+        os.waitpid(pid, 0)
+        self.assert_nothing_left()
+
+
+class TheDevice(Device):
+    def test_only_records_what_rfkill_was_asked(self):
+        self.assertEqual(self.out("--fake", "sh", "-c", 'cat "$ORVA_RFKILL_RECORD"'), "unblock all\n")
+
+    def test_that_was_killed_takes_its_programs_along_and_its_directory_is_swept(self):
+        pid, _ = self.start()
+        os.kill(pid, signal.SIGKILL)
+        os.waitpid(pid, 0)
+        until(lambda: not self.programs(), "the device's programs to end")
+        self.out("--fake", "true")
+        self.assert_nothing_left()
+
+    def test_says_so_when_the_host_ends(self):
+        result = self.run_("--fake", "sh", "-c", 'kill -KILL $(pgrep -P $PPID orva-host); sleep 60')
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("ended by itself", result.stderr)
+        self.assert_nothing_left()
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can be somebody else")
+    def test_lets_in_root_and_the_group_netdev_alone(self):
+        groups = self.home / "group"
+        groups.write_text("root:x:0:\nnogroup:x:65534:\nnetdev:x:4711:\n")
+        in_own_groups = ["unshare", "--mount", "sh", "-c",
+                         f'mount --bind {groups} /etc/group && exec "$@"', "sh"]
+        call = ("chmod 755 {}/orva-run.*; setpriv --reuid games --regid nogroup {} busctl call "
+                "org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s network/state/connected")
+        for option, inside in (("--clear-groups", False), ("--groups 4711", True)):
+            with self.subTest(option):
+                result = self.run_("--fake", "sh", "-c", call.format(self.runtime, option),
+                                   under=in_own_groups)
+                self.assertEqual(result.returncode == 0, inside, result.stderr)
+                self.assertEqual("Access denied" in result.stderr, not inside, result.stderr)
+
+    def test_shows_a_passphrase_in_no_line_of_its_log(self):
+        canary = "canary-passphrase"
+        profile = {"networkProfile": {"wireless": {"ssid": "Home", "encryption": 2, "key": canary}}}
+        self.out("--fake", "--log-level", "trace", "orvactl", "invoke", "network/profile/set",
+                 json.dumps(profile))
+        self.assertIn("Home", (self.state / "device.log").read_text())
+        holders = [f for f in self.state.iterdir() if f.is_file() and canary in f.read_text()]
+        self.assertEqual([f.stat().st_mode & 0o777 for f in holders], [0o600])
+        self.assertNotIn(canary, self.out("--fake", "orvactl", "get", "network/profile"))
+
+
+@unittest.skipUnless(os.geteuid() == 0, "network namespaces are root's")
+class TheFakeBackend(Device):
+    def setUp(self):
+        super().setUp()
+        self.namespace = f"orva-run-{os.getpid()}"
+        self.ip("netns", "add", self.namespace)
+        self.addCleanup(self.ip, "netns", "del", self.namespace)
+        self.inside = ["ip", "netns", "exec", self.namespace]
+
+    @staticmethod
+    def ip(*words):
+        subprocess.run(["ip", *words], check=True)
+
+    def test_reports_the_interface_of_the_default_route(self):
+        for line in ("link add up0 type veth peer name far0", "link set far0 up", "link set lo up",
+                     "link set up0 address 02:00:00:aa:bb:cc up",
+                     "address add 192.0.2.7/24 dev up0",
+                     "address add 2001:db8::7/64 dev up0 nodad",
+                     "route add default via 192.0.2.1"):
+            self.ip("-n", self.namespace, *line.split())
+        info = self.get("network/info", "networkInfo", under=self.inside)
+        self.assertEqual(info["wired"]["mac"], "02:00:00:AA:BB:CC")
+        self.assertEqual(sorted((a["ip"], a["prefix"]) for a in info["wired"]["addresses"]),
+                         [("192.0.2.7", 24), ("2001:db8::7", 64)])
+        self.assertEqual(self.get("network/webserver/url", "string", under=self.inside),
+                         "http://192.0.2.7:80/")
+
+    def test_falls_back_to_loopback_without_a_default_route(self):
+        info = self.get("network/info", "networkInfo", under=self.inside)
+        self.assertEqual(info["wired"]["mac"], "00:01:02:03:04:05")
+        self.assertEqual([a["ip"] for a in info["wired"]["addresses"]], ["127.0.0.1", "::1"])
+        self.assertEqual([g["ip"] for g in info["gateways"]], ["10.0.0.1"])
+
+
+if __name__ == "__main__":
+    unittest.main()
