@@ -94,8 +94,8 @@ device_await() {
     local tries=$(($1 * 20))
     shift
     until "$@"; do
-        ((tries-- > 0)) && kill -0 "$device_bus_pid" ${device_host_pid:+"$device_host_pid"} \
-            2>/dev/null || return 1
+        ((tries-- > 0)) && kill -0 "$device_bus_pid" 2>/dev/null &&
+            { [ -z "$device_host_pid" ] || kill -0 "$device_host_pid" 2>/dev/null; } || return 1
         sleep 0.05
     done
 }
