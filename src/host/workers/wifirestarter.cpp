@@ -1,0 +1,79 @@
+#include "wifirestarter.h"
+
+#include <network/networkpaths.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+const log4cplus::Logger& logger()
+{
+    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("WifiRestarter"));
+    return instance;
+}
+
+OrvaValue number(int value)
+{
+    OrvaValue result;
+    result.setI32_(value);
+    return result;
+}
+
+bool setUp(int socket, const QByteArray& name, bool up)
+{
+    ifreq request{};
+    qstrncpy(request.ifr_name, name.constData(), sizeof request.ifr_name);
+    if (ioctl(socket, SIOCGIFFLAGS, &request) != 0)
+        return false;
+    const int others = request.ifr_flags & ~IFF_UP;
+    request.ifr_flags = static_cast<short>(up ? others | IFF_UP : others);
+    return ioctl(socket, SIOCSIFFLAGS, &request) == 0;
+}
+
+/// Returns 0, or the `errno` of what failed.
+int takeDownAndUp(const QString& interface)
+{
+    const QByteArray name = interface.toUtf8();
+    if (name.isEmpty() || name.size() >= IFNAMSIZ)
+        return ENODEV;
+    const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (socket < 0)
+        return errno;
+    const int error = setUp(socket, name, false) && setUp(socket, name, true) ? 0 : errno;
+    close(socket);
+    return error;
+}
+
+} // namespace
+
+WifiRestarter::WifiRestarter(const QVariantHash& config)
+    : CMNodesWorker(config, QStringLiteral("WifiRestarter"))
+    , m_count(CMValueNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/count"))))
+{
+    m_count->setReadOnly(true);
+    m_count->setValue(number(0));
+    CMActivateNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/restart")))
+        ->setInvoke(this, &WifiRestarter::on_restart, Qt::QueuedConnection);
+}
+
+void WifiRestarter::on_restart(const CMSetDataRequest& request)
+{
+    const OrvaValue wireless(CMRoot()->getValue(OrvaNetworkWirelessInterfacePath()).toHash());
+    const QString interface = wireless.string_();
+    const int error = takeDownAndUp(interface);
+    if (error != 0) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(error));
+        LOG4CPLUS_ERROR(logger(), "Couldn't restart " << interface << ": " << reason);
+        request.fail(CMError(QStringLiteral("error"), TrString(reason)));
+        return;
+    }
+    LOG4CPLUS_INFO(logger(), "Restarted " << interface);
+    m_count->setValue(number(m_count->value().i32_() + 1));
+    request.answer();
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <core/orva.h>
+
+/// Stands in for the worker that removes and re-adds the Wi-Fi interface: takes the interface down
+/// and up again.
+///
+/// Owns `wifi-restart/restart` (activate; answers with an error when the interface cannot be
+/// switched) and `wifi-restart/count` (how often it was activated with success since the start).
+/// The interface is the one that the host names as the wireless one.
+class WifiRestarter : public CMNodesWorker
+{
+    Q_OBJECT
+
+public:
+    explicit WifiRestarter(const QVariantHash& config);
+
+private:
+    void on_restart(const CMSetDataRequest& request);
+
+    CMValueNode* m_count;
+};
