@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
+#include <QUdpSocket>
 #include <QtTest>
 
 #include <sched.h>
@@ -54,6 +55,19 @@ public:
                                     "ip addr add 10.9.0.1/24 dev veth0 && ip link set veth0 up")
                          .arg(m_name)) &&
                run(QStringLiteral("ip addr add 10.9.0.2/24 dev veth0 && ip link set veth0 up"));
+    }
+
+    /// Sends one packet that is not answered.
+    [[nodiscard]] static bool send()
+    {
+        return QUdpSocket().writeDatagram("x", 1, QHostAddress(QStringLiteral("10.9.0.255")),
+                                          4000) == 1;
+    }
+
+    /// Sends a packet that is answered.
+    [[nodiscard]] static bool exchange()
+    {
+        return ::run(QStringLiteral("ping -q -c1 -W1 10.9.0.2 >/dev/null"));
     }
 
     /// Runs a command line of the shell in the neighbour's namespace.

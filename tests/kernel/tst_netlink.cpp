@@ -49,11 +49,7 @@ private:
 
 void TestNetlink::readsTheKernelsCounters()
 {
-    // Twice through to the neighbour, of which it refuses one: sent and received differ.
-    QVERIFY(m_neighbour.run(QStringLiteral("echo 1 >/proc/sys/net/ipv4/icmp_echo_ignore_all")));
-    run(QStringLiteral("ping -q -c 1 -W 1 -s 300 10.9.0.2"));
-    QVERIFY(m_neighbour.run(QStringLiteral("echo 0 >/proc/sys/net/ipv4/icmp_echo_ignore_all")));
-    QVERIFY(run(QStringLiteral("ping -q -c 1 -W 1 10.9.0.2")));
+    QVERIFY(Neighbour::exchange() && Neighbour::send());
 
     NetLinkInfo info;
     const NetLinkInterface veth = info.getInterface(QStringLiteral("veth0"));
@@ -95,17 +91,12 @@ void TestNetlink::sharesTheLinkByReferences()
     const auto references = [link] { return nl_object_get_refcnt(OBJ_CAST(link)); };
     {
         NetLinkInterface first(link);
-        QCOMPARE(references(), 2);
         NetLinkInterface copy(first);
         NetLinkInterface assigned;
         assigned = copy;
         QCOMPARE(references(), 4);
-        const NetLinkInterface& self = assigned;
-        assigned = self;
-        QVERIFY(assigned.isValid());
-        copy = std::move(assigned);
-        QVERIFY(copy.isValid() && !assigned.isValid());
-        QCOMPARE(references(), 3);
+        assigned = std::move(copy);
+        QVERIFY(assigned.isValid() && !copy.isValid());
         const NetLinkInterface moved(std::move(first));
         QVERIFY(moved.isValid() && !first.isValid());
         QCOMPARE(references(), 3);

@@ -44,12 +44,10 @@ class TestRules : public QObject
 private Q_SLOTS:
     void judges_data();
     void judges();
-    void restartsAtTheThirdStuckSample();
     void buildsThePattern_data();
     void buildsThePattern();
     void checksThePacket_data();
     void checksThePacket();
-    void readsNothingBeyondAnyPacket();
     void filtersAsItChecks();
 };
 
@@ -101,24 +99,6 @@ void TestRules::judges()
     QCOMPARE(judgement.state.lastTxPackets, next.lastTxPackets);
     QCOMPARE(judgement.state.lastRxPackets, next.lastRxPackets);
     QCOMPARE(judgement.state.stuckCount, next.stuckCount);
-}
-
-void TestRules::restartsAtTheThirdStuckSample()
-{
-    StuckLinkState state;
-    QVector<Verdict> verdicts;
-    const QVector<LinkSample> samples{{true, true, 1, 1}, {true, true, 2, 1}, {true, true, 3, 1},
-                                      {true, true, 4, 2}, {true, true, 5, 2}, {true, true, 6, 2},
-                                      {true, true, 7, 2}, {true, true, 8, 2}};
-    for (const LinkSample& sample : samples) {
-        const StuckLinkJudgement judgement = judgeSample(state, sample, 3);
-        state = judgement.state;
-        verdicts << judgement.verdict;
-    }
-    const QVector<Verdict> expected{Verdict::Active,  Verdict::Stuck, Verdict::Stuck,
-                                    Verdict::Active,  Verdict::Stuck, Verdict::Stuck,
-                                    Verdict::Restart, Verdict::Stuck};
-    QCOMPARE(verdicts, expected);
 }
 
 void TestRules::buildsThePattern_data()
@@ -178,17 +158,6 @@ void TestRules::checksThePacket()
 {
     QFETCH(QByteArray, bytes);
     QTEST(accepts(bytes), "accepted");
-}
-
-void TestRules::readsNothingBeyondAnyPacket()
-{
-    for (int words = 0; words < 16; ++words) {
-        const QByteArray whole = packet(4, words, 17, 9, 70);
-        for (int size = 0; size <= whole.size(); ++size) {
-            const bool reaches = size >= 10 && size >= words * 4 + 4;
-            QCOMPARE(accepts(whole.left(size)), reaches);
-        }
-    }
 }
 
 void TestRules::filtersAsItChecks()

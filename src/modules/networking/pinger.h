@@ -1,0 +1,32 @@
+#pragma once
+
+#include <orvaprocesshandler.h>
+
+#include <QObject>
+#include <QTimer>
+
+class CMValueItem;
+
+/// Pings the IPv4 gateway at an interval while Wi-Fi is connected, for the log only.
+///
+/// At most one ping runs at a time, and none outlives the object. Lives on the host's event-loop
+/// thread.
+class Pinger : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Pings every `intervalMs` milliseconds, for the first time after one interval.
+    Pinger(QObject* parent, int intervalMs);
+
+public Q_SLOTS:
+    /// Sends one ping, after killing one that still runs.
+    void on_timer_timeout();
+
+private:
+    void ping(const QString& gateway);
+
+    CMValueItem* m_info;
+    QTimer m_timer;
+    OrvaProcessHandler m_process; ///< kills its program when it goes
+};

@@ -1,0 +1,250 @@
+#include "kernelTest.h"
+#include "pinger.h"
+#include "testTree.h"
+#include "wifiRestart.h"
+
+#include <network/networkpaths.h>
+
+namespace {
+
+const CMPath restartPath(QStringLiteral("wifi-restart/restart"));
+const CMPath brokenPath(QStringLiteral("wifi-restart/broken"));
+
+OrvaValue criteria(int interval, int threshold, const CMPath& path = restartPath)
+{
+    OrvaNetworkWifiRestartCriteria criteria;
+    criteria.setCheckIntervalMs(interval);
+    criteria.setMaxTxIncreaseNoRxIncreaseThreshold(threshold);
+    criteria.setRestartActivatePath(path);
+    OrvaValue value;
+    value.setWifiRestartCriteria(criteria);
+    return value;
+}
+
+OrvaValue wirelessInfo(OrvaNetworkState state, const QString& gateway)
+{
+    OrvaNetworkAddress address;
+    address.setIp(gateway);
+    OrvaNetworkWirelessInterface wireless;
+    wireless.setState(state);
+    OrvaNetworkInfo info;
+    info.setWireless(wireless);
+    info.setGateways({address});
+    OrvaValue value;
+    value.setNetworkInfo(info);
+    return value;
+}
+
+bool hasChildren()
+{
+    QFile children(QStringLiteral("/proc/thread-self/children"));
+    return !children.open(QIODevice::ReadOnly) || !children.readAll().isEmpty();
+}
+
+} // namespace
+
+class TestWatchdog : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_neighbour.isComplete()); }
+    void init();
+    void cleanup();
+    void restartsALinkThatSendsAndNeverReceives();
+    void followsTheInterfaceThroughItsLife();
+    void obeysTheCriteria_data();
+    void obeysTheCriteria();
+    void keepsThePingerWhenTheCriteriaBecomeInvalid();
+    void answersARequestToRestart();
+    void pingsTheGatewayOfAConnectedLink();
+    void leavesNoPingBehind();
+
+private:
+    void watch(const OrvaValue& criteria);
+
+    LogCapture& m_log = LogCapture::install();
+    Neighbour m_neighbour;
+    std::unique_ptr<TestTree> m_tree;
+    CMValueNode* m_criteria = nullptr;
+    CMValueNode* m_info = nullptr;
+    std::unique_ptr<WifiRestart> m_watchdog;
+    QTimer* m_timer = nullptr;
+};
+
+void TestWatchdog::init()
+{
+    m_log.clear();
+    m_tree = std::make_unique<TestTree>();
+    m_criteria = m_tree->addValue(OrvaNetworkWifiRestartCriteriaPath());
+    m_info = m_tree->addValue(OrvaNetworkInfoPath());
+    m_tree->addActivation(restartPath);
+    m_tree->addActivation(brokenPath, CMError(QStringLiteral("error"), TrString("broken")));
+}
+
+void TestWatchdog::cleanup()
+{
+    m_watchdog.reset();
+    m_tree.reset();
+}
+
+void TestWatchdog::watch(const OrvaValue& criteria)
+{
+    m_criteria->setValue(criteria);
+    m_watchdog = std::make_unique<WifiRestart>(nullptr, QStringLiteral("veth0"), QStringList());
+    m_timer = m_watchdog->findChild<QTimer*>(QStringLiteral("checkTimer"));
+    QVERIFY(m_timer != nullptr);
+}
+
+void TestWatchdog::restartsALinkThatSendsAndNeverReceives()
+{
+    QVERIFY(Neighbour::exchange());
+    watch(criteria(10000, 3));
+    QTRY_COMPARE(m_timer->interval(), 10000);
+    QTimer sender;
+    connect(&sender, &QTimer::timeout, this, [] { QVERIFY(Neighbour::send()); });
+    sender.start(2);
+    m_timer->setInterval(20);
+    QTRY_VERIFY(m_tree->activations(restartPath) > 0);
+    QVERIFY(m_log.count(QStringLiteral("incrementing counter to: 3")) > 0);
+    QCOMPARE(m_log.count(QStringLiteral("incrementing counter to: 4")), 0);
+}
+
+void TestWatchdog::followsTheInterfaceThroughItsLife()
+{
+    QVERIFY(Neighbour::exchange());
+    watch(criteria(10000, 100));
+    QTRY_VERIFY(m_timer->isActive());
+    const auto sampleLogs = [this](const char* line) {
+        m_log.clear();
+        m_watchdog->on_timer_timeout();
+        return m_log.count(QLatin1String(line)) == 1;
+    };
+    QVERIFY(sampleLogs("Wifi is active (both tx/rx increasing), counter at zero"));
+    QVERIFY(Neighbour::send());
+    QVERIFY(sampleLogs("Tx packets increased, but not Rx packets, incrementing counter to: 1"));
+    QVERIFY(sampleLogs("resetting counter back to zero from 1"));
+
+    QVERIFY(Neighbour::send());
+    QVERIFY(sampleLogs("incrementing counter to: 1"));
+    QVERIFY(m_neighbour.run(QStringLiteral("ip link set veth0 down")));
+    QVERIFY(sampleLogs("Interface is not connected (lower up), skipping wifi restart checks..."));
+    QVERIFY(m_neighbour.run(QStringLiteral("ip link set veth0 up")));
+    QVERIFY(Neighbour::send());
+    QVERIFY(sampleLogs("incrementing counter to: 1"));
+
+    QVERIFY(run(QStringLiteral("ip link set veth0 down && ip link set veth0 name other")));
+    QVERIFY(sampleLogs("No such interface: veth0"));
+    QVERIFY(run(QStringLiteral("ip link set other name veth0 && ip link set veth0 up")));
+    QVERIFY(Neighbour::send());
+    QVERIFY(sampleLogs("incrementing counter to: 1"));
+
+    QVERIFY(run(QStringLiteral("ip link delete veth0")) && m_neighbour.link());
+    QVERIFY(sampleLogs("Couldn't fetch number of packets from interface: veth0"));
+    QVERIFY(Neighbour::exchange());
+    QVERIFY(sampleLogs("Number of transferred packets DECREASED, assuming interface was removed "
+                       "and readded!"));
+    QVERIFY(sampleLogs("resetting counter back to zero from 1"));
+    QCOMPARE(m_tree->activations(restartPath), 0);
+}
+
+void TestWatchdog::obeysTheCriteria_data()
+{
+    QTest::addColumn<OrvaValue>("value");
+    QTest::addColumn<QString>("refusal");
+    const QString disabled = QStringLiteral("Wifi restart functionality disabled: ");
+    QTest::newRow("10000 ms") << criteria(10000, 3) << QString();
+    QTest::newRow("9999 ms") << criteria(9999, 3) << disabled;
+    QTest::newRow("no path") << criteria(10000, 3, CMPath()) << disabled;
+    const QVariantHash mistyped{{QStringLiteral("checkIntervalMs"), QStringLiteral("20000")}};
+    QTest::newRow("text for a number")
+        << OrvaValue(QVariantHash{{OrvaValue::WifiRestartCriteria(), mistyped}}) << disabled;
+    OrvaNetworkWifiRestartCriteria incomplete = criteria(10000, 3).wifiRestartCriteria();
+    incomplete.__remove(OrvaNetworkWifiRestartCriteria::MaxTxIncreaseNoRxIncreaseThreshold());
+    OrvaValue value;
+    value.setWifiRestartCriteria(incomplete);
+    QTest::newRow("no threshold") << value << QStringLiteral("Not a valid wifi restart criteria: ");
+}
+
+void TestWatchdog::obeysTheCriteria()
+{
+    QFETCH(OrvaValue, value);
+    QFETCH(QString, refusal);
+    watch(value);
+    if (refusal.isEmpty())
+        QTRY_VERIFY(m_timer->isActive());
+    else
+        QTRY_COMPARE(m_log.count(refusal), 1);
+    QCOMPARE(m_timer->isActive(), refusal.isEmpty());
+    QCOMPARE(m_watchdog->findChild<Pinger*>() != nullptr, refusal.isEmpty());
+}
+
+void TestWatchdog::keepsThePingerWhenTheCriteriaBecomeInvalid()
+{
+    watch(criteria(10000, 3));
+    QTRY_VERIFY(m_timer->isActive());
+    const QPointer<Pinger> pinger = m_watchdog->findChild<Pinger*>();
+    m_criteria->setValue(criteria(1, 3));
+    QVERIFY(!m_timer->isActive() && pinger);
+    m_criteria->setValue(criteria(20000, 3));
+    QVERIFY(m_timer->isActive() && m_timer->interval() == 20000);
+    QVERIFY(!pinger);
+    QCOMPARE(m_watchdog->findChildren<Pinger*>().size(), 1);
+}
+
+void TestWatchdog::answersARequestToRestart()
+{
+    watch(criteria(0, 0, CMPath()));
+    const CMPath request = OrvaNetworkRequestWifiRestartPath();
+    CMActivateNode::create(m_tree->nodes(), request)
+        ->setInvoke(m_watchdog.get(), &WifiRestart::on_restart_requested, Qt::QueuedConnection);
+    const auto errorOf = [&](const CMPath& path) {
+        m_criteria->setValue(criteria(0, 0, path));
+        const CMReply<QVariant> reply = m_tree->activate(request);
+        return QTest::qWaitFor([&] { return reply.isFinished(); })
+                   ? reply.error().name() + QLatin1Char('/') + reply.error().message()
+                   : QStringLiteral("no answer");
+    };
+    const QString refusal = QStringLiteral("Networking/No wifi restart path defined");
+    QCOMPARE(errorOf(CMPath()), refusal);
+    QCOMPARE(errorOf(request), refusal);
+    QCOMPARE(errorOf(brokenPath), QStringLiteral("error/broken"));
+    QCOMPARE(errorOf(restartPath), QStringLiteral("/"));
+    QCOMPARE(m_tree->activations(restartPath), 1);
+}
+
+void TestWatchdog::pingsTheGatewayOfAConnectedLink()
+{
+    Pinger pinger(nullptr, 200);
+    const auto logs = [&](OrvaNetworkState state, const char* gateway, const char* line) {
+        m_log.clear();
+        m_info->setValue(wirelessInfo(state, QLatin1String(gateway)));
+        return QTest::qWaitFor([&] { return m_log.count(QLatin1String(line)) > 0; });
+    };
+    QVERIFY(logs(OrvaNetworkState::Disconnecting, "10.9.0.2", "wifi not connected, no need to"));
+    QVERIFY(logs(OrvaNetworkState::Connected, "", "No gateway available, not sending ping"));
+    QVERIFY(logs(OrvaNetworkState::Connected, "10.9.0.2", "gateway ping ok"));
+    QCOMPARE(m_log.count(QStringLiteral("ping: 1 packets transmitted, 1 received")), 1);
+    QVERIFY(logs(OrvaNetworkState::Connected, "192.0.2.1", "gateway ping failed: "));
+}
+
+void TestWatchdog::leavesNoPingBehind()
+{
+    QVERIFY(m_neighbour.run(QStringLiteral("echo 1 >/proc/sys/net/ipv4/icmp_echo_ignore_all")));
+    m_info->setValue(wirelessInfo(OrvaNetworkState::Connected, QStringLiteral("10.9.0.2")));
+    {
+        Pinger pinger(nullptr, 60000);
+        pinger.on_timer_timeout();
+        QVERIFY(hasChildren());
+        pinger.on_timer_timeout();
+        QCOMPARE(m_log.count(QStringLiteral("should be impossible, killing process!")), 1);
+        QVERIFY(hasChildren());
+    }
+    QVERIFY(!hasChildren());
+}
+
+int main(int argc, char** argv)
+{
+    return runInNamespace<TestWatchdog>(argc, argv);
+}
+#include "tst_watchdog.moc"
