@@ -1,0 +1,140 @@
+#include "accesspoint.h"
+
+#include "wire.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+std::optional<Security> securityFrom(const QString& text)
+{
+    for (const auto security : {Security::Open, Security::WpaPsk, Security::Wep})
+        if (text == toString(security))
+            return security;
+    return std::nullopt;
+}
+
+/// The first thing that cannot be, for a person; empty when all is well.
+QString faultOf(const AccessPoint& point)
+{
+    constexpr int weakest = -120;
+    constexpr int minKey = 8;
+    constexpr int maxKey = 64;
+    if (!wire::isSsid(point.ssid))
+        return QStringLiteral("ssid must have 1 to 32 bytes");
+    if (!isHardwareAddress(point.bssid))
+        return QStringLiteral("bssid must be six hexadecimal pairs with colons");
+    if (point.frequency == 0)
+        return QStringLiteral("channel does not exist");
+    if (point.signal < weakest || point.signal > 0)
+        return QStringLiteral("signal must be -120 to 0 dBm");
+    const auto size = point.key.toUtf8().size();
+    if (point.security == Security::WpaPsk && (size < minKey || size > maxKey))
+        return QStringLiteral("key must have 8 to 64 bytes");
+    return {};
+}
+
+/// True when each key of `changes` is one of an access point's and has its type.
+bool isWellTyped(const QVariantMap& changes)
+{
+    static const QStringList texts{QStringLiteral("ssid"), QStringLiteral("bssid"),
+                                   QStringLiteral("security"), QStringLiteral("key"),
+                                   QStringLiteral("network")};
+    static const QStringList integers{QStringLiteral("channel"), QStringLiteral("frequency"),
+                                      QStringLiteral("signal")};
+    for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
+        const auto key = entry.key().toUtf8();
+        const bool fine = texts.contains(entry.key()) ? wire::text(changes, key).has_value()
+                          : integers.contains(entry.key())
+                              ? wire::integer(changes, key).has_value()
+                              : key == "wps" && wire::boolean(changes, key);
+        if (!fine)
+            return false;
+    }
+    return true;
+}
+
+QByteArray element(int id, const QByteArray& content)
+{
+    QByteArray bytes;
+    bytes.append(static_cast<char>(id));
+    bytes.append(static_cast<char>(content.size()));
+    return bytes + content;
+}
+
+} // namespace
+
+QString toString(Security security)
+{
+    switch (security) {
+    case Security::Open:
+        return QStringLiteral("open");
+    case Security::WpaPsk:
+        return QStringLiteral("wpa-psk");
+    case Security::Wep:
+        return QStringLiteral("wep");
+    }
+    return {};
+}
+
+bool isHardwareAddress(const QString& text)
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("\\A[0-9A-Fa-f]{2}(:[0-9A-Fa-f]{2}){5}\\z"));
+    return pattern.match(text).hasMatch();
+}
+
+int frequencyOf(int channel)
+{
+    constexpr int lastOf2GHz = 14;
+    constexpr int lastOf5GHz = 177;
+    if (channel == lastOf2GHz)
+        return 2484;
+    if (channel >= 1 && channel < lastOf2GHz)
+        return 2407 + 5 * channel;
+    if (channel >= 32 && channel <= lastOf5GHz)
+        return 5000 + 5 * channel;
+    return 0;
+}
+
+std::optional<AccessPoint> changed(AccessPoint point, const QVariantMap& changes, QString* error)
+{
+    if (!isWellTyped(changes)) {
+        *error = QStringLiteral("an unknown key, or a value of a wrong type");
+        return std::nullopt;
+    }
+    point.ssid = wire::text(changes, "ssid").value_or(point.ssid);
+    point.bssid = wire::text(changes, "bssid").value_or(point.bssid);
+    if (const auto channel = wire::integer(changes, "channel")) {
+        point.channel = *channel;
+        point.frequency = frequencyOf(*channel);
+    }
+    point.frequency = wire::integer(changes, "frequency").value_or(point.frequency);
+    point.signal = wire::integer(changes, "signal").value_or(point.signal);
+    point.key = wire::text(changes, "key").value_or(point.key);
+    point.wps = wire::boolean(changes, "wps").value_or(point.wps);
+    point.network = wire::text(changes, "network").value_or(point.network);
+    const auto security = wire::text(changes, "security").value_or(toString(point.security));
+    if (const auto known = securityFrom(security))
+        point.security = *known;
+    else
+        *error = QStringLiteral("security must be open, wpa-psk or wep");
+    if (error->isEmpty())
+        *error = faultOf(point);
+    return error->isEmpty() ? std::optional(point) : std::nullopt;
+}
+
+QByteArray informationElements(const AccessPoint& point)
+{
+    constexpr int ssid = 0;
+    constexpr int channel = 3;
+    constexpr int rsn = 48;
+    constexpr int vendor = 221;
+    QByteArray elements = element(ssid, point.ssid.toUtf8());
+    elements += element(channel, QByteArray(1, static_cast<char>(point.channel)));
+    if (point.security == Security::WpaPsk) // version 1, CCMP for group and pairs, PSK
+        elements += element(rsn, QByteArray::fromHex("0100000fac040100000fac040100000fac020000"));
+    if (point.wps) // version 1.0, configured
+        elements += element(vendor, QByteArray::fromHex("0050f204104a0001101044000102"));
+    return elements;
+}

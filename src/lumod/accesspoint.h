@@ -1,0 +1,36 @@
+#pragma once
+
+#include "worldtypes.h"
+
+#include <QVariantMap>
+
+/// An access point of the simulated world.
+struct AccessPoint
+{
+    QString ssid; ///< 1 to 32 bytes
+    QString bssid;
+    int channel = 6;
+    int frequency = 2437; ///< MHz
+    int signal = -55;     ///< dBm
+    Security security = Security::Open;
+    QString key;
+    bool wps = false; ///< has a WPS button
+    QString network;  ///< the network behind it, by name
+};
+
+/// `point` with `changes` applied, keys as in the world file: ssid, bssid, channel, frequency,
+/// signal, security, key, wps, network. A new channel without a frequency brings its own.
+/// @param error says for a person why nothing is returned.
+std::optional<AccessPoint> changed(AccessPoint point, const QVariantMap& changes, QString* error);
+
+/// The centre frequency of a Wi-Fi channel in MHz, 0 for one that does not exist.
+int frequencyOf(int channel);
+
+/// The information elements of its beacon: SSID, channel, RSN, WPS.
+QByteArray informationElements(const AccessPoint& point);
+
+/// "open", "wpa-psk" or "wep".
+QString toString(Security security);
+
+/// True for six hexadecimal pairs with colons.
+bool isHardwareAddress(const QString& text);

@@ -1,0 +1,92 @@
+#include "garbage.h"
+
+namespace {
+
+QVariant ofAnotherType(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return 4711;
+    case QMetaType::Bool:
+        return QStringLiteral("no");
+    case QMetaType::Int:
+        return QStringList{value.toString()};
+    case QMetaType::QByteArray:
+        return QVariantMap{{QStringLiteral("bytes"), 1.5}};
+    default:
+        return QByteArray("garbage");
+    }
+}
+
+/// Nested maps turn into garbage inside, and every fourth one as a whole.
+QVariantMap wrongTypes(const QVariantMap& map)
+{
+    QVariantMap result;
+    for (auto entry = map.begin(); entry != map.end(); ++entry) {
+        const bool nested = entry->userType() == QMetaType::QVariantMap && result.size() % 4 != 0;
+        result.insert(entry.key(),
+                      nested ? QVariant(wrongTypes(entry->toMap())) : ofAnotherType(*entry));
+    }
+    return result;
+}
+
+QVariantMap missingKeys(const QVariantMap& map)
+{
+    QVariantMap result;
+    bool keep = false;
+    for (auto entry = map.begin(); entry != map.end(); ++entry, keep = !keep) {
+        if (entry->userType() == QMetaType::QVariantMap)
+            result.insert(entry.key(), missingKeys(entry->toMap()));
+        else if (keep)
+            result.insert(entry.key(), *entry);
+    }
+    return result;
+}
+
+QVariantMap oversized(const QVariantMap& map)
+{
+    constexpr int networks = 5000;
+    constexpr int elementBytes = 2000;
+    constexpr int textLength = 1000000;
+    QVariantMap result = map;
+    for (auto& value : result)
+        if (value.userType() == QMetaType::QString)
+            value = QString(textLength, QLatin1Char('x'));
+    const bool isList = map.isEmpty() || map.first().userType() == QMetaType::QVariantMap;
+    for (int i = 0; isList && i < networks; ++i)
+        result.insert(QStringLiteral("oversized%1").arg(i),
+                      QVariantMap{{QStringLiteral("type"), QStringLiteral("unsecured")},
+                                  {QStringLiteral("signal"), -90},
+                                  {QStringLiteral("ies"), QByteArray(elementBytes, '\xff')}});
+    return result;
+}
+
+} // namespace
+
+std::optional<Garbage> garbageFrom(const QString& text)
+{
+    if (text == QLatin1String("none"))
+        return Garbage::None;
+    if (text == QLatin1String("wrong-types"))
+        return Garbage::WrongTypes;
+    if (text == QLatin1String("missing-keys"))
+        return Garbage::MissingKeys;
+    if (text == QLatin1String("oversized"))
+        return Garbage::Oversized;
+    return std::nullopt;
+}
+
+QVariantMap spoil(const QVariantMap& map, Garbage kind)
+{
+    switch (kind) {
+    case Garbage::None:
+        return map;
+    case Garbage::WrongTypes:
+        return wrongTypes(map);
+    case Garbage::MissingKeys:
+        return missingKeys(map);
+    case Garbage::Oversized:
+        return oversized(map);
+    }
+    return map;
+}

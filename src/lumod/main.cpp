@@ -1,0 +1,95 @@
+#include "log.h"
+#include "lumodadaptor.h"
+#include "worldadaptor.h"
+#include "worldcontrol.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+Q_LOGGING_CATEGORY(lcLumod, "lumod")
+
+namespace {
+
+/// Ends the program when the bus goes away: the connection never comes back by itself.
+class BusWatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    BusWatch()
+    {
+        QDBusConnection::systemBus().connect(QString(),
+                                             QStringLiteral("/org/freedesktop/DBus/Local"),
+                                             QStringLiteral("org.freedesktop.DBus.Local"),
+                                             QStringLiteral("Disconnected"), this, SLOT(end()));
+    }
+
+private Q_SLOTS:
+    void end()
+    {
+        qCCritical(lcLumod) << "The bus has gone";
+        QCoreApplication::exit(1);
+    }
+};
+
+QString worldFileName(const QCoreApplication& application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "A connection daemon that plays a network instead of driving one.\n\nWithout --world, the "
+        "environment variable ORVA_LUMOD_WORLD names the world file; without either the world is\n"
+        "a cable and no access point."));
+    const QCommandLineOption world(QStringLiteral("world"),
+                                   QStringLiteral("The world to play, commented JSON."),
+                                   QStringLiteral("file"));
+    parser.addOption(world);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(application);
+    return parser.isSet(world) ? parser.value(world) : qEnvironmentVariable("ORVA_LUMOD_WORLD");
+}
+
+std::optional<WorldDescription> describe(const QString& fileName)
+{
+    if (fileName.isEmpty())
+        return WorldDescription();
+    QString error;
+    auto description = readWorldFile(fileName, &error);
+    if (!description)
+        qCCritical(lcLumod).noquote() << "Cannot read the world:" << error;
+    return description;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("lumod"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVA_VERSION));
+    qSetMessagePattern(QStringLiteral("%{time hh:mm:ss.zzz} %{category} %{type}: %{message}"));
+
+    const auto description = describe(worldFileName(application));
+    if (!description)
+        return 1;
+    if (!QDBusConnection::systemBus().isConnected()) {
+        qCCritical(lcLumod).noquote()
+            << "Cannot reach the system bus:" << QDBusConnection::systemBus().lastError().message();
+        return 1;
+    }
+    SimulatedWorld world(*description);
+    WorldControl daemon(world);
+    new LumodAdaptor(&daemon);
+    new WorldAdaptor(&daemon);
+    daemon.setLogLevel(daemon.logLevel());
+    const BusWatch watch;
+    if (!daemon.serve())
+        return 1;
+    if (!description->startMode.isEmpty())
+        daemon.SetNormalMode(description->startMode);
+    return QCoreApplication::exec();
+}
+
+#include "main.moc"

@@ -1,0 +1,58 @@
+#include "simulatedcable.h"
+
+namespace {
+constexpr int hostNumber = 20;
+}
+
+void SimulatedCable::configure(bool enabled, const std::optional<StaticIp>& ip)
+{
+    const bool same = m_enabled == enabled && m_ip == ip;
+    m_enabled = enabled;
+    m_ip = ip;
+    if (isUp() && same)
+        return announceUp();
+    if (isUp())
+        return leave();
+    if (isWaiting() || (isConnecting() && !same))
+        abort();
+    reconcile();
+}
+
+void SimulatedCable::cableChanged()
+{
+    const bool wasLinked = phase() == Phase::Up || phase() == Phase::Leaving;
+    if (!description().plugged && wasLinked)
+        return goDown();
+    abort();
+    reconcile();
+}
+
+void SimulatedCable::reconcile()
+{
+    if (phase() == Phase::Down && !isWaiting() && m_enabled && description().plugged)
+        configureAddress();
+}
+
+InterfaceStatus SimulatedCable::currentStatus() const
+{
+    if (!description().plugged)
+        return InterfaceStatus::NoCarrier;
+    return isConnecting() ? InterfaceStatus::Connecting : InterfaceStatus::Idle;
+}
+
+std::optional<Lease> SimulatedCable::askLease() const
+{
+    const auto& world = description();
+    return ::lease(world.network(world.cableNetwork), m_ip, hostNumber, world.wiredMac);
+}
+
+InterfaceDetails SimulatedCable::details() const
+{
+    InterfaceDetails details;
+    details.kind = InterfaceDetails::Kind::Wired;
+    details.mac = description().wiredMac;
+    details.connected = isUp();
+    details.lease = lease();
+    details.cable = description().plugged;
+    return details;
+}

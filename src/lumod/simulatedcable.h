@@ -1,0 +1,26 @@
+#pragma once
+
+#include "simulatedlink.h"
+
+/// The wired interface, its cable and the network behind it.
+class SimulatedCable : public SimulatedLink
+{
+    Q_OBJECT
+
+public:
+    using SimulatedLink::SimulatedLink;
+
+    /// Wants the link up or down, with DHCP or `ip`.
+    void configure(bool enabled, const std::optional<StaticIp>& ip);
+    /// The description's `plugged` has changed.
+    void cableChanged();
+    [[nodiscard]] InterfaceDetails details() const;
+
+private:
+    void reconcile() override;
+    [[nodiscard]] InterfaceStatus currentStatus() const override;
+    [[nodiscard]] std::optional<Lease> askLease() const override;
+
+    bool m_enabled = false;
+    std::optional<StaticIp> m_ip;
+};

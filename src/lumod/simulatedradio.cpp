@@ -1,0 +1,244 @@
+#include "simulatedradio.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int hostNumber = 21;
+
+QVector<KnownNetwork> byPriority(QVector<KnownNetwork> networks)
+{
+    std::stable_sort(networks.begin(), networks.end(),
+                     [](const auto& a, const auto& b) { return a.priority > b.priority; });
+    return networks;
+}
+
+bool isSameBssid(const QString& a, const QString& b)
+{
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
+
+bool matches(const AccessPoint& point, const KnownNetwork& network)
+{
+    return point.ssid == network.ssid && network.security == point.security &&
+           (network.bssid.isEmpty() || isSameBssid(network.bssid, point.bssid));
+}
+
+bool opens(const KnownNetwork& network, const AccessPoint& point)
+{
+    return point.security != Security::WpaPsk || point.key == network.key;
+}
+
+bool isSame(const KnownNetwork& a, const KnownNetwork& b)
+{
+    return a.ssid == b.ssid && a.security == b.security && a.key == b.key;
+}
+
+} // namespace
+
+SimulatedRadio::SimulatedRadio(const QString& name, World& world,
+                               const WorldDescription& description)
+    : SimulatedLink(name, world, description)
+    , m_wps(world, description)
+{
+    m_scan.setSingleShot(true);
+    connect(&m_scan, &QTimer::timeout, this, &SimulatedRadio::finishScan);
+    connect(&m_wps, &SimulatedWps::changed, this, [this] {
+        updateStatus();
+        reconcile();
+    });
+}
+
+void SimulatedRadio::configure(const QVector<KnownNetwork>& networks,
+                               const std::optional<StaticIp>& ip, Permission permission)
+{
+    const bool sameIp = m_ip == ip;
+    m_networks = byPriority(networks);
+    m_ip = ip;
+    m_permission = permission;
+    m_blocked.clear();
+    if (isConnecting() || isWaiting())
+        abort();
+    if (isUp() && permission != Permission::Leave && sameIp && isStill(choose()))
+        announceUp();
+    else if (isUp())
+        leave();
+    reconcile();
+}
+
+void SimulatedRadio::permit(Permission permission)
+{
+    m_permission = permission;
+    reconcile();
+}
+
+void SimulatedRadio::accessPointsChanged()
+{
+    const auto* point = target();
+    const bool holds = point && matches(*point, m_choice.network) &&
+                       (phase() == Phase::Associating || opens(m_choice.network, *point));
+    if (isUp() && !holds)
+        return goDown();
+    if (isConnecting() && !holds)
+        abort();
+    reconcile();
+}
+
+void SimulatedRadio::scan()
+{
+    m_scanWanted = !m_scan.isActive();
+    reconcile();
+}
+
+void SimulatedRadio::reassociate()
+{
+    m_blocked.clear();
+    if (isUp())
+        return leave();
+    reconcile();
+}
+
+void SimulatedRadio::reconcile()
+{
+    if (m_permission == Permission::Leave && isUp())
+        leave();
+    if (m_permission == Permission::Leave && isConnecting())
+        abort();
+    if (m_scan.isActive() || m_wps.isRunning() || isConnecting() || phase() == Phase::Leaving)
+        return;
+    if (m_scanWanted)
+        return startScan();
+    if (isUp() || m_permission != Permission::Join)
+        return;
+    if (const auto choice = choose()) {
+        m_choice = *choice;
+        associate();
+    } else if (!m_blocked.isEmpty() && !isWaiting()) {
+        wait();
+    }
+}
+
+InterfaceStatus SimulatedRadio::currentStatus() const
+{
+    if (m_wps.isRunning())
+        return InterfaceStatus::Wps;
+    if (m_scan.isActive())
+        return InterfaceStatus::Scanning;
+    return isConnecting() || phase() == Phase::Leaving ? InterfaceStatus::Connecting
+                                                       : InterfaceStatus::Idle;
+}
+
+void SimulatedRadio::startScan()
+{
+    m_scanWanted = false;
+    m_scan.start(description().delays.of("scan"));
+    updateStatus();
+}
+
+void SimulatedRadio::finishScan()
+{
+    Q_EMIT world().scanned(seenNetworks());
+    updateStatus();
+    reconcile();
+}
+
+QVector<ScannedNetwork> SimulatedRadio::seenNetworks() const
+{
+    QVector<ScannedNetwork> networks;
+    for (const auto& point : description().accessPoints)
+        networks.append({point.ssid, point.bssid, point.security, point.signal, point.channel,
+                         point.frequency, informationElements(point)});
+    return networks;
+}
+
+void SimulatedRadio::associated()
+{
+    const auto* point = target();
+    if (point && !opens(m_choice.network, *point)) {
+        const auto& ssid = m_choice.network.ssid;
+        block();
+        Q_EMIT world().authenticationFailed(ssid, QStringLiteral("Wrong key for ") + ssid);
+        return reconcile();
+    }
+    configureAddress();
+}
+
+void SimulatedRadio::leaseRefused()
+{
+    block();
+    reconcile();
+}
+
+void SimulatedRadio::block()
+{
+    m_blocked.append(m_choice.network.ssid);
+    abort();
+}
+
+void SimulatedRadio::retry()
+{
+    m_blocked.clear();
+    reconcile();
+}
+
+std::optional<Lease> SimulatedRadio::askLease() const
+{
+    const auto* point = target();
+    if (!point)
+        return std::nullopt;
+    return ::lease(description().network(point->network), m_ip, hostNumber,
+                   description().wirelessMac);
+}
+
+std::optional<SimulatedRadio::Choice> SimulatedRadio::choose() const
+{
+    for (const auto& network : m_networks) {
+        const auto bssid = bestAccessPoint(network);
+        if (!bssid.isEmpty() && !m_blocked.contains(network.ssid))
+            return Choice{network, bssid};
+    }
+    return std::nullopt;
+}
+
+QString SimulatedRadio::bestAccessPoint(const KnownNetwork& network) const
+{
+    const AccessPoint* best = nullptr;
+    for (const auto& point : description().accessPoints)
+        if (matches(point, network) && (!best || point.signal > best->signal))
+            best = &point;
+    return best ? best->bssid : QString();
+}
+
+const AccessPoint* SimulatedRadio::target() const
+{
+    for (const auto& point : description().accessPoints)
+        if (isSameBssid(point.bssid, m_choice.bssid))
+            return &point;
+    return nullptr;
+}
+
+bool SimulatedRadio::isStill(const std::optional<Choice>& choice) const
+{
+    const auto* point = target();
+    return choice && point && isSame(choice->network, m_choice.network) &&
+           matches(*point, choice->network);
+}
+
+InterfaceDetails SimulatedRadio::details() const
+{
+    InterfaceDetails details;
+    details.kind = InterfaceDetails::Kind::Wireless;
+    details.mac = description().wirelessMac;
+    details.connected = isUp();
+    details.lease = lease();
+    const auto* point = target();
+    if (!isUp() || !point)
+        return details;
+    details.security = point->security;
+    details.ssid = point->ssid;
+    details.bssid = point->bssid;
+    details.frequency = point->frequency;
+    details.signal = point->signal;
+    details.channel = point->channel;
+    return details;
+}

@@ -1,0 +1,210 @@
+#include "simulatedworld.h"
+
+SimulatedWorld::SimulatedWorld(WorldDescription description, QObject* parent)
+    : World(parent)
+    , m_description(std::move(description))
+    , m_cable(m_description.wired, *this, m_description)
+    , m_radio(m_description.wireless, *this, m_description)
+    , m_softAps(*this, m_description)
+{
+    connect(&m_cable, &SimulatedLink::settled, this, [this] { m_radio.permit(permission()); });
+}
+
+QStringList SimulatedWorld::interfaces() const
+{
+    QStringList names{m_description.wired, m_description.wireless};
+    names.removeAll(QString());
+    return hasRadio() ? names + m_description.softAps.keys() : names;
+}
+
+InterfaceDetails SimulatedWorld::details(const QString& interface) const
+{
+    if (!interfaces().contains(interface))
+        return {};
+    if (interface == m_description.wired)
+        return m_cable.details();
+    return interface == m_description.wireless ? m_radio.details() : m_softAps.details(interface);
+}
+
+InterfaceStatus SimulatedWorld::status(const QString& interface) const
+{
+    if (interface == m_description.wired)
+        return m_cable.status();
+    return interface == m_description.wireless ? m_radio.status() : m_softAps.status(interface);
+}
+
+void SimulatedWorld::announce()
+{
+    if (!m_description.wired.isEmpty()) {
+        Q_EMIT cableChanged(m_description.plugged);
+        m_cable.announceStatus();
+    }
+    if (!hasRadio())
+        return;
+    m_radio.announceStatus();
+    m_softAps.announceStatus();
+}
+
+SimulatedRadio::Permission SimulatedWorld::permission() const
+{
+    using Permission = SimulatedRadio::Permission;
+    if (m_off || !hasRadio())
+        return Permission::Leave;
+    switch (m_configuration.mode) {
+    case NetworkMode::Wired:
+        return Permission::Leave;
+    case NetworkMode::Wireless:
+        return Permission::Join;
+    case NetworkMode::Auto:
+        break;
+    }
+    if (m_cable.isUp())
+        return Permission::Leave;
+    return m_cable.isConnecting() ? Permission::Keep : Permission::Join;
+}
+
+void SimulatedWorld::bringUp(const NetworkConfiguration& configuration)
+{
+    m_off = false;
+    m_configuration = configuration;
+    const bool wired =
+        configuration.mode != NetworkMode::Wireless && !m_description.wired.isEmpty();
+    m_cable.configure(wired, configuration.wired);
+    m_radio.configure(configuration.networks, configuration.wireless, permission());
+}
+
+void SimulatedWorld::takeDown()
+{
+    m_off = true;
+    m_configuration = {};
+    m_cable.configure(false, std::nullopt);
+    m_radio.configure({}, std::nullopt, permission());
+    m_softAps.stopAll();
+}
+
+void SimulatedWorld::scan()
+{
+    if (hasRadio())
+        m_radio.scan();
+    else
+        Q_EMIT failed(QStringLiteral("There is no wireless interface to scan with"));
+}
+
+void SimulatedWorld::reassociate()
+{
+    m_radio.reassociate();
+}
+
+void SimulatedWorld::startWps(const QString& pin)
+{
+    if (hasRadio())
+        m_radio.wps().start(pin);
+    else
+        Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
+}
+
+void SimulatedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)
+{
+    m_softAps.start(interface, settings);
+}
+
+void SimulatedWorld::stopSoftAp(const QString& interface)
+{
+    m_softAps.stop(interface);
+}
+
+void SimulatedWorld::plug(bool plugged)
+{
+    if (m_description.plugged == plugged)
+        return;
+    m_description.plugged = plugged;
+    if (m_description.wired.isEmpty())
+        return;
+    Q_EMIT cableChanged(plugged);
+    m_cable.cableChanged();
+    m_radio.permit(permission());
+}
+
+QString SimulatedWorld::addAccessPoint(const QVariantMap& settings, QString* bssid)
+{
+    QString error;
+    *bssid = m_description.addAccessPoint(settings, &error);
+    m_radio.accessPointsChanged();
+    return error;
+}
+
+QString SimulatedWorld::changeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
+{
+    QString error = QStringLiteral("No such access point: ") + accessPoint;
+    const int index = m_description.find(accessPoint);
+    if (index < 0)
+        return error;
+    error.clear();
+    if (m_description.changeAccessPoint(index, changes, &error))
+        m_radio.accessPointsChanged();
+    return error;
+}
+
+QString SimulatedWorld::removeAccessPoint(const QString& accessPoint)
+{
+    const int index = m_description.find(accessPoint);
+    if (index < 0)
+        return QStringLiteral("No such access point: ") + accessPoint;
+    m_description.accessPoints.removeAt(index);
+    m_radio.accessPointsChanged();
+    return {};
+}
+
+QString SimulatedWorld::withWpsOf(const QString& accessPoint,
+                                  const std::function<void(const QString&)>& act)
+{
+    const int index = m_description.find(accessPoint);
+    if (index < 0)
+        return QStringLiteral("No such access point: ") + accessPoint;
+    if (!m_description.accessPoints.at(index).wps)
+        return QStringLiteral("The access point does not do WPS: ") + accessPoint;
+    act(m_description.accessPoints.at(index).bssid);
+    return {};
+}
+
+QString SimulatedWorld::pressWps(const QString& accessPoint)
+{
+    return withWpsOf(accessPoint, [this](const QString& bssid) { m_radio.wps().press(bssid); });
+}
+
+QString SimulatedWorld::enterWpsPin(const QString& accessPoint, const QString& pin)
+{
+    return withWpsOf(accessPoint,
+                     [this, pin](const QString& bssid) { m_radio.wps().enterPin(bssid, pin); });
+}
+
+QString SimulatedWorld::failWps(const QString& message)
+{
+    if (!m_radio.wps().isRunning())
+        return QStringLiteral("No WPS session runs");
+    m_radio.wps().fail(message);
+    return {};
+}
+
+QString SimulatedWorld::joinStation(const QString& interface, const QString& hwAddress)
+{
+    if (!isHardwareAddress(hwAddress))
+        return QStringLiteral("Not a hardware address: ") + hwAddress;
+    return m_softAps.join(interface, hwAddress)
+               ? QString()
+               : QStringLiteral("No soft access point is up on ") + interface;
+}
+
+QString SimulatedWorld::leaveStation(const QString& hwAddress)
+{
+    return m_softAps.leave(hwAddress) ? QString() : QStringLiteral("No such station: ") + hwAddress;
+}
+
+QString SimulatedWorld::setDelay(const QString& step, int milliseconds)
+{
+    const auto found = m_description.delays.values.find(step);
+    if (found == m_description.delays.values.end())
+        return QStringLiteral("No such step: ") + step;
+    *found = milliseconds;
+    return {};
+}

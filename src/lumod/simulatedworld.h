@@ -1,0 +1,60 @@
+#pragma once
+
+#include "simulatedcable.h"
+#include "simulatedradio.h"
+#include "simulatedsoftaps.h"
+
+#include <QJsonObject>
+
+#include <functional>
+
+/// A world that exists only here: a cable, access points, stations. It is what the world file
+/// describes, and is changed through the functions below; those that return text return why it
+/// could not be done, for a person, and nothing when it was.
+class SimulatedWorld : public World
+{
+    Q_OBJECT
+
+public:
+    explicit SimulatedWorld(WorldDescription description, QObject* parent = nullptr);
+
+    [[nodiscard]] QStringList interfaces() const override;
+    [[nodiscard]] InterfaceDetails details(const QString& interface) const override;
+    void announce() override;
+    void bringUp(const NetworkConfiguration& configuration) override;
+    void takeDown() override;
+    void scan() override;
+    void reassociate() override;
+    void startWps(const QString& pin) override;
+    void startSoftAp(const QString& interface, const SoftApSettings& settings) override;
+    void stopSoftAp(const QString& interface) override;
+
+    void plug(bool plugged);
+    QString addAccessPoint(const QVariantMap& settings, QString* bssid);
+    QString changeAccessPoint(const QString& accessPoint, const QVariantMap& changes);
+    QString removeAccessPoint(const QString& accessPoint);
+    QString pressWps(const QString& accessPoint);
+    QString enterWpsPin(const QString& accessPoint, const QString& pin);
+    QString failWps(const QString& message);
+    QString joinStation(const QString& interface, const QString& hwAddress);
+    QString leaveStation(const QString& hwAddress);
+    QString setDelay(const QString& step, int milliseconds);
+
+    /// What a scan finds now.
+    [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const { return m_radio.seenNetworks(); }
+    /// The whole state, keys of networks masked.
+    [[nodiscard]] QJsonObject snapshot() const;
+
+private:
+    [[nodiscard]] SimulatedRadio::Permission permission() const;
+    [[nodiscard]] bool hasRadio() const { return !m_description.wireless.isEmpty(); }
+    QString withWpsOf(const QString& accessPoint, const std::function<void(const QString&)>& act);
+    [[nodiscard]] InterfaceStatus status(const QString& interface) const;
+
+    WorldDescription m_description;
+    NetworkConfiguration m_configuration;
+    bool m_off = true; ///< no mode has been set
+    SimulatedCable m_cable;
+    SimulatedRadio m_radio;
+    SimulatedSoftAps m_softAps;
+};

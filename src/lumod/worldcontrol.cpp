@@ -1,0 +1,114 @@
+#include "worldcontrol.h"
+
+#include "log.h"
+#include "wire.h"
+
+#include <QJsonDocument>
+#include <QThread>
+
+#include <limits>
+#include <unistd.h>
+
+WorldControl::WorldControl(SimulatedWorld& world, QObject* parent)
+    : Daemon(world, parent)
+    , m_world(world)
+{
+}
+
+void WorldControl::answer(const QString& error) const
+{
+    if (!error.isEmpty())
+        sendErrorReply(QStringLiteral("org.orva.lumod.World.Error.Invalid"), error);
+}
+
+QVariantMap WorldControl::outgoing(const QVariantMap& map) const
+{
+    return spoil(map, m_garbage);
+}
+
+QString WorldControl::Snapshot() const
+{
+    auto json = m_world.snapshot();
+    json.insert(QStringLiteral("mode"), mode());
+    return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+void WorldControl::Plug()
+{
+    m_world.plug(true);
+}
+
+void WorldControl::Unplug()
+{
+    m_world.plug(false);
+}
+
+QString WorldControl::AddAccessPoint(const QVariantMap& settings)
+{
+    QString bssid;
+    answer(m_world.addAccessPoint(wire::plain(settings), &bssid));
+    return bssid;
+}
+
+void WorldControl::ChangeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
+{
+    answer(m_world.changeAccessPoint(accessPoint, wire::plain(changes)));
+}
+
+void WorldControl::RemoveAccessPoint(const QString& accessPoint)
+{
+    answer(m_world.removeAccessPoint(accessPoint));
+}
+
+void WorldControl::PressWps(const QString& accessPoint)
+{
+    answer(m_world.pressWps(accessPoint));
+}
+
+void WorldControl::EnterWpsPin(const QString& accessPoint, const QString& pin)
+{
+    answer(m_world.enterWpsPin(accessPoint, pin));
+}
+
+void WorldControl::FailWps(const QString& message)
+{
+    answer(m_world.failWps(message));
+}
+
+void WorldControl::JoinStation(const QString& interface, const QString& hwAddress)
+{
+    answer(m_world.joinStation(interface, hwAddress));
+}
+
+void WorldControl::LeaveStation(const QString& hwAddress)
+{
+    answer(m_world.leaveStation(hwAddress));
+}
+
+void WorldControl::SetDelay(const QString& step, uint milliseconds)
+{
+    constexpr uint most = std::numeric_limits<int>::max();
+    answer(m_world.setDelay(step, static_cast<int>(qMin(milliseconds, most))));
+}
+
+void WorldControl::Crash()
+{
+    qCWarning(lcLumod) << "Crashing, as asked";
+    ::_exit(1);
+}
+
+void WorldControl::Hang(uint milliseconds)
+{
+    qCWarning(lcLumod) << "Hanging, as asked, for" << milliseconds << "ms";
+    QThread::msleep(milliseconds);
+}
+
+void WorldControl::Garble(const QString& kind)
+{
+    const auto garbage = garbageFrom(kind);
+    if (!garbage)
+        return answer(QStringLiteral("No such kind of garbage: ") + kind);
+    m_garbage = *garbage;
+    Q_EMIT m_world.addressesChanged();
+    Q_EMIT m_world.scanned(m_world.seenNetworks());
+}

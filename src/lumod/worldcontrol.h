@@ -1,0 +1,43 @@
+#pragma once
+
+#include "daemon.h"
+#include "garbage.h"
+#include "simulatedworld.h"
+
+/// The daemon over a simulated world, with the interface by which that world is changed. Methods
+/// are named as on the wire; `dbus/org.orva.lumod.World.xml` describes them.
+class WorldControl : public Daemon
+{
+    Q_OBJECT
+
+public:
+    /// Drives `world`, which it does not own and which outlives it.
+    explicit WorldControl(SimulatedWorld& world, QObject* parent = nullptr);
+
+public Q_SLOTS:
+    QString Snapshot() const;
+    void Plug();
+    void Unplug();
+    QString AddAccessPoint(const QVariantMap& settings);
+    void ChangeAccessPoint(const QString& accessPoint, const QVariantMap& changes);
+    void RemoveAccessPoint(const QString& accessPoint);
+    void PressWps(const QString& accessPoint);
+    void EnterWpsPin(const QString& accessPoint, const QString& pin);
+    void FailWps(const QString& message);
+    void JoinStation(const QString& interface, const QString& hwAddress);
+    void LeaveStation(const QString& hwAddress);
+    void SetDelay(const QString& step, uint milliseconds);
+    void Crash();
+    void Hang(uint milliseconds);
+    void Garble(const QString& kind);
+
+protected:
+    [[nodiscard]] QVariantMap outgoing(const QVariantMap& map) const override;
+
+private:
+    /// Answers the call with `error` unless that is empty.
+    void answer(const QString& error) const;
+
+    SimulatedWorld& m_world;
+    Garbage m_garbage = Garbage::None;
+};

@@ -1,0 +1,210 @@
+#include "worldfile.h"
+
+#include "log.h"
+#include "wire.h"
+
+#include <QFile>
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+QByteArray withoutComments(const QByteArray& text)
+{
+    auto lines = text.split('\n');
+    for (auto& line : lines)
+        if (line.trimmed().startsWith("//"))
+            line.clear(); // the line stays, so that positions in messages are the file's
+    return lines.join('\n');
+}
+
+QVariantMap part(const QVariantMap& map, const char* key)
+{
+    return map.value(QLatin1String(key)).toMap();
+}
+
+void readInterface(const QVariantMap& interfaces, const char* key, QString& name, QString& mac)
+{
+    if (interfaces.isEmpty())
+        return;
+    const auto map = part(interfaces, key);
+    name = wire::text(map, "name").value_or(QString());
+    mac = wire::text(map, "mac").value_or(mac);
+}
+
+void readSoftAps(const QVariantMap& interfaces, WorldDescription& world)
+{
+    if (interfaces.isEmpty())
+        return;
+    world.softAps.clear();
+    for (const auto& entry : interfaces.value(QStringLiteral("softAp")).toList()) {
+        const auto map = entry.toMap();
+        world.softAps.insert(wire::text(map, "name").value_or(QStringLiteral("uap0")),
+                             wire::text(map, "mac").value_or(world.wirelessMac));
+    }
+}
+
+Subnet readSubnet(const QVariantMap& map)
+{
+    Subnet network;
+    const auto subnet = QHostAddress::parseSubnet(wire::text(map, "subnet").value_or(QString()));
+    if (subnet.second >= 0) {
+        network.subnet = subnet.first.toString();
+        network.prefix = subnet.second;
+    }
+    network.subnet6 = wire::text(map, "subnet6").value_or(QString());
+    network.gateway = wire::text(map, "gateway").value_or(network.gateway);
+    network.gateway6 = wire::text(map, "gateway6").value_or(QString());
+    network.dhcp = wire::boolean(map, "dhcp").value_or(true);
+    if (map.contains(QStringLiteral("dns")))
+        network.dns = map.value(QStringLiteral("dns")).toStringList();
+    return network;
+}
+
+void readDelays(const QVariantMap& file, Delays& delays)
+{
+    bool ok = false;
+    double factor = file.value(QStringLiteral("timeFactor"), 1.0).toDouble(&ok);
+    if (!ok || factor < 0) {
+        qCWarning(lcLumod) << "timeFactor must be a number that is not negative, using 1";
+        factor = 1;
+    }
+    const auto given = part(file, "delays");
+    for (auto step = delays.values.begin(); step != delays.values.end(); ++step) {
+        const int delay = wire::integer(given, step.key().toUtf8()).value_or(step.value());
+        step.value() = qRound(qMax(0, delay) * factor);
+    }
+}
+
+void readAccessPoints(const QVariantList& list, WorldDescription& world)
+{
+    for (const auto& entry : list) {
+        QString error;
+        if (world.addAccessPoint(entry.toMap(), &error).isEmpty())
+            qCWarning(lcLumod).noquote() << "Leaving out an access point:" << error;
+    }
+}
+
+WorldDescription describe(const QVariantMap& file)
+{
+    WorldDescription world;
+    world.startMode = wire::text(file, "startMode").value_or(QString());
+    readDelays(file, world.delays);
+    const auto interfaces = part(file, "interfaces");
+    readInterface(interfaces, "wired", world.wired, world.wiredMac);
+    readInterface(interfaces, "wireless", world.wireless, world.wirelessMac);
+    readSoftAps(interfaces, world);
+    const auto cable = part(file, "cable");
+    world.plugged = wire::boolean(cable, "plugged").value_or(world.plugged);
+    world.cableNetwork = wire::text(cable, "network").value_or(QString());
+    const auto networks = part(file, "networks");
+    for (auto entry = networks.begin(); entry != networks.end(); ++entry)
+        world.networks.insert(entry.key(), readSubnet(entry.value().toMap()));
+    readAccessPoints(file.value(QStringLiteral("accessPoints")).toList(), world);
+    return world;
+}
+
+/// The link-local address that a host makes from its hardware address.
+QString linkLocal(const QString& mac)
+{
+    constexpr quint8 universal = 0x02;
+    QByteArray id = QByteArray::fromHex(mac.toLatin1());
+    if (id.isEmpty())
+        return QStringLiteral("fe80::1/64l");
+    id[0] = static_cast<char>(static_cast<quint8>(id.at(0)) ^ universal);
+    id.insert(id.size() / 2, QByteArray::fromHex("fffe"));
+    const auto groups = QString::fromLatin1(id.toHex());
+    const auto text =
+        QStringLiteral("fe80::%1:%2:%3:%4")
+            .arg(groups.mid(0, 4), groups.mid(4, 4), groups.mid(8, 4), groups.mid(12, 4));
+    return QHostAddress(text).toString() + QStringLiteral("/64l");
+}
+
+} // namespace
+
+std::optional<Lease> lease(const Subnet& network, const std::optional<StaticIp>& fixed, int host,
+                           const QString& mac)
+{
+    Lease lease;
+    if (fixed) {
+        lease.ips = QStringList{QStringLiteral("%1/%2").arg(fixed->address).arg(fixed->prefix)};
+        lease.gateway = fixed->gateway;
+        lease.dns = fixed->dns;
+    } else if (network.dhcp) {
+        const QHostAddress address(QHostAddress(network.subnet).toIPv4Address() +
+                                   static_cast<quint32>(host));
+        lease.ips =
+            QStringList{QStringLiteral("%1/%2").arg(address.toString()).arg(network.prefix)};
+        lease.gateway = network.gateway;
+        lease.dns = network.dns;
+        lease.dhcp = true;
+    } else {
+        return std::nullopt;
+    }
+    lease.gateway6 = network.gateway6;
+    lease.ips.append(linkLocal(mac));
+    if (!network.subnet6.isEmpty())
+        lease.ips.append(QStringLiteral("%1%2/64").arg(network.subnet6).arg(host));
+    return lease;
+}
+
+int WorldDescription::find(const QString& accessPoint) const
+{
+    int best = -1;
+    for (int i = 0; i < accessPoints.size(); ++i) {
+        const auto& point = accessPoints.at(i);
+        if (point.bssid.compare(accessPoint, Qt::CaseInsensitive) == 0)
+            return i;
+        if (point.ssid == accessPoint && (best < 0 || point.signal > accessPoints.at(best).signal))
+            best = i;
+    }
+    return best;
+}
+
+QString WorldDescription::addAccessPoint(const QVariantMap& settings, QString* error)
+{
+    AccessPoint point;
+    for (int i = 1; point.bssid.isEmpty() || find(point.bssid) >= 0; ++i)
+        point.bssid = QStringLiteral("02:00:00:00:%1:%2")
+                          .arg(0x20 + i / 0x100, 2, 16, QLatin1Char('0'))
+                          .arg(i % 0x100, 2, 16, QLatin1Char('0'));
+    const auto added = changed(point, settings, error);
+    if (added && find(added->bssid) >= 0)
+        *error = QStringLiteral("there is one with this bssid");
+    if (!error->isEmpty())
+        return {};
+    accessPoints.append(*added);
+    return added->bssid;
+}
+
+bool WorldDescription::changeAccessPoint(int index, const QVariantMap& changes, QString* error)
+{
+    const auto point = changed(accessPoints.at(index), changes, error);
+    if (!point)
+        return false;
+    const int other = find(point->bssid);
+    if (other >= 0 && other != index) {
+        *error = QStringLiteral("there is another one with this bssid");
+        return false;
+    }
+    accessPoints[index] = *point;
+    return true;
+}
+
+std::optional<WorldDescription> readWorldFile(const QString& fileName, QString* error)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("%1: %2").arg(fileName, file.errorString());
+        return std::nullopt;
+    }
+    const auto text = withoutComments(file.readAll());
+    QJsonParseError fault{};
+    const auto document = QJsonDocument::fromJson(text, &fault);
+    if (document.isObject())
+        return describe(document.object().toVariantMap());
+    const auto line = text.left(fault.offset).count('\n') + 1;
+    *error = QStringLiteral("%1:%2: %3").arg(fileName).arg(line).arg(fault.errorString());
+    return std::nullopt;
+}

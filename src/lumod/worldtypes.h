@@ -1,0 +1,122 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+
+/// What `InterfaceStatusChanged` carries: what an interface is busy with. Clients know only 2.
+enum class InterfaceStatus {
+    Absent = 0,     ///< there is no such interface
+    NoCarrier = 1,  ///< the wired interface has no cable, the soft access point is not up
+    Idle = 2,       ///< up and usable, joined or not; a scan may start
+    Scanning = 3,   ///< the radio is scanning
+    Connecting = 4, ///< associating, or asking for an address
+    Wps = 5,        ///< a WPS session runs
+};
+
+/// Which interfaces `SetNormalMode` brings up.
+enum class NetworkMode {
+    Auto,     ///< the cable, and Wi-Fi while the cable gives no network
+    Wired,    ///< the cable alone
+    Wireless, ///< Wi-Fi alone
+};
+
+/// How an access point guards its network.
+enum class Security { Open, WpaPsk, Wep };
+
+/// A static IPv4 configuration.
+struct StaticIp
+{
+    QString address;
+    int prefix = 0; ///< 0 to 32
+    QString gateway;
+    QStringList dns;
+
+    bool operator==(const StaticIp& other) const
+    {
+        return address == other.address && prefix == other.prefix && gateway == other.gateway &&
+               dns == other.dns;
+    }
+};
+
+/// A wireless network that may be joined.
+struct KnownNetwork
+{
+    QString ssid;
+    QString bssid; ///< the only access point to join; empty: any
+    std::optional<Security>
+        security; ///< empty when neither "unsecured" nor a key came: never joined
+    QString key;
+    int priority = 0; ///< higher is preferred
+};
+
+/// All that `SetNormalMode` puts into effect.
+struct NetworkConfiguration
+{
+    NetworkMode mode = NetworkMode::Auto;
+    QVector<KnownNetwork> networks;
+    std::optional<StaticIp> wired; ///< empty: DHCP
+    std::optional<StaticIp> wireless;
+};
+
+/// Settings of a soft access point, defaults filled in.
+struct SoftApSettings
+{
+    QString ssid;
+    QString bssid; ///< empty: the interface's own address
+    int channel = 1;
+    QString address;
+    int prefix = 24;
+};
+
+/// The addresses of an interface, as address records ("10.0.0.2/24", "fe80::1/64l").
+struct Lease
+{
+    bool dhcp = false;
+    QStringList ips;
+    QStringList dns;
+    QString gateway;
+    QString gateway6;
+};
+
+/// What `InterfaceDetails` tells. Fields that do not apply to the kind keep their defaults.
+struct InterfaceDetails
+{
+    enum class Kind { Absent, Wired, Wireless, SoftAp };
+
+    Kind kind = Kind::Absent;
+    QString mac;
+    bool connected = false;
+    Lease lease;
+    bool cable = false; ///< wired: a cable is in
+    std::optional<Security> security;
+    QString ssid;
+    QString bssid;
+    int frequency = 0; ///< MHz
+    int signal = 0;    ///< dBm
+    int channel = 0;
+};
+
+/// One network that a scan has seen.
+struct ScannedNetwork
+{
+    QString ssid;
+    QString bssid;
+    Security security = Security::Open;
+    int signal = 0; ///< dBm
+    int channel = 0;
+    int frequency = 0; ///< MHz
+    QByteArray informationElements;
+};
+
+/// What a WPS session has learnt.
+struct WpsCredentials
+{
+    QString ssid;
+    Security security = Security::Open; ///< never `Wep`
+    QString key;
+};
