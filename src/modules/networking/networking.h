@@ -1,0 +1,225 @@
+#pragma once
+
+#include "core/orva.h"
+#include "network/networkrecords.h"
+#include "networking_lowlevel.h"
+#include "softApTable.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QTimer>
+
+#include <memory>
+#include <optional>
+
+class WakeOnLan;
+class WifiRestart;
+
+/// The network manager: owns the network subtree of the node tree, drives the network through one
+/// backend and publishes one true picture of it.
+///
+/// One class, because its state is one; the rules that need no state are functions of their own
+/// beside it. Its operations stand in one source file a theme: construction and node table in
+/// networking.cpp, then lifecycle, profile, state, scan, wps, softap and radio. Everything runs on
+/// the event loop's thread.
+class Networking : public CMNodesWorker
+{
+    Q_OBJECT
+public:
+    /// The features that need the radio.
+    enum ResourceRequestSubmodule {
+        WirelessConnection = 1, ///< A wireless network is configured and no cable serves.
+        SoftAp = 2,             ///< A soft access point runs.
+        Scan = 3,               ///< A scan runs or waits.
+        Wps = 4                 ///< A WPS session runs.
+    };
+
+    /// Makes the backend for a worker. Tests put their own in.
+    using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(Networking*)>;
+
+    /// Chooses the backend by the root file system. `config` goes to the base class unread.
+    explicit Networking(const QVariantHash& config);
+    Networking(const QVariantHash& config, const BackendFactory& createBackend);
+    ~Networking() override;
+
+    /// Whether the backend must be the fake one: the root file system is a network file system, or
+    /// the mount table cannot be read. `ORVA_MOUNT_TABLE` in the environment names another table
+    /// than /proc/mounts, for development.
+    [[nodiscard]] static bool isNFS();
+
+    // What the backends read and report.
+    [[nodiscard]] QString wiredInterface() const { return m_wiredInterfaceName; }
+    [[nodiscard]] QString wirelessInterface() const { return m_wirelessInterfaceName; }
+    [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
+    /// The link of an interface went up or down.
+    void setLinkStatus(const QString& interface, bool up);
+    /// An interface is being taken down.
+    void setDisconnecting(const QString& interface);
+    /// The cable was plugged in or pulled.
+    void setCurrentCableStatus(bool connected);
+    /// What the nodes publish: whether some link other than a soft AP is up, and whether a cable is
+    /// in.
+    [[nodiscard]] bool linkStatus() const;
+    [[nodiscard]] bool currentCableStatus() const;
+
+    [[nodiscard]] static OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info);
+
+public Q_SLOTS:
+    // Life cycle.
+    void on_start_req(const CMSetDataRequest& request);
+    void on_stop_req(const CMSetDataRequest& request);
+    void on_restart_req(const CMSetDataRequest& request);
+    void on_shutdown_req(const CMSetDataRequest& request);
+    void on_shutdownTimer_timeout();
+
+    // Profile.
+    void on_setNetworkProfile_req(const CMSetDataRequest& request);
+    void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
+
+    // Scanning.
+    void on_scanNetworks_req(const CMSetDataRequest& request);
+
+    // WPS.
+    void on_generateWpsPin_req(const CMSetDataRequest& request);
+    void on_performWpsPbc_req(const CMSetDataRequest& request);
+    void on_performWpsPin_req(const CMSetDataRequest& request);
+    void on_applyWps_req(const CMSetDataRequest& request);
+
+    // Soft access point.
+    void on_requestSoftAp_req(const CMSetDataRequest& request);
+    void on_revokeSoftAp_req(const CMSetDataRequest& request);
+    void on_softApTimer_timeout();
+    void on_softApTimeoutTimer_timeout();
+
+    // Radio.
+    void on_forceWifiReconnect_req(const CMSetDataRequest& request);
+    void on_wirelessRssiNode_activated(const CMSetDataRequest& request);
+    void on_airplaneMode_changed(const OrvaValue& value);
+    void on_releaseWifiResource_timeout();
+
+    // Backend.
+    void on_lowlevel_AddressesChanged();
+    void on_lowlevel_AuthError(const QString& ssid, const QString& description);
+    void on_lowlevel_Error(const QString& message);
+    void on_lowlevel_InterfaceStatusChanged(const QString& interface,
+                                            Networking_LowLevel::InterfaceStatus status);
+    void on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results);
+    void on_lowlevel_StationConnected(const QString& mac);
+    void on_lowlevel_StationDisconnected(const QString& mac);
+
+private:
+    // Construction, in the order of its steps (networking.cpp).
+    void readSettings();
+    void createInfoNode(const QString& ethernetMac, const QString& wirelessMac, bool airplaneMode);
+    void createValueNodes(const QString& ethernetMac, const QString& wirelessMac);
+    void createActivateNodes();
+    void configureTimers();
+    void connectBackend();
+    void readSoftApAutoEnabled();
+    void readSoftApConfiguration();
+    void createCompanions();
+    void registerWithPowerManager();
+    void createAirplaneModeNode(bool airplaneMode);
+
+    // Profile (networking_profile.cpp).
+    [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
+    [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
+    bool applyProfile(const OrvaNetworkProfile& profile);
+
+    // State (networking_state.cpp).
+    [[nodiscard]] OrvaNetworkInfo info() const;
+    void publishInfo(const OrvaNetworkInfo& info);
+    void updateConnectingMessage(const QString& message);
+
+    // WPS (networking_wps.cpp).
+    void wpsFinished(const CMReply<OrvaNetworkInterface>& reply);
+
+    // Soft access point (networking_softap.cpp).
+    bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
+    void startSoftApTimer();
+    void startSoftApTimer(unsigned int seconds);
+    void stopSoftApTimer();
+    void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
+                            const OrvaNetworkProfile& oldProfile);
+    void activateLocalSoftAp();
+    void deactivateLocalSoftAp();
+    void clearSoftAp();
+    void scheduleSoftApTimeoutTimer();
+    [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
+
+    // Scanning (networking_scan.cpp).
+    void on_scanTimer_timeout();
+
+    // Radio (networking_radio.cpp).
+    void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
+
+    std::unique_ptr<Networking_LowLevel> m_lowlevel;
+
+    // Life cycle.
+    bool m_started = false;
+    bool m_shutdownInProgress = false;
+    QTimer m_shutdownTimer;
+
+    // Profile. What is configured is said of the profile last applied; both are false after a stop.
+    OrvaNetworkProfile m_profile;
+    bool m_wirelessConfigured = false;
+    bool m_wiredConfigured = false;
+    qint32 m_authFailureCount = -1;
+    qint32 m_maxAuthFailures = 0;
+    bool m_authFailureFallback = false;
+
+    // State.
+    QString m_wiredInterfaceName;
+    QString m_wirelessInterfaceName;
+    QString m_webserverPortSuffix;
+    QSet<QString> m_linksUp;
+
+    // Scanning. Whenever the timer stands still, both lists are empty.
+    QVector<CMReply<QVariant>> m_pendingScanReplies;
+    QVector<CMSetDataRequest> m_queueScanRequests;
+    QTimer m_scanTimer;
+
+    // WPS: the session in progress.
+    std::optional<CMSetDataRequest> m_wpsRequest;
+
+    // Soft access point.
+    bool m_softApAutoEnabled = false;
+    bool m_softApAutoChecked = false;
+    bool m_localSoftApActive = false;
+    bool m_softApHold = false;
+    QHash<QString, OrvaNetworkProfileSoftApSettings> m_softApSettings;
+    QStringList m_softApInterfaces;
+    QMap<QString, SoftApTable> m_softApRequests;
+    QMap<QString, OrvaNetworkProfileSoftApSettings> m_activeSoftApSettings;
+    QMultiMap<QString, CMSetDataRequest> m_pendingSoftApRequests;
+    QHash<QString, OrvaNetworkState> m_softApLinks;
+    OrvaNetworkProfileSoftApRequest m_nextExpiringSoftApRequest;
+    QTimer m_softApTimer;
+    QTimer m_softApTimeoutTimer;
+
+    // Radio.
+    OrvaAirplaneModeType m_airplaneModeType;
+    QSet<ResourceRequestSubmodule> m_activeSubmodules;
+    QTimer m_releaseWifiResourceTimer;
+
+    // Nodes; the container of the base class owns them.
+    CMValueNode* m_stateConnectedNode = nullptr;
+    CMValueNode* m_infoNode = nullptr;
+    CMValueNode* m_stateNode = nullptr;
+    CMValueNode* m_connectingMessageNode = nullptr;
+    CMListRowsNode* m_scanResultsNode = nullptr;
+    CMValueNode* m_currentStateNode = nullptr;
+    CMValueNode* m_ethernetMacNode = nullptr;
+    CMValueNode* m_wirelessMacNode = nullptr;
+    CMValueNode* m_currentMacNode = nullptr;
+    CMValueNode* m_cableStatusNode = nullptr;
+    CMValueNode* m_profileNode = nullptr;
+    CMValueNode* m_webserverUrlNode = nullptr;
+    CMValueNode* m_localhostUrlNode = nullptr;
+    CMValueNode* m_connectedStationsNode = nullptr;
+    CMValueNode* m_airplaneModeNode = nullptr;
+    CMValueNode* m_softApRequestsNode = nullptr;
+
+    // Companions, children of the worker.
+    WakeOnLan* m_wakeOnLan = nullptr;
+    WifiRestart* m_wifiRestart = nullptr;
+};

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "core/model/cmreply.h"
+#include "network/networkrecords.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QVector>
+
+/// The door to whatever configures the network.
+///
+/// The worker owns one backend for its whole life and reaches the network by no other path.
+/// Commands go down through the operations and return at once whether they were handed on; what the
+/// network does comes up through the signals. A backend may signal at any time after its
+/// construction. Everything runs on the worker's thread.
+class Networking_LowLevel : public QObject
+{
+    Q_OBJECT
+public:
+    /// The connection daemon's status code of an interface, passed through unchanged.
+    enum InterfaceStatus {
+        Unknown = 0, ///< None was reported yet.
+        Idle = 2     ///< The interface is up and usable: it may scan.
+    };
+
+    /// Starts a scan; its results come through `ScanResults`. False when none was started.
+    [[nodiscard]] virtual bool scanNetworks() = 0;
+    /// Hands a profile to the network. False when that was refused.
+    [[nodiscard]] virtual bool applyProfile(const OrvaNetworkProfile& profile) = 0;
+    /// Asks for all interfaces to be taken down. False when that could not be sent.
+    [[nodiscard]] virtual bool disconnect() = 0;
+    /// Asks for the wireless link to be associated anew. False when that could not be sent.
+    virtual bool forceWifiReconnect() = 0;
+    /// Starts a push-button WPS session. False when one runs already; otherwise the reply is
+    /// answered later, with the credentials or with an error.
+    [[nodiscard]] virtual bool performWpsPbc(const CMReply<OrvaNetworkInterface>& reply) = 0;
+    /// The same with a PIN of 8 digits.
+    [[nodiscard]] virtual bool performWpsPin(const QString& pin,
+                                             const CMReply<OrvaNetworkInterface>& reply) = 0;
+    /// Asks for the soft access point of the settings' interface to run with these settings.
+    virtual bool startSoftAp(const OrvaNetworkProfileSoftApSettings& settings) = 0;
+    /// Asks for the soft access point of the settings' interface to stop.
+    virtual bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings) = 0;
+
+    // These wait for the answer, for a bounded time. A backend that cannot reach its daemon answers
+    // empty text, false or 0.
+
+    /// Hardware address of the wired interface, with colons.
+    [[nodiscard]] virtual QString getEthernetMAC() = 0;
+    /// Hardware address of the wireless interface, with colons.
+    [[nodiscard]] virtual QString getWirelessMAC() = 0;
+    /// A snapshot of interfaces, addresses and link details.
+    [[nodiscard]] virtual OrvaNetworkInfo getNetworkState() = 0;
+    /// Whether an Ethernet cable is plugged in.
+    [[nodiscard]] virtual bool cableStatus() = 0;
+    /// Whether the device has a wireless interface.
+    [[nodiscard]] virtual bool hasWireless() = 0;
+    /// Signal of the wireless link in dBm; 0.0 when there is no value.
+    [[nodiscard]] virtual double getWirelessRssi() = 0;
+    /// The last status reported for an interface; 0 when there was none.
+    [[nodiscard]] virtual InterfaceStatus interfaceStatus(const QString& interface) = 0;
+
+Q_SIGNALS:
+    /// A scan has completed; carries its whole result.
+    void ScanResults(const QVector<OrvaNetworkScanResult>& networks);
+    /// Some interface's addresses changed.
+    void AddressesChanged();
+    /// A wireless network refused the association for reasons of authentication.
+    void AuthError(const QString& ssid, const QString& description);
+    /// The network layer reports an error.
+    void Error(const QString& description);
+    void InterfaceStatusChanged(const QString& interface,
+                                Networking_LowLevel::InterfaceStatus status);
+    /// A station joined the soft access point; carries its hardware address.
+    void StationConnected(const QString& mac);
+    /// A station left the soft access point; carries its hardware address.
+    void StationDisconnected(const QString& mac);
+};
+
+Q_DECLARE_METATYPE(Networking_LowLevel::InterfaceStatus)
