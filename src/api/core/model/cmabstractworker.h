@@ -56,6 +56,8 @@ public:
 
     /// What the worker's nodes tell of themselves, in the order of their creation.
     [[nodiscard]] virtual QVector<CMNodeInfo> nodeInfos() const = 0;
+    /// Whether there is a secret node at `path`.
+    [[nodiscard]] virtual bool isSecret(const CMPath& path) const = 0;
 
     /// The value of a node, at once: a variant that holds a hash, to be wrapped into an
     /// `OrvaValue`; an empty hash where there is no such node or no value.

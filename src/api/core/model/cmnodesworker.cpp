@@ -75,3 +75,9 @@ QVector<CMNodeInfo> CMNodesWorker::nodeInfos() const
         infos.append(node->info());
     return infos;
 }
+
+bool CMNodesWorker::isSecret(const CMPath& path) const
+{
+    const CMUINode* node = m_nodes.find(path);
+    return node && node->isSecret();
+}

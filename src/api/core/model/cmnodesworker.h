@@ -26,6 +26,7 @@ public:
     void connectChange(const CMPath& path, CMChangeListener* listener) override;
     void disconnectChange(const CMPath& path, CMChangeListener* listener) override;
     [[nodiscard]] QVector<CMNodeInfo> nodeInfos() const override;
+    [[nodiscard]] bool isSecret(const CMPath& path) const override;
 
 private:
     QVariantHash m_config;

@@ -32,6 +32,21 @@ void CMListRowsNode::rowsSetById(const OrvaRoles& row)
     announce();
 }
 
+void CMListRowsNode::rowsRemoveById(const QString& id)
+{
+    const auto found = m_indexById.find(id);
+    if (found == m_indexById.end())
+        return;
+    const int removed = *found;
+    m_rows.removeAt(removed);
+    m_indexById.erase(found);
+    for (int& index : m_indexById) {
+        if (index > removed)
+            --index;
+    }
+    announce();
+}
+
 QString CMListRowsNode::kind() const
 {
     return QStringLiteral("rows");

@@ -17,6 +17,8 @@ public:
     void rowsClear();
     /// Appends the row, or puts it in the place of the one with its id.
     void rowsSetById(const OrvaRoles& row);
+    /// Takes the row with the id out, if there is one.
+    void rowsRemoveById(const QString& id);
 
     [[nodiscard]] QString kind() const override;
     [[nodiscard]] bool isReadOnly() const override { return true; }

@@ -45,6 +45,7 @@ public:
     /// A secret node holds keys: only root and the host's own user read or write it over the bus,
     /// and its changes are announced without the value.
     void setSecret(bool secret) { m_secret = secret; }
+    [[nodiscard]] bool isSecret() const { return m_secret; }
 
     /// "value", "activate" or "rows".
     [[nodiscard]] virtual QString kind() const = 0;
