@@ -1,0 +1,100 @@
+#include "privatefile.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr char Writing[] = ".writing-";
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
+    }
+    ~Descriptor() { close(); }
+    Q_DISABLE_COPY(Descriptor)
+
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+    bool close() { return !isOpen() || ::close(std::exchange(m_number, -1)) == 0; }
+
+private:
+    int m_number;
+};
+
+bool writeAll(int file, const QByteArray& bytes)
+{
+    for (int done = 0; done < bytes.size();) {
+        const auto written =
+            ::write(file, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        done += static_cast<int>(written);
+    }
+    return true;
+}
+
+/// Writes a fresh file of a name that begins with `*path`, which gets the whole name.
+bool writeFresh(QByteArray* path, const QByteArray& bytes)
+{
+    path->append("XXXXXX");
+    // Makes the file with mode 0600, whatever the umask.
+    Descriptor file(::mkostemp(path->data(), O_CLOEXEC));
+    return file.isOpen() && writeAll(file.number(), bytes) && ::fsync(file.number()) == 0 &&
+           file.close();
+}
+
+bool syncDirectory(const QByteArray& path)
+{
+    const Descriptor directory(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return directory.isOpen() && ::fsync(directory.number()) == 0;
+}
+
+} // namespace
+
+bool PrivateFile::makeDirectory(const QString& directory)
+{
+    const QString path = QDir::cleanPath(QDir(directory).absolutePath());
+    if (QDir(path).exists())
+        return true;
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return (slash <= 0 || makeDirectory(path.left(slash))) &&
+           (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0 || errno == EEXIST);
+}
+
+bool PrivateFile::replace(const QString& directory, const QString& name, const QByteArray& bytes,
+                          QString* why)
+{
+    const QByteArray folder = QFile::encodeName(directory);
+    const QByteArray target = QFile::encodeName(QDir(directory).filePath(name));
+    QByteArray fresh = target + Writing;
+    if (writeFresh(&fresh, bytes) && ::rename(fresh.constData(), target.constData()) == 0 &&
+        syncDirectory(folder))
+        return true;
+    *why = QString::fromLocal8Bit(std::strerror(errno));
+    ::unlink(fresh.constData());
+    return false;
+}
+
+int PrivateFile::sweep(const QString& directory, const QString& name)
+{
+    const QStringList strays = QDir(directory).entryList(
+        {name + QLatin1String(Writing) + QStringLiteral("??????")}, QDir::Files | QDir::Hidden);
+    int removed = 0;
+    for (const QString& stray : strays)
+        removed += QFile::remove(QDir(directory).filePath(stray)) ? 1 : 0;
+    return removed;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <core/orva.h>
+
+#include <memory>
+#include <vector>
+
+/// The root of the host's node tree: hands each request to the worker that has a node at its path.
+///
+/// Is `CMRoot()` from its construction to the end of its destruction, so that the workers can use
+/// it in their own. Owns the workers, which go in the reverse order of their coming.
+class RootWorker : public CMAbstractWorker
+{
+    Q_OBJECT
+public:
+    RootWorker();
+    ~RootWorker() override;
+    Q_DISABLE_COPY(RootWorker)
+
+    /// Takes a worker in. Its nodes can be reached from now on, and who waited for one of their
+    /// values is told. Where two workers have a node of one path, the first keeps it; this is
+    /// logged.
+    void addWorker(std::unique_ptr<CMAbstractWorker> worker);
+
+    bool ping() override;
+    void trace() override;
+    void getDataRequest(const CMGetDataRequest& request) override;
+    void getRowsRequest(const CMGetRowsRequest& request) override;
+    void matchRowRequest(const CMMatchRowRequest& request) override;
+    void setDataRequest(const CMSetDataRequest& request) override;
+    void connectChange(const CMPath& path, CMChangeListener* listener) override;
+    void disconnectChange(const CMPath& path, CMChangeListener* listener) override;
+    /// The nodes of all workers, in the order of the workers.
+    [[nodiscard]] QVector<CMNodeInfo> nodeInfos() const override;
+    [[nodiscard]] bool isSecret(const CMPath& path) const override;
+
+private:
+    /// False when another worker has a node at `path`.
+    bool claim(const CMPath& path, CMAbstractWorker* worker);
+    [[nodiscard]] CMAbstractWorker* ownerOf(const CMPath& path) const;
+    void announce(const CMPath& path, const OrvaValue& value);
+
+    std::vector<std::unique_ptr<CMAbstractWorker>> m_workers;
+    QHash<CMPath, CMAbstractWorker*> m_owners;
+    CMChangeHub m_changes;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <core/orva.h>
+
+#include <QtCore/QJsonObject>
+
+/// The stored settings: one JSON object in `settings.json` of the state directory, a path for each
+/// key.
+///
+/// A file that cannot be used, or an entry of it, is set aside under another name
+/// (`settings.json.damaged-…`) and logged. Entries that nobody knows survive. Everything is
+/// synchronous: an answer means that the disk has it.
+class SettingsFile
+{
+public:
+    /// Makes the directory where it is missing, sweeps it and reads the file.
+    explicit SettingsFile(const QString& directory);
+
+    /// The stored value of a setting that has the type of `expected`; nothing where none is stored
+    /// or what is stored does not suit, which is set aside.
+    [[nodiscard]] std::optional<OrvaValue> take(const CMPath& path, const OrvaValue& expected);
+
+    /// Stores a setting. False, with the reason in `why`, when the disk does not have it; what was
+    /// stored before stays then.
+    [[nodiscard]] bool store(const CMPath& path, const OrvaValue& value, QString* why);
+
+private:
+    void read();
+    /// Moves the file away. Where that fails it is never written over: stores fail from then on.
+    void setAside(const QString& reason);
+    /// Takes an entry out that does not suit. The file as it was is kept.
+    void drop(const CMPath& path, const QString& reason);
+    [[nodiscard]] bool write(const QJsonObject& entries, QString* why);
+    [[nodiscard]] QString filePath() const;
+    [[nodiscard]] QString freeName() const;
+
+    QString m_directory;
+    QJsonObject m_entries;
+    bool m_copied = false;
+    QString m_blocked;
+};

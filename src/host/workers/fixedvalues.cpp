@@ -1,0 +1,47 @@
+#include "fixedvalues.h"
+
+#include <network/networkpaths.h>
+
+namespace {
+
+OrvaValue text(const QString& text)
+{
+    OrvaValue value;
+    value.setString_(text);
+    return value;
+}
+
+OrvaValue number(qint32 number)
+{
+    OrvaValue value;
+    value.setI32_(number);
+    return value;
+}
+
+} // namespace
+
+FixedValues::FixedValues(const QString& name, const QVector<QPair<CMPath, OrvaValue>>& values)
+    : CMNodesWorker(QVariantHash(), name)
+{
+    for (const auto& [path, value] : values) {
+        auto* node = CMValueNode::create(nodes(), path);
+        node->setReadOnly(true);
+        node->setValue(value);
+    }
+}
+
+std::unique_ptr<CMAbstractWorker> createInterfaceNames(const QString& wired,
+                                                       const QString& wireless)
+{
+    return std::make_unique<FixedValues>(
+        QStringLiteral("InterfaceNames"),
+        QVector<QPair<CMPath, OrvaValue>>{{OrvaNetworkWiredInterfacePath(), text(wired)},
+                                          {OrvaNetworkWirelessInterfacePath(), text(wireless)}});
+}
+
+std::unique_ptr<CMAbstractWorker> createWebserver(qint32 port)
+{
+    return std::make_unique<FixedValues>(
+        QStringLiteral("Webserver"),
+        QVector<QPair<CMPath, OrvaValue>>{{OrvaWebserverPortPath(), number(port)}});
+}

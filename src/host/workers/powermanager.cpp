@@ -1,0 +1,133 @@
+#include "powermanager.h"
+
+#include <power/powerrecords.h>
+
+namespace {
+
+constexpr int MaxRequests = 1000;
+constexpr int MaxModuleName = 64;
+
+const log4cplus::Logger& logger()
+{
+    static const auto instance = log4cplus::Logger::getInstance("PowerManager");
+    return instance;
+}
+
+/// The record that a request carries, without the fields that no record of its kind has; nothing,
+/// and the request refused, where it is malformed.
+template <class Record>
+std::optional<Record> take(const CMSetDataRequest& request)
+{
+    const QVariantHash& hash = request.value().__hash();
+    const QString malformed = orvaMalformedField(Record::fields(), hash);
+    if (!malformed.isEmpty()) {
+        request.fail(CMError::malformedValue(
+            request.path(), QStringLiteral("its field \"%1\" is of the wrong type or out of range")
+                                .arg(malformed)));
+        return std::nullopt;
+    }
+    Record record;
+    for (const OrvaField& field : Record::fields()) {
+        if (hash.contains(field.key))
+            record.__mergeWith(QVariantHash{{field.key, hash.value(field.key)}});
+    }
+    return record;
+}
+
+bool refuseModuleName(const CMSetDataRequest& request, const QString& name)
+{
+    if (!name.isEmpty() && name.size() <= MaxModuleName)
+        return false;
+    request.fail(CMError::malformedValue(
+        request.path(), QStringLiteral("a module's name has 1 to %1 letters").arg(MaxModuleName)));
+    return true;
+}
+
+CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& first)
+{
+    auto* node = CMValueNode::create(nodes, CMPath(QLatin1String(path)));
+    node->setReadOnly(true);
+    node->setValue(first);
+    return node;
+}
+
+OrvaValue flag(bool on)
+{
+    OrvaValue value;
+    value.setBool_(on);
+    return value;
+}
+
+OrvaValue number(qint32 number)
+{
+    OrvaValue value;
+    value.setI32_(number);
+    return value;
+}
+
+} // namespace
+
+PowerManager::PowerManager()
+    : CMNodesWorker(QVariantHash(), QStringLiteral("PowerManager"))
+    , m_modules(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/modules"))))
+    , m_requests(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/requests"))))
+    , m_wifi(createShown(nodes(), "power/resource/wifi", flag(false)))
+    , m_target(createShown(nodes(), "power/target", number(0)))
+{
+    CMActivateNode::create(nodes(), OrvaPowerManagerModuleRegisterPath())
+        ->setInvoke(this, &PowerManager::on_register, Qt::QueuedConnection);
+    CMActivateNode::create(nodes(), OrvaPowerManagerResourceRequestPath())
+        ->setInvoke(this, &PowerManager::on_resourceRequest, Qt::QueuedConnection);
+    CMActivateNode::create(nodes(), OrvaPowerManagerTargetRequestPath())
+        ->setInvoke(this, &PowerManager::on_targetRequest, Qt::QueuedConnection);
+}
+
+void PowerManager::on_register(const CMSetDataRequest& request)
+{
+    const auto module = take<OrvaPowerManagerModuleRegister>(request);
+    if (!module || refuseModuleName(request, module->moduleName()))
+        return;
+    OrvaRoles row;
+    row.setId(module->moduleName());
+    row.setTitle(module->moduleName());
+    m_modules->rowsSetById(row);
+    LOG4CPLUS_DEBUG(logger(), "Module " << module->moduleName());
+    request.answer();
+}
+
+void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
+{
+    const auto wanted = take<OrvaPowerManagerResourceRequest>(request);
+    if (!wanted || refuseModuleName(request, wanted->moduleName()))
+        return;
+    record(QStringLiteral("resource"), *wanted);
+    if (wanted->resource() == OrvaPowerManagerResources::Wifi) {
+        m_wifiHolders.removeAll(wanted->moduleName());
+        if (wanted->action() == OrvaPowerModuleActions::Request)
+            m_wifiHolders << wanted->moduleName();
+        m_wifi->setValue(flag(!m_wifiHolders.isEmpty()));
+    }
+    request.answer();
+}
+
+void PowerManager::on_targetRequest(const CMSetDataRequest& request)
+{
+    const auto wanted = take<OrvaPowerManagerTarget>(request);
+    if (!wanted)
+        return;
+    record(QStringLiteral("target"), *wanted);
+    m_target->setValue(number(wanted->target()));
+    request.answer();
+}
+
+void PowerManager::record(const QString& what, const OrvaHash& request)
+{
+    LOG4CPLUS_DEBUG(logger(), "Request for a " << what << ": " << request);
+    OrvaRoles row;
+    row.setId(QString::number(++m_requestCount));
+    row.setTitle(what);
+    row.setValue(OrvaValue(request));
+    m_requests->rowsSetById(row);
+    if (m_requests->rows().size() > MaxRequests)
+        m_requests->rowsRemoveById(m_requests->rows().first().id());
+}
