@@ -18,7 +18,7 @@ device_start() {
     mkdir -p "$dir/system.d" "$dir/services" "$state"
     (umask 077 && : >"$log")
     device_configure "$build" "$dir"
-    device_environment "$build" "$dir"
+    device_environment "$dir"
 
     # Whatever ends this shell ends the two programs with it, and the daemon follows its bus.
     setpriv --pdeathsig TERM dbus-daemon --nofork --nopidfile --nosyslog \
@@ -55,30 +55,31 @@ device_alive() {
 
 # --- the steps of device_start -----------------------------------------------------------------------
 
-# The files that the bus and the host read.
+# The files that the bus and the host read, made from those that a device installs.
 device_configure() {
     local build=$1 dir=$2
-    cp "$device_source/dbus/private-bus.conf" "$dir/bus.conf"
-    cp "$device_source"/dbus/org.orva.*.conf "$dir/system.d/"
-    sed "s/@UID@/$(id -u)/" "$device_source/dbus/private-bus-starter.conf.in" \
-        >"$dir/system.d/starter.conf"
-    cat >"$dir/services/org.orva.lumod.service" <<-END
-	[D-BUS Service]
-	Name=org.orva.lumod
-	Exec="$build/bin/lumod"
-	END
-    sed "s|@ORVA_MODULE@|$build/lib/libnetworking.so|" "$device_source/examples/host.json.in" \
-        >"$dir/host.json"
+    ln -s "$build" "$dir/build"
+    device_fill "$dir" private-bus.conf.in "$dir/bus.conf"
+    device_fill "$dir" org.orva.Host1.conf.in "$dir/system.d/org.orva.Host1.conf"
+    device_fill "$dir" org.orva.lumod.conf.in "$dir/system.d/org.orva.lumod.conf"
+    device_fill "$dir" org.orva.lumod.service.in "$dir/services/org.orva.lumod.service"
+    device_fill "$dir" ../examples/host.json.in "$dir/host.json"
+}
+
+# device_fill DIR TEMPLATE FILE
+device_fill() {
+    sed -e "s|@ORVA_USER@|$(id -un)|; s|@CMAKE_INSTALL_FULL_SBINDIR@|$1/build/bin|" \
+        -e "s|@ORVA_MODULE@|$1/build/lib/libnetworking.so|" "$device_source/dbus/$2" >"$3"
 }
 
 # What the bus, the daemon, the host and the clients find in their environment.
 device_environment() {
-    local build=$1 dir=$2
+    local dir=$1
     export DBUS_SYSTEM_BUS_ADDRESS ORVA_LUMOD_WORLD ORVA_RFKILL_RECORD
     DBUS_SYSTEM_BUS_ADDRESS=$(device_address "$dir")
     ORVA_LUMOD_WORLD=${DEVICE_WORLD:-$device_source/examples/world.json}
     ORVA_RFKILL_RECORD=$dir/rfkill.log
-    PATH=$build/bin:$PATH:/usr/sbin:/sbin
+    PATH=$(readlink "$dir/build")/bin:$PATH:/usr/sbin:/sbin
     [ "$DEVICE_RADIOS" = real ] || PATH=$device_source/tools/stand-ins:$PATH
     [ "$DEVICE_BACKEND" != fake ] || export ORVA_MOUNT_TABLE=$device_source/examples/mounts-nfs
 }
