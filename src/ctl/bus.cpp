@@ -1,0 +1,80 @@
+#include "bus.h"
+
+#include <QCoreApplication>
+#include <QDBusError>
+#include <QDBusPendingCallWatcher>
+#include <QTimer>
+
+namespace ctl {
+
+namespace {
+
+bool hostIsGone(QDBusError::ErrorType type, const QString& name)
+{
+    return type == QDBusError::ServiceUnknown || type == QDBusError::NoReply ||
+           type == QDBusError::Disconnected || type == QDBusError::NoServer ||
+           name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
+}
+
+ExitStatus statusOf(const QDBusError& error)
+{
+    const QString name = error.name();
+    if (hostIsGone(error.type(), name))
+        return ExitStatus::NotRunning;
+    if (error.type() == QDBusError::AccessDenied ||
+        name == QLatin1String("org.orva.Error.AccessDenied"))
+        return ExitStatus::Refused;
+    if (name == QLatin1String("org.orva.Error.UnknownPath"))
+        return ExitStatus::NoSuchNode;
+    return name.startsWith(QLatin1String("org.orva.")) ? ExitStatus::Failed : ExitStatus::Other;
+}
+
+} // namespace
+
+Bus::Bus()
+    : m_connection(QDBusConnection::systemBus())
+{
+}
+
+Result Bus::check() const
+{
+    if (m_connection.isConnected())
+        return {};
+    return {ExitStatus::NotRunning,
+            QStringLiteral("No system bus: %1").arg(m_connection.lastError().message())};
+}
+
+bool Bus::runUntil(const std::function<bool()>& done, const QDeadlineTimer& deadline)
+{
+    QTimer alarm;
+    alarm.setSingleShot(true);
+    if (!deadline.isForever())
+        alarm.start(int(deadline.remainingTime()) + 1);
+    while (!done()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+Result Bus::finish(const QDBusPendingCall& call, const QDeadlineTimer& deadline)
+{
+    const QDBusPendingCallWatcher watcher(call);
+    if (!runUntil([&watcher] { return watcher.isFinished(); }, deadline))
+        return {ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
+    return watcher.isError() ? fromBusError(watcher.error()) : Result();
+}
+
+Result fromBusError(const QDBusError& error)
+{
+    const ExitStatus status = statusOf(error);
+    const QString text = error.message().isEmpty() ? error.name() : error.message();
+    if (status == ExitStatus::NotRunning)
+        return {status, QStringLiteral("Not running: %1").arg(text)};
+    if (status == ExitStatus::Refused)
+        return {status, QStringLiteral("Not allowed: %1").arg(text)};
+    return {status, text};
+}
+
+} // namespace ctl

@@ -1,0 +1,26 @@
+#include "bustypes.h"
+
+#include <QDBusMetaType>
+
+QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node)
+{
+    argument.beginStructure();
+    argument << node.path << node.kind << node.title << node.permission << node.readOnly;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node)
+{
+    argument.beginStructure();
+    argument >> node.path >> node.kind >> node.title >> node.permission >> node.readOnly;
+    argument.endStructure();
+    return argument;
+}
+
+void registerBusTypes()
+{
+    qDBusRegisterMetaType<OrvaBusNode>();
+    qDBusRegisterMetaType<OrvaBusNodes>();
+    qDBusRegisterMetaType<OrvaBusRows>();
+}

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "host.h"
+#include "output.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
+
+namespace ctl {
+
+/// What a command works with.
+struct Context
+{
+    Bus& bus;
+    Host& host;
+    Output& out;
+};
+
+/// The options of a command that has none.
+struct NoOptions
+{
+};
+
+/// The description of every command, from which --help, the man page and the completion come, and
+/// the choice that the command line made.
+///
+/// Names of option types that the completion understands: VALUE-NODE, ACTION-NODE, ROWS-NODE and
+/// NODE for live node paths, FILE for file names.
+class CommandLine
+{
+public:
+    using Run = std::function<Result(Context&)>;
+
+    CommandLine();
+
+    [[nodiscard]] CLI::App& app() { return m_app; }
+    [[nodiscard]] const Run& run() const { return m_run; }
+    [[nodiscard]] bool json() const { return m_json; }
+    /// What to generate in place of running a command: "completion", "man" or nothing.
+    [[nodiscard]] const std::string& generate() const { return m_generate; }
+
+    /// A command and the options that its arguments are stored in.
+    template <typename Options>
+    struct Added
+    {
+        CLI::App* app;
+        Options* options;
+    };
+
+    /// Adds the command @p name below @p parent; @p function runs when the command line names it.
+    template <typename Options>
+    Added<Options> add(CLI::App& parent, const std::string& name, const std::string& description,
+                       Result (*function)(Context&, const Options&))
+    {
+        const auto options = std::make_shared<Options>();
+        CLI::App* command = parent.add_subcommand(name, description)->footer("");
+        command->callback([this, options, function] {
+            m_run = [options, function](Context& context) { return function(context, *options); };
+        });
+        return {command, options.get()};
+    }
+
+    /// Adds a group of commands below @p parent, one of which must be named.
+    static CLI::App& group(CLI::App& parent, const std::string& name,
+                           const std::string& description);
+
+private:
+    CLI::App m_app;
+    Run m_run;
+    bool m_json = false;
+    std::string m_generate;
+};
+
+/// Lets @p option have one of @p words and no other value.
+void setChoices(CLI::Option& option, const std::vector<std::string>& words);
+
+/// Makes @p option a time in seconds, more than 0.
+void setSeconds(CLI::Option& option);
+
+/// A deadline so many seconds from now.
+QDeadlineTimer secondsFromNow(double seconds);
+
+// One family of commands each.
+void addGenericCommands(CommandLine& commands);
+void addStatusCommand(CommandLine& commands);
+void addMonitorCommand(CommandLine& commands);
+void addNetworkCommands(CommandLine& commands);
+void addProfileCommands(CommandLine& commands);
+void addWifiCommands(CommandLine& commands);
+void addSoftApCommands(CommandLine& commands);
+void addRadioCommands(CommandLine& commands);
+void addWatchdogCommands(CommandLine& commands);
+void addWorldCommands(CommandLine& commands);
+
+} // namespace ctl

@@ -1,0 +1,133 @@
+#include "host.h"
+
+#include "host1interface.h"
+
+#include "core/orvaplainvalue.h"
+
+#include <QDBusServiceWatcher>
+
+#include <limits>
+#include <utility>
+
+namespace ctl {
+
+namespace {
+
+/// An answer may be far larger than what a client may send: a list of all networks in reach is.
+constexpr OrvaPlain::Limits answerLimits = {32, 128 << 20};
+
+Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
+{
+    QString why;
+    const auto hash = OrvaPlain::hashFromBus(fromBus, &why, answerLimits);
+    if (hash)
+        return OrvaValue(*hash);
+    return Result{ExitStatus::Other, QStringLiteral("The host's answer is no value: %1.").arg(why)};
+}
+
+Outcome<OrvaValue> plainValue(const Outcome<QVariantMap>& answer)
+{
+    return answer ? plainValue(*answer) : answer.failure();
+}
+
+Result lostHost()
+{
+    return {ExitStatus::NotRunning, QStringLiteral("Not running: the host has left the bus.")};
+}
+
+} // namespace
+
+Host::Host(const Bus& bus)
+    : m_proxy(std::make_unique<OrgOrvaHost1Interface>(
+          QStringLiteral("org.orva.Host1"), QStringLiteral("/org/orva/Host1"), bus.connection()))
+{
+    m_proxy->setTimeout(std::numeric_limits<int>::max());
+    auto* watcher = new QDBusServiceWatcher(m_proxy->service(), bus.connection(),
+                                            QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] { m_lost = true; });
+    connect(m_proxy.get(), &OrgOrvaHost1Interface::ValueChanged, this,
+            [this](const QString& path, const QVariantMap& value) {
+                const auto plain = plainValue(value);
+                if (plain)
+                    Q_EMIT valueChanged(CMPath(path), *plain);
+            });
+    connect(m_proxy.get(), &OrgOrvaHost1Interface::RowsChanged, this,
+            [this](const QString& path) { m_changedRows.insert(CMPath(path)); });
+}
+
+Host::~Host() = default;
+
+Outcome<OrvaValue> Host::value(const CMPath& path)
+{
+    return plainValue(Bus::await<QVariantMap>(m_proxy->GetValue(path.toString())));
+}
+
+Result Host::setValue(const CMPath& path, const OrvaValue& value)
+{
+    return Bus::finish(m_proxy->SetValue(path.toString(), OrvaPlain::toBus(value.__hash())));
+}
+
+Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
+                                const QDeadlineTimer& deadline)
+{
+    const auto call = m_proxy->Invoke(path.toString(), OrvaPlain::toBus(value.__hash()));
+    return plainValue(Bus::await<QVariantMap>(call, deadline));
+}
+
+Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
+{
+    const auto answer = Bus::await<OrvaBusRows>(m_proxy->GetRows(path.toString()));
+    if (!answer)
+        return answer.failure();
+    QVector<OrvaRoles> rows;
+    for (const QVariantMap& row : *answer) {
+        const auto plain = plainValue(row);
+        if (!plain)
+            return plain.failure();
+        rows.append(OrvaRoles(*plain));
+    }
+    return rows;
+}
+
+Outcome<OrvaBusNodes> Host::nodes()
+{
+    return Bus::await<OrvaBusNodes>(m_proxy->ListNodes());
+}
+
+Result Host::waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline)
+{
+    std::optional<Result> end;
+    // Connected before the first look: a change between the two must not be missed.
+    const QObject guard;
+    connect(this, &Host::valueChanged, &guard, [&](const CMPath& changed, const OrvaValue& value) {
+        if (changed == path && !end)
+            end = verdict(value);
+    });
+    const auto now = value(path);
+    if (!now)
+        return now.failure();
+    if (!end)
+        end = verdict(*now);
+    if (!Bus::runUntil([&] { return end || isGone(); }, deadline))
+        return {ExitStatus::TimedOut,
+                QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
+    return end ? *end : lostHost();
+}
+
+Result Host::follow()
+{
+    while (!isGone()) {
+        const auto wake = [this] { return isGone() || !m_changedRows.isEmpty(); };
+        static_cast<void>(Bus::runUntil(wake, QDeadlineTimer::Forever));
+        for (const CMPath& path : std::exchange(m_changedRows, {}))
+            Q_EMIT rowsChanged(path);
+    }
+    return lostHost();
+}
+
+bool Host::isGone() const
+{
+    return m_lost || !m_proxy->connection().isConnected();
+}
+
+} // namespace ctl

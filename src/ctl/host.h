@@ -1,0 +1,59 @@
+#pragma once
+
+#include "bus.h"
+#include "bustypes.h"
+
+#include "core/cmpath.h"
+#include "core/orvaroles.h"
+
+#include <QObject>
+#include <QSet>
+
+#include <memory>
+#include <optional>
+
+class OrgOrvaHost1Interface;
+
+namespace ctl {
+
+/// The host's node tree as orvactl sees it. An empty value is that of a node without one.
+class Host : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(Host)
+
+public:
+    explicit Host(const Bus& bus);
+    ~Host() override;
+
+    Outcome<OrvaValue> value(const CMPath& path);
+    Result setValue(const CMPath& path, const OrvaValue& value);
+    /// Answers when the request is answered, however long that takes, or when @p deadline expires.
+    Outcome<OrvaValue> invoke(const CMPath& path, const OrvaValue& value,
+                              const QDeadlineTimer& deadline = QDeadlineTimer::Forever);
+    Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
+    Outcome<OrvaBusNodes> nodes();
+
+    /// Judges a value: nothing means wait on, a result is what to end with.
+    using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;
+
+    /// Looks at the node's value now and at each change until @p verdict has a result.
+    Result waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline);
+
+    /// Delivers signals until the host or the bus goes away.
+    Result follow();
+
+Q_SIGNALS:
+    void valueChanged(const CMPath& path, const OrvaValue& value);
+    /// Only while following, and once for a burst of changes, so that a slot may read the rows.
+    void rowsChanged(const CMPath& path);
+
+private:
+    [[nodiscard]] bool isGone() const;
+
+    std::unique_ptr<OrgOrvaHost1Interface> m_proxy;
+    QSet<CMPath> m_changedRows;
+    bool m_lost = false;
+};
+
+} // namespace ctl

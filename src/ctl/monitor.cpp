@@ -1,0 +1,181 @@
+#include "commandline.h"
+#include "names.h"
+
+#include <QDateTime>
+#include <QMap>
+
+namespace ctl {
+
+namespace {
+
+struct MonitorOptions
+{
+    std::vector<std::string> prefixes;
+};
+
+/// A value taken apart: each scalar in it, by its place, as a person reads it.
+using Leaves = QMap<QString, QString>;
+
+void takeApart(const QString& place, const QString& field, const QVariant& value, Leaves& leaves)
+{
+    if (value.userType() == QMetaType::QVariantHash) {
+        const QVariantHash fields = value.toHash();
+        for (auto it = fields.cbegin(); it != fields.cend(); ++it)
+            takeApart(place.isEmpty() ? it.key() : place + QLatin1Char('.') + it.key(), it.key(),
+                      it.value(), leaves);
+        return;
+    }
+    if (value.userType() != QMetaType::QVariantList) {
+        leaves.insert(place, readableValue(field, value));
+        return;
+    }
+    const QVariantList items = value.toList();
+    for (int i = 0; i < items.size(); ++i)
+        takeApart(QStringLiteral("%1[%2]").arg(place).arg(i), field, items[i], leaves);
+}
+
+/// The places of a record start below its type; a scalar's place is empty.
+Leaves leavesOf(const OrvaValue& value)
+{
+    Leaves leaves;
+    const QString type = value.typeKey();
+    takeApart({}, type, type.isEmpty() ? value.__variant() : value.__hash().value(type), leaves);
+    return leaves;
+}
+
+/// Remembers what every node held and says what a change changed.
+class Monitor
+{
+public:
+    Monitor(Context& context, const QStringList& prefixes)
+        : m_context(context)
+        , m_prefixes(prefixes)
+    {
+    }
+
+    Result begin()
+    {
+        const auto nodes = m_context.host.nodes();
+        if (!nodes)
+            return nodes.failure();
+        for (const OrvaBusNode& node : *nodes) {
+            const CMPath path(node.path);
+            if (wanted(path) && node.kind == QLatin1String("value"))
+                remember(path);
+            else if (wanted(path) && node.kind == QLatin1String("rows"))
+                m_rowCounts.insert(path, rowCount(path));
+        }
+        return {};
+    }
+
+    void onValueChanged(const CMPath& path, const OrvaValue& value)
+    {
+        if (!wanted(path))
+            return;
+        if (value.isEmpty()) {
+            show(path, {}, QStringLiteral("****"), QStringLiteral("****"));
+            return;
+        }
+        const Leaves before = m_leaves.value(path);
+        const Leaves now = leavesOf(value);
+        m_leaves.insert(path, now);
+        Leaves places = before;
+        for (auto it = now.cbegin(); it != now.cend(); ++it)
+            places.insert(it.key(), it.value());
+        for (const QString& place : places.keys()) {
+            if (before.value(place) != now.value(place))
+                show(path, place, before.value(place), now.value(place));
+        }
+    }
+
+    void onRowsChanged(const CMPath& path)
+    {
+        if (!wanted(path))
+            return;
+        const int before = m_rowCounts.value(path);
+        m_rowCounts.insert(path, rowCount(path));
+        show(path, QStringLiteral("rows"), QString::number(before),
+             QString::number(m_rowCounts.value(path)));
+    }
+
+private:
+    [[nodiscard]] bool wanted(const CMPath& path) const
+    {
+        return m_prefixes.isEmpty() ||
+               std::any_of(m_prefixes.cbegin(), m_prefixes.cend(), [&path](const QString& prefix) {
+                   return path.toString().startsWith(prefix);
+               });
+    }
+
+    /// A node that holds a secret is not shown to everybody; its changes still are noticed.
+    void remember(const CMPath& path)
+    {
+        const auto value = m_context.host.value(path);
+        if (value)
+            m_leaves.insert(path, leavesOf(*value));
+    }
+
+    [[nodiscard]] int rowCount(const CMPath& path) const
+    {
+        const auto rows = m_context.host.rows(path);
+        return rows ? rows->size() : 0;
+    }
+
+    void show(const CMPath& path, const QString& place, const QString& from,
+              const QString& to) const
+    {
+        const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+        m_context.out.document(
+            {{QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
+             {QStringLiteral("path"), path.toString()},
+             {QStringLiteral("field"), place},
+             {QStringLiteral("from"), from},
+             {QStringLiteral("to"), to}});
+        const QString none = QStringLiteral("(none)");
+        m_context.out.line(
+            QStringLiteral("%1  %2%3  %4 → %5")
+                .arg(Output::styled(time, Output::Style::Dim), path.toString(),
+                     place.isEmpty() ? QString() : QLatin1Char(' ') + place,
+                     from.isEmpty() ? none : printable(from),
+                     Output::styled(to.isEmpty() ? none : printable(to), Output::Style::Bold)));
+    }
+
+    Context& m_context;
+    QStringList m_prefixes;
+    QHash<CMPath, Leaves> m_leaves;
+    QHash<CMPath, int> m_rowCounts;
+};
+
+Result monitor(Context& context, const MonitorOptions& options)
+{
+    QStringList prefixes;
+    for (const std::string& prefix : options.prefixes)
+        prefixes.append(QString::fromStdString(prefix));
+    Monitor watcher(context, prefixes);
+    const Result begun = watcher.begin();
+    if (!begun.ok())
+        return begun;
+    const QObject guard;
+    QObject::connect(&context.host, &Host::valueChanged, &guard,
+                     [&watcher](const CMPath& path, const OrvaValue& value) {
+                         watcher.onValueChanged(path, value);
+                     });
+    QObject::connect(&context.host, &Host::rowsChanged, &guard,
+                     [&watcher](const CMPath& path) { watcher.onRowsChanged(path); });
+    context.out.note(QStringLiteral("Showing changes; Ctrl-C ends."));
+    return context.host.follow();
+}
+
+} // namespace
+
+void addMonitorCommand(CommandLine& commands)
+{
+    const auto added = commands.add(commands.app(), "monitor",
+                                    "Shows each change as a line: time, what, from, to", &monitor);
+    added.app
+        ->add_option("PREFIX", added.options->prefixes,
+                     "Only nodes whose path begins so; all where none is named")
+        ->type_name("NODE");
+}
+
+} // namespace ctl

@@ -1,0 +1,112 @@
+#include "output.h"
+
+#include "core/orvaplainvalue.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace ctl {
+
+namespace {
+
+void write(FILE* stream, const QString& text)
+{
+    const QByteArray bytes = text.toUtf8() + '\n';
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+bool stdoutHasColour()
+{
+    static const bool colour = isatty(STDOUT_FILENO) == 1 &&
+                               qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+    return colour;
+}
+
+const char* colourCode(Output::Style style)
+{
+    switch (style) {
+    case Output::Style::Plain:
+        return "";
+    case Output::Style::Bold:
+        return "\033[1m";
+    case Output::Style::Dim:
+        return "\033[2m";
+    case Output::Style::Good:
+        return "\033[32m";
+    case Output::Style::Bad:
+        return "\033[31m";
+    }
+    return "";
+}
+
+} // namespace
+
+void Output::line(const QString& text) const
+{
+    if (!m_json)
+        write(stdout, text);
+}
+
+void Output::document(const QVariantHash& value) const
+{
+    if (m_json)
+        write(stdout, QString::fromUtf8(OrvaPlain::toJson(value)));
+}
+
+void Output::note(const QString& text) const
+{
+    write(stderr, text);
+}
+
+void Output::failure(const Result& result) const
+{
+    if (!result.text.isEmpty())
+        write(stderr, QStringLiteral("orvactl: %1").arg(printable(result.text)));
+}
+
+QString Output::styled(const QString& text, Style style)
+{
+    if (!stdoutHasColour() || style == Style::Plain)
+        return text;
+    return QLatin1String(colourCode(style)) + text + QLatin1String("\033[0m");
+}
+
+bool Output::stderrIsTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+QString printable(const QString& text)
+{
+    QString shown;
+    for (const uint code : text.toUcs4()) {
+        if (QChar::isPrint(code))
+            shown += QString::fromUcs4(&code, 1);
+        else
+            shown += QStringLiteral("\\u{%1}").arg(code, 0, 16);
+    }
+    return shown;
+}
+
+QStringList tableLines(const QVector<QStringList>& rows)
+{
+    QVector<int> widths;
+    for (const QStringList& row : rows) {
+        widths.resize(qMax(widths.size(), row.size()));
+        for (int column = 0; column < row.size(); ++column)
+            widths[column] = qMax(widths[column], row[column].size());
+    }
+    QStringList lines;
+    for (const QStringList& row : rows) {
+        QString line;
+        for (int column = 0; column < row.size(); ++column)
+            line += row[column].leftJustified(widths[column] + 2);
+        while (line.endsWith(QLatin1Char(' ')))
+            line.chop(1);
+        lines.append(line);
+    }
+    return lines;
+}
+
+} // namespace ctl

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "outcome.h"
+
+#include <QStringList>
+#include <QVariantHash>
+#include <QVector>
+
+namespace ctl {
+
+/// Writes what the commands have to say: data to stdout, all else to stderr.
+class Output
+{
+public:
+    /// How a piece of a person's page looks where there is colour.
+    enum class Style { Plain, Bold, Dim, Good, Bad };
+
+    /// With @p json, stdout carries one JSON document a line and nothing else.
+    void setJson(bool json) { m_json = json; }
+    [[nodiscard]] bool json() const { return m_json; }
+
+    /// A line for a person; says nothing in JSON mode.
+    void line(const QString& text) const;
+    /// A document for a machine; says nothing outside JSON mode.
+    void document(const QVariantHash& value) const;
+    /// A remark on stderr.
+    void note(const QString& text) const;
+    /// Why the command failed, on stderr.
+    void failure(const Result& result) const;
+
+    /// @p text with the style's colour codes, where stdout is a terminal and NO_COLOR is not set.
+    [[nodiscard]] static QString styled(const QString& text, Style style);
+
+    /// Whether a progress display on stderr has a reader.
+    [[nodiscard]] static bool stderrIsTerminal();
+
+private:
+    bool m_json = false;
+};
+
+/// Foreign text made harmless for a terminal: what does not print shows as its code.
+[[nodiscard]] QString printable(const QString& text);
+
+/// Lines up columns, two blanks apart; the first row is the heading.
+[[nodiscard]] QStringList tableLines(const QVector<QStringList>& rows);
+
+} // namespace ctl

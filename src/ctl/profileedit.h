@@ -1,0 +1,15 @@
+#pragma once
+
+#include "action.h"
+
+namespace ctl {
+
+/// The profile as it is published, keys masked: what every edit starts from.
+Outcome<OrvaNetworkProfile> publishedProfile(Host& host);
+
+/// Sets the whole profile, so that nothing that was not named is dropped; masked keys stay as they
+/// are.
+Result setProfile(Context& context, const OrvaNetworkProfile& profile, const Wait& wait,
+                  const InfoVerdict& verdict);
+
+} // namespace ctl

@@ -1,0 +1,68 @@
+#include "action.h"
+
+namespace ctl {
+
+namespace {
+
+struct AirplaneOptions
+{
+    std::string state;
+    Wait wait;
+};
+
+struct WakeOptions
+{
+    std::string state;
+};
+
+Result showAirplane(Context& context)
+{
+    const auto value = context.host.value(OrvaNetworkAirplaneModePath());
+    if (!value)
+        return value.failure();
+    context.out.document(value->__hash());
+    context.out.line(value->bool_() ? QStringLiteral("on") : QStringLiteral("off"));
+    return {};
+}
+
+Result airplane(Context& context, const AirplaneOptions& options)
+{
+    if (options.state.empty())
+        return showAirplane(context);
+    const bool on = options.state == "on";
+    OrvaValue value;
+    value.setBool_(on);
+    const QDeadlineTimer deadline = options.wait.deadline();
+    const Result set = context.host.setValue(OrvaNetworkAirplaneModePath(), value);
+    if (!set.ok())
+        return set;
+    return waitForInfo(context, options.wait, deadline, whenInfo([on](const OrvaNetworkInfo& info) {
+                           return info.airplaneMode() == on;
+                       }));
+}
+
+Result wakeOnLan(Context& context, const WakeOptions& options)
+{
+    OrvaValue value;
+    value.setBool_(options.state == "on");
+    const auto answer =
+        activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value, QDeadlineTimer::Forever);
+    return answer ? Result() : answer.failure();
+}
+
+} // namespace
+
+void addRadioCommands(CommandLine& commands)
+{
+    const auto switcher =
+        commands.add(commands.app(), "airplane", "Switches airplane mode, or shows it", &airplane);
+    setChoices(*switcher.app->add_option("STATE", switcher.options->state, "on or off"),
+               {"on", "off"});
+    switcher.options->wait.addTo(*switcher.app, "Also wait until it is in force, at most SECONDS");
+
+    const auto waker = commands.add(commands.app(), "wol", "Switches wake-on-LAN", &wakeOnLan);
+    setChoices(*waker.app->add_option("STATE", waker.options->state, "on or off")->required(),
+               {"on", "off"});
+}
+
+} // namespace ctl

@@ -1,0 +1,132 @@
+#include "scanning.h"
+
+#include "names.h"
+#include "profileedit.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace ctl {
+
+namespace {
+
+/// Says on a terminal that the command waits, and wipes that out when it is over.
+class WaitingLine
+{
+public:
+    explicit WaitingLine(const QString& text)
+        : m_text(text)
+    {
+        if (!Output::stderrIsTerminal())
+            return;
+        m_elapsed.start();
+        show();
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { show(); });
+        m_timer.start(1000);
+    }
+    ~WaitingLine()
+    {
+        if (m_timer.isActive())
+            std::fputs("\r\033[K", stderr);
+    }
+    Q_DISABLE_COPY(WaitingLine)
+
+private:
+    void show() const
+    {
+        const QString line =
+            QStringLiteral("\r%1 %2 s ").arg(m_text).arg(m_elapsed.elapsed() / 1000);
+        std::fputs(line.toUtf8().constData(), stderr);
+    }
+
+    QString m_text;
+    QElapsedTimer m_elapsed;
+    QTimer m_timer;
+};
+
+/// "*" for the network that is connected, "+" for a known one.
+QString markOf(const QString& ssid, const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
+{
+    if (info.wireless().state() == OrvaNetworkState::Connected && info.wireless().ssid() == ssid)
+        return QStringLiteral("*");
+    const auto networks = profile.wirelessNetworks();
+    const bool known =
+        std::any_of(networks.begin(), networks.end(), [&ssid](const OrvaNetworkInterface& network) {
+            return network.ssid() == ssid;
+        });
+    return known ? QStringLiteral("+") : QString();
+}
+
+QStringList tableRow(const QString& mark, const OrvaNetworkScanResult& network)
+{
+    return {mark,
+            printable(network.ssid()),
+            securityName(network.encryption()),
+            network.channel() > 0 ? QString::number(network.channel()) : QString(),
+            bandName(network.frequency()),
+            QStringLiteral("%1 dBm").arg(network.signal())};
+}
+
+Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
+{
+    std::stable_sort(networks.begin(), networks.end(),
+                     [](const OrvaNetworkScanResult& one, const OrvaNetworkScanResult& other) {
+                         return one.signal() > other.signal();
+                     });
+    const auto info = context.host.value(OrvaNetworkInfoPath());
+    if (!info)
+        return info.failure();
+    const auto profile = publishedProfile(context.host);
+    if (!profile)
+        return profile.failure();
+    QVector<QStringList> table = {{QString(), QStringLiteral("SSID"), QStringLiteral("SECURITY"),
+                                   QStringLiteral("CHANNEL"), QStringLiteral("BAND"),
+                                   QStringLiteral("SIGNAL")}};
+    for (const OrvaNetworkScanResult& network : qAsConst(networks)) {
+        OrvaValue value;
+        value.setNetworkScanResult(network);
+        context.out.document(value.__hash());
+        table.append(tableRow(markOf(network.ssid(), info->networkInfo(), *profile), network));
+    }
+    for (const QString& line : tableLines(table))
+        context.out.line(line);
+    return {};
+}
+
+Outcome<OrvaValue> scanNow(Context& context, const Wait& wait)
+{
+    const WaitingLine line(QStringLiteral("Scanning…"));
+    return context.host.invoke(OrvaNetworkScanPath(), {}, wait.deadline());
+}
+
+Result scan(Context& context, const Wait& wait)
+{
+    const auto answer = scanNow(context, wait);
+    return answer ? showNetworks(context, answer->networkScanResults()) : answer.failure();
+}
+
+Result list(Context& context, const NoOptions&)
+{
+    const auto rows = context.host.rows(OrvaNetworkScanResultsPath());
+    if (!rows)
+        return rows.failure();
+    OrvaList<OrvaNetworkScanResult> networks;
+    for (const OrvaRoles& row : *rows)
+        networks.append(row.value().networkScanResult());
+    return showNetworks(context, networks);
+}
+
+} // namespace
+
+void addScanCommands(CommandLine& commands, CLI::App& wifi)
+{
+    const auto scanner = commands.add(
+        wifi, "scan", "Scans and lists what it found; * is connected, + is known", &scan);
+    scanner.options->addTo(*scanner.app, "Wait at most SECONDS for the results");
+    commands.add(wifi, "list", "Lists what the last scan found", &list);
+}
+
+} // namespace ctl

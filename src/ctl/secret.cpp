@@ -1,0 +1,117 @@
+#include "secret.h"
+
+#include "valuetext.h"
+
+#include <QFile>
+#include <csignal>
+#include <cstdio>
+#include <termios.h>
+#include <unistd.h>
+
+namespace ctl {
+
+namespace {
+
+constexpr qint64 maximumInput = 1024 * 1024;
+
+/// The terminal as it was found; a signal handler can reach nothing else.
+termios foundTerminal;
+
+void restoreTerminal(int signal)
+{
+    tcsetattr(STDIN_FILENO, TCSANOW, &foundTerminal);
+    std::raise(signal);
+}
+
+/// While it lives the terminal shows nothing of what is typed; a signal that ends the program does
+/// not leave it mute.
+class EchoOff
+{
+public:
+    EchoOff()
+    {
+        tcgetattr(STDIN_FILENO, &foundTerminal);
+        setHandler(&restoreTerminal);
+        termios quiet = foundTerminal;
+        quiet.c_lflag &= ~tcflag_t(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+    ~EchoOff()
+    {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &foundTerminal);
+        setHandler(SIG_DFL);
+        std::fputc('\n', stderr);
+    }
+    Q_DISABLE_COPY(EchoOff)
+
+private:
+    static void setHandler(void (*handler)(int))
+    {
+        struct sigaction action = {};
+        action.sa_handler = handler;
+        action.sa_flags = int(SA_RESETHAND);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+            sigaction(signal, &action, nullptr);
+    }
+};
+
+Outcome<QString> toText(QByteArray bytes)
+{
+    if (bytes.endsWith('\n'))
+        bytes.chop(1);
+    if (bytes.endsWith('\r'))
+        bytes.chop(1);
+    const QString text = QString::fromUtf8(bytes);
+    if (text.toUtf8() != bytes)
+        return Result{ExitStatus::Usage, QStringLiteral("The input is not UTF-8 text.")};
+    const Result sendable = checkText(text);
+    return sendable.ok() ? Outcome<QString>(text) : sendable;
+}
+
+Outcome<QString> readAll(QFile& file)
+{
+    QByteArray bytes;
+    QByteArray part;
+    // A pipe gives what it has at the moment.
+    while (bytes.size() <= maximumInput && !(part = file.read(maximumInput)).isEmpty())
+        bytes += part;
+    if (bytes.size() > maximumInput)
+        return Result{ExitStatus::Usage, QStringLiteral("The input is larger than 1 MiB.")};
+    return toText(bytes);
+}
+
+Outcome<QString> promptForKey(const QString& prompt)
+{
+    if (isatty(STDIN_FILENO) != 1)
+        return Result{
+            ExitStatus::Usage,
+            QStringLiteral("No terminal to ask for the key on; give it with --key-file.")};
+    std::fputs(prompt.toUtf8().constData(), stderr);
+    const EchoOff quiet;
+    QFile terminal;
+    if (!terminal.open(STDIN_FILENO, QIODevice::ReadOnly))
+        return Result{ExitStatus::Other, QStringLiteral("The terminal cannot be read.")};
+    const QByteArray line = terminal.readLine(maximumInput);
+    if (line.isEmpty())
+        return Result{ExitStatus::Other, QStringLiteral("No key was given.")};
+    return toText(line);
+}
+
+} // namespace
+
+Outcome<QString> readText(const QString& file)
+{
+    QFile input(file);
+    const bool open = file == QLatin1String("-") ? input.open(STDIN_FILENO, QIODevice::ReadOnly)
+                                                 : input.open(QIODevice::ReadOnly);
+    if (!open)
+        return Result{ExitStatus::Other, QStringLiteral("%1: %2").arg(file, input.errorString())};
+    return readAll(input);
+}
+
+Outcome<QString> readKey(const QString& file, const QString& prompt)
+{
+    return file.isEmpty() ? promptForKey(prompt) : readText(file);
+}
+
+} // namespace ctl

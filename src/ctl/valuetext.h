@@ -1,0 +1,29 @@
+#pragma once
+
+#include "outcome.h"
+
+#include "core/orvavalue.h"
+
+namespace ctl {
+
+/// What a person wrote for a node whose present value is of the type @p type: a JSON object as it
+/// stands, else the JSON value or plain word that suits the type. An empty type is an unknown one.
+Outcome<OrvaValue> parseValue(const QString& text, const QString& type);
+
+/// One JSON object.
+Outcome<QVariantHash> parseObject(const QByteArray& text);
+
+/// Whether @p text is meant as a JSON object.
+[[nodiscard]] bool looksLikeObject(const QString& text);
+
+/// Fails where the bus would cut or change the text.
+Result checkText(const QString& text);
+
+/// JSON over several indented lines, keys in alphabetical order.
+[[nodiscard]] QString toIndentedJson(const QVariantHash& value);
+
+/// Whether @p actual holds everything that @p wanted names: maps field by field, all else as a
+/// whole.
+[[nodiscard]] bool holds(const QVariant& actual, const QVariant& wanted);
+
+} // namespace ctl

@@ -1,0 +1,205 @@
+#include "names.h"
+#include "profileedit.h"
+#include "scanning.h"
+#include "secret.h"
+#include "valuetext.h"
+#include "wps.h"
+
+namespace ctl {
+
+namespace {
+
+struct ConnectOptions
+{
+    std::string ssid;
+    std::string keyFile;
+    bool askKey = false;
+    Wait wait;
+};
+
+struct SsidOptions
+{
+    std::string ssid;
+};
+
+std::optional<OrvaNetworkInterface> knownNetwork(const OrvaNetworkProfile& profile,
+                                                 const QString& ssid)
+{
+    for (const OrvaNetworkInterface& network : profile.wirelessNetworks()) {
+        if (network.ssid() == ssid)
+            return network;
+    }
+    const OrvaNetworkInterface inUse = profile.wireless();
+    return inUse.ssid() == ssid ? std::optional(inUse) : std::nullopt;
+}
+
+/// The security of the network as the last scan saw it.
+std::optional<OrvaNetworkProfileWirelessEncryption> seenEncryption(Host& host, const QString& ssid)
+{
+    const auto rows = host.rows(OrvaNetworkScanResultsPath());
+    if (!rows)
+        return std::nullopt;
+    for (const OrvaRoles& row : *rows) {
+        const OrvaNetworkScanResult result = row.value().networkScanResult();
+        if (result.ssid() == ssid)
+            return result.encryption();
+    }
+    return std::nullopt;
+}
+
+/// The network with its key: a known one keeps its key unless another is given, and an open one
+/// needs none.
+Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkProfile& profile,
+                                            const ConnectOptions& options)
+{
+    using Encryption = OrvaNetworkProfileWirelessEncryption;
+    const QString ssid = QString::fromStdString(options.ssid);
+    const auto known = knownNetwork(profile, ssid);
+    if (known && options.keyFile.empty() && !options.askKey)
+        return *known;
+
+    OrvaNetworkInterface network = known.value_or(OrvaNetworkInterface());
+    if (!known) {
+        network.setSsid(ssid);
+        network.setDhcp(true);
+    }
+    const auto seen = seenEncryption(context.host, ssid);
+    const bool isOpen = seen && *seen == Encryption::None;
+    if (isOpen && options.keyFile.empty() && !options.askKey) {
+        network.setEncryption(Encryption::None);
+        return network;
+    }
+    const auto key =
+        readKey(QString::fromStdString(options.keyFile),
+                QStringLiteral("Key of \"%1\" (empty for an open network): ").arg(printable(ssid)));
+    if (!key)
+        return key.failure();
+    const Encryption secured = seen && !isOpen ? *seen : Encryption(Encryption::WpaPsk);
+    network.setKey(*key);
+    network.setEncryption(key->isEmpty() ? Encryption(Encryption::None) : secured);
+    return network;
+}
+
+std::optional<Result> judgeJoining(const OrvaNetworkInfo& info, const QString& ssid)
+{
+    const OrvaNetworkWirelessInterface wireless = info.wireless();
+    if (wireless.state() == OrvaNetworkState::Connected && wireless.ssid() == ssid)
+        return Result();
+    for (const OrvaNetworkWirelessInterface& network : info.wirelessNetworks()) {
+        if (network.ssid() == ssid && network.credentialsSuspect())
+            return Result{ExitStatus::Failed, QStringLiteral("The network refused the key.")};
+    }
+    return std::nullopt;
+}
+
+Result connectTo(Context& context, const ConnectOptions& options)
+{
+    const QString ssid = QString::fromStdString(options.ssid);
+    if (ssid.isEmpty())
+        return {ExitStatus::Usage, QStringLiteral("A network has a name.")};
+    const auto published = publishedProfile(context.host);
+    if (!published)
+        return published.failure();
+    const auto network = networkToJoin(context, *published, options);
+    if (!network)
+        return network.failure();
+    OrvaNetworkProfile profile = *published;
+    profile.setWireless(*network);
+    if (profile.type() == OrvaNetworkProfileType::Wired)
+        context.out.note(QStringLiteral("The profile is for the wired interface alone; \"orvactl "
+                                        "profile set --type auto\" lets the network be joined."));
+    return setProfile(context, profile, options.wait,
+                      [ssid](const OrvaNetworkInfo& info) { return judgeJoining(info, ssid); });
+}
+
+Result forget(Context& context, const SsidOptions& options)
+{
+    OrvaValue ssid;
+    ssid.setString_(QString::fromStdString(options.ssid));
+    const auto answer =
+        activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid, QDeadlineTimer::Forever);
+    return answer ? Result() : answer.failure();
+}
+
+QString remarkOn(const OrvaNetworkInfo& info, const QString& ssid)
+{
+    if (info.wireless().state() == OrvaNetworkState::Connected && info.wireless().ssid() == ssid)
+        return Output::styled(QStringLiteral("connected"), Output::Style::Good);
+    for (const OrvaNetworkWirelessInterface& network : info.wirelessNetworks()) {
+        if (network.ssid() == ssid && network.credentialsSuspect())
+            return Output::styled(QStringLiteral("key refused"), Output::Style::Bad);
+    }
+    return {};
+}
+
+Result known(Context& context, const NoOptions&)
+{
+    const auto profile = publishedProfile(context.host);
+    if (!profile)
+        return profile.failure();
+    const auto info = context.host.value(OrvaNetworkInfoPath());
+    if (!info)
+        return info.failure();
+    QVector<QStringList> table = {{QStringLiteral("SSID"), QStringLiteral("SECURITY"), QString()}};
+    for (const OrvaNetworkInterface& network : profile->wirelessNetworks()) {
+        OrvaValue value;
+        value.setNetworkInterface(network);
+        context.out.document(value.__hash());
+        table.append({printable(network.ssid()), securityName(network.encryption()),
+                      remarkOn(info->networkInfo(), network.ssid())});
+    }
+    for (const QString& line : tableLines(table))
+        context.out.line(line);
+    return {};
+}
+
+Result rssi(Context& context, const NoOptions&)
+{
+    const auto level =
+        activate(context, OrvaNetworkWirelessRssiPath(), {}, QDeadlineTimer::Forever);
+    if (!level)
+        return level.failure();
+    context.out.line(QStringLiteral("%1 dBm").arg(level->double_()));
+    return {};
+}
+
+Result reconnect(Context& context, const Wait& wait)
+{
+    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {}, wait,
+                           whenInfo([](const OrvaNetworkInfo& info) {
+                               return info.wireless().state() == OrvaNetworkState::Connected;
+                           }));
+}
+
+void addConnectCommand(CommandLine& commands, CLI::App& wifi)
+{
+    const auto joiner = commands.add(
+        wifi, "connect", "Joins a network; asks for the key of an unknown one", &connectTo);
+    joiner.app->add_option("SSID", joiner.options->ssid, "Name of the network")->required();
+    joiner.app
+        ->add_option("--key-file", joiner.options->keyFile,
+                     "File with the key; - reads standard input")
+        ->type_name("FILE");
+    joiner.app->add_flag("--ask-key", joiner.options->askKey,
+                         "Ask for the key also where the network is known");
+    joiner.options->wait.addTo(*joiner.app, "Also wait until it is joined, at most SECONDS");
+}
+
+} // namespace
+
+void addWifiCommands(CommandLine& commands)
+{
+    CLI::App& wifi = CommandLine::group(commands.app(), "wifi", "Wireless networks");
+    addConnectCommand(commands, wifi);
+    const auto forgetter = commands.add(wifi, "forget", "Forgets a known network", &forget);
+    forgetter.app->add_option("SSID", forgetter.options->ssid, "Name of the network")->required();
+    commands.add(wifi, "known", "Lists the known networks, most preferred first", &known);
+    addScanCommands(commands, wifi);
+    addWpsCommands(commands, wifi);
+    commands.add(wifi, "rssi", "Shows the signal level of the network in use", &rssi);
+    const auto again =
+        commands.add(wifi, "reconnect", "Leaves the network and joins again", &reconnect);
+    again.options->addTo(*again.app, "Also wait until connected, at most SECONDS");
+}
+
+} // namespace ctl

@@ -1,0 +1,93 @@
+#include "wps.h"
+
+#include "names.h"
+
+namespace ctl {
+
+namespace {
+
+struct SessionOptions
+{
+    std::string pin;
+    bool apply = false;
+    Wait wait;
+};
+
+/// What a session brought, for a person; the key is shown to a machine only.
+void showCredentials(const Output& out, const OrvaNetworkInterface& network, bool applied)
+{
+    out.line(QStringLiteral("Network   \"%1\"").arg(printable(network.ssid())));
+    out.line(QStringLiteral("Security  %1").arg(securityName(network.encryption())));
+    if (!applied)
+        out.note(QStringLiteral("The credentials are not applied; --apply does so."));
+}
+
+Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
+                  const SessionOptions& options)
+{
+    const QDeadlineTimer deadline = options.wait.deadline();
+    const auto credentials = activate(context, path, value, deadline);
+    if (!credentials)
+        return credentials.failure();
+    showCredentials(context.out, credentials->networkInterface(), options.apply);
+    if (!options.apply)
+        return {};
+    const auto applied = context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials, deadline);
+    return applied ? Result() : applied.failure();
+}
+
+Result pushButton(Context& context, const SessionOptions& options)
+{
+    context.out.note(QStringLiteral("Press the WPS button of the router."));
+    return runSession(context, OrvaNetworkPerformWpsPbcPath(), {}, options);
+}
+
+Outcome<OrvaValue> pinOf(Host& host, const SessionOptions& options)
+{
+    if (options.pin.empty())
+        return host.invoke(OrvaNetworkGenerateWpsPinPath(), {});
+    OrvaValue pin;
+    pin.setString_(QString::fromStdString(options.pin));
+    return pin;
+}
+
+Result pinSession(Context& context, const SessionOptions& options)
+{
+    const auto pin = pinOf(context.host, options);
+    if (!pin)
+        return pin.failure();
+    context.out.note(QStringLiteral("Enter the PIN %1 at the router.").arg(pin->string_()));
+    return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, options);
+}
+
+Result generate(Context& context, const NoOptions&)
+{
+    const auto pin =
+        activate(context, OrvaNetworkGenerateWpsPinPath(), {}, QDeadlineTimer::Forever);
+    if (!pin)
+        return pin.failure();
+    context.out.line(pin->string_());
+    return {};
+}
+
+void addSessionOptions(CLI::App& command, SessionOptions& options)
+{
+    command.add_flag("--apply", options.apply, "Join the network with the credentials received");
+    options.wait.addTo(command, "Wait at most SECONDS for the session's end");
+}
+
+} // namespace
+
+void addWpsCommands(CommandLine& commands, CLI::App& wifi)
+{
+    CLI::App& wps = CommandLine::group(wifi, "wps", "Wi-Fi Protected Setup");
+    const auto button =
+        commands.add(wps, "pbc", "Runs a session by the router's push button", &pushButton);
+    addSessionOptions(*button.app, *button.options);
+    const auto pin = commands.add(wps, "pin", "Runs a session by PIN", &pinSession);
+    pin.app->add_option("PIN", pin.options->pin, "8 digits; a fresh one where not given");
+    addSessionOptions(*pin.app, *pin.options);
+    commands.add(wps, "generate", "Shows a fresh PIN", &generate);
+}
+
+} // namespace ctl
