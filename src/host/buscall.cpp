@@ -1,0 +1,60 @@
+#include "buscall.h"
+
+namespace {
+
+constexpr int MaxErrorName = 128;
+
+bool isNameCharacter(QChar character)
+{
+    const ushort ascii = character.unicode();
+    return (ascii >= 'a' && ascii <= 'z') || (ascii >= 'A' && ascii <= 'Z') ||
+           (ascii >= '0' && ascii <= '9');
+}
+
+} // namespace
+
+BusCall::BusCall(const QDBusConnection& connection, const QDBusMessage& message)
+    : m_connection(connection)
+    , m_message(message)
+{
+}
+
+void BusCall::answer(const QVariantList& arguments) const
+{
+    if (m_message.isReplyRequired())
+        m_connection.send(m_message.createReply(arguments));
+}
+
+void BusCall::fail(const CMError& error) const
+{
+    if (m_message.isReplyRequired())
+        m_connection.send(m_message.createErrorReply(busErrorName(error), error.message()));
+}
+
+CMReply<QVariant> BusCall::reply(const Encode& encode) const
+{
+    const auto reply = CMReply<QVariant>::create();
+    reply.addWatcher(
+        [call = *this, encode](const CMReply<QVariant>& finished) {
+            if (finished.error().isEmpty())
+                call.answer(encode(finished.value()));
+            else
+                call.fail(finished.error());
+        },
+        Qt::DirectConnection);
+    return reply;
+}
+
+QString busErrorName(const CMError& error)
+{
+    QString name = error.name().left(MaxErrorName);
+    for (QChar& character : name) {
+        if (!isNameCharacter(character))
+            character = QLatin1Char('_');
+    }
+    if (name.isEmpty())
+        name = QStringLiteral("error");
+    if (name.at(0).isDigit())
+        name.prepend(QLatin1Char('_'));
+    return QStringLiteral("org.orva.Error.") + name;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QtCore/QList>
+#include <QtCore/QMetaType>
+#include <QtCore/QVariant>
+
+class QDBusArgument;
+
+/// The rows of a list node as they go to the bus: `aa{sv}`.
+using OrvaBusRows = QList<QVariantMap>;
+
+/// One node as `ListNodes` tells of it: `(ssssb)`.
+struct OrvaBusNode
+{
+    QString path;
+    QString kind;       ///< "value", "activate" or "rows".
+    QString title;      ///< What a person reads.
+    QString permission; ///< "default" or "service".
+    bool readOnly;
+};
+using OrvaBusNodes = QList<OrvaBusNode>;
+
+Q_DECLARE_METATYPE(OrvaBusRows)
+Q_DECLARE_METATYPE(OrvaBusNode)
+Q_DECLARE_METATYPE(OrvaBusNodes)
+
+QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node);
+const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node);
+
+/// Makes the types known to QtDBus; to be called before the first of them goes to the bus.
+void registerBusTypes();

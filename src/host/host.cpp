@@ -1,0 +1,79 @@
+#include "host.h"
+
+#include "workerlibrary.h"
+#include "workers/fixedvalues.h"
+#include "workers/powermanager.h"
+#include "workers/wifirestarter.h"
+
+namespace {
+
+const log4cplus::Logger& logger()
+{
+    static const auto instance = log4cplus::Logger::getInstance("Host");
+    return instance;
+}
+
+} // namespace
+
+Host::Host(const HostConfig& config, const QDBusConnection& connection)
+    : m_config(config)
+    , m_control(m_root, connection)
+{
+    connect(&m_control, &HostControl::busLost, this, [this] {
+        LOG4CPLUS_ERROR(logger(), "The system bus has gone, the host ends");
+        Q_EMIT failed();
+    });
+}
+
+bool Host::start()
+{
+    // First of all, so that a second host ends before it touches anything. Whoever calls in the
+    // meantime is answered when the event loop runs.
+    QString why;
+    if (!m_control.start(&why)) {
+        LOG4CPLUS_ERROR(logger(), "Couldn't take the host's name on the system bus: " << why);
+        return false;
+    }
+    addStandIns();
+    if (!addLibraries())
+        return false;
+    for (const CMPath& path : qAsConst(m_config.activate))
+        activate(path);
+    LOG4CPLUS_INFO(logger(), "The host runs, with " << m_root.nodeInfos().size() << " nodes");
+    return true;
+}
+
+void Host::addStandIns()
+{
+    m_root.addWorker(std::make_unique<Settings>(m_config.settings, m_config.stateDirectory));
+    m_root.addWorker(createInterfaceNames(m_config.wiredInterface, m_config.wirelessInterface));
+    m_root.addWorker(createWebserver(m_config.webserverPort));
+    m_root.addWorker(std::make_unique<PowerManager>());
+    m_root.addWorker(std::make_unique<WifiRestarter>(QVariantHash()));
+}
+
+bool Host::addLibraries()
+{
+    for (const WorkerConfig& config : qAsConst(m_config.workers)) {
+        QString why;
+        auto worker = createWorker(config.library, config.config, &why);
+        if (worker) {
+            LOG4CPLUS_INFO(logger(), "Loaded the worker of " << config.library);
+            m_root.addWorker(std::move(worker));
+            continue;
+        }
+        LOG4CPLUS_ERROR(logger(), "Couldn't load the worker of " << config.library << ": " << why);
+        if (config.required)
+            return false;
+    }
+    return true;
+}
+
+void Host::activate(const CMPath& path)
+{
+    const auto reply = CMReply<QVariant>::create();
+    reply.onError(this, [path](const CMError& error) {
+        LOG4CPLUS_ERROR(logger(), "Couldn't activate " << path << ": " << error);
+    });
+    m_root.invoke(path, OrvaHash(), reply);
+}

@@ -1,0 +1,138 @@
+#include "hostconfig.h"
+
+#include <QtCore/QFile>
+
+namespace {
+
+struct InterfacesRecord : OrvaHash
+{
+    ORVA_RECORD(InterfacesRecord)
+    ORVA_FIELD(QString, wired, Wired);
+    ORVA_FIELD(QString, wireless, Wireless);
+};
+
+struct WebserverRecord : OrvaHash
+{
+    ORVA_RECORD(WebserverRecord)
+    ORVA_FIELD(qint32, port, Port);
+};
+
+struct WorkerRecord : OrvaHash
+{
+    ORVA_RECORD(WorkerRecord)
+    ORVA_FIELD(QString, library, Library);
+    ORVA_FIELD(OrvaHash, config, Config);
+    ORVA_FIELD(bool, required, Required);
+};
+
+struct ConfigRecord : OrvaHash
+{
+    ORVA_RECORD(ConfigRecord)
+    ORVA_FIELD(OrvaList<WorkerRecord>, workers, Workers);
+    ORVA_FIELD(OrvaList<CMPath>, activate, Activate);
+    ORVA_FIELD(QString, stateDirectory, StateDirectory);
+    ORVA_FIELD(InterfacesRecord, interfaces, Interfaces);
+    ORVA_FIELD(WebserverRecord, webserver, Webserver);
+    ORVA_FIELD(OrvaHash, settings, Settings);
+};
+
+QByteArray withoutComments(const QByteArray& text)
+{
+    QList<QByteArray> lines = text.split('\n');
+    for (QByteArray& line : lines) {
+        if (line.trimmed().startsWith("//"))
+            line.clear();
+    }
+    return lines.join('\n');
+}
+
+void logUnknownKeys(const OrvaHash& config)
+{
+    const auto& fields = ConfigRecord::fields();
+    const QStringList keys = config.__hash().keys();
+    for (const QString& key : keys) {
+        if (std::none_of(fields.begin(), fields.end(),
+                         [&key](const OrvaField& field) { return field.key == key; }))
+            LOG4CPLUS_WARN(log4cplus::Logger::getInstance("HostConfig"),
+                           "The configuration's key \"" << key << "\" means nothing");
+    }
+}
+
+/// Puts the configured defaults in the place of the built-in ones. Returns the path of the first
+/// that does not suit; empty when all do.
+QString mergeSettings(QVector<SettingDefault>& settings, const QVariantHash& configured)
+{
+    for (auto entry = configured.begin(); entry != configured.end(); ++entry) {
+        const OrvaValue value(entry->toHash());
+        const CMPath path(entry.key());
+        const auto known =
+            std::find_if(settings.begin(), settings.end(),
+                         [&path](const SettingDefault& setting) { return setting.path == path; });
+        const bool suits = !value.typeKey().isEmpty() &&
+                           orvaMalformedField(OrvaValue::fields(), value.__hash()).isEmpty() &&
+                           (known == settings.end() || known->value.typeKey() == value.typeKey());
+        if (!suits)
+            return entry.key();
+        if (known == settings.end())
+            settings.append({path, value});
+        else
+            known->value = value;
+    }
+    return QString();
+}
+
+HostConfig fromRecord(const ConfigRecord& record)
+{
+    HostConfig config;
+    const auto workers = record.workers();
+    for (const WorkerRecord& worker : workers)
+        config.workers.append({worker.library(), worker.config().__hash(),
+                               !worker.__contains(WorkerRecord::Required()) || worker.required()});
+    config.activate = record.activate();
+    if (record.__contains(ConfigRecord::StateDirectory()))
+        config.stateDirectory = record.stateDirectory();
+    if (record.interfaces().__contains(InterfacesRecord::Wired()))
+        config.wiredInterface = record.interfaces().wired();
+    if (record.interfaces().__contains(InterfacesRecord::Wireless()))
+        config.wirelessInterface = record.interfaces().wireless();
+    if (record.webserver().__contains(WebserverRecord::Port()))
+        config.webserverPort = record.webserver().port();
+    return config;
+}
+
+} // namespace
+
+std::optional<HostConfig> readHostConfig(const QString& fileName, QString* why)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *why = file.errorString();
+        return std::nullopt;
+    }
+    return parseHostConfig(file.readAll(), why);
+}
+
+std::optional<HostConfig> parseHostConfig(const QByteArray& text, QString* why)
+{
+    const auto json = OrvaPlain::fromJson(withoutComments(text), why);
+    if (!json)
+        return std::nullopt;
+    if (json->userType() != QMetaType::QVariantHash) {
+        *why = QStringLiteral("it is not an object");
+        return std::nullopt;
+    }
+    const ConfigRecord record(json->toHash());
+    const QString malformed = orvaMalformedField(ConfigRecord::fields(), record.__hash());
+    if (!malformed.isEmpty()) {
+        *why = QStringLiteral("\"%1\" is not what it should be").arg(malformed);
+        return std::nullopt;
+    }
+    logUnknownKeys(record);
+    HostConfig config = fromRecord(record);
+    const QString unsuitable = mergeSettings(config.settings, record.settings().__hash());
+    if (!unsuitable.isEmpty()) {
+        *why = QStringLiteral("the setting \"%1\" is not what it should be").arg(unsuitable);
+        return std::nullopt;
+    }
+    return config;
+}

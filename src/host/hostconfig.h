@@ -1,0 +1,34 @@
+#pragma once
+
+#include "workers/settings.h"
+
+/// One worker that comes from a shared library.
+struct WorkerConfig
+{
+    /// The library's file.
+    QString library;
+    /// What its `worker_create` is given.
+    QVariantHash config;
+    /// Whether the host ends when the worker cannot be loaded.
+    bool required = true;
+};
+
+/// The host's configuration. See `examples/host.json` for the file's form.
+struct HostConfig
+{
+    QVector<WorkerConfig> workers;
+    /// The nodes that are activated once all workers are there, in this order.
+    QVector<CMPath> activate;
+    /// Where the settings are kept.
+    QString stateDirectory = QStringLiteral("/var/lib/orva");
+    QString wiredInterface = QStringLiteral("eth0");
+    QString wirelessInterface = QStringLiteral("wlan0");
+    qint32 webserverPort = 80;
+    /// The settings with their defaults.
+    QVector<SettingDefault> settings = networkSettingDefaults();
+};
+
+/// Reads a configuration: JSON, in which lines that begin with "//" are comments. Nothing, with the
+/// reason in `why`, where anything in it does not suit. Keys that nobody knows are logged.
+[[nodiscard]] std::optional<HostConfig> readHostConfig(const QString& file, QString* why);
+[[nodiscard]] std::optional<HostConfig> parseHostConfig(const QByteArray& text, QString* why);

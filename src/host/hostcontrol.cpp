@@ -1,0 +1,183 @@
+#include "hostcontrol.h"
+
+#include "host1adaptor.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtDBus/QDBusError>
+
+namespace {
+
+QString serviceName()
+{
+    return QStringLiteral("org.orva.Host1");
+}
+
+QString objectPath()
+{
+    return QStringLiteral("/org/orva/Host1");
+}
+
+QVariantList valueToBus(const QVariant& value)
+{
+    return {OrvaPlain::toBus(value.toHash())};
+}
+
+QVariantList nothingToBus(const QVariant&)
+{
+    return {};
+}
+
+QVariantList rowsToBus(const QVariant& rows)
+{
+    OrvaBusRows onBus;
+    const QVariantList plain = rows.toList();
+    for (const QVariant& row : plain)
+        onBus << OrvaPlain::toBus(row.toHash());
+    return {QVariant::fromValue(onBus)};
+}
+
+/// A value from the bus as a plain one, each known field of it of the right type; nothing, with
+/// the reason in `why`, where it is malformed.
+std::optional<OrvaValue> valueFromBus(const QVariantMap& foreign, QString* why)
+{
+    const auto plain = OrvaPlain::hashFromBus(foreign, why);
+    if (!plain)
+        return std::nullopt;
+    const QString malformed = orvaMalformedField(OrvaValue::fields(), *plain);
+    if (malformed.isEmpty())
+        return OrvaValue(*plain);
+    *why = QStringLiteral("its \"%1\" is, or holds, something of the wrong type or out of range")
+               .arg(malformed);
+    return std::nullopt;
+}
+
+CMError accessDenied(const CMPath& path)
+{
+    return {QStringLiteral("AccessDenied"),
+            TrString(trExtractContext(Q_FUNC_INFO),
+                     "The node at \"%1\" is for root and the host's own user alone.",
+                     {path.toString()})};
+}
+
+} // namespace
+
+HostControl::HostControl(CMAbstractWorker& root, const QDBusConnection& connection)
+    : m_root(root)
+    , m_connection(connection)
+    , m_callers(connection)
+{
+    registerBusTypes();
+    new Host1Adaptor(this);
+    connect(&root, &CMAbstractWorker::valueChanged, this,
+            [this](const CMPath& path, const OrvaValue& value) {
+                Q_EMIT ValueChanged(path.toString(), m_root.isSecret(path)
+                                                         ? QVariantMap()
+                                                         : OrvaPlain::toBus(value.__hash()));
+            });
+    connect(&root, &CMAbstractWorker::rowsChanged, this,
+            [this](const CMPath& path) { Q_EMIT RowsChanged(path.toString()); });
+}
+
+bool HostControl::start(QString* why)
+{
+    if (!m_connection.isConnected()) {
+        *why = QStringLiteral("there is no bus: ") + m_connection.lastError().message();
+        return false;
+    }
+    m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                         QStringLiteral("org.freedesktop.DBus.Local"),
+                         QStringLiteral("Disconnected"), this, SLOT(on_disconnected()));
+    if (m_connection.registerObject(objectPath(), this) &&
+        m_connection.registerService(serviceName()))
+        return true;
+    *why = m_connection.lastError().isValid()
+               ? m_connection.lastError().message()
+               : QStringLiteral("another host has the name ") + serviceName();
+    return false;
+}
+
+QString HostControl::version() const
+{
+    return QCoreApplication::applicationVersion();
+}
+
+QVariantMap HostControl::GetValue(const QString& path)
+{
+    const CMPath node(path);
+    admit(node, [this, node](const BusCall& call) {
+        m_root.request(CMGetDataRequest{node, call.reply(valueToBus)});
+    });
+    return {};
+}
+
+void HostControl::SetValue(const QString& path, const QVariantMap& value)
+{
+    const CMPath node(path);
+    admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
+        if (plain.typeKey().isEmpty())
+            return call.fail(CMError::malformedValue(
+                node, QStringLiteral("it does not have one key that names its type")));
+        m_root.setValue(node, plain, call.reply(nothingToBus));
+    });
+}
+
+QVariantMap HostControl::Invoke(const QString& path, const QVariantMap& value)
+{
+    const CMPath node(path);
+    admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
+        m_root.invoke(node, plain, call.reply(valueToBus));
+    });
+    return {};
+}
+
+OrvaBusRows HostControl::GetRows(const QString& path)
+{
+    const CMPath node(path);
+    admit(node, [this, node](const BusCall& call) {
+        m_root.request(CMGetRowsRequest{node, call.reply(rowsToBus)});
+    });
+    return {};
+}
+
+OrvaBusNodes HostControl::ListNodes()
+{
+    OrvaBusNodes nodes;
+    const auto infos = m_root.nodeInfos();
+    for (const CMNodeInfo& info : infos)
+        nodes.append({info.path.toString(), info.kind, info.title,
+                      OrvaPermission::toString(info.permission), info.readOnly});
+    return nodes;
+}
+
+void HostControl::on_disconnected()
+{
+    Q_EMIT busLost();
+}
+
+void HostControl::admit(const CMPath& path, const Action& action)
+{
+    setDelayedReply(true);
+    const BusCall call(m_connection, message());
+    if (!m_root.isSecret(path))
+        return action(call);
+    m_callers.askTrusted(call.caller(), [path, action, call](bool trusted) {
+        if (trusted)
+            action(call);
+        else
+            call.fail(accessDenied(path));
+    });
+}
+
+void HostControl::admitValue(
+    const CMPath& path, const QVariantMap& foreign,
+    const std::function<void(const BusCall& call, const OrvaValue& value)>& action)
+{
+    admit(path, [path, foreign, action](const BusCall& call) {
+        QString why;
+        const auto value = valueFromBus(foreign, &why);
+        if (value)
+            action(call, *value);
+        else
+            call.fail(CMError::malformedValue(path, why));
+    });
+}

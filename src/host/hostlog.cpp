@@ -1,0 +1,69 @@
+#include "hostlog.h"
+
+#include <core/dbglog.h>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/consoleappender.h>
+#include <log4cplus/layout.h>
+
+#include <QtCore/QHash>
+
+namespace {
+
+log4cplus::LogLevel levelOf(QtMsgType type)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return log4cplus::DEBUG_LOG_LEVEL;
+    case QtInfoMsg:
+        return log4cplus::INFO_LOG_LEVEL;
+    case QtWarningMsg:
+        return log4cplus::WARN_LOG_LEVEL;
+    case QtCriticalMsg:
+        return log4cplus::ERROR_LOG_LEVEL;
+    case QtFatalMsg:
+        return log4cplus::FATAL_LOG_LEVEL;
+    }
+    return log4cplus::ERROR_LOG_LEVEL;
+}
+
+void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    log4cplus::Logger::getInstance("Qt").log(levelOf(type), text.toStdString());
+}
+
+} // namespace
+
+HostLog::HostLog()
+{
+    // Nothing is logged asynchronously; the smallest pool is one idle thread.
+    log4cplus::setThreadPoolSize(0);
+    log4cplus::SharedAppenderPtr appender(new log4cplus::ConsoleAppender(true, true));
+    appender->setLayout(std::make_unique<log4cplus::PatternLayout>(
+        LOG4CPLUS_TEXT("%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c: %m%n")));
+    log4cplus::Logger::getRoot().addAppender(appender);
+    setLevel(log4cplus::INFO_LOG_LEVEL);
+    qInstallMessageHandler(logQtMessage);
+}
+
+HostLog::~HostLog()
+{
+    qInstallMessageHandler(nullptr);
+}
+
+std::optional<log4cplus::LogLevel> HostLog::levelOf(const QString& name)
+{
+    static const QHash<QString, log4cplus::LogLevel> levels = {
+        {QStringLiteral("trace"), log4cplus::TRACE_LOG_LEVEL},
+        {QStringLiteral("debug"), log4cplus::DEBUG_LOG_LEVEL},
+        {QStringLiteral("info"), log4cplus::INFO_LOG_LEVEL},
+        {QStringLiteral("warn"), log4cplus::WARN_LOG_LEVEL},
+        {QStringLiteral("error"), log4cplus::ERROR_LOG_LEVEL}};
+    const auto level = levels.constFind(name);
+    return level != levels.constEnd() ? std::optional(*level) : std::nullopt;
+}
+
+void HostLog::setLevel(log4cplus::LogLevel level)
+{
+    log4cplus::Logger::getRoot().setLogLevel(level);
+}

@@ -1,0 +1,84 @@
+#include "endsignals.h"
+#include "host.h"
+#include "hostlog.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
+
+#include <csignal>
+
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int Failure = 1;
+constexpr int UsageError = 2;
+
+int refuse(const QString& text)
+{
+    LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"), text);
+    return UsageError;
+}
+
+int run(const HostConfig& config)
+{
+    EndSignals signals;
+    Host host(config, QDBusConnection::systemBus());
+    QObject::connect(&signals, &EndSignals::received, qApp, &QCoreApplication::quit);
+    QObject::connect(&host, &Host::failed, qApp, [] { QCoreApplication::exit(Failure); });
+    if (!host.start())
+        return Failure;
+    const int status = QCoreApplication::exec();
+    LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "The host ends");
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Whatever this process or one that it starts writes is nobody else's.
+    ::umask(S_IRWXG | S_IRWXO);
+    ::signal(SIGPIPE, SIG_IGN);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("orva-host"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVA_VERSION));
+    const HostLog log;
+
+    const QCommandLineOption configFile(
+        QStringLiteral("config"), QStringLiteral("Read the configuration from <file>."),
+        QStringLiteral("file"), QStringLiteral("/etc/orva/host.json"));
+    const QCommandLineOption stateDirectory(
+        QStringLiteral("state-dir"),
+        QStringLiteral("Keep the settings in <dir>, whatever the configuration says."),
+        QStringLiteral("dir"));
+    const QCommandLineOption logLevel(QStringLiteral("log-level"),
+                                      QStringLiteral("Log trace, debug, info, warn or error."),
+                                      QStringLiteral("level"), QStringLiteral("info"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Loads workers and shows their nodes on the system bus."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions({configFile, stateDirectory, logLevel});
+    parser.process(application);
+
+    if (!parser.positionalArguments().isEmpty())
+        return refuse(QStringLiteral("There are options only, see --help"));
+    const auto level = HostLog::levelOf(parser.value(logLevel));
+    if (!level)
+        return refuse(QStringLiteral("There is no log level \"%1\"").arg(parser.value(logLevel)));
+    HostLog::setLevel(*level);
+
+    QString why;
+    auto config = readHostConfig(parser.value(configFile), &why);
+    if (!config) {
+        LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"), "Couldn't use the configuration "
+                                                                    << parser.value(configFile)
+                                                                    << ": " << why);
+        return Failure;
+    }
+    if (parser.isSet(stateDirectory))
+        config->stateDirectory = parser.value(stateDirectory);
+    return run(*config);
+}
