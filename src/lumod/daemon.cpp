@@ -91,11 +91,13 @@ bool Daemon::serve()
     auto bus = QDBusConnection::systemBus();
     if (!bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors) ||
         !bus.registerService(busName)) {
+        const auto error = bus.lastError();
         qCCritical(lcLumod).noquote()
-            << "Cannot serve" << busName << "on the bus:" << bus.lastError().message();
+            << "Cannot own" << busName << "on the bus:"
+            << (error.isValid() ? error.message() : QStringLiteral("somebody else does"));
         return false;
     }
-    qCInfo(lcLumod) << "Serving" << busName;
+    qCInfo(lcLumod).noquote() << "Serving" << busName;
     Q_EMIT Started();
     m_world.announce();
     return true;

@@ -45,14 +45,54 @@ std::optional<QVariant> typed(const QVariantMap& map, const char* key, Matches m
     return std::nullopt;
 }
 
-std::optional<QVariant> plainValue(const QVariant& value)
+bool isBasic(int type)
 {
-    if (value.userType() != qMetaTypeId<QDBusArgument>())
+    switch (type) {
+    case QMetaType::Bool:
+    case QMetaType::UChar:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::QString:
+    case QMetaType::QByteArray:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QVariantMap plainMap(const QVariantMap& map, int depth);
+
+/// Some value for a basic type; for a map too while `depth` allows. The bus drops who sends it
+/// values nested as deep as it lets them in, so what is kept to be read again is kept flat.
+std::optional<QVariant> plainValue(const QVariant& value, int depth)
+{
+    const int type = value.userType();
+    if (isBasic(type))
         return value;
+    if (depth == 0 || type != qMetaTypeId<QDBusArgument>())
+        return std::nullopt;
     const auto argument = value.value<QDBusArgument>();
     if (argument.currentSignature() != QLatin1String("a{sv}"))
         return std::nullopt;
-    return qdbus_cast<QVariantMap>(argument);
+    return plainMap(qdbus_cast<QVariantMap>(argument), depth - 1);
+}
+
+QVariantMap plainMap(const QVariantMap& map, int depth)
+{
+    QVariantMap result;
+    for (auto entry = map.constBegin(); entry != map.constEnd(); ++entry) {
+        if (const auto value = plainValue(entry.value(), depth))
+            result.insert(entry.key(), *value);
+        else
+            qCWarning(lcLumod) << "A value of a type never used here, leaving it out:"
+                               << entry.key();
+    }
+    return result;
 }
 
 KnownNetwork knownNetwork(const QString& ssid, const QVariantMap& map)
@@ -140,15 +180,8 @@ namespace wire {
 
 QVariantMap plain(const QVariantMap& map)
 {
-    QVariantMap result;
-    for (auto entry = map.constBegin(); entry != map.constEnd(); ++entry) {
-        if (const auto value = plainValue(entry.value()))
-            result.insert(entry.key(), *value);
-        else
-            qCWarning(lcLumod) << "A value of a type never used here, leaving it out:"
-                               << entry.key();
-    }
-    return result;
+    constexpr int depth = 1;
+    return plainMap(map, depth);
 }
 
 std::optional<QString> text(const QVariantMap& map, const char* key)
@@ -185,14 +218,14 @@ QVector<KnownNetwork> knownNetworks(const QVariantMap& map)
 {
     QVector<KnownNetwork> networks;
     for (auto entry = map.constBegin(); entry != map.constEnd(); ++entry) {
-        const auto value = plainValue(entry.value());
+        const auto& value = entry.value();
         if (!isSsid(entry.key()))
             qCWarning(lcLumod) << "Dropping a network whose SSID does not have 1 to 32 bytes:"
                                << entry.key().left(maxSsidBytes);
-        else if (!value || value->userType() != QMetaType::QVariantMap)
+        else if (value.userType() != QMetaType::QVariantMap)
             qCWarning(lcLumod) << "Dropping a network that is not a map:" << entry.key();
         else
-            networks.append(knownNetwork(entry.key(), value->toMap()));
+            networks.append(knownNetwork(entry.key(), value.toMap()));
     }
     return networks;
 }

@@ -8,7 +8,8 @@
 /// counts as absent and is logged, nothing else of the map is harmed.
 namespace wire {
 
-/// The map with its nested maps unpacked; containers of any other type are left out.
+/// The map with its nested maps unpacked, one level deep; containers of any other type are left
+/// out.
 QVariantMap plain(const QVariantMap& map);
 
 std::optional<QString> text(const QVariantMap& map, const char* key);
@@ -19,7 +20,7 @@ std::optional<bool> boolean(const QVariantMap& map, const char* key);
 /// True for 1 to 32 bytes of UTF-8, what a beacon can carry.
 bool isSsid(const QString& ssid);
 
-/// The wireless networks map; networks whose SSID no beacon can carry are left out.
+/// The wireless networks map, made plain; networks whose SSID no beacon can carry are left out.
 QVector<KnownNetwork> knownNetworks(const QVariantMap& map);
 /// The IP settings map: empty for DHCP, and for one that is not a valid IPv4 configuration.
 std::optional<StaticIp> staticIp(const QVariantMap& map);
