@@ -34,9 +34,10 @@ device_start() {
     device_await 40 device_answers
 }
 
-# device_stop: ends what device_start started, the host first.
+# device_stop: ends what device_start started, the host first, and the daemon that the bus started.
 device_stop() {
     device_end "$device_host_pid"
+    [ -z "$device_bus_pid" ] || device_end "$(device_daemon_pid)"
     device_end "$device_bus_pid"
     device_host_pid='' device_bus_pid=''
 }
@@ -88,6 +89,12 @@ device_environment() {
 device_answers() {
     busctl --timeout=2 call org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s network/info \
         >/dev/null 2>&1
+}
+
+# The bus starts the daemon as nobody's child, so the bus is asked.
+device_daemon_pid() {
+    busctl --timeout=2 call org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus \
+        GetConnectionUnixProcessID s org.orva.lumod 2>/dev/null | cut -d ' ' -f 2
 }
 
 # device_await SECONDS CMD...: until CMD succeeds, at most SECONDS, and while the device lives.
