@@ -6,11 +6,15 @@
 #include <QUdpSocket>
 #include <QtTest>
 
-#include <sched.h>
-
+#include <fcntl.h>
+#include <linux/if_packet.h>
 #include <log4cplus/appender.h>
 #include <log4cplus/logger.h>
 #include <log4cplus/spi/loggingevent.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 /// Runs a command line of the shell; true when it exits with 0.
 inline bool run(const QString& commandLine)
@@ -43,8 +47,13 @@ public:
             QStringLiteral("echo 1 >/proc/sys/net/ipv6/conf/default/disable_ipv6");
         m_complete =
             ::run(QStringLiteral("ip netns add ") + m_name) && ::run(quiet) && run(quiet) && link();
+        m_frameSocket = m_complete ? openFrameSocket() : -1;
     }
-    ~Neighbour() { ::run(QStringLiteral("ip netns delete ") + m_name); }
+    ~Neighbour()
+    {
+        close(m_frameSocket);
+        ::run(QStringLiteral("ip netns delete ") + m_name);
+    }
 
     [[nodiscard]] bool isComplete() const { return m_complete; }
 
@@ -76,10 +85,30 @@ public:
         return ::run(QStringLiteral("ip netns exec %1 sh -c '%2'").arg(m_name, commandLine));
     }
 
+    /// A socket on the neighbour's end of the link, which sends whole frames; -1 on failure.
+    [[nodiscard]] int frameSocket() const { return m_frameSocket; }
+
 private:
     Q_DISABLE_COPY(Neighbour)
 
+    [[nodiscard]] int openFrameSocket() const
+    {
+        const int own = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
+        const int there = open(qPrintable(QStringLiteral("/run/netns/") + m_name), O_RDONLY);
+        setns(there, CLONE_NEWNET);
+        const int frames = socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0);
+        sockaddr_ll address{};
+        address.sll_family = AF_PACKET;
+        address.sll_ifindex = static_cast<int>(if_nametoindex("veth0"));
+        const bool bound = bind(frames, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        setns(own, CLONE_NEWNET);
+        close(there);
+        close(own);
+        return bound ? frames : -1;
+    }
+
     QString m_name;
+    int m_frameSocket = -1;
     bool m_complete = false;
 };
 

@@ -2,6 +2,12 @@
 
 #include <core/orva.h>
 
+/// A value from its JSON text.
+inline OrvaValue json(const QString& text)
+{
+    return OrvaValue(OrvaPlain::fromJson(text.toUtf8())->toHash());
+}
+
 /// A node tree that is one worker: the root, in which a test creates the nodes of everybody else.
 class TestTree : public CMNodesWorker
 {

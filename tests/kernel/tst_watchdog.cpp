@@ -12,27 +12,20 @@ const CMPath brokenPath(QStringLiteral("wifi-restart/broken"));
 
 OrvaValue criteria(int interval, int threshold, const CMPath& path = restartPath)
 {
-    OrvaNetworkWifiRestartCriteria criteria;
-    criteria.setCheckIntervalMs(interval);
-    criteria.setMaxTxIncreaseNoRxIncreaseThreshold(threshold);
-    criteria.setRestartActivatePath(path);
-    OrvaValue value;
-    value.setWifiRestartCriteria(criteria);
-    return value;
+    return json(QStringLiteral(R"({"wifiRestartCriteria":{"checkIntervalMs":%1,)"
+                               R"("maxTxIncreaseNoRxIncreaseThreshold":%2,)"
+                               R"("restartActivatePath":"%3"}})")
+                    .arg(interval)
+                    .arg(threshold)
+                    .arg(path.toString()));
 }
 
-OrvaValue wirelessInfo(OrvaNetworkState state, const QString& gateway)
+OrvaValue wirelessInfo(int state, const char* gateway)
 {
-    OrvaNetworkAddress address;
-    address.setIp(gateway);
-    OrvaNetworkWirelessInterface wireless;
-    wireless.setState(state);
-    OrvaNetworkInfo info;
-    info.setWireless(wireless);
-    info.setGateways({address});
-    OrvaValue value;
-    value.setNetworkInfo(info);
-    return value;
+    return json(QStringLiteral(R"({"networkInfo":{"wireless":{"state":%1},)"
+                               R"("gateways":[{"ip":"%2"}]}})")
+                    .arg(state)
+                    .arg(QLatin1String(gateway)));
 }
 
 bool hasChildren()
@@ -53,7 +46,6 @@ private Q_SLOTS:
     void cleanup();
     void restartsALinkThatSendsAndNeverReceives();
     void followsTheInterfaceThroughItsLife();
-    void obeysTheCriteria_data();
     void obeysTheCriteria();
     void keepsThePingerWhenTheCriteriaBecomeInvalid();
     void answersARequestToRestart();
@@ -115,6 +107,7 @@ void TestWatchdog::followsTheInterfaceThroughItsLife()
     QVERIFY(Neighbour::exchange());
     watch(criteria(10000, 100));
     QTRY_VERIFY(m_timer->isActive());
+    // A link that just came up swallows packets for a moment, which shows as an idle link.
     const auto sampleLogs = [this](const char* line) {
         m_log.clear();
         m_watchdog->on_timer_timeout();
@@ -125,19 +118,16 @@ void TestWatchdog::followsTheInterfaceThroughItsLife()
     QVERIFY(sampleLogs("Tx packets increased, but not Rx packets, incrementing counter to: 1"));
     QVERIFY(sampleLogs("resetting counter back to zero from 1"));
 
-    QVERIFY(Neighbour::send());
-    QVERIFY(sampleLogs("incrementing counter to: 1"));
+    QTRY_VERIFY(Neighbour::send() && sampleLogs("incrementing counter to: 1"));
     QVERIFY(m_neighbour.run(QStringLiteral("ip link set veth0 down")));
     QVERIFY(sampleLogs("Interface is not connected (lower up), skipping wifi restart checks..."));
     QVERIFY(m_neighbour.run(QStringLiteral("ip link set veth0 up")));
-    QVERIFY(Neighbour::send());
-    QVERIFY(sampleLogs("incrementing counter to: 1"));
+    QTRY_VERIFY(Neighbour::send() && sampleLogs("incrementing counter to: 1"));
 
     QVERIFY(run(QStringLiteral("ip link set veth0 down && ip link set veth0 name other")));
     QVERIFY(sampleLogs("No such interface: veth0"));
     QVERIFY(run(QStringLiteral("ip link set other name veth0 && ip link set veth0 up")));
-    QVERIFY(Neighbour::send());
-    QVERIFY(sampleLogs("incrementing counter to: 1"));
+    QTRY_VERIFY(Neighbour::send() && sampleLogs("incrementing counter to: 1"));
 
     QVERIFY(run(QStringLiteral("ip link delete veth0")) && m_neighbour.link());
     QVERIFY(sampleLogs("Couldn't fetch number of packets from interface: veth0"));
@@ -148,35 +138,23 @@ void TestWatchdog::followsTheInterfaceThroughItsLife()
     QCOMPARE(m_tree->activations(restartPath), 0);
 }
 
-void TestWatchdog::obeysTheCriteria_data()
-{
-    QTest::addColumn<OrvaValue>("value");
-    QTest::addColumn<QString>("refusal");
-    const QString disabled = QStringLiteral("Wifi restart functionality disabled: ");
-    QTest::newRow("10000 ms") << criteria(10000, 3) << QString();
-    QTest::newRow("9999 ms") << criteria(9999, 3) << disabled;
-    QTest::newRow("no path") << criteria(10000, 3, CMPath()) << disabled;
-    const QVariantHash mistyped{{QStringLiteral("checkIntervalMs"), QStringLiteral("20000")}};
-    QTest::newRow("text for a number")
-        << OrvaValue(QVariantHash{{OrvaValue::WifiRestartCriteria(), mistyped}}) << disabled;
-    OrvaNetworkWifiRestartCriteria incomplete = criteria(10000, 3).wifiRestartCriteria();
-    incomplete.__remove(OrvaNetworkWifiRestartCriteria::MaxTxIncreaseNoRxIncreaseThreshold());
-    OrvaValue value;
-    value.setWifiRestartCriteria(incomplete);
-    QTest::newRow("no threshold") << value << QStringLiteral("Not a valid wifi restart criteria: ");
-}
-
 void TestWatchdog::obeysTheCriteria()
 {
-    QFETCH(OrvaValue, value);
-    QFETCH(QString, refusal);
-    watch(value);
-    if (refusal.isEmpty())
-        QTRY_VERIFY(m_timer->isActive());
-    else
-        QTRY_COMPARE(m_log.count(refusal), 1);
-    QCOMPARE(m_timer->isActive(), refusal.isEmpty());
-    QCOMPARE(m_watchdog->findChild<Pinger*>() != nullptr, refusal.isEmpty());
+    const auto isRefused = [this](const OrvaValue& value, const char* line) {
+        m_log.clear();
+        watch(value);
+        return QTest::qWaitFor([&] { return m_log.count(QLatin1String(line)) == 1; }) &&
+               !m_timer->isActive() && m_watchdog->findChild<Pinger*>() == nullptr;
+    };
+    const char* const disabled = "Wifi restart functionality disabled: ";
+    QVERIFY(isRefused(criteria(9999, 3), disabled));
+    QVERIFY(isRefused(criteria(10000, 3, CMPath()), disabled));
+    QVERIFY(isRefused(json(QStringLiteral(R"({"wifiRestartCriteria":{"checkIntervalMs":"20000",)"
+                                          R"("restartActivatePath":"wifi-restart/restart"}})")),
+                      disabled));
+    QVERIFY(isRefused(json(QStringLiteral(R"({"wifiRestartCriteria":{"checkIntervalMs":20000,)"
+                                          R"("restartActivatePath":"wifi-restart/restart"}})")),
+                      "Not a valid wifi restart criteria: "));
 }
 
 void TestWatchdog::keepsThePingerWhenTheCriteriaBecomeInvalid()
@@ -216,22 +194,22 @@ void TestWatchdog::answersARequestToRestart()
 void TestWatchdog::pingsTheGatewayOfAConnectedLink()
 {
     Pinger pinger(nullptr, 200);
-    const auto logs = [&](OrvaNetworkState state, const char* gateway, const char* line) {
+    const auto logs = [&](int state, const char* gateway, const char* line) {
         m_log.clear();
-        m_info->setValue(wirelessInfo(state, QLatin1String(gateway)));
+        m_info->setValue(wirelessInfo(state, gateway));
         return QTest::qWaitFor([&] { return m_log.count(QLatin1String(line)) > 0; });
     };
-    QVERIFY(logs(OrvaNetworkState::Disconnecting, "10.9.0.2", "wifi not connected, no need to"));
-    QVERIFY(logs(OrvaNetworkState::Connected, "", "No gateway available, not sending ping"));
-    QVERIFY(logs(OrvaNetworkState::Connected, "10.9.0.2", "gateway ping ok"));
+    QVERIFY(logs(2, "10.9.0.2", "wifi not connected, no need to"));
+    QVERIFY(logs(1, "", "No gateway available, not sending ping"));
+    QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
     QCOMPARE(m_log.count(QStringLiteral("ping: 1 packets transmitted, 1 received")), 1);
-    QVERIFY(logs(OrvaNetworkState::Connected, "192.0.2.1", "gateway ping failed: "));
+    QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));
 }
 
 void TestWatchdog::leavesNoPingBehind()
 {
     QVERIFY(m_neighbour.run(QStringLiteral("echo 1 >/proc/sys/net/ipv4/icmp_echo_ignore_all")));
-    m_info->setValue(wirelessInfo(OrvaNetworkState::Connected, QStringLiteral("10.9.0.2")));
+    m_info->setValue(wirelessInfo(1, "10.9.0.2"));
     {
         Pinger pinger(nullptr, 60000);
         pinger.on_timer_timeout();

@@ -151,3 +151,5 @@ void WakeOnLan::wake()
     target.setTarget(OrvaPowerManagerTargets::Wake);
     CMRoot()->invoke(OrvaPowerManagerTargetRequestPath(), target, CMReply<QVariant>::create());
 }
+
+#include "moc_wakeOnLan.cpp"

@@ -163,3 +163,5 @@ OrvaNetworkWifiRestartCriteria WifiRestart::criteria() const
 {
     return m_criteria->value().wifiRestartCriteria();
 }
+
+#include "moc_wifiRestart.cpp"
