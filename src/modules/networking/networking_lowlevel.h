@@ -16,8 +16,8 @@ class Networking_LowLevel : public QObject
 {
     Q_OBJECT
 public:
-    /// The connection daemon's status code of an interface, passed through unchanged.
-    enum InterfaceStatus {
+    /// The connection daemon's status code of an interface, passed through unchanged: any number.
+    enum InterfaceStatus : int {
         Unknown = 0, ///< None was reported yet.
         Idle = 2     ///< The interface is up and usable: it may scan.
     };

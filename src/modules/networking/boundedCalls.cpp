@@ -1,0 +1,128 @@
+#include "boundedCalls.h"
+
+#include "lumo_log.h"
+
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QThread>
+#include <QtDBus/QDBusError>
+#include <QtDBus/QDBusPendingCallWatcher>
+
+namespace {
+constexpr int answerLimit = 2000; // ms
+constexpr int startLimit = 30000; // ms
+
+/// A pending call has no bounded wait of its own; its reply is taken in by another thread.
+bool waitForFinished(const QDBusPendingCall& call, int limit)
+{
+    constexpr unsigned long longestNap = 2000; // µs
+    const QDeadlineTimer deadline(limit, Qt::PreciseTimer);
+    unsigned long nap = 20; // µs
+    while (!call.isFinished() && !deadline.hasExpired()) {
+        QThread::usleep(nap);
+        nap = qMin(2 * nap, longestNap);
+    }
+    return call.isFinished();
+}
+
+QDBusMessage noReply()
+{
+    return QDBusMessage::createError(QDBusError::NoReply, QStringLiteral("No answer in time"));
+}
+} // namespace
+
+BoundedCalls::BoundedCalls(const QDBusConnection& bus, const QString& service, QObject* parent)
+    : QObject(parent)
+    , m_bus(bus)
+    , m_service(service)
+{
+}
+
+QDBusMessage BoundedCalls::ask(const Send& send)
+{
+    if (!m_started)
+        startService();
+    if (m_unanswered || m_held)
+        return miss(noReply());
+    const QDBusMessage reply = wait(send(), answerLimit);
+    if (!isAnswer(reply))
+        return miss(reply);
+    noteAnswer();
+    return reply;
+}
+
+void BoundedCalls::startService()
+{
+    m_started = true;
+    auto start = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("StartServiceByName"));
+    start << m_service << 0U;
+    const QDBusMessage reply = wait(m_bus.asyncCall(start, startLimit), startLimit);
+    if (reply.type() == QDBusMessage::ErrorMessage)
+        LOG4CPLUS_WARN(lumoLogger(), m_service << " does not start: " << reply.errorMessage());
+}
+
+QDBusMessage BoundedCalls::wait(const QDBusPendingCall& call, int limit)
+{
+    if (waitForFinished(call, limit))
+        return call.reply();
+    m_unanswered = new QDBusPendingCallWatcher(call, this);
+    connect(m_unanswered, &QDBusPendingCallWatcher::finished, this, &BoundedCalls::on_lateReply);
+    return noReply();
+}
+
+bool BoundedCalls::isAnswer(const QDBusMessage& reply)
+{
+    if (reply.type() != QDBusMessage::ErrorMessage)
+        return true;
+    switch (QDBusError(reply).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+    case QDBusError::ServiceUnknown:
+    case QDBusError::NoServer:
+    case QDBusError::Disconnected:
+    case QDBusError::LimitsExceeded:
+    case QDBusError::AccessDenied:
+        return false;
+    default:
+        return !reply.errorName().startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
+    }
+}
+
+QDBusMessage BoundedCalls::miss(const QDBusMessage& reply)
+{
+    if (!m_missed)
+        LOG4CPLUS_WARN(lumoLogger(), m_service << " does not answer, using defaults until it does: "
+                                               << reply.errorName() << ", "
+                                               << reply.errorMessage());
+    m_missed = true;
+    return reply;
+}
+
+void BoundedCalls::forgetUnanswered()
+{
+    delete m_unanswered;
+}
+
+void BoundedCalls::on_lateReply()
+{
+    const QDBusMessage reply = m_unanswered->reply();
+    m_unanswered->deleteLater();
+    m_unanswered.clear();
+    if (isAnswer(reply))
+        noteAnswer();
+    else
+        LOG4CPLUS_WARN(lumoLogger(), "Late request to " << m_service
+                                                        << " failed: " << reply.errorName() << ", "
+                                                        << reply.errorMessage());
+}
+
+void BoundedCalls::noteAnswer()
+{
+    if (!m_missed)
+        return;
+    m_missed = false;
+    LOG4CPLUS_INFO(lumoLogger(), m_service << " answers again");
+    QMetaObject::invokeMethod(this, &BoundedCalls::answersAgain, Qt::QueuedConnection);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
+#include <QtDBus/QDBusPendingCall>
+
+#include <functional>
+
+class QDBusPendingCallWatcher;
+
+/// Questions to a service on the bus that wait for their answer, but never long.
+///
+/// Nobody knows whether a service that owns its name will answer, and whoever waits for it keeps
+/// the event loop waiting. So a question waits 2 s. While one is unanswered, further ones are not
+/// sent; they fail at once, until its answer has come. The first question of all has the bus start
+/// the service, for as long as the bus takes for that (30 s at most).
+///
+/// Belongs to the thread of the event loop.
+class BoundedCalls : public QObject
+{
+    Q_OBJECT
+public:
+    /// Sends a question, with a time-out of its own that is longer than any hang.
+    using Send = std::function<QDBusPendingCall()>;
+
+    /// `service` is on `bus`, its name for logs is `title`.
+    BoundedCalls(const QDBusConnection& bus, const QString& service, QObject* parent);
+
+    /// The service's answer, which may be an error; or an error that says that there was none.
+    /// `isAnswer` tells the two apart.
+    [[nodiscard]] QDBusMessage ask(const Send& send);
+
+    /// Whether the service has spoken, be it to refuse; not the bus, nor we ourselves.
+    [[nodiscard]] static bool isAnswer(const QDBusMessage& reply);
+
+    /// While held, questions are not sent but fail at once: nobody shall start the service.
+    void setHeld(bool held) { m_held = held; }
+
+    /// The service has left the bus: what it did not answer it never will.
+    void forgetUnanswered();
+
+Q_SIGNALS:
+    /// The service answers again after questions had failed: what was answered by a default may be
+    /// asked anew. Comes from the event loop.
+    void answersAgain();
+
+private:
+    void startService();
+    [[nodiscard]] QDBusMessage wait(const QDBusPendingCall& call, int limit);
+    [[nodiscard]] QDBusMessage miss(const QDBusMessage& reply);
+    void on_lateReply();
+    void noteAnswer();
+
+    const QDBusConnection m_bus;
+    const QString m_service;
+    bool m_started = false;
+    bool m_held = false;
+    bool m_missed = false;
+    QPointer<QDBusPendingCallWatcher> m_unanswered;
+};

@@ -1,0 +1,79 @@
+#include "lumo_border.h"
+
+#include "core/orvaplainvalue.h"
+#include "lumo_log.h"
+
+#include <QtCore/QSet>
+
+namespace {
+constexpr qint64 entryLimit = 64 * 1024; // bytes
+constexpr qint64 mapLimit = 1024 * 1024; // bytes
+
+/// Roughly what a plain value weighs, as the border counts it.
+qint64 weight(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return value.toString().size() + 8;
+    case QMetaType::QByteArray:
+        return value.toByteArray().size() + 8;
+    case QMetaType::QVariantList: {
+        qint64 sum = 8;
+        const QVariantList items = value.toList();
+        for (const QVariant& item : items)
+            sum += weight(item);
+        return sum;
+    }
+    case QMetaType::QVariantHash: {
+        qint64 sum = 8;
+        const QVariantHash hash = value.toHash();
+        for (auto entry = hash.begin(); entry != hash.end(); ++entry)
+            sum += entry.key().size() + 8 + weight(entry.value());
+        return sum;
+    }
+    default:
+        return 8;
+    }
+}
+} // namespace
+
+const log4cplus::Logger& lumoLogger()
+{
+    static const auto logger =
+        log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("Networking_LowLevel_LUMO"));
+    return logger;
+}
+
+QVariantMap lumoPlainMap(const QVariantMap& foreign)
+{
+    QVariantMap map;
+    QString why;
+    int dropped = 0;
+    qint64 budget = mapLimit;
+    OrvaPlain::Limits limits;
+    limits.bytes = entryLimit;
+    for (auto entry = foreign.begin(); entry != foreign.end(); ++entry) {
+        const auto plain = OrvaPlain::fromForeign(entry.value(), &why, limits);
+        budget -= plain ? entry.key().size() + weight(*plain) : 0;
+        if (plain && plain->isValid() && budget >= 0)
+            map.insert(entry.key(), *plain);
+        else
+            ++dropped;
+    }
+    if (dropped > 0)
+        LOG4CPLUS_WARN(lumoLogger(), "Dropped "
+                                         << dropped << " of " << foreign.size()
+                                         << " entries of a map from LUMO: "
+                                         << (budget < 0 ? QStringLiteral("too large") : why));
+    return map;
+}
+
+void lumoWarnOfWrongType(const QString& key, const QVariant& value)
+{
+    static QSet<QString> told;
+    if (told.contains(key))
+        return;
+    told.insert(key);
+    LOG4CPLUS_WARN(lumoLogger(), "Wrong type of \"" << key << "\" from LUMO, using the default: "
+                                                    << QLatin1String(value.typeName()));
+}

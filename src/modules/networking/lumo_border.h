@@ -1,0 +1,28 @@
+#pragma once
+
+#include "core/orvarecord.h"
+
+#include <QtCore/QVariantMap>
+
+/// A map that the connection daemon sent, as plain values. An entry that is too deep, too large
+/// (64 KiB, and 1 MiB in all) or otherwise unfit is dropped with a warning and does no harm to the
+/// others.
+[[nodiscard]] QVariantMap lumoPlainMap(const QVariantMap& foreign);
+
+/// Says, once for each key, that the daemon sent a value of a wrong type.
+void lumoWarnOfWrongType(const QString& key, const QVariant& value);
+
+/// The entry `key` of a plain map (`QVariantMap` or `QVariantHash`) of the daemon's. The type's
+/// default when it is absent or of another type. An integer of any width is taken if it fits into
+/// 32 bits.
+template <class T, class Map>
+[[nodiscard]] T lumoField(const Map& map, const char* key)
+{
+    const auto entry = map.constFind(QLatin1String(key));
+    if (entry == map.constEnd())
+        return T();
+    const auto value = OrvaCodec<T>::decode(*entry);
+    if (!value)
+        lumoWarnOfWrongType(QLatin1String(key), *entry);
+    return value.value_or(T());
+}
