@@ -71,8 +71,13 @@ class Playground:
 
     # The data of the next such signal; the ones before it are passed over.
     def wait(self, member, *values):
+        passed = []
         while True:
-            name, payload = self.next()
+            try:
+                name, payload = self.next()
+            except queue.Empty:
+                raise AssertionError(f"no {member} {values} after {passed}") from None
+            passed.append((name, *(value for value in payload["data"] if not isinstance(value, dict))))
             if name == member and payload["data"][:len(values)] == list(values):
                 return payload["data"]
 
