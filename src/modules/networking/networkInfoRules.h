@@ -1,0 +1,65 @@
+#pragma once
+
+#include "network/networkrecords.h"
+
+#include <QtCore/QSet>
+
+// The rules of the published network state, from plain values to plain values.
+
+/// The overall state: connected when the wired or the wireless interface is, disconnected when both
+/// are, else in between. Soft access points take no part.
+[[nodiscard]] OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info);
+
+/// The info with the state of the wired or the wireless interface set; another name changes
+/// nothing.
+[[nodiscard]] OrvaNetworkInfo withInterfaceState(OrvaNetworkInfo info, const QString& interface,
+                                                 OrvaNetworkState state);
+
+/// The info with the state of the soft access points set.
+[[nodiscard]] OrvaNetworkInfo withSoftApState(OrvaNetworkInfo info, OrvaNetworkState state);
+
+/// The info without a WPS session; what the last one brought stays.
+[[nodiscard]] OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info);
+
+/// Whether the interface of that name carries a soft access point.
+[[nodiscard]] bool isSoftApInterface(const QString& interface);
+
+/// The info with what links and configuration say of connecting: nothing is in progress while some
+/// link is up; without one, each interface that is configured (and, the wired one, has its cable)
+/// is connecting. The others keep their status. A wireless interface that is not at it has no WPS
+/// session either.
+[[nodiscard]] OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp,
+                                                   bool wiredConfigured, bool wirelessConfigured);
+
+/// The info with the suspicion that the credentials of the network `ssid` are wrong set or cleared:
+/// in the wireless interface if it is on that network, and in the first known network of that SSID.
+[[nodiscard]] OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid,
+                                                       bool suspect);
+
+/// A backend's snapshot with the fields that are the worker's own, as `published` has them; where a
+/// field is absent there it becomes absent.
+[[nodiscard]] OrvaNetworkInfo withWorkerFields(OrvaNetworkInfo snapshot,
+                                               const OrvaNetworkInfo& published);
+
+/// The published info while the device shuts down: what is connected is in between, and no network
+/// is known. Leaves the overall state to be calculated.
+[[nodiscard]] OrvaNetworkInfo shuttingDown(OrvaNetworkInfo info);
+
+/// The info after a shutdown that was called off: an interface in between whose link is up is
+/// connected again. Leaves the overall state and that of the soft access points to be calculated.
+[[nodiscard]] OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& linksUp);
+
+/// One entry for each network of the profile, with its SSID.
+[[nodiscard]] OrvaList<OrvaNetworkWirelessInterface>
+knownNetworks(const OrvaNetworkProfile& profile);
+
+/// What is actually up, in the form of a profile. Only IPv4 settings have a place in it.
+[[nodiscard]] OrvaNetworkProfile currentStateProfile(const OrvaNetworkInfo& info);
+
+/// The URL of the local web server: at the first address of the wired, else the wireless interface,
+/// else the soft access point, of those that are connected. Empty where none has an address.
+/// `portSuffix` is ":" and the port, or empty.
+[[nodiscard]] QString webserverUrl(const OrvaNetworkInfo& info, const QString& portSuffix);
+
+/// ":" and the port in decimal, empty for the default port (0 or less).
+[[nodiscard]] QString webserverPortSuffix(qint32 port);

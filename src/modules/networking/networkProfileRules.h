@@ -1,0 +1,49 @@
+#pragma once
+
+#include "network/networkrecords.h"
+
+// The rules of the configured profile, from plain values to plain values. Where a field is absent
+// it differs from one that is present and empty, and stays absent.
+
+/// Why the profile cannot be used, in words for a person; empty when it can. Looks at the keys of
+/// `wireless` and the list; a profile whose `wireless` has no SSID always passes.
+[[nodiscard]] QString verifyProfile(const OrvaNetworkProfile& profile);
+
+/// A copy with every key that is not empty replaced by "****", at every level.
+[[nodiscard]] OrvaNetworkProfile hidePassword(const OrvaNetworkProfile& profile);
+
+/// A copy with every key "****" replaced by the one that `stored` has for the SSID: that of the
+/// first network of its list with the SSID, or of its `wireless` where the list is empty. A masked
+/// wired key comes from the stored wired interface. An SSID that is not stored keeps "****".
+[[nodiscard]] OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
+                                                 const OrvaNetworkProfile& stored);
+
+/// The profile that results from setting `newProfile` over `oldProfile`: the network set goes first
+/// and is listed once, a missing list is taken from the old profile, and of two or more networks at
+/// most `maximum` stay. A `maximum` of 0 or less sets no limit.
+[[nodiscard]] OrvaNetworkProfile computeNewNetworkProfile(const OrvaNetworkProfile& newProfile,
+                                                          const OrvaNetworkProfile& oldProfile,
+                                                          qint32 maximum);
+
+/// Logs a profile whose `wireless` is not the first of its networks; changes nothing.
+void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile);
+
+/// A profile of an older layout, which has a `wireless` and no list, with the list made of it.
+[[nodiscard]] OrvaNetworkProfile withNetworkList(const OrvaNetworkProfile& profile);
+
+/// The profile without the networks of that SSID. Was it in use, the first one left takes its
+/// place; is none left, `wireless` keeps nothing but DHCP.
+[[nodiscard]] OrvaNetworkProfile withoutNetwork(const OrvaNetworkProfile& profile,
+                                                const QString& ssid);
+
+/// The profile without any wireless network.
+[[nodiscard]] OrvaNetworkProfile withoutNetworks(const OrvaNetworkProfile& profile);
+
+/// Whether the profile has a wireless network, in use or listed.
+[[nodiscard]] bool hasNetwork(const OrvaNetworkProfile& profile);
+
+/// Whether the profile asks for a wireless connection.
+[[nodiscard]] bool isWirelessConfigured(const OrvaNetworkProfile& profile);
+
+/// Whether the profile asks for a wired connection.
+[[nodiscard]] bool isWiredConfigured(const OrvaNetworkProfile& profile);

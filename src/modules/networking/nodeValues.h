@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/orva.h"
+#include "network/networkrecords.h"
+
+/// The value of any node of the tree, another worker's or a setting; empty where it has none.
+[[nodiscard]] inline OrvaValue readValue(const CMPath& path)
+{
+    return OrvaValue(CMRoot()->getValue(path).toHash());
+}
+
+// What a node holds, made of a plain value.
+
+[[nodiscard]] inline OrvaValue toValue(bool value)
+{
+    OrvaValue result;
+    result.setBool_(value);
+    return result;
+}
+
+[[nodiscard]] inline OrvaValue toValue(const QString& value)
+{
+    OrvaValue result;
+    result.setString_(value);
+    return result;
+}
+
+[[nodiscard]] inline OrvaValue toValue(const QStringList& value)
+{
+    OrvaValue result;
+    result.setStringList(value);
+    return result;
+}
+
+[[nodiscard]] inline OrvaValue toValue(OrvaNetworkState value)
+{
+    OrvaValue result;
+    result.setNetworkState(value);
+    return result;
+}
+
+[[nodiscard]] inline OrvaValue toValue(const OrvaNetworkInfo& value)
+{
+    OrvaValue result;
+    result.setNetworkInfo(value);
+    return result;
+}
+
+[[nodiscard]] inline OrvaValue toValue(const OrvaNetworkProfile& value)
+{
+    OrvaValue result;
+    result.setNetworkProfile(value);
+    return result;
+}
