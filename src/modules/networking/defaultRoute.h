@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+/// The interface of the first default route in a routing table as /proc/net/route has it; empty
+/// when there is none.
+[[nodiscard]] QString defaultRouteInterface(const QByteArray& routingTable);
