@@ -5,6 +5,8 @@
 #include "networking_lowlevel.h"
 #include "softApTable.h"
 
+#include <QtCore/QMap>
+#include <QtCore/QQueue>
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
 
@@ -110,24 +112,50 @@ private:
     // Construction, in the order of its steps (networking.cpp).
     void readSettings();
     void createInfoNode(const QString& ethernetMac, const QString& wirelessMac, bool airplaneMode);
+    CMValueNode* createValueNode(const CMPath& path, const OrvaValue& value = OrvaValue(),
+                                 const QString& title = QString());
     void createValueNodes(const QString& ethernetMac, const QString& wirelessMac);
+    void createWebserverNodes();
     void createActivateNodes();
-    void configureTimers();
+    void connectTimers();
     void connectBackend();
     void readSoftApAutoEnabled();
     void readSoftApConfiguration();
     void createCompanions();
     void registerWithPowerManager();
-    void createAirplaneModeNode(bool airplaneMode);
+    void configureRadioTimers();
+    void createAirplaneModeNode(const TrString& title, bool airplaneMode);
+    void createSoftApRequestsNode();
+
+    // Life cycle (networking_lifecycle.cpp).
+    void cancelShutdown();
 
     // Profile (networking_profile.cpp).
     [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
     [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
     bool applyProfile(const OrvaNetworkProfile& profile);
+    void publishKnownNetworks(const OrvaNetworkProfile& profile);
+    /// Starts the first pending removal that has something to remove.
+    void removeNextNetwork();
+    /// False when there is nothing to remove, which the request is told.
+    bool removeNetwork(const CMSetDataRequest& request);
+    /// Backs the profile up and goes on without wireless networks, so that the device can be set up
+    /// again.
+    void dropWirelessNetworks();
 
     // State (networking_state.cpp).
     [[nodiscard]] OrvaNetworkInfo info() const;
     void publishInfo(const OrvaNetworkInfo& info);
+    /// Publishes the info with its overall state calculated, and that state.
+    void publishInfoAndState(OrvaNetworkInfo info);
+    void setNetworkLinkStatus(const QString& interface, bool up);
+    void setSoftApLinkStatus(const QString& interface, bool up);
+    void answerPendingSoftApRequests(const QString& interface);
+    void updateCurrentMac();
+    void updateWebserverUrl();
+    /// Starts the local soft access point again, once, when its interface is seen.
+    void restoreLocalSoftAp();
+    void startQueuedScans();
     void updateConnectingMessage(const QString& message);
 
     // WPS (networking_wps.cpp).
@@ -166,6 +194,8 @@ private:
     qint32 m_authFailureCount = -1;
     qint32 m_maxAuthFailures = 0;
     bool m_authFailureFallback = false;
+    /// Removals of networks; the first one is waiting for its inner request.
+    QQueue<CMSetDataRequest> m_pendingRemovals;
 
     // State.
     QString m_wiredInterfaceName;

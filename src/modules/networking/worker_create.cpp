@@ -1,10 +1,6 @@
 #include "networking.h"
 
-extern "C" {
-
-/// The module's one exported entry point: a new network manager, which the host owns.
-Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
+extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
 {
     return new Networking(config);
-}
 }

@@ -1,0 +1,92 @@
+#include "network/networkpaths.h"
+#include "networkInfoRules.h"
+#include "networkProfileRules.h"
+#include "networking.h"
+#include "networking_log.h"
+#include "nodeValues.h"
+
+void Networking::on_start_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    if (m_started && !m_shutdownInProgress) {
+        const QString text = QStringLiteral("start_req called while already started!");
+        LOG4CPLUS_ERROR(networkingLogger(), text);
+        return request.fail(CMError(QStringLiteral("Error"), text));
+    }
+    cancelShutdown();
+    m_started = true;
+
+    const OrvaNetworkProfile stored =
+        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+    LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
+    const OrvaNetworkProfile profile = withNetworkList(stored);
+    applyProfile(profile);
+    restartSoftApTimer(profile, m_profile);
+    m_profile = profile;
+    m_authFailureCount = 0;
+    m_profileNode->setValue(toValue(hidePassword(profile)));
+    request.answer();
+}
+
+void Networking::on_stop_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    // Cleared first: a link that goes down inside the call is not one that connects again.
+    const bool wiredConfigured = std::exchange(m_wiredConfigured, false);
+    const bool wirelessConfigured = std::exchange(m_wirelessConfigured, false);
+    if (!m_lowlevel->disconnect()) {
+        m_wiredConfigured = wiredConfigured;
+        m_wirelessConfigured = wirelessConfigured;
+        LOG4CPLUS_WARN(networkingLogger(), "Unable to disconnect!");
+        return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(Q_FUNC_INFO),
+                                                                      "Unable to disconnect!")));
+    }
+    clearSoftAp();
+    deactivateLocalSoftAp();
+    stopSoftApTimer();
+    m_started = false;
+    m_shutdownTimer.stop();
+    m_shutdownInProgress = false;
+    requestWifiResource(WirelessConnection, false);
+    requestWifiResource(SoftAp, false);
+    requestWifiResource(Scan, false);
+    request.answer();
+}
+
+void Networking::on_restart_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    on_stop_req(CMSetDataRequest());
+    on_start_req(CMSetDataRequest());
+    request.answer();
+}
+
+void Networking::on_shutdown_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    if (m_shutdownInProgress)
+        return request.fail(
+            CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
+    m_shutdownInProgress = true;
+    publishInfoAndState(shuttingDown(info()));
+    m_shutdownTimer.start();
+    request.answer();
+}
+
+void Networking::on_shutdownTimer_timeout()
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    if (m_shutdownInProgress)
+        on_stop_req(CMSetDataRequest());
+    m_shutdownInProgress = false;
+}
+
+void Networking::cancelShutdown()
+{
+    m_shutdownTimer.stop();
+    if (!std::exchange(m_shutdownInProgress, false))
+        return;
+    LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
+    publishInfoAndState(
+        withSoftApState(shutdownCancelled(info(), m_linksUp), calculateSoftApState()));
+}
