@@ -40,6 +40,7 @@ CommandLine::CommandLine()
     addRadioCommands(*this);
     addWatchdogCommands(*this);
     addGenericCommands(*this);
+    addWatchCommands(*this);
     addWorldCommands(*this);
 }
 

@@ -83,11 +83,14 @@ QDeadlineTimer secondsFromNow(double seconds);
 
 // One family of commands each.
 void addGenericCommands(CommandLine& commands);
+void addWatchCommands(CommandLine& commands);
 void addStatusCommand(CommandLine& commands);
 void addMonitorCommand(CommandLine& commands);
 void addNetworkCommands(CommandLine& commands);
 void addProfileCommands(CommandLine& commands);
 void addWifiCommands(CommandLine& commands);
+void addScanCommands(CommandLine& commands, CLI::App& wifi);
+void addWpsCommands(CommandLine& commands, CLI::App& wifi);
 void addSoftApCommands(CommandLine& commands);
 void addRadioCommands(CommandLine& commands);
 void addWatchdogCommands(CommandLine& commands);

@@ -1,5 +1,3 @@
-#include "scanning.h"
-
 #include "names.h"
 #include "profileedit.h"
 

@@ -1,9 +1,7 @@
 #include "names.h"
 #include "profileedit.h"
-#include "scanning.h"
 #include "secret.h"
 #include "valuetext.h"
-#include "wps.h"
 
 namespace ctl {
 

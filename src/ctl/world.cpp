@@ -3,7 +3,9 @@
 #include "valuetext.h"
 #include "worldinterface.h"
 
+#include <deque>
 #include <limits>
+#include <map>
 
 namespace ctl {
 
@@ -37,16 +39,6 @@ Result show(Context& context, const NoOptions&)
     context.out.document(*state);
     context.out.line(toIndentedJson(*state));
     return {};
-}
-
-Result plug(Context& context, const NoOptions&)
-{
-    return Bus::finish(World(context).Plug());
-}
-
-Result unplug(Context& context, const NoOptions&)
-{
-    return Bus::finish(World(context).Unplug());
 }
 
 /// What can be said of an access point; what is not said is left to the world.
@@ -131,18 +123,6 @@ Result changePoint(Context& context, const AccessPoint& point)
                     : settings.failure();
 }
 
-struct SignalOptions
-{
-    std::string point;
-    int signal = 0;
-};
-
-Result setSignal(Context& context, const SignalOptions& options)
-{
-    return Bus::finish(World(context).ChangeAccessPoint(
-        text(options.point), {{QStringLiteral("signal"), options.signal}}));
-}
-
 struct KeyOptions
 {
     std::string point;
@@ -157,62 +137,27 @@ Result setKey(Context& context, const KeyOptions& options)
                : key.failure();
 }
 
-struct NameOptions
-{
-    std::string name;
-};
-
-Result removePoint(Context& context, const NameOptions& options)
-{
-    return Bus::finish(World(context).RemoveAccessPoint(text(options.name)));
-}
-
-Result pressWps(Context& context, const NameOptions& options)
-{
-    return Bus::finish(World(context).PressWps(text(options.name)));
-}
-
-Result failWps(Context& context, const NameOptions& options)
-{
-    return Bus::finish(World(context).FailWps(text(options.name)));
-}
-
-struct PinOptions
+struct SignalOptions
 {
     std::string point;
-    std::string pin;
+    int level = 0;
 };
 
-Result enterPin(Context& context, const PinOptions& options)
+Result setSignal(Context& context, const SignalOptions& options)
 {
-    return Bus::finish(World(context).EnterWpsPin(text(options.point), text(options.pin)));
+    return Bus::finish(World(context).ChangeAccessPoint(
+        text(options.point), {{QStringLiteral("signal"), options.level}}));
 }
 
-struct StationOptions
+struct JoinOptions
 {
     std::string mac;
     std::string interface = "uap0";
 };
 
-Result joinStation(Context& context, const StationOptions& options)
+Result joinStation(Context& context, const JoinOptions& options)
 {
     return Bus::finish(World(context).JoinStation(text(options.interface), text(options.mac)));
-}
-
-Result leaveStation(Context& context, const StationOptions& options)
-{
-    return Bus::finish(World(context).LeaveStation(text(options.mac)));
-}
-
-struct DelayOptions
-{
-    std::string step;
-    unsigned milliseconds = 0;
-};
-
-Result setDelay(Context& context, const DelayOptions& options)
-{
-    return Bus::finish(World(context).SetDelay(text(options.step), options.milliseconds));
 }
 
 Result crash(Context& context, const NoOptions&)
@@ -222,90 +167,114 @@ Result crash(Context& context, const NoOptions&)
     return result.status == ExitStatus::NotRunning ? Result() : result;
 }
 
-Result hang(Context& context, const DelayOptions& options)
+/// An argument that a method takes as it is given.
+struct Argument
 {
-    return Bus::finish(World(context).Hang(options.milliseconds));
+    const char* name;
+    const char* description;
+    std::vector<std::string> choices;
+    bool isNumber = false;
+};
+
+const Argument accessPoint = {"AP", "BSSID, or SSID for the strongest one with it", {}};
+const Argument milliseconds = {"MILLISECONDS", "How long", {}, true};
+const Argument pin = {"PIN", "The PIN that the device shows", {}};
+const Argument reason = {"TEXT", "Why", {}};
+const Argument station = {"MAC", "Hardware address of the station", {}};
+const Argument step = {"STEP",
+                       "The step",
+                       {"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"}};
+const Argument fault = {
+    "KIND", "How; none ends it", {"none", "wrong-types", "missing-keys", "oversized"}};
+
+/// A command that calls one method with its arguments, in their order.
+struct MethodRow
+{
+    const char* group;
+    const char* name;
+    const char* description;
+    const char* method;
+    std::vector<Argument> arguments;
+};
+
+const MethodRow methodRows[] = {
+    {"", "plug", "Puts the cable in", "Plug", {}},
+    {"", "unplug", "Pulls the cable", "Unplug", {}},
+    {"", "delay", "Sets how long a step takes", "SetDelay", {step, milliseconds}},
+    {"", "hang", "Lets the daemon answer nothing for a while", "Hang", {milliseconds}},
+    {"", "garbage", "Spoils what the daemon sends", "Garble", {fault}},
+    {"ap", "remove", "Removes an access point", "RemoveAccessPoint", {accessPoint}},
+    {"wps", "press", "Presses the WPS button", "PressWps", {accessPoint}},
+    {"wps", "pin", "Types the device's PIN", "EnterWpsPin", {accessPoint, pin}},
+    {"wps", "fail", "Fails the session that runs", "FailWps", {reason}},
+    {"station", "leave", "Takes a station away", "LeaveStation", {station}},
+};
+
+struct MethodOptions
+{
+    const char* method = nullptr;
+    std::deque<std::string> texts;
+    std::deque<unsigned> numbers;
+};
+
+/// No method takes a text after a number.
+Result callMethod(Context& context, const MethodOptions& options)
+{
+    QVariantList arguments;
+    for (const std::string& argument : options.texts)
+        arguments.append(text(argument));
+    for (const unsigned argument : options.numbers)
+        arguments.append(argument);
+    World world(context);
+    return Bus::finish(world.asyncCallWithArgumentList(QLatin1String(options.method), arguments));
 }
 
-Result garble(Context& context, const NameOptions& options)
+void addMethod(CommandLine& commands, CLI::App& parent, const MethodRow& row)
 {
-    return Bus::finish(World(context).Garble(text(options.name)));
+    const auto added = commands.add(parent, row.name, row.description, &callMethod);
+    MethodOptions& options = *added.options;
+    options.method = row.method;
+    for (const Argument& argument : row.arguments) {
+        CLI::Option* option =
+            argument.isNumber ? added.app->add_option(argument.name, options.numbers.emplace_back())
+                              : added.app->add_option(argument.name, options.texts.emplace_back());
+        option->description(argument.description)->required();
+        if (!argument.choices.empty())
+            setChoices(*option, argument.choices);
+    }
 }
 
-void addPointCommands(CommandLine& commands, CLI::App& world)
+void addPointCommands(CommandLine& commands, CLI::App& group)
 {
-    CLI::App& ap = CommandLine::group(world, "ap", "Access points of the world");
-    const char naming[] = "BSSID, or SSID for the strongest one with it";
-
-    const auto add = commands.add(ap, "add", "Adds an access point and tells its BSSID", &addPoint);
+    const auto add =
+        commands.add(group, "add", "Adds an access point and tells its BSSID", &addPoint);
     add.app->add_option("SSID", add.options->name, "Name of the network")->required();
     addAccessPointOptions(*add.app, *add.options);
 
-    const auto change = commands.add(ap, "change", "Changes an access point", &changePoint);
-    change.app->add_option("AP", change.options->name, naming)->required();
+    const auto change = commands.add(group, "change", "Changes an access point", &changePoint);
+    change.app->add_option(accessPoint.name, change.options->name, accessPoint.description)
+        ->required();
     addAccessPointOptions(*change.app, *change.options);
 
-    const auto signal = commands.add(ap, "signal", "Changes the signal level", &setSignal);
-    signal.app->add_option("AP", signal.options->point, naming)->required();
-    signal.app->add_option("DBM", signal.options->signal, "Signal level")->required();
+    const auto signal = commands.add(group, "signal", "Changes the signal level", &setSignal);
+    signal.app->add_option(accessPoint.name, signal.options->point, accessPoint.description)
+        ->required();
+    signal.app->add_option("DBM", signal.options->level, "Signal level")->required();
 
-    const auto key = commands.add(ap, "key", "Changes the key, asked for without echo", &setKey);
-    key.app->add_option("AP", key.options->point, naming)->required();
+    const auto key = commands.add(group, "key", "Changes the key, asked for without echo", &setKey);
+    key.app->add_option(accessPoint.name, key.options->point, accessPoint.description)->required();
     key.app
         ->add_option("--key-file", key.options->file, "File with the key; - reads standard input")
         ->type_name("FILE");
-
-    const auto remove = commands.add(ap, "remove", "Removes an access point", &removePoint);
-    remove.app->add_option("AP", remove.options->name, naming)->required();
 }
 
-void addWorldWpsCommands(CommandLine& commands, CLI::App& world)
+void addJoinCommand(CommandLine& commands, CLI::App& group)
 {
-    CLI::App& wps = CommandLine::group(world, "wps", "WPS on the side of the access points");
-    const char naming[] = "BSSID or SSID";
-
-    const auto press = commands.add(wps, "press", "Presses the WPS button", &pressWps);
-    press.app->add_option("AP", press.options->name, naming)->required();
-
-    const auto pin = commands.add(wps, "pin", "Types the device's PIN", &enterPin);
-    pin.app->add_option("AP", pin.options->point, naming)->required();
-    pin.app->add_option("PIN", pin.options->pin, "The PIN that the device shows")->required();
-
-    const auto fail = commands.add(wps, "fail", "Fails the session that runs", &failWps);
-    fail.app->add_option("TEXT", fail.options->name, "Why")->required();
-}
-
-void addStationCommands(CommandLine& commands, CLI::App& world)
-{
-    CLI::App& station = CommandLine::group(world, "station", "Stations of the soft access points");
-
-    const auto join = commands.add(station, "join", "Joins a station", &joinStation);
-    join.app->add_option("MAC", join.options->mac, "Hardware address of the station")->required();
+    const auto join = commands.add(group, "join", "Joins a station", &joinStation);
+    join.app->add_option(station.name, join.options->mac, station.description)->required();
     join.app->add_option("--interface", join.options->interface, "Soft-AP interface")
         ->type_name("NAME")
         ->capture_default_str();
-
-    const auto leave = commands.add(station, "leave", "Takes a station away", &leaveStation);
-    leave.app->add_option("MAC", leave.options->mac, "Hardware address of the station")->required();
-}
-
-void addFaultCommands(CommandLine& commands, CLI::App& world)
-{
-    const auto delay = commands.add(world, "delay", "Sets how long a step takes", &setDelay);
-    setChoices(*delay.app->add_option("STEP", delay.options->step, "The step")->required(),
-               {"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"});
-    delay.app->add_option("MILLISECONDS", delay.options->milliseconds, "How long")->required();
-
-    commands.add(world, "crash", "Ends the daemon at once", &crash);
-
-    const auto stall =
-        commands.add(world, "hang", "Lets the daemon answer nothing for a while", &hang);
-    stall.app->add_option("MILLISECONDS", stall.options->milliseconds, "How long")->required();
-
-    const auto garbage = commands.add(world, "garbage", "Spoils what the daemon sends", &garble);
-    setChoices(
-        *garbage.app->add_option("KIND", garbage.options->name, "How; none ends it")->required(),
-        {"none", "wrong-types", "missing-keys", "oversized"});
 }
 
 } // namespace
@@ -315,12 +284,17 @@ void addWorldCommands(CommandLine& commands)
     CLI::App& world = CommandLine::group(commands.app(), "world",
                                          "Changes the world that the stand-in daemon plays");
     commands.add(world, "show", "Shows the world", &show);
-    commands.add(world, "plug", "Puts the cable in", &plug);
-    commands.add(world, "unplug", "Pulls the cable", &unplug);
-    addPointCommands(commands, world);
-    addWorldWpsCommands(commands, world);
-    addStationCommands(commands, world);
-    addFaultCommands(commands, world);
+    commands.add(world, "crash", "Ends the daemon at once", &crash);
+    std::map<std::string, CLI::App*> groups = {
+        {"", &world},
+        {"ap", &CommandLine::group(world, "ap", "Access points")},
+        {"wps", &CommandLine::group(world, "wps", "WPS on the side of the access points")},
+        {"station", &CommandLine::group(world, "station", "Stations of the soft access points")},
+    };
+    addPointCommands(commands, *groups["ap"]);
+    addJoinCommand(commands, *groups["station"]);
+    for (const MethodRow& row : methodRows)
+        addMethod(commands, *groups[row.group], row);
 }
 
 } // namespace ctl

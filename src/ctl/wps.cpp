@@ -1,4 +1,4 @@
-#include "wps.h"
+#include "action.h"
 
 #include "names.h"
 

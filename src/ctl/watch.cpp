@@ -1,0 +1,150 @@
+#include "commandline.h"
+#include "valuetext.h"
+
+#include "core/orvaplainvalue.h"
+
+#include <algorithm>
+
+namespace ctl {
+
+namespace {
+
+struct PathsOptions
+{
+    std::vector<std::string> paths;
+};
+
+struct WaitOptions
+{
+    std::string condition;
+    std::optional<double> timeout;
+};
+
+QString text(const std::string& argument)
+{
+    return QString::fromStdString(argument);
+}
+
+QString toJson(const QVariant& value)
+{
+    return QString::fromUtf8(OrvaPlain::toJson(value));
+}
+
+void showChange(const Output& out, const CMPath& path, const OrvaValue& value)
+{
+    out.document(
+        {{QStringLiteral("path"), path.toString()}, {QStringLiteral("value"), value.__variant()}});
+    out.line(QStringLiteral("%1 %2").arg(path.toString(), printable(toJson(value.__variant()))));
+}
+
+Result showRows(Context& context, const CMPath& path)
+{
+    const auto rows = context.host.rows(path);
+    if (!rows)
+        return rows.failure();
+    QVariantList list;
+    for (const OrvaRoles& row : *rows)
+        list.append(row.__variant());
+    context.out.document(
+        {{QStringLiteral("path"), path.toString()}, {QStringLiteral("rows"), list}});
+    context.out.line(QStringLiteral("%1 %2").arg(path.toString(), printable(toJson(list))));
+    return {};
+}
+
+/// Shows what a node holds now, be it a value or rows.
+Result showPresent(Context& context, const OrvaBusNode& node)
+{
+    const CMPath path(node.path);
+    if (node.kind == QLatin1String("rows"))
+        return showRows(context, path);
+    const auto value = context.host.value(path);
+    if (!value)
+        return value.failure();
+    showChange(context.out, path, *value);
+    return {};
+}
+
+Result showPresent(Context& context, const QStringList& paths)
+{
+    const auto nodes = context.host.nodes();
+    if (!nodes)
+        return nodes.failure();
+    for (const QString& path : paths) {
+        const auto node = std::find_if(nodes->begin(), nodes->end(),
+                                       [&path](const auto& known) { return known.path == path; });
+        if (node == nodes->end())
+            return {ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path)};
+        const Result shown = showPresent(context, *node);
+        if (!shown.ok())
+            return shown;
+    }
+    return {};
+}
+
+Result watch(Context& context, const PathsOptions& options)
+{
+    QStringList paths;
+    for (const std::string& path : options.paths)
+        paths.append(text(path));
+    const auto wanted = [&paths](const CMPath& path) {
+        return paths.isEmpty() || paths.contains(path.toString());
+    };
+    const QObject guard;
+    QObject::connect(&context.host, &Host::valueChanged, &guard,
+                     [&context, wanted](const CMPath& path, const OrvaValue& value) {
+                         if (wanted(path))
+                             showChange(context.out, path, value);
+                     });
+    QObject::connect(&context.host, &Host::rowsChanged, &guard,
+                     [&context, wanted](const CMPath& path) {
+                         // Rows that cannot be read any more are not worth ending for.
+                         if (wanted(path))
+                             static_cast<void>(showRows(context, path));
+                     });
+    const Result present = showPresent(context, paths);
+    return present.ok() ? context.host.follow() : present;
+}
+
+Result wait(Context& context, const WaitOptions& options)
+{
+    const QString condition = text(options.condition);
+    const int split = condition.indexOf(QLatin1String("=="));
+    if (split < 1)
+        return {ExitStatus::Usage, QStringLiteral("A condition is written PATH==VALUE.")};
+    const QString wantedText = condition.mid(split + 2);
+    const auto verdict = [&wantedText](const OrvaValue& value) -> std::optional<Result> {
+        if (value.isEmpty())
+            return std::nullopt;
+        const auto wanted = parseValue(wantedText, value.typeKey());
+        if (!wanted)
+            return wanted.failure();
+        return holds(value.__variant(), wanted->__variant()) ? std::optional(Result())
+                                                             : std::nullopt;
+    };
+    const QDeadlineTimer deadline = options.timeout ? secondsFromNow(*options.timeout)
+                                                    : QDeadlineTimer(QDeadlineTimer::Forever);
+    return context.host.waitFor(CMPath(condition.left(split)), verdict, deadline);
+}
+
+} // namespace
+
+void addWatchCommands(CommandLine& commands)
+{
+    CLI::App& app = commands.app();
+    const auto watcher =
+        commands.add(app, "watch", "Shows nodes' values, now and as they change", &watch);
+    watcher.app
+        ->add_option("PATH", watcher.options->paths, "The nodes; all changes where none is named")
+        ->type_name("NODE");
+
+    const auto waiter = commands.add(app, "wait", "Waits until a node has a value", &wait);
+    waiter.app
+        ->add_option("CONDITION", waiter.options->condition,
+                     "PATH==VALUE; of a map, the fields that VALUE names")
+        ->required()
+        ->type_name("VALUE-NODE");
+    setSeconds(*waiter.app->add_option("--timeout", waiter.options->timeout,
+                                       "Give up after so many seconds"));
+}
+
+} // namespace ctl
