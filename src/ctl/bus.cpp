@@ -47,12 +47,13 @@ Result Bus::check() const
 bool Bus::runUntil(const std::function<bool()>& done, const QDeadlineTimer& deadline)
 {
     QTimer alarm;
-    alarm.setSingleShot(true);
-    if (!deadline.isForever())
-        alarm.start(int(deadline.remainingTime()) + 1);
+    alarm.setTimerType(Qt::PreciseTimer);
     while (!done()) {
         if (deadline.hasExpired())
             return false;
+        // Set anew each time: a timer may fire a little early.
+        if (!deadline.isForever())
+            alarm.start(int(deadline.remainingTime()) + 1);
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;

@@ -42,18 +42,27 @@ std::optional<QVariant> doubleFromText(const QString& text)
     return valid && std::isfinite(number) ? std::optional<QVariant>(number) : std::nullopt;
 }
 
-/// A JSON string stands for its text; anything else is the text itself.
-QVariant stringFromText(const QString& text)
+/// The JSON value that @p text is, where it is one of the type.
+std::optional<QVariant> jsonFromText(const QString& text, QMetaType::Type type)
 {
     const auto json = OrvaPlain::fromJson(text.toUtf8());
-    return json && json->userType() == QMetaType::QString ? *json : QVariant(text);
+    return json && json->userType() == type ? json : std::nullopt;
 }
 
-QVariant stringListFromText(const QString& text)
+/// What is quoted is a JSON string; anything else is the text itself.
+std::optional<QVariant> stringFromText(const QString& text)
 {
-    const auto json = OrvaPlain::fromJson(text.toUtf8());
-    const bool isList = json && json->userType() == QMetaType::QVariantList;
-    return isList ? *json : QVariant(QVariantList{stringFromText(text)});
+    const QLatin1Char quote('"');
+    const bool isQuoted = text.size() > 1 && text.startsWith(quote) && text.endsWith(quote);
+    return isQuoted ? jsonFromText(text, QMetaType::QString) : QVariant(text);
+}
+
+std::optional<QVariant> stringListFromText(const QString& text)
+{
+    if (text.startsWith(QLatin1Char('[')))
+        return jsonFromText(text, QMetaType::QVariantList);
+    const auto single = stringFromText(text);
+    return single ? std::optional<QVariant>(QVariantList{*single}) : std::nullopt;
 }
 
 std::optional<QVariant> contentFromText(const QString& text, const QString& type)
@@ -86,10 +95,7 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type)
     const auto content = contentFromText(text, type);
     if (!content)
         return usage(QStringLiteral("\"%1\" is no value of the type \"%2\".").arg(text, type));
-    // What was a JSON string may hold what the text itself did not.
-    const auto plain = OrvaPlain::fromForeign(QVariantHash{{type, *content}});
-    return plain ? Outcome<OrvaValue>(OrvaValue(plain->toHash()))
-                 : usage(QStringLiteral("The value cannot be sent."));
+    return OrvaValue(QVariantHash{{type, *content}});
 }
 
 Outcome<QVariantHash> parseObject(const QByteArray& text)
