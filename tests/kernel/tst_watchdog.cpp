@@ -2,11 +2,14 @@
 #include "pinger.h"
 #include "testTree.h"
 #include "wifiRestart.h"
+#include "workers/wifirestarter.h"
 
 #include <network/networkpaths.h>
 
 namespace {
 
+/// An address that no one has; a ping waits 3 seconds for it.
+constexpr const char* silent = "10.9.0.77";
 const CMPath restartPath(QStringLiteral("wifi-restart/restart"));
 const CMPath brokenPath(QStringLiteral("wifi-restart/broken"));
 
@@ -28,10 +31,28 @@ OrvaValue wirelessInfo(int state, const char* gateway)
                     .arg(QLatin1String(gateway)));
 }
 
+/// The processes that a process of one thread has started.
+QStringList childrenOf(qint64 process)
+{
+    QFile list(QStringLiteral("/proc/%1/task/%1/children").arg(process));
+    list.open(QIODevice::ReadOnly);
+    return QString::fromLatin1(list.readAll()).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 bool hasChildren()
 {
-    QFile children(QStringLiteral("/proc/thread-self/children"));
-    return !children.open(QIODevice::ReadOnly) || !children.readAll().isEmpty();
+    return !childrenOf(QCoreApplication::applicationPid()).isEmpty();
+}
+
+/// Pings until it is killed.
+int pingForEver(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    TestTree tree;
+    tree.addValue(OrvaNetworkInfoPath())->setValue(wirelessInfo(1, silent));
+    Pinger pinger(nullptr, 100000);
+    pinger.on_timer_timeout();
+    return QCoreApplication::exec();
 }
 
 } // namespace
@@ -51,6 +72,8 @@ private Q_SLOTS:
     void answersARequestToRestart();
     void pingsTheGatewayOfAConnectedLink();
     void leavesNoPingBehind();
+    void leavesNoPingBehindWhenKilled();
+    void takesTheInterfaceDownAndUp();
 
 private:
     void watch(const OrvaValue& criteria);
@@ -208,8 +231,7 @@ void TestWatchdog::pingsTheGatewayOfAConnectedLink()
 
 void TestWatchdog::leavesNoPingBehind()
 {
-    QVERIFY(m_neighbour.run(QStringLiteral("echo 1 >/proc/sys/net/ipv4/icmp_echo_ignore_all")));
-    m_info->setValue(wirelessInfo(1, "10.9.0.2"));
+    m_info->setValue(wirelessInfo(1, silent));
     {
         Pinger pinger(nullptr, 60000);
         pinger.on_timer_timeout();
@@ -221,8 +243,47 @@ void TestWatchdog::leavesNoPingBehind()
     QVERIFY(!hasChildren());
 }
 
+void TestWatchdog::leavesNoPingBehindWhenKilled()
+{
+    QProcess host;
+    host.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--ping")});
+    QVERIFY(host.waitForStarted());
+    QTRY_COMPARE(childrenOf(host.processId()).size(), 1);
+    const QString ping = childrenOf(host.processId()).first();
+    const auto runs = [&] {
+        QFile commandLine(QStringLiteral("/proc/%1/cmdline").arg(ping));
+        return commandLine.open(QIODevice::ReadOnly) && !commandLine.readAll().isEmpty();
+    };
+    QVERIFY(runs());
+    host.kill();
+    QVERIFY(host.waitForFinished());
+    QTRY_VERIFY_WITH_TIMEOUT(!runs(), 1000);
+}
+
+void TestWatchdog::takesTheInterfaceDownAndUp()
+{
+    CMValueNode* wireless = m_tree->addValue(OrvaNetworkWirelessInterfacePath());
+    WifiRestarter restarter({});
+    const auto restart = [&](const char* interface) {
+        wireless->setValue(
+            json(QStringLiteral(R"({"string":"%1"})").arg(QLatin1String(interface))));
+        const auto reply = CMReply<QVariant>::create();
+        restarter.invoke(restartPath, OrvaHash(), reply);
+        return QTest::qWaitFor([&] { return reply.isFinished(); }) && reply.error().isEmpty();
+    };
+    // Routes go with an interface that is taken down.
+    QVERIFY(run(QStringLiteral("ip route add 10.10.0.0/24 dev veth0")));
+    QVERIFY(restart("veth0"));
+    QVERIFY(run(QStringLiteral("ip link show veth0 | grep -q [,]UP")));
+    QVERIFY(!run(QStringLiteral("ip route | grep -q 10.10.0.0")));
+    QVERIFY(!restart("wlan9"));
+    const CMPath count(QStringLiteral("wifi-restart/count"));
+    QCOMPARE(OrvaValue(restarter.getValue(count).toHash()).i32_(), 1);
+}
+
 int main(int argc, char** argv)
 {
-    return runInNamespace<TestWatchdog>(argc, argv);
+    return argc == 2 && qstrcmp(argv[1], "--ping") == 0 ? pingForEver(argc, argv)
+                                                        : runInNamespace<TestWatchdog>(argc, argv);
 }
 #include "tst_watchdog.moc"
