@@ -232,7 +232,8 @@ QVariant Reader::read(const QVariant& value, int depth)
     if (type == qMetaTypeId<QDBusArgument>())
         return readArgument(value.value<QDBusArgument>(), depth);
     if (type == qMetaTypeId<QDBusVariant>())
-        return read(value.value<QDBusVariant>().variant(), depth + 1);
+        // Wrapping is no level of its own; the bus itself bounds how often it is done.
+        return read(value.value<QDBusVariant>().variant(), depth);
     if (type == qMetaTypeId<QDBusObjectPath>())
         return readText(value.value<QDBusObjectPath>().path());
     if (type == qMetaTypeId<QDBusSignature>())
