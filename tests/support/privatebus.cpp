@@ -52,10 +52,12 @@ void PrivateBus::writeConfiguration() const
   <auth>EXTERNAL</auth>
   <servicedir>%2</servicedir>
   <policy context="default">
+    <allow user="*"/>
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
   </policy>
+  <limit name="max_replies_per_connection">16384</limit>
 </busconfig>
 )")
                                 .arg(address(), path("services")));
