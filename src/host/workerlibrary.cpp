@@ -15,7 +15,7 @@ std::unique_ptr<CMAbstractWorker> createWorker(const QString& library, const QVa
     file.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     const auto create = reinterpret_cast<OrvaWorkerCreate>(file.resolve("worker_create"));
     if (!create) {
-        *why = file.errorString();
+        *why = file.isLoaded() ? QStringLiteral("it has no worker_create") : file.errorString();
         return nullptr;
     }
     std::unique_ptr<CMAbstractWorker> worker(create(config));

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// An orva-host of the test's own, on the bus that DBUS_SYSTEM_BUS_ADDRESS names.
+class HostProcess : public QProcess
+{
+public:
+    /// Runs it with that configuration, its state in a directory of its own.
+    void start(const QByteArray& config, const QStringList& options = {})
+    {
+        QFile file(m_directory.filePath(QStringLiteral("host.json")));
+        if (!file.open(QIODevice::WriteOnly) || file.write(config) < 0)
+            qFatal("no configuration");
+        file.close();
+        setProcessChannelMode(QProcess::MergedChannels);
+        QProcess::start(QStringLiteral(ORVA_HOST),
+                        QStringList{QStringLiteral("--config"), file.fileName(),
+                                    QStringLiteral("--state-dir"),
+                                    m_directory.filePath(QStringLiteral("state"))} +
+                            options);
+    }
+    /// The exit status; -1 when it does not end within ten seconds or crashes.
+    [[nodiscard]] int ended()
+    {
+        const bool inTime = state() == NotRunning || waitForFinished(10000);
+        return inTime && exitStatus() == NormalExit ? exitCode() : -1;
+    }
+    ~HostProcess() override
+    {
+        kill();
+        waitForFinished();
+    }
+
+private:
+    QTemporaryDir m_directory;
+};

@@ -1,0 +1,238 @@
+#include "bustypes.h"
+#include "hostprocess.h"
+#include "privatebus.h"
+
+#include <core/orvaplainvalue.h>
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QtTest>
+
+#include <unistd.h>
+
+namespace {
+
+QVariantMap json(const QByteArray& text)
+{
+    return OrvaPlain::toBus(OrvaPlain::fromJson(text).value_or(QVariant()).toHash());
+}
+
+QVariantMap nested(int levels)
+{
+    QVariantMap map{{QStringLiteral("bool"), true}};
+    for (int i = 1; i < levels; ++i)
+        map = {{QStringLiteral("a"), map}};
+    return map;
+}
+
+} // namespace
+
+class ControlTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_bus.start());
+        // Other users come in too; who may do what is for the host to say.
+        const QString directory = QFileInfo(m_bus.address().section(QLatin1Char('='), 1)).path();
+        QVERIFY(QFile::setPermissions(directory, QFile::Permissions(0x7055)));
+        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER
+                     R"("}], "activate": ["test/hold"]})");
+        const auto connection = QDBusConnection::systemBus();
+        QTRY_VERIFY(connection.interface()->isServiceRegistered(QStringLiteral("org.orva.Host1")));
+        registerBusTypes();
+    }
+
+    void cleanup()
+    {
+        // Whatever a client did, the host goes on.
+        QCOMPARE(value("webserver/port"), json(R"({"i32": 80})"));
+    }
+
+    void whatTheConfigurationNamesWasActivated()
+    {
+        QTRY_COMPARE(value("test/held"), json(R"({"i32": 1})"));
+    }
+
+    void badInputIsRefusedAndChangesNothing_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QVariantMap>("value");
+        QTest::addColumn<QString>("refusal");
+        // clang-format off
+        const char* const rows[][4] = {
+            {"GetValue", "", "", "UnknownPath"},
+            {"GetValue", "network/../settings", "", "UnknownPath"},
+            {"GetRows", "nowhere", "", "UnknownPath"},
+            {"SetValue", "nowhere", R"({"bool": true})", "UnknownPath"},
+            {"GetValue", "test/echo", "", "WrongKind"},
+            {"GetRows", "interfaces/wired", "", "WrongKind"},
+            {"SetValue", "test/echo", R"({"bool": true})", "WrongKind"},
+            {"Invoke", "interfaces/wired", R"({"bool": true})", "WrongKind"},
+            {"SetValue", "interfaces/wired", R"({"string": "x"})", "ReadOnly"},
+            {"SetValue", "settings/network/airplane-mode", R"({"bool": 1})", "MalformedValue"},
+            {"SetValue", "settings/network/airplane-mode", R"({"i32": 1})", "MalformedValue"},
+            {"SetValue", "settings/network/airplane-mode", "{}", "MalformedValue"},
+            {"SetValue", "settings/network/airplane-mode", R"({"bool": true, "i32": 1})", "MalformedValue"},
+            {"SetValue", "test/unset", R"({"shoe": 42})", "MalformedValue"},
+            {"SetValue", "settings/network/max-wifi-networks", R"({"i32": 4000000000})", "MalformedValue"},
+            {"SetValue", "settings/network/airplane-mode-type", R"({"airplaneModeType": 77})", "MalformedValue"},
+            {"SetValue", "settings/network/current-profile", R"({"networkProfile": {"wireless": {"ssid": 5}}})", "MalformedValue"},
+            {"Invoke", "test/echo", R"({"networkProfile": {"wirelessNetworks": [{"dhcp": "yes"}]}})", "MalformedValue"},
+            {"Invoke", "power/resource/request", R"({"moduleName": "m", "resource": "5"})", "MalformedValue"},
+            {"Invoke", "test/fail", "{}", "_7_odd_words_"},
+            {"Invoke", "test/drop", "{}", "Dropped"}};
+        // clang-format on
+        for (const auto& [method, path, value, refusal] : rows)
+            QTest::addRow("%s %s %s", method, path, value)
+                << QString::fromLatin1(method) << QString::fromLatin1(path) << json(value)
+                << QString::fromLatin1(refusal);
+        QTest::newRow("too deep") << QStringLiteral("Invoke") << QStringLiteral("test/echo")
+                                  << nested(13) << QStringLiteral("MalformedValue");
+        QTest::newRow("16 MiB") << QStringLiteral("SetValue")
+                                << QStringLiteral("settings/network/softap-default-ssid")
+                                << QVariantMap{{QStringLiteral("string"),
+                                                QString(16 << 20, QLatin1Char('x'))}}
+                                << QStringLiteral("MalformedValue");
+    }
+
+    void badInputIsRefusedAndChangesNothing()
+    {
+        QFETCH(QString, method);
+        QFETCH(QString, path);
+        QFETCH(QVariantMap, value);
+        QFETCH(QString, refusal);
+        const bool takesValue = !method.startsWith(QLatin1String("Get"));
+        const QDBusMessage before = call("GetValue", {path});
+        const QVariantList arguments = takesValue ? QVariantList{path, value} : QVariantList{path};
+        QCOMPARE(call(method.toLatin1().constData(), arguments).errorName(),
+                 QStringLiteral("org.orva.Error.") + refusal);
+        const QDBusMessage after = call("GetValue", {path});
+        QCOMPARE(after.errorName(), before.errorName());
+        QCOMPARE(plain(after), plain(before));
+    }
+
+    void whatSuitsComesBackAsItWas()
+    {
+        const auto sent = json(
+            R"({"networkProfile": {"wirelessNetworks": [], "wireless": {"ssid": ""}, "new": 1}})");
+        QCOMPARE(plain(call("Invoke", {QStringLiteral("test/echo"), sent})), sent);
+        QCOMPARE(plain(call("Invoke", {QStringLiteral("test/echo"), nested(12)})), nested(12));
+    }
+
+    void aClientThatLeavesWithRequestsOpenDoesNoHarm()
+    {
+        call("Invoke", {QStringLiteral("test/release"), QVariantMap()});
+        const QString label = QStringLiteral("leaving");
+        for (int i = 0; i < 100; ++i)
+            m_bus.connection(label).asyncCall(
+                message("Invoke", {QStringLiteral("test/hold"), QVariantMap()}));
+        QTRY_COMPARE(value("test/held"), json(R"({"i32": 100})"));
+        QDBusConnection::disconnectFromBus(label);
+        QCOMPARE(call("Invoke", {QStringLiteral("test/release"), QVariantMap()}).type(),
+                 QDBusMessage::ReplyMessage);
+    }
+
+    void tenThousandRequestsAtOnceAreAllAnswered()
+    {
+        QVector<QDBusPendingCall> calls;
+        for (int i = 0; i < 10000; ++i)
+            calls << QDBusConnection::systemBus().asyncCall(message(
+                "Invoke", {QStringLiteral("test/echo"), QVariantMap{{QStringLiteral("i32"), i}}}));
+        for (int i = 0; i < calls.size(); ++i) {
+            calls[i].waitForFinished();
+            QCOMPARE(plain(calls.at(i).reply()).value(QStringLiteral("i32")), QVariant(i));
+        }
+    }
+
+    void aSecretChangesWithoutItsValue()
+    {
+        QVERIFY(listen());
+        const auto secret =
+            json(R"({"networkProfile": {"type": 0, "wireless": {"key": "hidden"}}})");
+        call("SetValue", {QStringLiteral("settings/network/current-profile"), secret});
+        call("SetValue",
+             {QStringLiteral("settings/network/airplane-mode"), json(R"({"bool": true})")});
+        QTRY_COMPARE(m_changes.size(), 2);
+        QCOMPARE(m_changes.at(0), QVariantMap());
+        QCOMPARE(m_changes.at(1), json(R"({"bool": true})"));
+        QCOMPARE(value("settings/network/current-profile"), secret);
+    }
+
+    void aSecretIsForRootAndTheHostsUserAlone()
+    {
+        if (::geteuid() != 0)
+            QSKIP("only root can be somebody else");
+        const QString path = QStringLiteral("settings/network/current-profile");
+        for (const QString& call : {QStringLiteral("GetValue s ") + path,
+                                    QStringLiteral("SetValue sa{sv} %1 0").arg(path)})
+            QVERIFY2(
+                asGames(call).endsWith(QLatin1String("for root and the host's own user alone.")),
+                qPrintable(call));
+        QCOMPARE(asGames(QStringLiteral("GetValue s webserver/port")),
+                 QStringLiteral("a{sv} 1 \"i32\" i 80"));
+    }
+
+public Q_SLOTS:
+    void onChange(const QString&, const QVariantMap& value)
+    {
+        m_changes << OrvaPlain::toBus(*OrvaPlain::hashFromBus(value));
+    }
+
+private:
+    static QDBusMessage message(const char* method, const QVariantList& arguments)
+    {
+        auto message = QDBusMessage::createMethodCall(
+            QStringLiteral("org.orva.Host1"), QStringLiteral("/org/orva/Host1"),
+            QStringLiteral("org.orva.Host1"), QLatin1String(method));
+        message.setArguments(arguments);
+        return message;
+    }
+    static QDBusMessage call(const char* method, const QVariantList& arguments)
+    {
+        return QDBusConnection::systemBus().call(message(method, arguments));
+    }
+    static QVariantMap plain(const QDBusMessage& reply)
+    {
+        const auto arguments = reply.arguments();
+        if (reply.type() != QDBusMessage::ReplyMessage || arguments.isEmpty())
+            return {};
+        return OrvaPlain::toBus(OrvaPlain::fromForeign(arguments.first())->toHash());
+    }
+    static QVariantMap value(const char* path)
+    {
+        return plain(call("GetValue", {QLatin1String(path)}));
+    }
+    bool listen()
+    {
+        return QDBusConnection::systemBus().connect(
+            QStringLiteral("org.orva.Host1"), QString(), QStringLiteral("org.orva.Host1"),
+            QStringLiteral("ValueChanged"), this, SLOT(onChange(QString, QVariantMap)));
+    }
+    /// What busctl says when another user makes the call.
+    QString asGames(const QString& call) const
+    {
+        QProcess client;
+        client.setProcessChannelMode(QProcess::MergedChannels);
+        client.start(QStringLiteral("setpriv"),
+                     QStringLiteral("--reuid games --regid nogroup --clear-groups busctl "
+                                    "--address=%1 call org.orva.Host1 "
+                                    "/org/orva/Host1 org.orva.Host1 %2")
+                         .arg(m_bus.address(), call)
+                         .split(QLatin1Char(' ')));
+        client.waitForFinished();
+        return QString::fromUtf8(client.readAll()).trimmed();
+    }
+
+    PrivateBus m_bus;
+    HostProcess m_host;
+    QVector<QVariantMap> m_changes;
+};
+
+QTEST_GUILESS_MAIN(ControlTest)
+#include "tst_control.moc"

@@ -1,0 +1,100 @@
+#include "rootworker.h"
+#include "workers/powermanager.h"
+
+#include <power/powerrecords.h>
+
+#include <QtTest>
+
+namespace {
+
+CMPath path(const char* text)
+{
+    return CMPath(QLatin1String(text));
+}
+
+OrvaValue number(qint32 content)
+{
+    OrvaValue value;
+    value.setI32_(content);
+    return value;
+}
+
+/// A worker with one value node.
+std::unique_ptr<CMNodesWorker> workerWith(const char* node, const OrvaValue& value)
+{
+    auto worker = std::make_unique<CMNodesWorker>(QVariantHash(), QString());
+    CMValueNode::create(worker->nodes(), path(node))->setValue(value);
+    return worker;
+}
+
+qint32 valueAt(const char* node)
+{
+    return OrvaValue(CMRoot()->getValue(path(node)).toHash()).i32_();
+}
+
+} // namespace
+
+class TreeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_root = std::make_unique<RootWorker>(); }
+    void cleanup() { m_root.reset(); }
+
+    void aRequestGoesToTheWorkerOfItsPath()
+    {
+        m_root->addWorker(workerWith("a/one", number(1)));
+        m_root->addWorker(workerWith("a/one/two", number(2)));
+        const auto reply = CMReply<QVariant>::create();
+        m_root->setValue(path("a/one/two"), number(3), reply);
+        QVERIFY(reply.isFinished() && reply.error().isEmpty());
+        QCOMPARE(valueAt("a/one"), 1);
+        QCOMPARE(valueAt("a/one/two"), 3);
+    }
+
+    void theFirstWorkerKeepsAPathThatTwoClaim()
+    {
+        m_root->addWorker(workerWith("same", number(1)));
+        m_root->addWorker(workerWith("same", number(2)));
+        QCOMPARE(valueAt("same"), 1);
+        QCOMPARE(m_root->nodeInfos().size(), 1);
+    }
+
+    void whoWaitsForANodeIsToldWhenItsWorkerComes()
+    {
+        const CMValueItem item(nullptr, path("late"));
+        QSignalSpy changed(&item, &CMValueItem::changed);
+        m_root->addWorker(workerWith("late", number(4)));
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(item.value().i32_(), 4);
+    }
+
+    void thePowerManagerKeepsTheLastThousandRequestsInOrder()
+    {
+        m_root->addWorker(std::make_unique<PowerManager>());
+        OrvaPowerManagerResourceRequest wanted;
+        wanted.setModuleName(QStringLiteral("Test"));
+        wanted.setResource(OrvaPowerManagerResources::Wifi);
+        wanted.setAction(OrvaPowerModuleActions::Request);
+        auto reply = CMReply<QVariant>::create();
+        for (int i = 0; i < 1003; ++i)
+            m_root->invoke(OrvaPowerManagerResourceRequestPath(), wanted, {});
+        wanted.setAction(OrvaPowerModuleActions::Release);
+        m_root->invoke(OrvaPowerManagerResourceRequestPath(), wanted, reply);
+        QTRY_VERIFY(reply.isFinished());
+        const CMGetRowsRequest rows{path("power/requests"), CMReply<QVariant>::create()};
+        m_root->request(rows);
+        const QVariantList list = rows.reply.value().toList();
+        QCOMPARE(list.size(), 1000);
+        QCOMPARE(OrvaRoles(list.first().toHash()).id(), QStringLiteral("5"));
+        QCOMPARE(OrvaHash(OrvaRoles(list.last().toHash()).value()), OrvaHash(wanted));
+        QVERIFY(!OrvaValue(m_root->getValue(path("power/resource/wifi")).toHash()).bool_());
+    }
+
+private:
+    std::unique_ptr<RootWorker> m_root;
+};
+
+QTEST_GUILESS_MAIN(TreeTest)
+#include "tst_tree.moc"
