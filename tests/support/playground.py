@@ -1,7 +1,7 @@
 """A lumod on a bus of its own, spoken to and overheard through busctl: no code of ours reads the wire.
 
 The environment names the program in LUMOD."""
-import json, os, queue, shutil, subprocess, tempfile, threading
+import json, os, queue, shutil, subprocess, tempfile, threading, time
 
 CONFIGURATION = """<busconfig><type>session</type><listen>unix:path={0}/bus</listen>
 <auth>EXTERNAL</auth><servicedir>{0}</servicedir><policy context="default"><allow user="*"/>
@@ -66,17 +66,17 @@ class Playground:
             if message["type"] == "signal" and message["path"] == OBJECT[1]:
                 self.signals.put((message["member"], message["payload"]))
 
-    def next(self):
-        return self.signals.get(timeout=LIMIT)  # its name and its payload
+    def next(self, limit=LIMIT):
+        return self.signals.get(timeout=limit)  # its name and its payload
 
     # The data of the next such signal; the ones before it are passed over.
     def wait(self, member, *values):
-        passed = []
+        passed, end = [], time.monotonic() + LIMIT
         while True:
             try:
-                name, payload = self.next()
+                name, payload = self.next(max(0, end - time.monotonic()))
             except queue.Empty:
-                raise AssertionError(f"no {member} {values} after {passed}") from None
+                raise AssertionError(f"no {member} {values} after {passed[-20:]}") from None
             passed.append((name, *(value for value in payload["data"] if not isinstance(value, dict))))
             if name == member and payload["data"][:len(values)] == list(values):
                 return payload["data"]
