@@ -69,7 +69,7 @@ device_configure() {
 
 # device_fill DIR TEMPLATE FILE
 device_fill() {
-    sed -e "s|@ORVA_USER@|$(id -un)|; s|@CMAKE_INSTALL_FULL_SBINDIR@|$1/build/bin|" \
+    sed -e "s|@ORVA_USER@|$(id -un)|; s|@ORVA_LUMOD@|$1/build/bin/lumod|" \
         -e "s|@ORVA_MODULE@|$1/build/lib/libnetworking.so|" "$device_source/dbus/$2" >"$3"
 }
 

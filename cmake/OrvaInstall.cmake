@@ -1,0 +1,65 @@
+# What is installed where, in three components: runtime (the device), development (who writes workers) and
+# simulator (the stand-in connection daemon, for a machine without radios).
+
+include(CMakePackageConfigHelpers)
+
+set(ORVA_USER orva CACHE STRING "User that the host runs as")
+set(ORVA_DBUS_DATADIR "${CMAKE_INSTALL_DATADIR}/dbus-1" CACHE STRING "Where the bus's files go")
+set(ORVA_SYSTEMD_DIR "lib/systemd/system" CACHE STRING "Where systemd's units go")
+set(ORVA_WORKER_DIR "${CMAKE_INSTALL_LIBDIR}/orva/workers")
+set(ORVA_LUMOD "${CMAKE_INSTALL_FULL_SBINDIR}/lumod --world ${CMAKE_INSTALL_FULL_DATADIR}/orva/world.json")
+set(ORVA_MODULE "${CMAKE_INSTALL_FULL_LIBDIR}/orva/workers/libnetworking.so")
+
+foreach(file IN ITEMS
+        dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
+        examples/host.json dist/orva-host.service dist/orva.sysusers dist/orva.pc)
+    configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
+endforeach()
+configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
+    INSTALL_DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/Orva" PATH_VARS ORVA_WORKER_DIR)
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/dist/OrvaConfigVersion.cmake"
+    COMPATIBILITY SameMinorVersion)
+
+# --- runtime
+install(TARGETS orva-host RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT runtime)
+install(TARGETS orvactl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
+install(TARGETS networking LIBRARY DESTINATION "${ORVA_WORKER_DIR}" COMPONENT runtime)
+install(TARGETS orva_api orva_processhandler EXPORT OrvaTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
+    NAMELINK_COMPONENT development)
+install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.Host1.conf"
+    DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT runtime)
+install(FILES dbus/org.orva.Host1.xml
+    DESTINATION "${ORVA_DBUS_DATADIR}/interfaces" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/dist/orva-host.service"
+    DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/dist/orva.sysusers"
+    DESTINATION lib/sysusers.d RENAME orva.conf COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/examples/host.json"
+    DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva" COMPONENT runtime)
+install(FILES examples/settings.json DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+install(FILES dist/orva-host.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
+
+# --- development
+install(DIRECTORY src/api/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva" COMPONENT development
+    FILES_MATCHING PATTERN "*.h")
+install(FILES src/processhandler/orvaprocesshandler.h
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva" COMPONENT development)
+install(EXPORT OrvaTargets NAMESPACE Orva::
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/Orva" COMPONENT development)
+install(FILES "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
+              "${CMAKE_BINARY_DIR}/dist/OrvaConfigVersion.cmake"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/Orva" COMPONENT development)
+install(FILES "${CMAKE_BINARY_DIR}/dist/orva.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+# --- simulator
+install(TARGETS lumod RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT simulator)
+install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.conf"
+    DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT simulator)
+install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
+    DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT simulator)
+install(FILES examples/world.json DESTINATION "${CMAKE_INSTALL_DATADIR}/orva" COMPONENT simulator)

@@ -1,0 +1,33 @@
+# Debian packages, one a component: `cpack -G DEB` in a build directory configured for the prefix /usr.
+
+set(CPACK_PACKAGE_NAME orva-networking)
+set(CPACK_PACKAGE_CONTACT "orva-networking maintainers <maintainers@localhost>")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development simulator)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_BINARY_DIR}/lib")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME orva-networking)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "network manager of an audio-streaming device, with its host")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "dbus, systemd, rfkill, iputils-ping")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "orva-lumod")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_SOURCE_DIR}/dist/postinst;${PROJECT_SOURCE_DIR}/dist/prerm;${PROJECT_SOURCE_DIR}/dist/postrm")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME orva-networking-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "headers for workers of the audio-streaming device's host")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "orva-networking (= ${PROJECT_VERSION}), qtbase5-dev, liblog4cplus-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME orva-lumod)
+set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "connection daemon that plays a network instead of driving one")
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS "dbus")
+
+include(CPack)
