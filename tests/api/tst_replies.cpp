@@ -1,0 +1,149 @@
+#include <core/orva.h>
+
+#include <QtTest>
+
+namespace {
+
+const CMError failure(QStringLiteral("error"), TrString("no"));
+
+CMPath path()
+{
+    return CMPath(QStringLiteral("a"));
+}
+
+OrvaValue number(qint32 content)
+{
+    OrvaValue value;
+    value.setI32_(content);
+    return value;
+}
+
+class Receiver : public QObject
+{
+public:
+    void on_request(const CMSetDataRequest& request) { requests << request; }
+    QVector<CMSetDataRequest> requests;
+};
+
+} // namespace
+
+class RepliesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aReplyFinishesOnce()
+    {
+        const auto reply = CMReply<QVariant>::create();
+        int calls = 0;
+        reply.addWatcher([&calls](const CMReply<QVariant>& end) { calls += end.value().toInt(); });
+        reply.finish(1);
+        reply.setError(failure);
+        QCOMPARE(calls, 1);
+        QVERIFY(reply.error().isEmpty());
+    }
+
+    void aDroppedReplyFinishesWithAnError()
+    {
+        QString name;
+        CMReply<QVariant>::create().addWatcher(
+            [&name](const CMReply<QVariant>& end) { name = end.error().name(); });
+        QCOMPARE(name, QStringLiteral("Dropped"));
+    }
+
+    void anEmptyReplyTakesEverything()
+    {
+        const CMReply<QVariant> empty;
+        empty.setError(failure);
+        empty.finish(1);
+        QVERIFY(!empty && !empty.isFinished());
+    }
+
+    void aWatcherWhoseContextIsGoneIsNotCalled()
+    {
+        const auto reply = CMVoidReply::create();
+        int calls = 0;
+        for (const auto type : {Qt::DirectConnection, Qt::QueuedConnection}) {
+            QObject context;
+            reply.addWatcher(
+                &context, [&calls](const CMVoidReply&) { ++calls; }, type);
+        }
+        reply.addWatcher(
+            this, [&calls](const CMVoidReply&) { calls += 10; }, Qt::QueuedConnection);
+        reply.finish();
+        QCOMPARE(calls, 0);
+        QTRY_COMPARE(calls, 10);
+    }
+
+    void aWaitHasALimit()
+    {
+        const auto reply = CMVoidReply::create();
+        QVERIFY(!reply.data()->waitForFinished(1));
+        QTimer::singleShot(0, this, [reply] { reply.finish(); });
+        QVERIFY(reply.data()->waitForFinished(5000));
+    }
+
+    void aValueNodeAnnouncesItsFirstValueAndChanges()
+    {
+        CMNodes nodes;
+        auto* node = CMValueNode::create(nodes, path());
+        QSignalSpy changed(node, &CMValueNode::valueChanged);
+        node->setValue(OrvaValue());
+        QCOMPARE(changed.size(), 1);
+        node->setValue(number(1));
+        node->setValue(number(1));
+        QCOMPARE(changed.size(), 2);
+    }
+
+    void anActivationIsDeliveredFromTheEventLoop()
+    {
+        CMNodes nodes;
+        Receiver receiver;
+        auto* node = CMActivateNode::create(nodes, path());
+        node->setAccepts({OrvaValue::I32()});
+        node->setInvoke(&receiver, &Receiver::on_request, Qt::QueuedConnection);
+        const auto refused = CMReply<QVariant>::create();
+        node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), OrvaValue(), refused));
+        QCOMPARE(refused.error().name(), QStringLiteral("MalformedValue"));
+        node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), number(1)));
+        QVERIFY(receiver.requests.isEmpty());
+        QTRY_COMPARE(receiver.requests.size(), 1);
+    }
+
+    void anActivationWhoseReceiverGoesIsDropped()
+    {
+        CMNodes nodes;
+        auto* node = CMActivateNode::create(nodes, path());
+        auto receiver = std::make_unique<Receiver>();
+        node->setInvoke(receiver.get(), &Receiver::on_request, Qt::QueuedConnection);
+        QString name;
+        {
+            const auto reply = CMReply<QVariant>::create();
+            reply.onError(this, [&name](const CMError& error) { name = error.name(); });
+            node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), OrvaValue(), reply));
+        }
+        receiver.reset();
+        QTRY_COMPARE(name, QStringLiteral("Dropped"));
+    }
+
+    void rowsKeepTheirPlacesAndTellOnce()
+    {
+        CMNodes nodes;
+        auto* node = CMListRowsNode::create(nodes, path());
+        QSignalSpy changed(node, &CMListRowsNode::rowsChanged);
+        for (const char* id : {"a", "b", "c", "a"}) {
+            OrvaRoles row;
+            row.setId(QLatin1String(id));
+            row.setTitle(QString::number(node->rows().size()));
+            node->rowsSetById(row);
+        }
+        node->rowsRemoveById(QStringLiteral("b"));
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(node->rows().size(), 2);
+        QCOMPARE(node->rows().first().title().toString(), QStringLiteral("3"));
+        QCOMPARE(node->rows().last().id(), QStringLiteral("c"));
+    }
+};
+
+QTEST_GUILESS_MAIN(RepliesTest)
+#include "tst_replies.moc"
