@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/orva.h"
+#include "monotonicClock.h"
 #include "network/networkrecords.h"
 #include "networking_lowlevel.h"
 #include "softApTable.h"
@@ -10,6 +11,7 @@
 #include <QtCore/QSet>
 #include <QtCore/QTimer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -38,6 +40,9 @@ public:
     /// Makes the backend for a worker. Tests put their own in.
     using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(Networking*)>;
 
+    /// Milliseconds on a clock that never goes back.
+    using Clock = std::function<qint64()>;
+
     /// Chooses the backend by the root file system. `config` goes to the base class unread.
     explicit Networking(const QVariantHash& config);
     Networking(const QVariantHash& config, const BackendFactory& createBackend);
@@ -47,6 +52,9 @@ public:
     /// the mount table cannot be read. `ORVA_MOUNT_TABLE` in the environment names another table
     /// than /proc/mounts, for development.
     [[nodiscard]] static bool isNFS();
+
+    /// Puts another clock in, for tests. Moments that were taken from the old one stay as they are.
+    void setClock(const Clock& clock) { m_clock = clock; }
 
     // What the backends read and report.
     [[nodiscard]] QString wiredInterface() const { return m_wiredInterfaceName; }
@@ -159,10 +167,25 @@ private:
     void updateConnectingMessage(const QString& message);
 
     // WPS (networking_wps.cpp).
+    using WpsStart = std::function<bool(const CMReply<OrvaNetworkInterface>& reply)>;
+    [[nodiscard]] bool refuseSecondWps(const CMSetDataRequest& request, const char* signature);
+    void announceWps(OrvaNetworkWpsType type, const QString& message);
+    void startWps(const CMSetDataRequest& request, const char* signature, const WpsStart& start);
+    void publishWps(OrvaNetworkWpsStatus status, const std::function<void(OrvaNetworkWps&)>& also);
     void wpsFinished(const CMReply<OrvaNetworkInterface>& reply);
+    void wpsSucceeded(const OrvaNetworkInterface& credentials);
+    void wpsFailed(const CMError& error);
 
     // Soft access point (networking_softap.cpp).
     bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
+    bool updateSoftAp(const QString& interface);
+    bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
+    [[nodiscard]] bool isSoftApRunning() const;
+    /// Answers the soft-AP requests that wait for the interface, in the order in which they came:
+    /// with success where the error is empty.
+    void answerPendingSoftAp(const QString& interface, const CMError& error = CMError());
+    void publishSoftApRequests();
+    void setConnectedStations(const QStringList& macs);
     void startSoftApTimer();
     void startSoftApTimer(unsigned int seconds);
     void stopSoftApTimer();
@@ -175,12 +198,26 @@ private:
     [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
 
     // Scanning (networking_scan.cpp).
+    struct QueuedScan
+    {
+        CMSetDataRequest request;
+        qint64 arrivedMs; ///< On the worker's clock.
+    };
+    void scanNetworks(const QueuedScan& scan);
+    void startScan(const CMSetDataRequest& request);
+    void refuseScan();
+    void clearScanResults();
+    void stopIdleScanTimer();
+    void guardQueuedScans();
+    /// Runs the scan requests that waited for the wireless interface, which is idle now.
+    void startQueuedScans();
     void on_scanTimer_timeout();
 
     // Radio (networking_radio.cpp).
     void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
 
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
+    Clock m_clock = monotonicMs;
 
     // Life cycle.
     bool m_started = false;
@@ -205,7 +242,7 @@ private:
 
     // Scanning. Whenever the timer stands still, both lists are empty.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
-    QVector<CMSetDataRequest> m_queueScanRequests;
+    QVector<QueuedScan> m_queueScanRequests;
     QTimer m_scanTimer;
 
     // WPS: the session in progress.
@@ -220,7 +257,7 @@ private:
     QStringList m_softApInterfaces;
     QMap<QString, SoftApTable> m_softApRequests;
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_activeSoftApSettings;
-    QMultiMap<QString, CMSetDataRequest> m_pendingSoftApRequests;
+    QMap<QString, QVector<CMSetDataRequest>> m_pendingSoftApRequests;
     QHash<QString, OrvaNetworkState> m_softApLinks;
     OrvaNetworkProfileSoftApRequest m_nextExpiringSoftApRequest;
     QTimer m_softApTimer;

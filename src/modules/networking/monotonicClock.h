@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QtCore/QtGlobal>
+
+#include <chrono>
+
+/// Milliseconds on the system's monotonic clock, which starts at boot and never goes back.
+[[nodiscard]] inline qint64 monotonicMs()
+{
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}

@@ -1,0 +1,377 @@
+#include "network/networkpaths.h"
+#include "networking.h"
+#include "networking_error.h"
+#include "networking_log.h"
+#include "softApDeadline.h"
+#include "softApSettings.h"
+
+#include <utility>
+
+namespace {
+
+using Settings = OrvaNetworkProfileSoftApSettings;
+using Request = OrvaNetworkProfileSoftApRequest;
+
+/// The soft-AP interface of a request that names none.
+QString defaultInterface()
+{
+    return QStringLiteral("uap0");
+}
+
+Request withInterface(Request request)
+{
+    Settings settings = request.settings();
+    if (!settings.__contains(Settings::ApInterface())) {
+        settings.setApInterface(defaultInterface());
+        request.setSettings(settings);
+    }
+    return request;
+}
+
+/// A revocation is a request record or the plain name of the requester.
+Request revocationOf(const OrvaValue& value)
+{
+    if (value.typeKey() != OrvaValue::String())
+        return value.networkSoftApRequest();
+    Request named;
+    named.setName(value.string_());
+    return named;
+}
+
+CMSetDataRequest activation(const CMPath& path, const Request& request)
+{
+    OrvaValue value;
+    value.setNetworkSoftApRequest(request);
+    return {path, OrvaRoles::Activate(), value};
+}
+
+CMError unknownInterface(const QString& interface)
+{
+    const QString text = QStringLiteral("Unknown SoftAp interface: ") + interface;
+    LOG4CPLUS_WARN(networkingLogger(), text);
+    return CMError(QStringLiteral("Error"), text);
+}
+
+OrvaNetworkSoftApRequestStatus statusOf(const Request& request, const QString& interface,
+                                        bool running, qint64 nowMs)
+{
+    OrvaNetworkSoftApRequestStatus status;
+    status.setName(request.name());
+    status.setInterface(interface);
+    status.setSettings(request.settings());
+    status.setHold(request.holdSoftAp());
+    status.setExpiresInMs(
+        request.timeout() == 0 ? 0 : qMax(1, millisecondsTo(request.timeout(), nowMs)));
+    status.setRunning(running);
+    return status;
+}
+
+void failAll(const QVector<CMSetDataRequest>& requests, const char* text)
+{
+    for (const CMSetDataRequest& request : requests) {
+        LOG4CPLUS_WARN(networkingLogger(), text);
+        request.fail(CMError(QStringLiteral("Error"), TrString(text)));
+    }
+}
+
+/// What is wrong with the time-out that a request asks for; empty when nothing is.
+CMError timeoutError(const Request& request, const char* signature)
+{
+    if (request.timeout() > longestSoftApTimeoutMs) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Requested timeout too large (" << request.timeout() << ")");
+        return networkingError(signature, "Timeout too large");
+    }
+    if (request.holdSoftAp() && request.timeout() < 1) {
+        LOG4CPLUS_WARN(networkingLogger(), "Requested hold without timeout");
+        return networkingError(signature, "Requested hold without timeout");
+    }
+    return {};
+}
+
+bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile)
+{
+    return newProfile.type() != OrvaNetworkProfileType::Wired &&
+           (newProfile.wireless() != oldProfile.wireless() ||
+            oldProfile.type() == OrvaNetworkProfileType::Wired);
+}
+
+} // namespace
+
+void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
+{
+    Request softAp = withInterface(request.value().networkSoftApRequest());
+    LOG4CPLUS_INFO(networkingLogger(), "Received request SoftAp, name: " << softAp.name());
+    if (!m_started) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Networking isn't started yet, discarding softap request command!");
+        request.fail(networkingError(Q_FUNC_INFO, "Networking is not started."));
+        return;
+    }
+    const CMError error = timeoutError(softAp, Q_FUNC_INFO);
+    if (!error.isEmpty()) {
+        request.fail(error);
+        return;
+    }
+    const QString interface = softAp.settings().apInterface();
+    if (!m_softApInterfaces.contains(interface)) {
+        request.fail(unknownInterface(interface));
+        return;
+    }
+    softAp.setTimeout(softApDeadline(m_clock(), softAp.timeout()));
+    // The request waits before the backend is asked, whose interface may come up at once.
+    m_pendingSoftApRequests[interface].append(request);
+    if (setSoftAp(softAp, true))
+        return;
+    m_pendingSoftApRequests[interface].removeLast();
+    request.answer();
+}
+
+void Networking::on_revokeSoftAp_req(const CMSetDataRequest& request)
+{
+    const Request revocation = withInterface(revocationOf(request.value()));
+    LOG4CPLUS_INFO(networkingLogger(), "Received revoke SoftAp, name: " << revocation.name());
+    if (!m_started) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Networking isn't started yet, discarding softap revoke command!");
+        request.fail(networkingError(Q_FUNC_INFO, "Networking is not started."));
+        return;
+    }
+    const QString interface = revocation.settings().apInterface();
+    if (!m_softApInterfaces.contains(interface)) {
+        request.fail(unknownInterface(interface));
+        return;
+    }
+    setSoftAp(revocation, false);
+    answerPendingSoftAp(interface, networkingError(Q_FUNC_INFO, "SoftAp request revoked"));
+    request.answer();
+}
+
+bool Networking::setSoftAp(const Request& request, bool enable)
+{
+    const QString interface = request.settings().apInterface();
+    SoftApTable& table = m_softApRequests[interface];
+    if (enable)
+        table.set(request);
+    else
+        table.remove(request.name());
+    const bool stop = table.isEmpty();
+    scheduleSoftApTimeoutTimer();
+    const bool changed = stop ? stopSoftAp(request.settings()) : updateSoftAp(interface);
+    publishSoftApRequests();
+    return changed;
+}
+
+bool Networking::updateSoftAp(const QString& interface)
+{
+    const Settings current = m_activeSoftApSettings.value(interface);
+    const SoftApFold fold = foldSoftApRequests(current, m_softApSettings.value(interface),
+                                               m_softApRequests.value(interface).requests());
+    const bool wasHeld = std::exchange(m_softApHold, fold.hold);
+    if (fold.settings == current)
+        return false;
+    m_activeSoftApSettings.insert(interface, fold.settings);
+    if (wasHeld) {
+        LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
+                                               << interface << ". SoftAp is on hold.");
+        return false;
+    }
+    LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
+    LOG4CPLUS_DEBUG(networkingLogger(),
+                    "New SoftAp settings for interface " << interface << ": " << fold.settings);
+    requestWifiResource(SoftAp, true);
+    m_lowlevel->startSoftAp(fold.settings);
+    return true;
+}
+
+bool Networking::stopSoftAp(const Settings& settings)
+{
+    const QString interface = settings.apInterface();
+    m_softApHold = false;
+    const bool runs = !m_activeSoftApSettings.value(interface).isEmpty();
+    if (runs) {
+        LOG4CPLUS_INFO(networkingLogger(), "Stopping SoftAp on interface " << interface);
+        m_activeSoftApSettings.insert(interface, Settings());
+        m_lowlevel->stopSoftAp(settings);
+    }
+    if (!isSoftApRunning())
+        requestWifiResource(SoftAp, false);
+    return runs;
+}
+
+bool Networking::isSoftApRunning() const
+{
+    return std::any_of(m_activeSoftApSettings.begin(), m_activeSoftApSettings.end(),
+                       [](const Settings& settings) { return !settings.isEmpty(); });
+}
+
+void Networking::answerPendingSoftAp(const QString& interface, const CMError& error)
+{
+    const auto pending = m_pendingSoftApRequests.take(interface);
+    for (const CMSetDataRequest& request : pending) {
+        if (error.isEmpty())
+            request.answer();
+        else
+            request.fail(error);
+    }
+}
+
+void Networking::publishSoftApRequests()
+{
+    OrvaList<OrvaNetworkSoftApRequestStatus> rows;
+    for (auto entry = m_softApRequests.begin(); entry != m_softApRequests.end(); ++entry) {
+        const bool running = !m_activeSoftApSettings.value(entry.key()).isEmpty();
+        for (const Request& request : entry->requests())
+            rows << statusOf(request, entry.key(), running, m_clock());
+    }
+    OrvaValue value;
+    value.setSoftApRequests(rows);
+    m_softApRequestsNode->setValue(value);
+}
+
+void Networking::clearSoftAp()
+{
+    m_softApRequests.clear();
+    m_softApHold = false;
+    scheduleSoftApTimeoutTimer();
+    const auto active = std::exchange(m_activeSoftApSettings, {});
+    for (const Settings& settings : active) {
+        if (!settings.isEmpty())
+            m_lowlevel->stopSoftAp(settings);
+    }
+    const auto pending = std::exchange(m_pendingSoftApRequests, {});
+    for (const QVector<CMSetDataRequest>& requests : pending)
+        failAll(requests, "Cannot start softAp, stopping all softAps");
+    publishSoftApRequests();
+}
+
+void Networking::scheduleSoftApTimeoutTimer()
+{
+    m_softApTimeoutTimer.stop();
+    m_nextExpiringSoftApRequest = nextExpiringSoftApRequest(m_softApRequests);
+    if (m_nextExpiringSoftApRequest.isEmpty())
+        return;
+    const qint32 remaining = millisecondsTo(m_nextExpiringSoftApRequest.timeout(), m_clock());
+    m_softApTimeoutTimer.start(qMax(0, remaining));
+}
+
+void Networking::on_softApTimeoutTimer_timeout()
+{
+    if (m_nextExpiringSoftApRequest.isEmpty())
+        return;
+    if (millisecondsTo(m_nextExpiringSoftApRequest.timeout(), m_clock()) > 0) {
+        scheduleSoftApTimeoutTimer(); // A coarse timer fires up to 5 % early.
+        return;
+    }
+    const Request expired = std::exchange(m_nextExpiringSoftApRequest, {});
+    LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << expired.name());
+    on_revokeSoftAp_req(activation(OrvaNetworkRevokeSoftApPath(), expired));
+}
+
+void Networking::activateLocalSoftAp()
+{
+    // Not before networking is started: the request would be refused, and the next start would find
+    // the soft AP marked as active and leave it alone.
+    m_localSoftApActive = m_started;
+    if (!m_softApAutoEnabled)
+        return;
+    Request local;
+    local.setName(name());
+    on_requestSoftAp_req(activation(OrvaNetworkRequestSoftApPath(), local));
+}
+
+void Networking::deactivateLocalSoftAp()
+{
+    m_localSoftApActive = false;
+    if (!m_softApAutoEnabled)
+        return;
+    Request local;
+    local.setName(name());
+    on_revokeSoftAp_req(activation(OrvaNetworkRevokeSoftApPath(), local));
+}
+
+void Networking::startSoftApTimer()
+{
+    LOG4CPLUS_INFO(networkingLogger(), "Starting softap timer");
+    m_softApTimer.start(OrvaNetworkSoftApTimeout());
+}
+
+void Networking::startSoftApTimer(unsigned int seconds)
+{
+    LOG4CPLUS_INFO(networkingLogger(),
+                   "Starting softap timer with custom timeout: " << seconds << " seconds");
+    m_softApTimer.start(static_cast<int>(seconds) * 1000);
+}
+
+void Networking::stopSoftApTimer()
+{
+    if (m_softApTimer.isActive())
+        LOG4CPLUS_INFO(networkingLogger(), "Stopping softap timer.");
+    m_softApTimer.stop();
+}
+
+void Networking::on_softApTimer_timeout()
+{
+    LOG4CPLUS_INFO(networkingLogger(), "activating local soft ap");
+    activateLocalSoftAp();
+}
+
+void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
+                                    const OrvaNetworkProfile& oldProfile)
+{
+    LOG4CPLUS_TRACE(networkingLogger(), "new: " << newProfile << " old: " << oldProfile);
+    if (m_wirelessConfigured && wirelessChanged(newProfile, oldProfile))
+        deactivateLocalSoftAp();
+    const bool fallback = std::exchange(m_authFailureFallback, false);
+    if (m_localSoftApActive)
+        return;
+    if (currentCableStatus() || m_wirelessConfigured) {
+        if (!linkStatus())
+            startSoftApTimer();
+        return;
+    }
+    if (fallback) {
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "No network configured, immediate softAP start requested...");
+        startSoftApTimer(0);
+    } else {
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "No network configured, starting softAP in 10 seconds...");
+        startSoftApTimer(10);
+    }
+}
+
+OrvaNetworkState Networking::calculateSoftApState() const
+{
+    const auto states = m_softApLinks.values();
+    if (states.contains(OrvaNetworkState::Connected))
+        return OrvaNetworkState::Connected;
+    const bool inBetween = std::any_of(states.begin(), states.end(), [](OrvaNetworkState state) {
+        return state != OrvaNetworkState::Disconnected;
+    });
+    return inBetween ? OrvaNetworkState::Disconnecting : OrvaNetworkState::Disconnected;
+}
+
+void Networking::on_lowlevel_StationConnected(const QString& mac)
+{
+    LOG4CPLUS_INFO(networkingLogger(), "Got connected softap station: " << mac);
+    QStringList stations = m_connectedStationsNode->value().stringList();
+    if (!stations.contains(mac.toUpper()))
+        stations << mac.toUpper();
+    setConnectedStations(stations);
+}
+
+void Networking::on_lowlevel_StationDisconnected(const QString& mac)
+{
+    LOG4CPLUS_INFO(networkingLogger(), "Got disconnected softap station: " << mac);
+    QStringList stations = m_connectedStationsNode->value().stringList();
+    stations.removeAll(mac.toUpper());
+    setConnectedStations(stations);
+}
+
+void Networking::setConnectedStations(const QStringList& macs)
+{
+    OrvaValue value;
+    value.setStringList(macs);
+    m_connectedStationsNode->setValue(value);
+}

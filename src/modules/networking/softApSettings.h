@@ -1,0 +1,30 @@
+#pragma once
+
+#include "network/networkrecords.h"
+
+/// The settings with each field taken from `first` where it is present there, else from `second`,
+/// else absent.
+[[nodiscard]] OrvaNetworkProfileSoftApSettings
+mergeSoftApSettings(const OrvaNetworkProfileSoftApSettings& first,
+                    const OrvaNetworkProfileSoftApSettings& second);
+
+/// What of the running settings stays when the requests change: all fields but the vendor-specific
+/// data, which lives only while a request or the configuration supplies it.
+[[nodiscard]] OrvaNetworkProfileSoftApSettings
+stickySoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
+
+/// What the live requests of one interface come to.
+struct SoftApFold
+{
+    OrvaNetworkProfileSoftApSettings settings;
+    /// Whether some request asks for the settings to be held.
+    bool hold = false;
+};
+
+/// Folds the requests, in their order, over what runs and what is configured: a field of a later
+/// request overrides that of an earlier one, a request overrides what runs, and what runs overrides
+/// the configuration.
+[[nodiscard]] SoftApFold
+foldSoftApRequests(const OrvaNetworkProfileSoftApSettings& running,
+                   const OrvaNetworkProfileSoftApSettings& configured,
+                   const QVector<OrvaNetworkProfileSoftApRequest>& requests);
