@@ -212,6 +212,7 @@ void Networking::connectTimers()
     m_shutdownTimer.setInterval(shutdownDelayMs);
     connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);
     m_softApTimeoutTimer.setSingleShot(true);
+    m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_softApTimeoutTimer, &QTimer::timeout, this,
             &Networking::on_softApTimeoutTimer_timeout);
     m_softApTimer.setSingleShot(true);

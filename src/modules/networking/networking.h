@@ -158,12 +158,10 @@ private:
     void publishInfoAndState(OrvaNetworkInfo info);
     void setNetworkLinkStatus(const QString& interface, bool up);
     void setSoftApLinkStatus(const QString& interface, bool up);
-    void answerPendingSoftApRequests(const QString& interface);
     void updateCurrentMac();
     void updateWebserverUrl();
     /// Starts the local soft access point again, once, when its interface is seen.
     void restoreLocalSoftAp();
-    void startQueuedScans();
     void updateConnectingMessage(const QString& message);
 
     // WPS (networking_wps.cpp).

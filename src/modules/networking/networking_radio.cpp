@@ -1,6 +1,7 @@
 #include "network/networkpaths.h"
 #include "networking.h"
 #include "networking_log.h"
+#include "nodeValues.h"
 #include "orvaprocesshandler.h"
 #include "power/powerrecords.h"
 
@@ -86,9 +87,8 @@ void Networking::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
     LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
-    OrvaValue setting;
-    setting.setBool_(on);
-    CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), setting, CMReply<QVariant>::create());
+    CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), toValue(on),
+                       CMReply<QVariant>::create());
     runRfkill(rfkillArguments(on, m_airplaneModeType));
     OrvaNetworkInfo published = info();
     published.setAirplaneMode(on);

@@ -2,6 +2,7 @@
 #include "networking.h"
 #include "networking_error.h"
 #include "networking_log.h"
+#include "nodeValues.h"
 #include "softApDeadline.h"
 #include "softApSettings.h"
 
@@ -371,7 +372,5 @@ void Networking::on_lowlevel_StationDisconnected(const QString& mac)
 
 void Networking::setConnectedStations(const QStringList& macs)
 {
-    OrvaValue value;
-    value.setStringList(macs);
-    m_connectedStationsNode->setValue(value);
+    m_connectedStationsNode->setValue(toValue(macs));
 }

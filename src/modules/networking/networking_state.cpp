@@ -79,17 +79,8 @@ void Networking::setSoftApLinkStatus(const QString& interface, bool up)
                          up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
     publishInfo(withSoftApState(info(), calculateSoftApState()));
     if (up)
-        answerPendingSoftApRequests(interface);
+        answerPendingSoftAp(interface);
     m_connectedStationsNode->setValue(toValue(QStringList()));
-}
-
-void Networking::answerPendingSoftApRequests(const QString& interface)
-{
-    const auto pending = m_pendingSoftApRequests.values(interface);
-    m_pendingSoftApRequests.remove(interface);
-    // The map gives the latest first.
-    for (auto request = pending.crbegin(); request != pending.crend(); ++request)
-        request->answer();
 }
 
 void Networking::setNetworkLinkStatus(const QString& interface, bool up)
@@ -224,13 +215,4 @@ void Networking::restoreLocalSoftAp()
     m_softApAutoChecked = true;
     if (m_localSoftApActive)
         activateLocalSoftAp();
-}
-
-void Networking::startQueuedScans()
-{
-    const auto queued = std::exchange(m_queueScanRequests, {});
-    for (const CMSetDataRequest& request : queued) {
-        LOG4CPLUS_DEBUG(networkingLogger(), "Starting queued scan (InterfaceStatusChanged)");
-        on_scanNetworks_req(request);
-    }
 }

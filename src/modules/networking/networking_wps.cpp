@@ -2,6 +2,7 @@
 #include "networking.h"
 #include "networking_error.h"
 #include "networking_log.h"
+#include "nodeValues.h"
 #include "wpsCredentials.h"
 #include "wpsPin.h"
 
@@ -13,9 +14,7 @@ void Networking::on_generateWpsPin_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     std::srand(static_cast<unsigned int>(QDateTime::currentMSecsSinceEpoch()));
-    OrvaValue pin;
-    pin.setString_(wpsPin(static_cast<quint32>(std::rand()) % 10000000));
-    request.answer(pin);
+    request.answer(toValue(wpsPin(static_cast<quint32>(std::rand()) % 10000000)));
 }
 
 void Networking::on_performWpsPbc_req(const CMSetDataRequest& request)
@@ -137,10 +136,8 @@ void Networking::on_applyWps_req(const CMSetDataRequest& request)
     const OrvaNetworkProfile profile = withWpsCredentials(m_profileNode->value().networkProfile(),
                                                           request.value().networkInterface());
     LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << profile);
-    OrvaValue value;
-    value.setNetworkProfile(profile);
     const auto applied = CMReply<QVariant>::create();
-    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), value, applied);
+    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(profile), applied);
     applied.addWatcher(this, [request](const CMReply<QVariant>& reply) {
         if (reply.error().isEmpty())
             request.answer();
