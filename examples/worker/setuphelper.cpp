@@ -1,0 +1,64 @@
+#include "setuphelper.h"
+
+#include <network/networkpaths.h>
+
+namespace {
+
+const auto WorkerName = QStringLiteral("setup-helper");
+
+/// How long the access point stays open, in milliseconds; the most that a request may ask for.
+constexpr int OpenForMs = 60000;
+
+} // namespace
+
+SetupHelper::SetupHelper(const QVariantHash& config)
+    : CMNodesWorker(config, WorkerName)
+    , m_advice(CMValueNode::create(nodes(), CMPath(QStringLiteral("setup-helper/advice"))))
+    , m_info(this, OrvaNetworkInfoPath())
+{
+    m_advice->setTitle(TrString(trExtractContext(Q_FUNC_INFO), "How to reach this device"));
+    m_advice->setReadOnly(true);
+    // Comes for the first known value too, whichever worker is loaded first.
+    connect(&m_info, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
+        OrvaValue advice;
+        advice.setString(adviceFor(value.networkInfo()));
+        m_advice->setValue(advice);
+    });
+
+    auto* open = CMActivateNode::create(nodes(), CMPath(QStringLiteral("setup-helper/open")));
+    open->setTitle(TrString(trExtractContext(Q_FUNC_INFO), "Open the setup network"));
+    open->setInvoke(this, &SetupHelper::on_open_req, Qt::QueuedConnection);
+}
+
+QString SetupHelper::adviceFor(const OrvaNetworkInfo& info)
+{
+    if (info.state() == OrvaNetworkState::Connected)
+        return QStringLiteral("The device is on your network.");
+    if (info.softAp().state() == OrvaNetworkState::Connected)
+        return QStringLiteral("Join the device's own wireless network to set it up.");
+    return QStringLiteral("Plug in a cable, or open the setup network.");
+}
+
+void SetupHelper::on_open_req(const CMSetDataRequest& request)
+{
+    OrvaNetworkProfileSoftApRequest softAp;
+    softAp.setName(name());
+    softAp.setTimeout(OpenForMs);
+    OrvaValue value;
+    value.setNetworkSoftApRequest(softAp);
+
+    const auto reply = CMReply<QVariant>::create();
+    // Answered when the access point is up, or refused; the requester gets that answer.
+    reply.addWatcher(this, [request](const CMReply<QVariant>& finished) {
+        if (finished.error().isEmpty())
+            request.answer();
+        else
+            request.fail(finished.error());
+    });
+    CMRoot()->invoke(OrvaNetworkRequestSoftApPath(), value, reply);
+}
+
+extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
+{
+    return new SetupHelper(config);
+}
