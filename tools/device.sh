@@ -102,8 +102,8 @@ device_await() {
     local tries=$(($1 * 20))
     shift
     until "$@"; do
-        ((tries-- > 0)) && kill -0 "$device_bus_pid" 2>/dev/null &&
-            { [ -z "$device_host_pid" ] || kill -0 "$device_host_pid" 2>/dev/null; } || return 1
+        ((tries-- > 0)) && device_any_alive "$device_bus_pid" &&
+            { [ -z "$device_host_pid" ] || device_any_alive "$device_host_pid"; } || return 1
         sleep 0.05
     done
 }
@@ -127,14 +127,14 @@ device_end() {
         sleep 0.05
     done
     kill -KILL "${pids[@]}" 2>/dev/null
-    wait "$1" 2>/dev/null
     return 0
 }
 
+# device_any_alive PID...: one that has ended but was not collected yet does not count.
 device_any_alive() {
     local pid
     for pid in "$@"; do
-        kill -0 "$pid" 2>/dev/null && return 0
+        grep -qs '^State:[[:space:]]*[^ZX[:space:]]' "/proc/$pid/status" && return 0
     done
     return 1
 }
