@@ -208,25 +208,28 @@ void Networking::createActivateNodes()
 
 void Networking::connectTimers()
 {
-    m_shutdownTimer.setSingleShot(true);
+    const auto connectTimer = [this](QTimer& timer, const QString& name, auto slot) {
+        timer.setParent(this);
+        timer.setObjectName(name);
+        timer.setSingleShot(true);
+        connect(&timer, &QTimer::timeout, this, slot);
+    };
+    connectTimer(m_shutdownTimer, QStringLiteral("m_shutdownTimer"),
+                 &Networking::on_shutdownTimer_timeout);
     m_shutdownTimer.setInterval(shutdownDelayMs);
-    connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);
-    m_softApTimeoutTimer.setSingleShot(true);
+    connectTimer(m_softApTimeoutTimer, QStringLiteral("m_softApTimeoutTimer"),
+                 &Networking::on_softApTimeoutTimer_timeout);
     m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_softApTimeoutTimer, &QTimer::timeout, this,
-            &Networking::on_softApTimeoutTimer_timeout);
-    m_softApTimer.setSingleShot(true);
-    connect(&m_softApTimer, &QTimer::timeout, this, &Networking::on_softApTimer_timeout);
-    connect(&m_releaseWifiResourceTimer, &QTimer::timeout, this,
-            &Networking::on_releaseWifiResource_timeout);
-    connect(&m_scanTimer, &QTimer::timeout, this, &Networking::on_scanTimer_timeout);
+    connectTimer(m_softApTimer, QStringLiteral("m_softApTimer"),
+                 &Networking::on_softApTimer_timeout);
+    connectTimer(m_releaseWifiResourceTimer, QStringLiteral("m_releaseWifiResourceTimer"),
+                 &Networking::on_releaseWifiResource_timeout);
+    connectTimer(m_scanTimer, QStringLiteral("m_scanTimer"), &Networking::on_scanTimer_timeout);
 }
 
 void Networking::configureRadioTimers()
 {
-    m_releaseWifiResourceTimer.setSingleShot(true);
     m_releaseWifiResourceTimer.setInterval(releaseWifiResourceDelayMs);
-    m_scanTimer.setSingleShot(true);
     m_scanTimer.setInterval(scanTimeoutMs);
 }
 

@@ -1,6 +1,10 @@
 #include "networking.h"
 
-extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
+extern "C" {
+
+/// The module's one exported entry point: a new network manager, which the host owns.
+Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
 {
     return new Networking(config);
+}
 }

@@ -1,0 +1,186 @@
+#include "workerfixture.h"
+
+#include <network/networkpaths.h>
+#include <workers/powermanager.h>
+#include <workers/settings.h>
+
+namespace {
+
+OrvaValue number(qint32 number)
+{
+    OrvaValue value;
+    value.setI32_(number);
+    return value;
+}
+
+NodeValues completed(const NodeValues& values)
+{
+    NodeValues all = {{OrvaNetworkWiredInterfacePath(), toValue(QStringLiteral("eth0"))},
+                      {OrvaNetworkWirelessInterfacePath(), toValue(QStringLiteral("wlan0"))},
+                      {OrvaWebserverPortPath(), number(80)}};
+    const auto defaults = networkSettingDefaults();
+    for (const SettingDefault& setting : defaults)
+        all.insert(setting.path, setting.value);
+    for (auto entry = values.begin(); entry != values.end(); ++entry)
+        all.insert(entry.key(), entry.value());
+    return all;
+}
+
+QString rfkillRecord(const QTemporaryDir& directory)
+{
+    return directory.filePath(QStringLiteral("rfkill"));
+}
+
+/// The real rfkill must not be found, whoever starts the program.
+void standInForRfkill(const QTemporaryDir& directory)
+{
+    qputenv("ORVA_RFKILL_RECORD", rfkillRecord(directory).toLocal8Bit());
+    const QByteArray first = ORVA_STAND_INS ":";
+    const QByteArray path = qgetenv("PATH");
+    if (!path.startsWith(first))
+        qputenv("PATH", first + path);
+}
+
+} // namespace
+
+ValueStore::ValueStore(const NodeValues& values)
+    : CMNodesWorker({}, QStringLiteral("store"))
+{
+    for (auto entry = values.begin(); entry != values.end(); ++entry)
+        CMValueNode::create(nodes(), entry.key())->setValue(entry.value());
+}
+
+void ValueStore::setDataRequest(const CMSetDataRequest& request)
+{
+    writes.append({request.path(), request.value()});
+    CMNodesWorker::setDataRequest(request);
+}
+
+WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
+{
+    standInForRfkill(m_directory);
+    auto ownStore = std::make_unique<ValueStore>(completed(values));
+    store = ownStore.get();
+    root.addWorker(std::move(ownStore));
+    root.addWorker(std::make_unique<PowerManager>());
+
+    const auto createBackend = [&](Networking*) {
+        auto own = std::make_unique<ScriptedBackend>();
+        backend = own.get();
+        if (prepare)
+            prepare(*own);
+        return own;
+    };
+    auto ownWorker = std::make_unique<Networking>(QVariantHash(), createBackend);
+    worker = ownWorker.get();
+    root.addWorker(std::move(ownWorker));
+    settle();
+}
+
+OrvaNetworkInfo WorkerFixture::info()
+{
+    return value(OrvaNetworkInfoPath()).networkInfo();
+}
+
+QVector<OrvaValue> WorkerFixture::writes(const CMPath& path) const
+{
+    QVector<OrvaValue> values;
+    for (const auto& [written, value] : qAsConst(store->writes)) {
+        if (written == path)
+            values << value;
+    }
+    return values;
+}
+
+CMReply<QVariant> WorkerFixture::send(const CMPath& path, const OrvaValue& value)
+{
+    const auto reply = CMReply<QVariant>::create();
+    root.invoke(path, value, reply);
+    return reply;
+}
+
+QString WorkerFixture::request(const CMPath& path, const OrvaValue& value)
+{
+    const auto reply = send(path, value);
+    settle();
+    return outcome(reply);
+}
+
+QString WorkerFixture::outcome(const CMVoidReply& reply)
+{
+    if (!reply.isFinished())
+        return QStringLiteral("no answer");
+    const CMError error = reply.error();
+    return error.isEmpty() ? QString() : error.name() + QStringLiteral(": ") + error.message();
+}
+
+void WorkerFixture::settle()
+{
+    constexpr int longestChain = 20; // queued calls that each post the next
+    for (int i = 0; i < longestChain; ++i)
+        QCoreApplication::sendPostedEvents();
+}
+
+QTimer* WorkerFixture::timer(const QString& name) const
+{
+    return worker->findChild<QTimer*>(name);
+}
+
+bool WorkerFixture::fire(const QString& name)
+{
+    QTimer* const due = timer(name);
+    if (!due || !due->isActive())
+        return false;
+    QTimerEvent event(due->timerId());
+    QCoreApplication::sendEvent(due, &event);
+    settle();
+    return true;
+}
+
+QStringList WorkerFixture::rfkillCalls() const
+{
+    QFile record(rfkillRecord(m_directory));
+    if (!record.open(QIODevice::ReadOnly | QIODevice::Text))
+        return {};
+    return QString::fromUtf8(record.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+OrvaNetworkInterface wpaNetwork(const QString& ssid)
+{
+    OrvaNetworkInterface network;
+    network.setSsid(ssid);
+    network.setKey(QStringLiteral("secret-") + ssid);
+    network.setEncryption(OrvaNetworkProfileWirelessEncryption::WpaPsk);
+    network.setDhcp(true);
+    return network;
+}
+
+OrvaNetworkProfile profileWith(const QStringList& ssids)
+{
+    OrvaList<OrvaNetworkInterface> networks;
+    for (const QString& ssid : ssids)
+        networks << wpaNetwork(ssid);
+    OrvaNetworkProfile profile;
+    profile.setWirelessNetworks(networks);
+    if (!networks.isEmpty())
+        profile.setWireless(networks.first());
+    return profile;
+}
+
+QStringList ssidsOf(const OrvaNetworkProfile& profile)
+{
+    QStringList ssids;
+    const auto networks = profile.wirelessNetworks();
+    for (const OrvaNetworkInterface& network : networks)
+        ssids << network.ssid();
+    return ssids;
+}
+
+QStringList ssidsOf(const OrvaNetworkInfo& info)
+{
+    QStringList ssids;
+    const auto networks = info.wirelessNetworks();
+    for (const OrvaNetworkWirelessInterface& network : networks)
+        ssids << network.ssid();
+    return ssids;
+}

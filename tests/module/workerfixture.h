@@ -1,0 +1,80 @@
+#pragma once
+
+#include "scriptedbackend.h"
+
+#include <networking.h>
+#include <nodeValues.h>
+#include <rootworker.h>
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest>
+
+/// Paths and the values that nodes have at first.
+using NodeValues = QHash<CMPath, OrvaValue>;
+
+/// The values of everybody else that the network manager reads and writes, kept in memory.
+class ValueStore : public CMNodesWorker
+{
+    Q_OBJECT
+public:
+    explicit ValueStore(const NodeValues& values);
+
+    /// Every write in order, those that change nothing too.
+    QVector<QPair<CMPath, OrvaValue>> writes;
+
+    void setDataRequest(const CMSetDataRequest& request) override;
+};
+
+/// A network manager in a node tree of its own, over a backend that the test plays. Radios are left
+/// alone: rfkill is a stand-in that records its calls.
+class WorkerFixture
+{
+public:
+    using Prepare = std::function<void(ScriptedBackend& backend)>;
+
+    /// `values` replace those of settings and other workers' nodes; `prepare` sets the backend's
+    /// answers before the worker asks.
+    explicit WorkerFixture(const NodeValues& values = {}, const Prepare& prepare = {});
+    Q_DISABLE_COPY(WorkerFixture)
+
+    RootWorker root;
+    ValueStore* store = nullptr;
+    Networking* worker = nullptr;
+    ScriptedBackend* backend = nullptr;
+
+    /// The value of any node.
+    [[nodiscard]] OrvaValue value(const CMPath& path) { return readValue(path); }
+    [[nodiscard]] OrvaNetworkInfo info();
+    /// Every value written to a node of `store`, in order.
+    [[nodiscard]] QVector<OrvaValue> writes(const CMPath& path) const;
+
+    /// Sends a request. It is handled when the event loop runs.
+    CMReply<QVariant> send(const CMPath& path, const OrvaValue& value = {});
+    /// Sends a request and runs the event loop until nothing is left to do. The name and the
+    /// message of the error it is answered with, "name: message"; empty for success, "no answer"
+    /// where it stays open.
+    QString request(const CMPath& path, const OrvaValue& value = {});
+    /// What became of a request, in the words of `request()`.
+    [[nodiscard]] static QString outcome(const CMVoidReply& reply);
+    /// Runs the event loop until nothing is left to do.
+    static void settle();
+
+    /// A timer of the worker, by its member's name.
+    [[nodiscard]] QTimer* timer(const QString& name) const;
+    /// Lets the time of a timer that runs be up now; false when it stands still.
+    bool fire(const QString& name);
+
+    /// How rfkill was called, one call an entry.
+    [[nodiscard]] QStringList rfkillCalls() const;
+
+private:
+    QTemporaryDir m_directory;
+};
+
+/// A network with a WPA key, "secret-" and its SSID.
+[[nodiscard]] OrvaNetworkInterface wpaNetwork(const QString& ssid);
+/// A profile that is at the invariant with these networks, the first one in use.
+[[nodiscard]] OrvaNetworkProfile profileWith(const QStringList& ssids);
+/// The SSIDs of a profile's networks, or of the known networks of an info.
+[[nodiscard]] QStringList ssidsOf(const OrvaNetworkProfile& profile);
+[[nodiscard]] QStringList ssidsOf(const OrvaNetworkInfo& info);
