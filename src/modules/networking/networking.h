@@ -178,22 +178,24 @@ private:
     bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
     bool updateSoftAp(const QString& interface);
     bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
+    void clearSoftAp();
     [[nodiscard]] bool isSoftApRunning() const;
     /// Answers the soft-AP requests that wait for the interface, in the order in which they came:
     /// with success where the error is empty.
     void answerPendingSoftAp(const QString& interface, const CMError& error = CMError());
+    void scheduleSoftApTimeoutTimer();
     void publishSoftApRequests();
+    [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
     void setConnectedStations(const QStringList& macs);
+
+    // The worker's own, local soft access point (networking_softap_local.cpp).
+    void activateLocalSoftAp();
+    void deactivateLocalSoftAp();
     void startSoftApTimer();
     void startSoftApTimer(unsigned int seconds);
     void stopSoftApTimer();
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile);
-    void activateLocalSoftAp();
-    void deactivateLocalSoftAp();
-    void clearSoftAp();
-    void scheduleSoftApTimeoutTimer();
-    [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
 
     // Scanning (networking_scan.cpp).
     struct QueuedScan

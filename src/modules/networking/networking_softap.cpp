@@ -3,8 +3,10 @@
 #include "networking_error.h"
 #include "networking_log.h"
 #include "nodeValues.h"
+#include "softApActivation.h"
 #include "softApDeadline.h"
 #include "softApSettings.h"
+#include "softApStatus.h"
 
 #include <utility>
 
@@ -39,32 +41,11 @@ Request revocationOf(const OrvaValue& value)
     return named;
 }
 
-CMSetDataRequest activation(const CMPath& path, const Request& request)
-{
-    OrvaValue value;
-    value.setNetworkSoftApRequest(request);
-    return {path, OrvaRoles::Activate(), value};
-}
-
 CMError unknownInterface(const QString& interface)
 {
     const QString text = QStringLiteral("Unknown SoftAp interface: ") + interface;
     LOG4CPLUS_WARN(networkingLogger(), text);
     return CMError(QStringLiteral("Error"), text);
-}
-
-OrvaNetworkSoftApRequestStatus statusOf(const Request& request, const QString& interface,
-                                        bool running, qint64 nowMs)
-{
-    OrvaNetworkSoftApRequestStatus status;
-    status.setName(request.name());
-    status.setInterface(interface);
-    status.setSettings(request.settings());
-    status.setHold(request.holdSoftAp());
-    status.setExpiresInMs(
-        request.timeout() == 0 ? 0 : qMax(1, millisecondsTo(request.timeout(), nowMs)));
-    status.setRunning(running);
-    return status;
 }
 
 void failAll(const QVector<CMSetDataRequest>& requests, const char* text)
@@ -88,13 +69,6 @@ CMError timeoutError(const Request& request, const char* signature)
         return networkingError(signature, "Requested hold without timeout");
     }
     return {};
-}
-
-bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile)
-{
-    return newProfile.type() != OrvaNetworkProfileType::Wired &&
-           (newProfile.wireless() != oldProfile.wireless() ||
-            oldProfile.type() == OrvaNetworkProfileType::Wired);
 }
 
 } // namespace
@@ -219,14 +193,9 @@ void Networking::answerPendingSoftAp(const QString& interface, const CMError& er
 
 void Networking::publishSoftApRequests()
 {
-    OrvaList<OrvaNetworkSoftApRequestStatus> rows;
-    for (auto entry = m_softApRequests.begin(); entry != m_softApRequests.end(); ++entry) {
-        const bool running = !m_activeSoftApSettings.value(entry.key()).isEmpty();
-        for (const Request& request : entry->requests())
-            rows << statusOf(request, entry.key(), running, m_clock());
-    }
     OrvaValue value;
-    value.setSoftApRequests(rows);
+    value.setSoftApRequests(
+        softApRequestStatuses(m_softApRequests, m_activeSoftApSettings, m_clock()));
     m_softApRequestsNode->setValue(value);
 }
 
@@ -266,80 +235,7 @@ void Networking::on_softApTimeoutTimer_timeout()
     }
     const Request expired = std::exchange(m_nextExpiringSoftApRequest, {});
     LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << expired.name());
-    on_revokeSoftAp_req(activation(OrvaNetworkRevokeSoftApPath(), expired));
-}
-
-void Networking::activateLocalSoftAp()
-{
-    // Not before networking is started: the request would be refused, and the next start would find
-    // the soft AP marked as active and leave it alone.
-    m_localSoftApActive = m_started;
-    if (!m_softApAutoEnabled)
-        return;
-    Request local;
-    local.setName(name());
-    on_requestSoftAp_req(activation(OrvaNetworkRequestSoftApPath(), local));
-}
-
-void Networking::deactivateLocalSoftAp()
-{
-    m_localSoftApActive = false;
-    if (!m_softApAutoEnabled)
-        return;
-    Request local;
-    local.setName(name());
-    on_revokeSoftAp_req(activation(OrvaNetworkRevokeSoftApPath(), local));
-}
-
-void Networking::startSoftApTimer()
-{
-    LOG4CPLUS_INFO(networkingLogger(), "Starting softap timer");
-    m_softApTimer.start(OrvaNetworkSoftApTimeout());
-}
-
-void Networking::startSoftApTimer(unsigned int seconds)
-{
-    LOG4CPLUS_INFO(networkingLogger(),
-                   "Starting softap timer with custom timeout: " << seconds << " seconds");
-    m_softApTimer.start(static_cast<int>(seconds) * 1000);
-}
-
-void Networking::stopSoftApTimer()
-{
-    if (m_softApTimer.isActive())
-        LOG4CPLUS_INFO(networkingLogger(), "Stopping softap timer.");
-    m_softApTimer.stop();
-}
-
-void Networking::on_softApTimer_timeout()
-{
-    LOG4CPLUS_INFO(networkingLogger(), "activating local soft ap");
-    activateLocalSoftAp();
-}
-
-void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
-                                    const OrvaNetworkProfile& oldProfile)
-{
-    LOG4CPLUS_TRACE(networkingLogger(), "new: " << newProfile << " old: " << oldProfile);
-    if (m_wirelessConfigured && wirelessChanged(newProfile, oldProfile))
-        deactivateLocalSoftAp();
-    const bool fallback = std::exchange(m_authFailureFallback, false);
-    if (m_localSoftApActive)
-        return;
-    if (currentCableStatus() || m_wirelessConfigured) {
-        if (!linkStatus())
-            startSoftApTimer();
-        return;
-    }
-    if (fallback) {
-        LOG4CPLUS_INFO(networkingLogger(),
-                       "No network configured, immediate softAP start requested...");
-        startSoftApTimer(0);
-    } else {
-        LOG4CPLUS_INFO(networkingLogger(),
-                       "No network configured, starting softAP in 10 seconds...");
-        startSoftApTimer(10);
-    }
+    on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), expired));
 }
 
 OrvaNetworkState Networking::calculateSoftApState() const

@@ -213,6 +213,7 @@ void Networking::restoreLocalSoftAp()
     if (m_softApAutoChecked || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_())
         return;
     m_softApAutoChecked = true;
+    m_softApAutoEnabled = true; // The wireless interface may have been missing at the start.
     if (m_localSoftApActive)
         activateLocalSoftAp();
 }
