@@ -10,6 +10,8 @@
 
 #include <sstream>
 
+Q_DECLARE_METATYPE(OrvaField)
+
 namespace {
 
 template <class Record>
@@ -242,8 +244,6 @@ private Q_SLOTS:
         QCOMPARE(orvaNetworkInfoToGateway4(OrvaNetworkInfo()), QString());
     }
 };
-
-Q_DECLARE_METATYPE(QVector<OrvaField>)
 
 QTEST_GUILESS_MAIN(ValuesTest)
 #include "tst_values.moc"
