@@ -64,5 +64,3 @@ void Pinger::ping(const QString& gateway)
     m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, log);
     LOG4CPLUS_DEBUG(logger(), "ping process started");
 }
-
-#include "moc_pinger.cpp"

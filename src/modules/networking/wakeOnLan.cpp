@@ -151,5 +151,3 @@ void WakeOnLan::wake()
     target.setTarget(OrvaPowerManagerTargets::Wake);
     CMRoot()->invoke(OrvaPowerManagerTargetRequestPath(), target, CMReply<QVariant>::create());
 }
-
-#include "moc_wakeOnLan.cpp"

@@ -27,7 +27,7 @@ CMPath restartPath(const OrvaNetworkWifiRestartCriteria& criteria)
 
 CMReply<QVariant> invokeRestart(const CMPath& path)
 {
-    const auto reply = CMReply<QVariant>::create();
+    auto reply = CMReply<QVariant>::create();
     CMRoot()->invoke(path, OrvaHash(), reply);
     return reply;
 }
@@ -163,5 +163,3 @@ OrvaNetworkWifiRestartCriteria WifiRestart::criteria() const
 {
     return m_criteria->value().wifiRestartCriteria();
 }
-
-#include "moc_wifiRestart.cpp"
