@@ -1,0 +1,86 @@
+#pragma once
+
+#include "workerfixture.h"
+
+#include <memory>
+#include <random>
+#include <vector>
+
+class LogCapture;
+
+/// Random numbers that are the same for the same seed, on every machine.
+class Rng
+{
+public:
+    explicit Rng(quint32 seed)
+        : m_generator(seed)
+    {
+    }
+    /// From 0 to `limit` - 1.
+    int below(int limit) { return static_cast<int>(m_generator() % static_cast<quint32>(limit)); }
+    bool chance(int percent) { return below(100) < percent; }
+    template <class Container>
+    auto pick(const Container& items)
+    {
+        return items[below(static_cast<int>(items.size()))];
+    }
+
+private:
+    std::mt19937 m_generator;
+};
+
+class Driver;
+
+/// What clients and the network do in one theme, and what must hold of it.
+class Model
+{
+public:
+    virtual ~Model() = default;
+    /// Does one random thing and says what it did. Need not settle.
+    virtual QString step(Driver& driver, Rng& rng) = 0;
+    /// What does not hold, after a step of any model; empty when all is well.
+    virtual QString check(Driver& driver) = 0;
+    /// Brings what is still open to its end, after the last step.
+    virtual void finish(Driver&) {}
+};
+
+/// Plays random sequences of all its models' steps against one worker. The same seed plays the same
+/// sequence. Checks after every step, besides what the models check, that no key is published or
+/// logged, and at the end that every request was answered exactly once.
+class Driver
+{
+public:
+    explicit Driver(quint32 seed, const NodeValues& values = {});
+
+    WorkerFixture fixture;
+
+    void add(std::unique_ptr<Model> model) { m_models.push_back(std::move(model)); }
+
+    /// Sends a request that must be answered in the end. `expected` is its outcome in the words of
+    /// `WorkerFixture::request()`, where it is known.
+    void send(const CMPath& path, const OrvaValue& value = {},
+              const std::optional<QString>& expected = std::nullopt);
+
+    /// Empty when all went well, else what went wrong with the seed and the steps that led there.
+    [[nodiscard]] QString run(int steps);
+
+private:
+    struct Sent
+    {
+        CMPath path;
+        CMReply<QVariant> reply;
+        std::optional<QString> expected;
+    };
+
+    [[nodiscard]] QString check();
+    [[nodiscard]] QString checkAnswers();
+    [[nodiscard]] QString checkSecrets() const;
+    [[nodiscard]] QString report(const QString& what) const;
+
+    quint32 m_seed;
+    Rng m_rng;
+    LogCapture& m_log;
+    std::vector<std::unique_ptr<Model>> m_models;
+    QVector<Sent> m_open;
+    QStringList m_steps;
+};
