@@ -112,6 +112,8 @@ void Networking::guardQueuedScans()
 
 void Networking::startQueuedScans()
 {
+    if (m_queueScanRequests.isEmpty())
+        return;
     const auto queued = std::exchange(m_queueScanRequests, {});
     for (const QueuedScan& scan : queued) {
         LOG4CPLUS_DEBUG(networkingLogger(), "Starting queued scan (InterfaceStatusChanged)");
