@@ -15,7 +15,7 @@ QDeadlineTimer Wait::deadline() const
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
                             const QDeadlineTimer& deadline)
 {
-    const auto answer = context.host.invoke(path, value, deadline);
+    auto answer = context.host.invoke(path, value, deadline);
     if (answer)
         context.out.document(answer->__hash());
     return answer;

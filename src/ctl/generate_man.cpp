@@ -43,9 +43,10 @@ std::string synopsisOf(const CLI::App& command, const std::string& path)
 {
     std::string line = "\\fB" + escaped(path) + "\\fP";
     for (const CLI::Option* argument : shownOptions(command, true)) {
-        const std::string name = "\\fI" + escaped(argument->get_name()) + "\\fP";
-        const std::string more = argument->get_items_expected_max() > 1 ? "..." : "";
-        line += argument->get_required() ? " " + name + more : " [" + name + more + "]";
+        const bool required = argument->get_required();
+        const bool repeats = argument->get_items_expected_max() > 1;
+        line.append(required ? " \\fI" : " [\\fI").append(escaped(argument->get_name()));
+        line.append("\\fP").append(repeats ? "..." : "").append(required ? "" : "]");
     }
     return line;
 }

@@ -152,7 +152,7 @@ Result monitor(Context& context, const MonitorOptions& options)
     for (const std::string& prefix : options.prefixes)
         prefixes.append(QString::fromStdString(prefix));
     Monitor watcher(context, prefixes);
-    const Result begun = watcher.begin();
+    Result begun = watcher.begin();
     if (!begun.ok())
         return begun;
     const QObject guard;

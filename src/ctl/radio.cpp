@@ -33,7 +33,7 @@ Result airplane(Context& context, const AirplaneOptions& options)
     OrvaValue value;
     value.setBool_(on);
     const QDeadlineTimer deadline = options.wait.deadline();
-    const Result set = context.host.setValue(OrvaNetworkAirplaneModePath(), value);
+    Result set = context.host.setValue(OrvaNetworkAirplaneModePath(), value);
     if (!set.ok())
         return set;
     return waitForInfo(context, options.wait, deadline, whenInfo([on](const OrvaNetworkInfo& info) {

@@ -74,7 +74,7 @@ Result showPresent(Context& context, const QStringList& paths)
                                        [&path](const auto& known) { return known.path == path; });
         if (node == nodes->end())
             return {ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path)};
-        const Result shown = showPresent(context, *node);
+        Result shown = showPresent(context, *node);
         if (!shown.ok())
             return shown;
     }
