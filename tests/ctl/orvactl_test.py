@@ -1,5 +1,5 @@
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import getpass, json, os, pathlib, shutil, subprocess, tempfile, threading, time, unittest
+import getpass, json, os, pathlib, pty, shutil, subprocess, tempfile, termios, threading, time, unittest
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=+dac_read_search",
@@ -34,8 +34,9 @@ class Device:
                                "--state-dir", f"{self.directory}/state")
         self.until(lambda: self.run("orvactl nodes").returncode == 0)
 
-    def start(self, *command):
-        self.children.append(subprocess.Popen(command, env=self.environment, stdout=self.log, stderr=self.log))
+    def start(self, *command, output=None):
+        self.children.append(subprocess.Popen(command, env=self.environment, text=True, stderr=self.log,
+                                              stdout=output or self.log))
         return self.children[-1]
 
     def until(self, condition):
@@ -58,12 +59,12 @@ class Device:
         shutil.rmtree(self.directory)
 
 
-class Nodes(unittest.TestCase):
-    """The host without a worker: its settings and stand-ins are nodes enough."""
+class WithDevice(unittest.TestCase):
+    workers, activate = [], []
 
     @classmethod
     def setUpClass(cls):
-        cls.device = Device()
+        cls.device = Device(cls.workers, cls.activate)
         cls.addClassCleanup(cls.device.close)
 
     def ends(self, status, command, **more):
@@ -75,22 +76,28 @@ class Nodes(unittest.TestCase):
     def json(self, command):
         return [json.loads(line) for line in self.ends(0, command).splitlines()]
 
+    def get(self, path, kind):
+        return self.json(f"orvactl --json get {path}")[0][kind]
+
+
+class Nodes(WithDevice):
+    """The host without a worker: its settings and stand-ins are nodes enough."""
+
     def test_exit_status_tells_what_happened(self):
         for status, command in [
-                (0, f"orvactl get {MAXIMUM}"),
-                (2, "orvactl"), (2, "orvactl bogus"), (2, "orvactl get"), (2, "orvactl wol maybe"),
-                (2, "orvactl wait network/state"), (2, "orvactl wifi scan --wait 0"),
+                (0, f"orvactl get {MAXIMUM}"), (2, "orvactl"), (2, "orvactl bogus"), (2, "orvactl get"),
+                (2, "orvactl wol maybe"), (2, "orvactl wait network/state"), (2, "orvactl wifi scan --wait 0"),
                 (2, f"orvactl set {MAXIMUM} many"), (2, f"orvactl set {MAXIMUM} '{{'"),
                 (2, f"orvactl set {SSID} '\"\\u0000\"'"), (2, f"orvactl set {SSID} '{{\"string\":\"\\ud800\"}}'"),
                 (2, f"orvactl set {SSID} $'\\xff'"), (2, f"orvactl set {MAXIMUM} '{'[' * 20}{']' * 20}'"),
-                (2, f"orvactl set {MAXIMUM} '{DEEP}'"),
-                (2, "orvactl invoke power/target/request 1"),
+                (2, f"orvactl set {MAXIMUM} '{DEEP}'"), (2, "orvactl invoke power/target/request 1"),
                 (3, f"orvactl wait {MAXIMUM}==77 --timeout 0.2"),
-                (4, f"orvactl set {MAXIMUM} '{{\"i32\":5000000000}}'"), (4, f"orvactl set {AIRPLANE} '{{\"bool\":3}}'"),
-                (4, "orvactl set webserver/port 1"), (4, "orvactl get wifi-restart/restart"),
-                (6, "orvactl get no/such"), (6, "orvactl set no/such 1"), (6, "orvactl invoke no/such"),
-                (6, "orvactl rows no/such"), (6, "orvactl watch no/such"), (6, "orvactl status"),
-                (8, "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere orvactl nodes"), (8, "orvactl world plug")]:
+                (4, f"orvactl set {MAXIMUM} '{{\"i32\":5000000000}}'"),
+                (4, f"orvactl set {AIRPLANE} '{{\"bool\":3}}'"), (4, "orvactl set webserver/port 1"),
+                (4, "orvactl get wifi-restart/restart"), (6, "orvactl get no/such"), (6, "orvactl set no/such 1"),
+                (6, "orvactl invoke no/such"), (6, "orvactl rows no/such"), (6, "orvactl watch no/such"),
+                (6, "orvactl status"), (8, "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere orvactl nodes"),
+                (8, "orvactl world plug")]:
             with self.subTest(command):
                 self.ends(status, command)
 
@@ -108,18 +115,14 @@ class Nodes(unittest.TestCase):
                 self.ends(0, f"orvactl set {path} '{text}'")
                 self.assertEqual(self.json(f"orvactl --json get {path}"), [value])
                 self.ends(0, f"orvactl --json get {path} | orvactl set {path} -")
-        self.ends(0, f"orvactl set {SSID} -", stdin="from stdin\n")
-        self.assertEqual(self.ends(0, f"orvactl get {SSID}"), "from stdin\n")
+        self.ends(0, f"orvactl set {SSID} -", stdin="from\x1bstdin\n")
+        self.assertEqual(self.ends(0, f"orvactl get {SSID}"), "from\\u{1b}stdin\n")  # harmless on a terminal
 
     def test_integers_travel_as_32_bits(self):
         self.ends(0, f"orvactl set {PROFILE} '{{\"networkProfile\":{{\"type\":2,\"x\":5000000000}}}}'")
-        raw = self.device.run(f"busctl --json=short call org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s {PROFILE}")
-        fields = json.loads(raw.stdout)["data"][0]["networkProfile"]["data"]
+        raw = self.json(f"busctl --json=short call org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s {PROFILE}")
+        fields = raw[0]["data"][0]["networkProfile"]["data"]
         self.assertEqual((fields["type"]["type"], fields["x"]["type"]), ("i", "x"))
-
-    def test_a_person_sees_no_control_characters(self):
-        self.ends(0, f"orvactl set {SSID} '\"\\u001b[31mred\"'")
-        self.assertEqual(self.ends(0, f"orvactl get {SSID}"), "\\u{1b}[31mred\n")
 
     def test_machine_output_is_one_document_a_line(self):
         nodes = {node["path"]: node for node in self.json("orvactl nodes --json")}
@@ -131,16 +134,11 @@ class Nodes(unittest.TestCase):
 
     def test_watch_and_wait_follow_a_change(self):
         self.ends(0, f"orvactl set {MAXIMUM} 1")
-        watcher = subprocess.Popen(["orvactl", "--json", "watch", MAXIMUM], env=self.device.environment, text=True,
-                                   stdout=subprocess.PIPE)
+        watcher = self.device.start("orvactl", "--json", "watch", MAXIMUM, output=subprocess.PIPE)
         self.addCleanup(watcher.stdout.close)
-        self.addCleanup(watcher.wait)
-        self.addCleanup(watcher.kill)
         self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "value": {"i32": 1}})
-        later = threading.Timer(0.3, self.ends, (0, f"orvactl set {MAXIMUM} 2"))
-        later.start()
+        threading.Timer(0.3, self.device.run, [f"orvactl set {MAXIMUM} 2"]).start()
         self.ends(0, f"orvactl wait {MAXIMUM}==2 --timeout {LIMIT}")
-        later.join()
         self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "value": {"i32": 2}})
 
     def test_a_map_is_waited_for_by_the_fields_named(self):
@@ -160,21 +158,80 @@ class Nodes(unittest.TestCase):
                                     '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"')
                 self.assertEqual(done.split(), expected)
 
-    def test_every_command_is_in_the_manual(self):
-        manual = self.ends(0, "orvactl --generate man")
-        for command in "status", "network start", "wifi connect", "wifi wps pbc", "softap request", "world ap add":
-            self.assertIn(f"\\fB{command}\\fP", manual)
+
+class Network(WithDevice):
+    """The network manager on its fake backend."""
+
+    workers, activate = [{"library": os.environ["NETWORKING"], "config": {}}], ["network/start"]
+
+    def setUp(self):
+        self.device.until(lambda: self.get("network/state/connected", "bool"))
+
+    def stored(self):
+        return [(network["ssid"], network["key"]) for network in self.get(PROFILE, "networkProfile")["wirelessNetworks"]]
+
+    def test_a_key_comes_by_file_stdin_or_prompt_and_stays_secret(self):
+        key = self.device.directory / "key"
+        key.write_text("by-a-file\n", encoding="utf-8")
+        self.ends(0, f"orvactl wifi connect First --key-file {key}")
+        self.ends(0, "orvactl wifi connect Second --key-file -", stdin="by-stdin-")
+        self.ends(0, "orvactl wifi connect First")
+        self.connect_by_prompt("Third", "by-prompt")
+        self.assertEqual(self.stored(), [("Third", "by-prompt"), ("First", "by-a-file"), ("Second", "by-stdin-")])
+        published = self.get("network/profile", "networkProfile")["wirelessNetworks"]
+        self.assertEqual({network["key"] for network in published}, {"****"})
+        for secret in "by-a-file", "by-stdin-", "by-prompt":
+            self.assertNotIn(secret, (self.device.directory / "log").read_text(encoding="utf-8"))
+        self.ends(0, "orvactl wifi forget First")
+        self.assertNotIn("First", self.ends(0, "orvactl wifi known"))
+
+    def connect_by_prompt(self, ssid, key):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execvpe("orvactl", ["orvactl", "wifi", "connect", ssid], self.device.environment)
+        self.addCleanup(os.close, terminal)
+        shown = b""
+        while b"Key of" not in shown:
+            shown += os.read(terminal, 100)
+        self.device.until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO)
+        os.write(terminal, key.encode() + b"\n")
+        shown += os.read(terminal, 100)
+        self.assertEqual(os.waitpid(pid, 0)[1], 0)
+        self.assertNotIn(key.encode(), shown)
+
+    def test_an_edit_leaves_what_it_does_not_name(self):
+        self.ends(0, "orvactl profile set --merge -", stdin='{"wired":{"dhcp":true,"ours":1},"more":[1]}')
+        self.ends(0, "orvactl wifi connect Home --key-file -", stdin="long enough")
+        self.ends(0, "orvactl profile set --ip 10.0.0.9 --netmask 255.255.255.0 --dns 9.9.9.9,1.1.1.1")
+        profile = self.get(PROFILE, "networkProfile")
+        wired = dict(dhcp=False, ip="10.0.0.9", netmask="255.255.255.0", ours=1, dns=["9.9.9.9", "1.1.1.1"])
+        self.assertEqual((profile["wired"], profile["more"], self.stored()[0]), (wired, [1], ("Home", "long enough")))
+
+    def test_what_the_network_refuses_is_a_failure_with_its_text(self):
+        for text, command in [("Network is not configured", "orvactl wifi forget Nowhere"),
+                              ("8 to 63 characters", "orvactl wifi connect Nowhere --key-file - <<<short"),
+                              ("already started", "orvactl network start"),
+                              ("exactly 8 digits", "orvactl invoke network/wps/pin 1234567"),
+                              ("hold without timeout", "orvactl softap request me --hold")]:
+            with self.subTest(command):
+                done = self.device.run(command)
+                self.assertEqual((done.returncode, text in done.stderr), (4, True), done.stderr)
+
+    def test_a_scan_is_a_table_by_signal(self):
+        levels = [row["networkScanResult"]["signal"] for row in self.json("orvactl --json wifi scan")]
+        self.assertEqual(levels, sorted(levels, reverse=True))
+        self.assertEqual(len(self.ends(0, "orvactl wifi list").splitlines()), len(levels) + 1)
+
+    def test_actions_reach_the_state_that_they_ask_for(self):
+        self.ends(0, f"orvactl airplane on --wait {LIMIT}")
+        self.assertIn("Airplane mode on", self.ends(0, "orvactl status"))
+        self.ends(0, f"orvactl airplane off --wait {LIMIT} && orvactl network restart --wait {LIMIT}")
 
 
-class LostHost(unittest.TestCase):
+class LostHost(WithDevice):
     def test_a_host_that_leaves_ends_who_waits_for_it(self):
-        device = Device()
-        self.addCleanup(device.close)
-        killer = threading.Timer(0.5, device.host.kill)
-        killer.start()
-        done = device.run(f"orvactl wait {MAXIMUM}==77")
-        killer.join()
-        self.assertEqual((done.returncode, bool(done.stderr)), (8, True))
+        threading.Timer(0.5, self.device.host.kill).start()
+        self.ends(8, f"orvactl wait {MAXIMUM}==77")
 
 
 if __name__ == "__main__":
