@@ -16,7 +16,7 @@ struct OrvaBusNode
     QString kind;       ///< "value", "activate" or "rows".
     QString title;      ///< What a person reads.
     QString permission; ///< "default" or "service".
-    bool readOnly;
+    bool readOnly = false;
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 
