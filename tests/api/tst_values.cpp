@@ -198,6 +198,14 @@ private Q_SLOTS:
         QVERIFY(orvaStrictlyEqual(OrvaPlain::fromForeign(foreign).value_or(QVariant()), plain));
     }
 
+    void nothingInvalidGoesToTheBus()
+    {
+        const QVariant none;
+        const auto sent = OrvaPlain::toBus(
+            {{QStringLiteral("a"), none}, {QStringLiteral("b"), QVariantList{none, 1}}});
+        QCOMPARE(sent, (QVariantMap{{QStringLiteral("b"), QVariantList{1}}}));
+    }
+
     void aKeySuitsItsEncryption_data()
     {
         QTest::addColumn<int>("encryption");

@@ -257,9 +257,12 @@ QVariant toBusValue(const QVariant& plain)
         return OrvaPlain::toBus(plain.toHash());
     if (plain.userType() != QMetaType::QVariantList)
         return plain;
-    QVariantList items = plain.toList();
-    for (QVariant& item : items)
-        item = toBusValue(item);
+    QVariantList items;
+    const QVariantList list = plain.toList();
+    for (const QVariant& item : list) {
+        if (item.isValid())
+            items.append(toBusValue(item));
+    }
     return items;
 }
 
@@ -328,7 +331,9 @@ QByteArray OrvaPlain::toJson(const QVariant& plain)
 QVariantMap OrvaPlain::toBus(const QVariantHash& plain)
 {
     QVariantMap map;
-    for (auto entry = plain.begin(); entry != plain.end(); ++entry)
-        map.insert(entry.key(), toBusValue(entry.value()));
+    for (auto entry = plain.begin(); entry != plain.end(); ++entry) {
+        if (entry->isValid())
+            map.insert(entry.key(), toBusValue(entry.value()));
+    }
     return map;
 }
