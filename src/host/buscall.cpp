@@ -33,7 +33,7 @@ void BusCall::fail(const CMError& error) const
 
 CMReply<QVariant> BusCall::reply(const Encode& encode) const
 {
-    const auto reply = CMReply<QVariant>::create();
+    auto reply = CMReply<QVariant>::create();
     reply.addWatcher(
         [call = *this, encode](const CMReply<QVariant>& finished) {
             if (finished.error().isEmpty())

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workers/settings.h"
+#include "workers/networksettings.h"
 
 /// One worker that comes from a shared library.
 struct WorkerConfig

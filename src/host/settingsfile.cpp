@@ -57,7 +57,7 @@ std::optional<OrvaValue> SettingsFile::take(const CMPath& path, const OrvaValue&
     if (entry == m_entries.constEnd())
         return std::nullopt;
     QString why;
-    const auto value = decode(*entry, expected.typeKey(), &why);
+    auto value = decode(*entry, expected.typeKey(), &why);
     if (!value)
         drop(path, why);
     return value;

@@ -1,5 +1,5 @@
+#include "hostconfig.h"
 #include "settingsfile.h"
-#include "workers/settings.h"
 
 #include <network/networkpaths.h>
 
@@ -157,6 +157,17 @@ private Q_SLOTS:
                  QStringLiteral("NotStored"));
         QCOMPARE(valueOf(settings, maxFailures()), number(3));
         QVERIFY(write(settings, maxFailures(), number(3)).error().isEmpty());
+    }
+
+    void theExampleShowsTheDefaults()
+    {
+        QString why;
+        const auto example = readHostConfig(QStringLiteral(ORVA_EXAMPLE), &why);
+        QVERIFY2(example, qPrintable(why));
+        const auto defaults = networkSettingDefaults();
+        QCOMPARE(example->settings.size(), defaults.size());
+        for (int i = 0; i < defaults.size(); ++i)
+            QCOMPARE(example->settings.at(i).value, defaults.at(i).value);
     }
 
 private:

@@ -1,4 +1,4 @@
-#include "settings.h"
+#include "networksettings.h"
 
 #include <network/networkpaths.h>
 #include <network/networkrecords.h>

@@ -9,10 +9,6 @@ struct SettingDefault
     OrvaValue value;
 };
 
-/// The settings that the network manager reads and writes, with the defaults that hold where the
-/// host's configuration names no others.
-[[nodiscard]] QVector<SettingDefault> networkSettingDefaults();
-
 /// The settings: a value node for each, whose writes are on the disk before they are answered.
 ///
 /// A write that cannot be stored is refused and changes nothing; one that changes nothing is
