@@ -1,0 +1,91 @@
+#include "workerfixture.h"
+
+#include <network/networkpaths.h>
+#include <networking_lowlevel_fake.h>
+
+namespace {
+
+OrvaNetworkProfile profileOfType(OrvaNetworkProfileType type)
+{
+    OrvaNetworkProfile profile;
+    profile.setType(type);
+    return profile;
+}
+
+} // namespace
+
+/// The fake backend under a worker whose own backend lies still.
+class TestFake : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void takesEveryProfileForConnectedAfterASecond()
+    {
+        WorkerFixture fixture;
+        Networking_LowLevel_Fake fake(fixture.worker);
+        QSignalSpy addresses(&fake, &Networking_LowLevel::AddressesChanged);
+        fixture.worker->setLinkStatus(QStringLiteral("eth0"), true);
+        fixture.worker->setLinkStatus(QStringLiteral("wlan0"), true);
+
+        QVERIFY(fake.applyProfile(profileOfType(OrvaNetworkProfileType::Auto)));
+        QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
+        QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Disconnected);
+        // Each profile has its own second; all of them find the type that came last.
+        QVERIFY(fake.applyProfile(profileOfType(OrvaNetworkProfileType::Wireless)));
+        QTRY_COMPARE_WITH_TIMEOUT(addresses.count(), 2, 3000);
+        QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Connected);
+        QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
+    }
+
+    void findsThreeNetworks()
+    {
+        WorkerFixture fixture;
+        Networking_LowLevel_Fake fake(fixture.worker);
+        QSignalSpy results(&fake, &Networking_LowLevel::ScanResults);
+        QVERIFY(fake.scanNetworks());
+        QVERIFY(results.wait(3000));
+        const auto networks = results.first().first().value<QVector<OrvaNetworkScanResult>>();
+        QCOMPARE(networks.size(), 3);
+        QSet<QString> ssids;
+        for (int i = 0; i < 3; ++i) {
+            const OrvaNetworkScanResult& network = networks.at(i);
+            ssids.insert(network.ssid());
+            QVERIFY(QRegularExpression(QStringLiteral("^fakenet[0-7]$"))
+                        .match(network.ssid())
+                        .hasMatch());
+            QCOMPARE(network.bssid(), QStringLiteral("00:01:02:03:04:0%1").arg(i));
+            QVERIFY(network.signal() >= -80 && network.signal() <= -51);
+            QVERIFY(network.channel() >= 1 && network.channel() <= 13);
+            QVERIFY(network.encryption() != OrvaNetworkProfileWirelessEncryption::Wep);
+        }
+        QCOMPARE(ssids.size(), 3);
+    }
+
+    void runsOneWpsSession()
+    {
+        WorkerFixture fixture;
+        Networking_LowLevel_Fake fake(fixture.worker);
+        const auto first = CMReply<OrvaNetworkInterface>::create();
+        const auto second = CMReply<OrvaNetworkInterface>::create();
+        QVERIFY(fake.performWpsPin(QStringLiteral("12345670"), first));
+        QVERIFY(!fake.performWpsPbc(second));
+        QTRY_VERIFY_WITH_TIMEOUT(first.isFinished(), 5000);
+        QCOMPARE(first.value().ssid(), QStringLiteral("11GN_AP"));
+        QCOMPARE(first.value().key(), QStringLiteral("dummykey"));
+        QVERIFY(!second.isFinished());
+        QVERIFY(fake.performWpsPbc(second));
+    }
+
+    /// What is published of the wireless interface must outlive a refresh.
+    void reportsNoWirelessPart()
+    {
+        WorkerFixture fixture;
+        const OrvaNetworkInfo state = Networking_LowLevel_Fake(fixture.worker).getNetworkState();
+        QVERIFY(!state.__contains(OrvaNetworkInfo::Wireless()));
+        QVERIFY(!state.wired().addresses().isEmpty());
+        QCOMPARE(state.gateways().first().ip(), QStringLiteral("10.0.0.1"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFake)
+#include "tst_fake.moc"
