@@ -1,8 +1,7 @@
 #include "commandline.h"
-#include "names.h"
+#include "valueleaves.h"
 
 #include <QDateTime>
-#include <QMap>
 
 namespace ctl {
 
@@ -12,36 +11,6 @@ struct MonitorOptions
 {
     std::vector<std::string> prefixes;
 };
-
-/// A value taken apart: each scalar in it, by its place, as a person reads it.
-using Leaves = QMap<QString, QString>;
-
-void takeApart(const QString& place, const QString& field, const QVariant& value, Leaves& leaves)
-{
-    if (value.userType() == QMetaType::QVariantHash) {
-        const QVariantHash fields = value.toHash();
-        for (auto it = fields.cbegin(); it != fields.cend(); ++it)
-            takeApart(place.isEmpty() ? it.key() : place + QLatin1Char('.') + it.key(), it.key(),
-                      it.value(), leaves);
-        return;
-    }
-    if (value.userType() != QMetaType::QVariantList) {
-        leaves.insert(place, readableValue(field, value));
-        return;
-    }
-    const QVariantList items = value.toList();
-    for (int i = 0; i < items.size(); ++i)
-        takeApart(QStringLiteral("%1[%2]").arg(place).arg(i), field, items[i], leaves);
-}
-
-/// The places of a record start below its type; a scalar's place is empty.
-Leaves leavesOf(const OrvaValue& value)
-{
-    Leaves leaves;
-    const QString type = value.typeKey();
-    takeApart({}, type, type.isEmpty() ? value.__variant() : value.__hash().value(type), leaves);
-    return leaves;
-}
 
 /// Remembers what every node held and says what a change changed.
 class Monitor
@@ -82,9 +51,16 @@ public:
         Leaves places = before;
         for (auto it = now.cbegin(); it != now.cend(); ++it)
             places.insert(it.key(), it.value());
-        for (const QString& place : places.keys()) {
-            if (before.value(place) != now.value(place))
-                show(path, place, before.value(place), now.value(place));
+        const auto cameOrWent = [&before, &now](const QString& place) {
+            return before.contains(place) != now.contains(place);
+        };
+        for (auto it = places.cbegin(); it != places.cend(); ++it) {
+            const QString from = before.value(it.key()).text;
+            const QString to = now.value(it.key()).text;
+            const bool changed = it->isRecord ? cameOrWent(it.key()) : from != to;
+            // Where a record came or went as a whole, its own line says it all.
+            if (changed && (it->parent.isEmpty() || !cameOrWent(it->parent)))
+                show(path, it.key(), from, to);
         }
     }
 

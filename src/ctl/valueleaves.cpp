@@ -1,0 +1,74 @@
+#include "valueleaves.h"
+
+#include "names.h"
+
+namespace ctl {
+
+namespace {
+
+/// What a person knows such a record by; empty where it has no name.
+QString nameOf(const QVariantHash& record)
+{
+    for (const QString& field : {OrvaNetworkInterface::Ssid(), OrvaNetworkAddress::Ip(),
+                                 OrvaNetworkSoftApRequestStatus::Name()}) {
+        const QString name = record.value(field).toString();
+        if (!name.isEmpty())
+            return name;
+    }
+    return {};
+}
+
+void takeApart(const QString& place, const QString& field, const QVariant& value,
+               const QString& parent, Leaves& leaves);
+
+void takeRecordApart(const QString& place, const QVariantHash& record, const QString& parent,
+                     Leaves& leaves)
+{
+    const QString name = nameOf(record);
+    if (!place.isEmpty())
+        leaves.insert(place, {name.isEmpty() ? QStringLiteral("…") : name, parent, true});
+    for (auto it = record.cbegin(); it != record.cend(); ++it) {
+        const QString below = place.isEmpty() ? it.key() : place + QLatin1Char('.') + it.key();
+        takeApart(below, it.key(), it.value(), place, leaves);
+    }
+}
+
+/// Items of a list are told apart by their names, so that one that goes does not rename the others.
+void takeListApart(const QString& place, const QString& field, const QVariantList& items,
+                   const QString& parent, Leaves& leaves)
+{
+    for (int i = 0; i < items.size(); ++i) {
+        const QString name = nameOf(items[i].toHash());
+        const QString mark = name.isEmpty() ? QString::number(i) : name;
+        takeApart(QStringLiteral("%1[%2]").arg(place, mark), field, items[i], parent, leaves);
+    }
+}
+
+void takeApart(const QString& place, const QString& field, const QVariant& value,
+               const QString& parent, Leaves& leaves)
+{
+    switch (value.userType()) {
+    case QMetaType::QVariantHash:
+        takeRecordApart(place, value.toHash(), parent, leaves);
+        break;
+    case QMetaType::QVariantList:
+        takeListApart(place, field, value.toList(), parent, leaves);
+        break;
+    default:
+        leaves.insert(place, {readableValue(field, value), parent, false});
+        break;
+    }
+}
+
+} // namespace
+
+Leaves leavesOf(const OrvaValue& value)
+{
+    Leaves leaves;
+    const QString type = value.typeKey();
+    const QVariant content = type.isEmpty() ? value.__variant() : value.__hash().value(type);
+    takeApart({}, type, content, {}, leaves);
+    return leaves;
+}
+
+} // namespace ctl
