@@ -58,19 +58,29 @@ void ValueStore::setDataRequest(const CMSetDataRequest& request)
 
 WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
 {
-    standInForRfkill(m_directory);
-    auto ownStore = std::make_unique<ValueStore>(completed(values));
-    store = ownStore.get();
-    root.addWorker(std::move(ownStore));
-    root.addWorker(std::make_unique<PowerManager>());
-
-    const auto createBackend = [&](Networking*) {
+    createWorkers(values, [&](Networking*) {
         auto own = std::make_unique<ScriptedBackend>();
         backend = own.get();
         if (prepare)
             prepare(*own);
         return own;
-    };
+    });
+}
+
+WorkerFixture::WorkerFixture(const NodeValues& values,
+                             const Networking::BackendFactory& createBackend)
+{
+    createWorkers(values, createBackend);
+}
+
+void WorkerFixture::createWorkers(const NodeValues& values,
+                                  const Networking::BackendFactory& createBackend)
+{
+    standInForRfkill(m_directory);
+    auto ownStore = std::make_unique<ValueStore>(completed(values));
+    store = ownStore.get();
+    root.addWorker(std::move(ownStore));
+    root.addWorker(std::make_unique<PowerManager>());
     auto ownWorker = std::make_unique<Networking>(QVariantHash(), createBackend);
     worker = ownWorker.get();
     root.addWorker(std::move(ownWorker));

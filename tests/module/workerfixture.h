@@ -35,6 +35,8 @@ public:
     /// `values` replace those of settings and other workers' nodes; `prepare` sets the backend's
     /// answers before the worker asks.
     explicit WorkerFixture(const NodeValues& values = {}, const Prepare& prepare = {});
+    /// The same over the backend that `createBackend` makes; `backend` is null then.
+    WorkerFixture(const NodeValues& values, const Networking::BackendFactory& createBackend);
     Q_DISABLE_COPY(WorkerFixture)
 
     RootWorker root;
@@ -68,6 +70,8 @@ public:
     [[nodiscard]] QStringList rfkillCalls() const;
 
 private:
+    void createWorkers(const NodeValues& values, const Networking::BackendFactory& createBackend);
+
     QTemporaryDir m_directory;
 };
 

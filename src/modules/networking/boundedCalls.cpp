@@ -41,7 +41,7 @@ QDBusMessage BoundedCalls::ask(const Send& send)
 {
     if (!m_started)
         startService();
-    if (m_unanswered || m_held)
+    if (m_unanswered)
         return miss(noReply());
     const QDBusMessage reply = wait(send(), answerLimit);
     if (!isAnswer(reply))
@@ -86,7 +86,8 @@ bool BoundedCalls::isAnswer(const QDBusMessage& reply)
     case QDBusError::AccessDenied:
         return false;
     default:
-        return !reply.errorName().startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
+        return reply.errorName() != QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") &&
+               !reply.errorName().startsWith(QLatin1String("org.freedesktop.DBus.Error.Spawn."));
     }
 }
 

@@ -35,9 +35,6 @@ public:
     /// Whether the service has spoken, be it to refuse; not the bus, nor we ourselves.
     [[nodiscard]] static bool isAnswer(const QDBusMessage& reply);
 
-    /// While held, questions are not sent but fail at once: nobody shall start the service.
-    void setHeld(bool held) { m_held = held; }
-
     /// The service has left the bus: what it did not answer it never will.
     void forgetUnanswered();
 
@@ -56,7 +53,6 @@ private:
     const QDBusConnection m_bus;
     const QString m_service;
     bool m_started = false;
-    bool m_held = false;
     bool m_missed = false;
     QPointer<QDBusPendingCallWatcher> m_unanswered;
 };

@@ -9,6 +9,7 @@
 #include "networking.h"
 #include "wifidaemonproxy.h"
 
+#include <QtCore/QScopedValueRollback>
 #include <QtDBus/QDBusError>
 
 #include <limits>
@@ -49,7 +50,6 @@ Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(Networking* worker)
 
     m_wpsTimer.setObjectName(QStringLiteral("wpsTimer"));
     m_wpsTimer.setSingleShot(true);
-    m_wpsTimer.setInterval(wpsLimit);
     connect(&m_wpsTimer, &QTimer::timeout, this, &Networking_LowLevel_LUMO::on_wpsTimer_timeout);
     m_restartTimer.setSingleShot(true);
     connect(&m_restartTimer, &QTimer::timeout, this,
@@ -82,22 +82,41 @@ void Networking_LowLevel_LUMO::connectDaemon()
     connect(m_daemon, &Daemon::StationDisconnected, this, &Self::StationDisconnected);
 }
 
+QString Networking_LowLevel_LUMO::propertiesInterface()
+{
+    return QStringLiteral("org.freedesktop.DBus.Properties");
+}
+
+QDBusMessage Networking_LowLevel_LUMO::createCall(const QString& interface, const QString& method,
+                                                  const QVariantList& arguments) const
+{
+    auto call =
+        QDBusMessage::createMethodCall(m_daemon->service(), m_daemon->path(), interface, method);
+    call.setArguments(arguments);
+    return call;
+}
+
 // A command wants no reply: the bus bounds how many replies may be outstanding, and a daemon that
 // hangs must not cost a command.
+void Networking_LowLevel_LUMO::send(const QString& interface, const QString& method,
+                                    const QVariantList& arguments)
+{
+    QDBusMessage message = createCall(interface, method, arguments);
+    message.setAutoStartService(!m_replaying);
+    m_daemon->connection().send(message);
+}
+
 void Networking_LowLevel_LUMO::send(const QString& method, const QVariantList& arguments)
 {
-    m_daemon->callWithArgumentList(QDBus::NoBlock, method, arguments);
+    send(m_daemon->interface(), method, arguments);
 }
 
 // Not waited for either: the bus keeps the order, so the daemon has read it before the next
 // command.
 void Networking_LowLevel_LUMO::writeProperty(const QString& property, const QVariantMap& value)
 {
-    auto message = QDBusMessage::createMethodCall(daemonService(), daemonPath(),
-                                                  QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                  QStringLiteral("Set"));
-    message << daemonService() << property << QVariant::fromValue(QDBusVariant(value));
-    m_daemon->connection().send(message);
+    send(propertiesInterface(), QStringLiteral("Set"),
+         {m_daemon->interface(), property, QVariant::fromValue(QDBusVariant(value))});
 }
 
 bool Networking_LowLevel_LUMO::scanNetworks()
@@ -167,7 +186,7 @@ bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& rep
     }
     m_wpsReply = reply;
     m_wpsRunning = true;
-    m_wpsTimer.start();
+    m_wpsTimer.start(wpsLimit);
     return true;
 }
 
@@ -229,12 +248,10 @@ void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QS
         return;
     if (!newOwner.isEmpty()) {
         m_restartTimer.stop();
-        m_calls->setHeld(false);
     } else if (!oldOwner.isEmpty()) {
         LOG4CPLUS_WARN(lumoLogger(),
                        "lumod has disappeared from the system bus, forcing a restart!");
         m_calls->forgetUnanswered();
-        m_calls->setHeld(true);
         const int delay = m_restartBackoff.afterLoss(m_clock.elapsed());
         delay > 0 ? m_restartTimer.start(delay) : on_restartTimer_timeout();
     }
@@ -242,7 +259,6 @@ void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QS
 
 void Networking_LowLevel_LUMO::on_restartTimer_timeout()
 {
-    m_calls->setHeld(false);
     const QDBusMessage reply =
         m_calls->ask([this] { return m_daemon->InterfaceDetails(m_worker->wiredInterface()); });
     if (reply.type() != QDBusMessage::ErrorMessage)
@@ -264,6 +280,8 @@ void Networking_LowLevel_LUMO::on_daemon_answersAgain()
 void Networking_LowLevel_LUMO::on_lumo_Started()
 {
     LOG4CPLUS_INFO(lumoLogger(), "LUMO signal: Started");
+    // Should it have gone again already, this must not start the next one: its own Started will.
+    const QScopedValueRollback<bool> replaying(m_replaying, true);
     if (m_appliedProfile != OrvaNetworkProfile())
         (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
     const QStringList connected = connectedInterfaces();

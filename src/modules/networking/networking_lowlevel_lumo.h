@@ -13,6 +13,7 @@
 
 class BoundedCalls;
 class Networking;
+class QDBusMessage;
 class WifiDaemonProxy;
 class org_freedesktop_dbus;
 
@@ -73,7 +74,12 @@ private Q_SLOTS:
 private:
     void connectDaemon();
 
+    [[nodiscard]] static QString propertiesInterface();
+    [[nodiscard]] QDBusMessage createCall(const QString& interface, const QString& method,
+                                          const QVariantList& arguments) const;
+
     // Commands.
+    void send(const QString& interface, const QString& method, const QVariantList& arguments);
     void send(const QString& method, const QVariantList& arguments = {});
     void writeProperty(const QString& property, const QVariantMap& value);
     void sendStartSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
@@ -81,6 +87,8 @@ private:
     [[nodiscard]] CMReply<OrvaNetworkInterface> endWps();
 
     // Questions.
+    [[nodiscard]] QDBusMessage ask(const QString& interface, const QString& method,
+                                   const QVariantList& arguments);
     [[nodiscard]] std::optional<QVariantMap> askDetails(const QString& interface);
     [[nodiscard]] QVariantMap details(const QString& interface);
     [[nodiscard]] QString mode();
@@ -97,6 +105,7 @@ private:
     OrvaNetworkProfile m_appliedProfile;
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_softAps;
     bool m_scanning = false;
+    bool m_replaying = false;
 
     // WPS: the session that runs, and when it is given up.
     CMReply<OrvaNetworkInterface> m_wpsReply;

@@ -7,12 +7,22 @@
 #include "networking_lowlevel_lumo.h"
 #include "wifidaemonproxy.h"
 
-#include <limits>
 #include <utility>
+
+// A question starts nobody: where the daemon is not, there is nothing to ask for.
+QDBusMessage Networking_LowLevel_LUMO::ask(const QString& interface, const QString& method,
+                                           const QVariantList& arguments)
+{
+    QDBusMessage question = createCall(interface, method, arguments);
+    question.setAutoStartService(false);
+    return m_calls->ask(
+        [&] { return m_daemon->connection().asyncCall(question, m_daemon->timeout()); });
+}
 
 std::optional<QVariantMap> Networking_LowLevel_LUMO::askDetails(const QString& interface)
 {
-    const QDBusMessage reply = m_calls->ask([&] { return m_daemon->InterfaceDetails(interface); });
+    const QDBusMessage reply =
+        ask(m_daemon->interface(), QStringLiteral("InterfaceDetails"), {interface});
     if (!BoundedCalls::isAnswer(reply))
         return std::nullopt;
     if (reply.type() == QDBusMessage::ErrorMessage) {
@@ -20,6 +30,8 @@ std::optional<QVariantMap> Networking_LowLevel_LUMO::askDetails(const QString& i
                                                        << ", " << reply.errorMessage());
         return QVariantMap();
     }
+    if (reply.signature() != QLatin1String("a{sv}"))
+        return QVariantMap();
     return lumoPlainMap(qdbus_cast<QVariantMap>(reply.arguments().value(0)));
 }
 
@@ -30,12 +42,8 @@ QVariantMap Networking_LowLevel_LUMO::details(const QString& interface)
 
 QString Networking_LowLevel_LUMO::mode()
 {
-    auto get = QDBusMessage::createMethodCall(m_daemon->service(), m_daemon->path(),
-                                              QStringLiteral("org.freedesktop.DBus.Properties"),
-                                              QStringLiteral("Get"));
-    get << m_daemon->interface() << QStringLiteral("Mode");
-    const QDBusMessage reply = m_calls->ask(
-        [&] { return m_daemon->connection().asyncCall(get, std::numeric_limits<int>::max()); });
+    const QDBusMessage reply = ask(propertiesInterface(), QStringLiteral("Get"),
+                                   {m_daemon->interface(), QStringLiteral("Mode")});
     return qvariant_cast<QDBusVariant>(reply.arguments().value(0)).variant().toString();
 }
 
