@@ -18,6 +18,20 @@ inline OrvaValue operator""_value(const char* json, std::size_t size)
     return OrvaValue(operator""_hash(json, size));
 }
 
+/// The value of a soft-AP request.
+inline OrvaValue softApRequest(const QString& name, const QVariantHash& settings, int timeout = 0,
+                               bool hold = false)
+{
+    OrvaNetworkProfileSoftApRequest request;
+    request.setName(name);
+    request.setSettings(OrvaNetworkProfileSoftApSettings(settings));
+    request.setTimeout(timeout);
+    request.setHoldSoftAp(hold);
+    OrvaValue value;
+    value.setNetworkSoftApRequest(request);
+    return value;
+}
+
 /// What the power manager was asked for, in order: "+" for a request, "-" for a release.
 inline QString powerRequests(WorkerFixture& fixture)
 {
