@@ -91,10 +91,13 @@ bool PrivateFile::replace(const QString& directory, const QString& name, const Q
 
 int PrivateFile::sweep(const QString& directory, const QString& name)
 {
-    const QStringList strays = QDir(directory).entryList(
-        {name + QLatin1String(Writing) + QStringLiteral("??????")}, QDir::Files | QDir::Hidden);
+    // Compared by hand: a name filter would be the host's only regular expression.
+    const QString stem = name + QLatin1String(Writing);
+    const QStringList files = QDir(directory).entryList(QDir::Files | QDir::Hidden);
     int removed = 0;
-    for (const QString& stray : strays)
-        removed += QFile::remove(QDir(directory).filePath(stray)) ? 1 : 0;
+    for (const QString& file : files) {
+        if (file.startsWith(stem) && QFile::remove(QDir(directory).filePath(file)))
+            ++removed;
+    }
     return removed;
 }
