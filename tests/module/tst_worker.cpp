@@ -94,6 +94,7 @@ private Q_SLOTS:
         QCOMPARE(info.wireless().name(), wlan0);
         QCOMPARE(info.softAp().name(), QStringLiteral("softap"));
         QVERIFY(info.__contains(OrvaNetworkInfo::AirplaneMode()));
+        QCOMPARE(fixture.value(OrvaNetworkStatePath()).typeKey(), OrvaValue::NetworkState());
         const auto profile = fixture.value(OrvaNetworkProfilePath()).networkProfile();
         QCOMPARE(profile.wireless().key(), QStringLiteral("****"));
         QVERIFY(fixture.value(OrvaNetworkLocalWebserverUrlPath()).isEmpty());

@@ -39,6 +39,12 @@
     return result;
 }
 
+// An enumerator would sooner become a bool than the class of its enumeration.
+[[nodiscard]] inline OrvaValue toValue(OrvaNetworkState::Value value)
+{
+    return toValue(OrvaNetworkState(value));
+}
+
 [[nodiscard]] inline OrvaValue toValue(const OrvaNetworkInfo& value)
 {
     OrvaValue result;
