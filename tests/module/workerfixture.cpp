@@ -1,6 +1,7 @@
 #include "workerfixture.h"
 
 #include <network/networkpaths.h>
+#include <workers/networksettings.h>
 #include <workers/powermanager.h>
 #include <workers/settings.h>
 
