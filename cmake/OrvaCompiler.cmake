@@ -28,7 +28,11 @@ add_compile_definitions(
 # A library that is loaded at run time must find all its symbols when it is linked.
 add_link_options(-Wl,--as-needed)
 
-if(ORVA_SANITIZE)
+if(ORVA_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+elseif(ORVA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                         -fno-omit-frame-pointer -O1 -g)
     add_link_options(-fsanitize=address,undefined)

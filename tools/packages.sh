@@ -12,6 +12,7 @@ packages_test=(
     python3 python3-dbus python3-gi
     etherwake wakeonlan
 )
+packages_fuzz=(clang) # beside those of packages_run
 packages_arm64=( # beside those of packages_run
     g++-aarch64-linux-gnu qemu-user
     {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev}:arm64
