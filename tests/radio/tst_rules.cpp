@@ -102,23 +102,6 @@ private Q_SLOTS:
         QCOMPARE(OrvaHash(stickySoftApSettings(result)), OrvaHash(merged));
     }
 
-    void foldsRequestsInTheOrderOfTheirNames()
-    {
-        SoftApTable table;
-        using Request = OrvaNetworkProfileSoftApRequest;
-        table.set(Request(R"({"name": "a", "settings": {"ssid": "old"}})"_hash));
-        table.set(Request(R"({"name": "b", "settings": {"ssid": "b"}})"_hash));
-        table.set(Request(
-            R"({"name": "a", "settings": {"ssid": "a", "bssid": "a"}, "holdSoftAp": true})"_hash));
-        const SoftApFold fold = foldSoftApRequests(
-            Settings(R"({"ssid": "run", "channel": 1, "vendorSpecificData": "old"})"_hash),
-            Settings(R"({"ssid": "configured", "countryCode": "CH"})"_hash), table.requests());
-        const auto expected =
-            R"({"ssid": "b", "bssid": "a", "channel": 1, "countryCode": "CH"})"_hash;
-        QCOMPARE(OrvaHash(fold.settings), OrvaHash(expected));
-        QVERIFY(fold.hold);
-    }
-
     void setsDeadlines_data()
     {
         QTest::addColumn<qint64>("now");
