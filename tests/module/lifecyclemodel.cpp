@@ -125,21 +125,27 @@ QString LifecycleModel::sendLifecycle(Driver& driver, Rng& rng)
         fixture.settle();
         return QStringLiteral("shutdown");
     }
-    if (m_shuttingDown)
-        stop(fixture);
+    if (m_shuttingDown && !stop(fixture).isEmpty())
+        comeBack();
     m_shuttingDown = false;
     fixture.fire(QStringLiteral("m_shutdownTimer"));
     return QStringLiteral("the shutdown timer") + refused;
+}
+
+void LifecycleModel::comeBack()
+{
+    for (auto state = m_states.begin(); state != m_states.end(); ++state) {
+        if (*state == 2 && m_linksUp.contains(state.key()))
+            *state = 1;
+    }
 }
 
 QString LifecycleModel::start()
 {
     if (m_started && !m_shuttingDown)
         return QStringLiteral("Error: start_req called while already started!");
-    for (auto state = m_states.begin(); m_shuttingDown && state != m_states.end(); ++state) {
-        if (*state == 2 && m_linksUp.contains(state.key()))
-            *state = 1;
-    }
+    if (m_shuttingDown)
+        comeBack();
     m_started = true;
     m_shuttingDown = false;
     return QString();

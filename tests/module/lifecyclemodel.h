@@ -18,6 +18,7 @@ private:
     QString signalTrouble(Driver& driver, Rng& rng);
     QString refresh(Driver& driver, Rng& rng);
 
+    void comeBack();
     QString start();
     QString stop(const WorkerFixture& fixture);
     QString shutDown();

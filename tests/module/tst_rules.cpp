@@ -168,8 +168,9 @@ private Q_SLOTS:
                "'wirelessNetworks':[{'key':'****'},{}]}");
         addRow("an empty key stays, an absent one too", "{'wired':{},'wireless':{'key':''}}", "",
                "{'wired':{},'wireless':{'key':''}}");
-        addRow("where no record has one", "{'wireless':{'key':12345678},'x':[{'psk':'d'}]}", "",
-               "{'wireless':{'key':'****'},'x':[{'psk':'****'}]}");
+        addRow("where no record has one",
+               "{'wireless':{'key':12345678,'wpa_psk':['e',{'x':'f'}]},'x':[{'psk':'d'}]}", "",
+               "{'wireless':{'key':'****','wpa_psk':['****',{'x':'****'}]},'x':[{'psk':'****'}]}");
     }
     void hidesKeys()
     {
@@ -197,6 +198,8 @@ private Q_SLOTS:
                "{'wireless':{'ssid':'A','key':'a'}}", "{'wireless':{'ssid':'N','key':'****'}}");
         addRow("of the wired interface", "{'wired':{'key':'****'}}", "{'wired':{'key':'w'}}",
                "{'wired':{'key':'w'}}");
+        addRow("under a name that no record has", "{'wireless':{'ssid':'A','psk':'****'}}",
+               "{'wireless':{'ssid':'A','psk':'p'}}", "{'wireless':{'ssid':'A','psk':'p'}}");
     }
     void restoresKeys()
     {

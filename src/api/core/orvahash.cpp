@@ -19,18 +19,6 @@ bool equalHashes(const QVariantHash& left, const QVariantHash& right)
     });
 }
 
-bool isContainer(const QVariant& value)
-{
-    switch (value.userType()) {
-    case QMetaType::QVariantHash:
-    case QMetaType::QVariantMap:
-    case QMetaType::QVariantList:
-        return true;
-    default:
-        return false;
-    }
-}
-
 QString scalarToLog(const QVariant& value)
 {
     switch (value.userType()) {
@@ -45,9 +33,11 @@ QString scalarToLog(const QVariant& value)
     }
 }
 
+/// Whatever stands under a secret's name is hidden, a container too; that it is empty may show.
 QString fieldToLog(const QString& key, const QVariant& value)
 {
-    const bool hide = orvaIsSecretKey(key) && !isContainer(value) && !value.toString().isEmpty();
+    const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
+    const bool hide = orvaIsSecretKey(key) && !isEmptyText;
     return key + QStringLiteral(": ") + (hide ? QStringLiteral("****") : orvaToLog(value));
 }
 

@@ -3,6 +3,9 @@
 #include "network/networkrules.h"
 #include "networking_log.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace {
 
 /// `target` with the fields named, as `source` has them, their absence included.

@@ -3,6 +3,8 @@
 #include "network/networkrules.h"
 #include "networking_log.h"
 
+#include <algorithm>
+
 namespace {
 
 const QString& maskedKey()
@@ -19,47 +21,51 @@ QString verifyNetwork(const OrvaNetworkInterface& network)
     return why;
 }
 
-QVariant masked(const QVariant& value);
-
 /// Every container is looked into and every type counts as a key, since a setting may hold what no
-/// record describes.
-QVariant maskedField(const QString& name, const QVariant& value)
-{
-    const bool isContainer =
-        value.userType() == QMetaType::QVariantHash || value.userType() == QMetaType::QVariantList;
-    if (isContainer)
-        return masked(value);
-    return orvaIsSecretKey(name) && !value.toString().isEmpty() ? maskedKey() : value;
-}
-
-QVariant masked(const QVariant& value)
+/// record describes. `secret` says that the value stands, at whatever depth, under a secret's name.
+QVariant masked(const QVariant& value, bool secret)
 {
     if (value.userType() == QMetaType::QVariantHash) {
         QVariantHash hash = value.toHash();
         for (auto field = hash.begin(); field != hash.end(); ++field)
-            *field = maskedField(field.key(), *field);
+            *field = masked(*field, secret || orvaIsSecretKey(field.key()));
         return hash;
     }
     if (value.userType() == QMetaType::QVariantList) {
         QVariantList list = value.toList();
-        std::transform(list.begin(), list.end(), list.begin(), masked);
+        for (QVariant& item : list)
+            item = masked(item, secret);
         return list;
     }
-    return value;
+    const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
+    return secret && !isEmptyText ? maskedKey() : value;
 }
 
-OrvaNetworkInterface restored(OrvaNetworkInterface network,
+bool holdsMask(const QVariant& value)
+{
+    return value.userType() == QMetaType::QString && value.toString() == maskedKey();
+}
+
+/// `network` with its masked secrets as `stored` has them, those that no record describes included.
+OrvaNetworkInterface withSecretsOf(const OrvaNetworkInterface& network,
+                                   const OrvaNetworkInterface& stored)
+{
+    QVariantHash hash = network.__hash();
+    for (auto field = hash.begin(); field != hash.end(); ++field) {
+        if (orvaIsSecretKey(field.key()) && holdsMask(*field) && stored.__contains(field.key()))
+            *field = stored.__hash().value(field.key());
+    }
+    return OrvaNetworkInterface(hash);
+}
+
+OrvaNetworkInterface restored(const OrvaNetworkInterface& network,
                               const OrvaList<OrvaNetworkInterface>& stored)
 {
-    if (network.key() != maskedKey())
-        return network;
     const auto known =
         std::find_if(stored.begin(), stored.end(), [&](const OrvaNetworkInterface& candidate) {
             return candidate.ssid() == network.ssid();
         });
-    if (known != stored.end())
-        network.setKey(known->key());
-    return network;
+    return known != stored.end() ? withSecretsOf(network, *known) : network;
 }
 
 OrvaList<OrvaNetworkInterface> storedNetworks(const OrvaNetworkProfile& profile)
@@ -126,18 +132,15 @@ QString verifyProfile(const OrvaNetworkProfile& profile)
 
 OrvaNetworkProfile hidePassword(const OrvaNetworkProfile& profile)
 {
-    return OrvaNetworkProfile(masked(profile.__variant()).toHash());
+    return OrvaNetworkProfile(masked(profile.__variant(), false).toHash());
 }
 
 OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
                                    const OrvaNetworkProfile& stored)
 {
     OrvaNetworkProfile result = profile;
-    if (profile.wired().key() == maskedKey()) {
-        OrvaNetworkInterface wired = profile.wired();
-        wired.setKey(stored.wired().key());
-        result.setWired(wired);
-    }
+    if (profile.__contains(OrvaNetworkProfile::Wired()))
+        result.setWired(withSecretsOf(profile.wired(), stored.wired()));
     const auto known = storedNetworks(stored);
     if (profile.__contains(OrvaNetworkProfile::Wireless()))
         result.setWireless(restored(profile.wireless(), known));

@@ -21,6 +21,12 @@ constexpr int shutdownDelayMs = 2000;
 constexpr int releaseWifiResourceDelayMs = 5000;
 constexpr int scanTimeoutMs = 30000;
 
+QString mountTableFile()
+{
+    const QString named = qEnvironmentVariable("ORVA_MOUNT_TABLE");
+    return named.isEmpty() ? QStringLiteral("/proc/mounts") : named;
+}
+
 std::unique_ptr<Networking_LowLevel> chooseBackend(Networking* worker)
 {
     if (Networking::isNFS()) {
@@ -70,7 +76,7 @@ Networking::~Networking() = default;
 
 bool Networking::isNFS()
 {
-    QFile mountTable(qEnvironmentVariable("ORVA_MOUNT_TABLE", QStringLiteral("/proc/mounts")));
+    QFile mountTable(mountTableFile());
     // A system whose mount table cannot be read is taken for one in development.
     if (!mountTable.open(QIODevice::ReadOnly | QIODevice::Text))
         return true;

@@ -5,6 +5,8 @@
 #include "networking_log.h"
 #include "nodeValues.h"
 
+#include <utility>
+
 void Networking::on_start_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
@@ -78,7 +80,8 @@ void Networking::on_shutdownTimer_timeout()
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_shutdownInProgress)
         on_stop_req(CMSetDataRequest());
-    m_shutdownInProgress = false;
+    // Where the backend refused to disconnect, the picture goes back to what is up.
+    cancelShutdown();
 }
 
 void Networking::cancelShutdown()
@@ -87,6 +90,7 @@ void Networking::cancelShutdown()
     if (!std::exchange(m_shutdownInProgress, false))
         return;
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
-    publishInfoAndState(
-        withSoftApState(shutdownCancelled(info(), m_linksUp), calculateSoftApState()));
+    OrvaNetworkInfo updated = shutdownCancelled(info(), m_linksUp);
+    updated.setWirelessNetworks(knownNetworks(m_profile));
+    publishInfoAndState(withSoftApState(updated, calculateSoftApState()));
 }

@@ -7,6 +7,7 @@
 
 void Networking::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
     if (!m_started) {
         LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
@@ -25,12 +26,16 @@ void Networking::on_setNetworkProfile_req(const CMSetDataRequest& request)
     LOG4CPLUS_INFO(networkingLogger(), "Profile data changed. Loading...");
     applyProfile(merged);
     restartSoftApTimer(merged, m_profile);
-    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), toValue(merged),
-                       CMReply<QVariant>::create());
+    const auto stored = CMReply<QVariant>::create();
+    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), toValue(merged), stored);
     m_profileNode->setValue(toValue(hidePassword(merged)));
     m_authFailureCount = 0;
     m_profile = merged;
-    request.answer();
+    // The profile is in use by now; whoever set it must still hear that a restart will not find it.
+    if (stored.error().isEmpty())
+        request.answer();
+    else
+        request.fail(stored.error());
 }
 
 void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
@@ -63,7 +68,10 @@ bool Networking::removeNetwork(const CMSetDataRequest& request)
         [this](const CMReply<QVariant>& finished) {
             const CMSetDataRequest done = m_pendingRemovals.dequeue();
             removeNextNetwork();
-            finished.error().isEmpty() ? done.answer() : done.fail(finished.error());
+            if (finished.error().isEmpty())
+                done.answer();
+            else
+                done.fail(finished.error());
         },
         Qt::QueuedConnection);
     CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(unhidePassword(shortened)), reply);
@@ -82,6 +90,7 @@ OrvaNetworkProfile Networking::extractNetworkProfile(const CMSetDataRequest& req
 
 bool Networking::applyProfile(const OrvaNetworkProfile& profile)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(networkingLogger(),
                    "Applying profile: type: " << OrvaNetworkProfileType::toString(profile.type())
                                               << " data: " << profile);
@@ -111,8 +120,8 @@ void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
         updated = withConnectingStatus(withoutWpsSession(updated), !m_linksUp.isEmpty(),
                                        m_wiredConfigured, m_wirelessConfigured);
     }
-    publishInfo(updated);
     requestWifiResource(WirelessConnection, true);
+    publishInfo(updated);
 }
 
 void Networking::dropWirelessNetworks()

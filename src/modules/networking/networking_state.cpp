@@ -39,6 +39,7 @@ void Networking::publishInfoAndState(OrvaNetworkInfo info)
                        "Network state: " << OrvaNetworkState::toString(old) << " -> "
                                          << OrvaNetworkState::toString(info.state()));
     publishInfo(info);
+    m_stateConnectedNode->setValue(toValue(!m_linksUp.isEmpty()));
     m_stateNode->setValue(toValue(info.state()));
 }
 
@@ -64,6 +65,7 @@ void Networking::updateConnectingMessage(const QString& message)
 
 void Networking::setLinkStatus(const QString& interface, bool up)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
     if (isSoftApInterface(interface))
         setSoftApLinkStatus(interface, up);
@@ -99,7 +101,6 @@ void Networking::setNetworkLinkStatus(const QString& interface, bool up)
         info(), interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
     publishInfoAndState(
         withConnectingStatus(changed, linkUp, m_wiredConfigured, m_wirelessConfigured));
-    m_stateConnectedNode->setValue(toValue(linkUp));
     if (!linkUp)
         restartSoftApTimer(m_profile, m_profile);
     if (info().wired().state() == OrvaNetworkState::Connected)
@@ -119,6 +120,7 @@ void Networking::updateCurrentMac()
 
 void Networking::setDisconnecting(const QString& interface)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     OrvaNetworkInfo updated = info();
     if (interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName) {
         updated = withInterfaceState(updated, interface, OrvaNetworkState::Disconnecting);
@@ -134,6 +136,7 @@ void Networking::setDisconnecting(const QString& interface)
 
 void Networking::setCurrentCableStatus(bool connected)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_TRACE(networkingLogger(), "connected: " << connected);
     m_cableStatusNode->setValue(toValue(connected));
     OrvaNetworkInfo updated = info();
@@ -152,8 +155,9 @@ void Networking::setCurrentCableStatus(bool connected)
 void Networking::on_lowlevel_AddressesChanged()
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const OrvaNetworkInfo snapshot = m_lowlevel->getNetworkState();
     OrvaNetworkInfo merged = info();
-    merged.__mergeWith(m_lowlevel->getNetworkState());
+    merged.__mergeWith(snapshot);
     m_currentStateNode->setValue(toValue(currentStateProfile(merged)));
 
     const OrvaNetworkInfo old = info();
@@ -173,7 +177,7 @@ void Networking::updateWebserverUrl()
 void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& description)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << " description: " << description);
+    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
     updateConnectingMessage(description);
     OrvaNetworkInfo updated = updateCredentialsSuspect(info(), ssid, true);
     OrvaNetworkWirelessInterface wireless = updated.wireless();
