@@ -45,6 +45,7 @@ void SimulatedLink::takeLease()
         m_phase = Phase::Up;
         updateStatus();
         announceUp();
+        reconcile(); // a scan that was asked for meanwhile
     } else {
         Q_EMIT m_world.failed(QStringLiteral("No DHCP answer on ") + m_name);
         leaseRefused();
