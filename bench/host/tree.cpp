@@ -1,11 +1,13 @@
 // What the tree costs in process: copies, nested writes, merges, requests and rows.
 
 #include "rootworker.h"
+#include "settingsfile.h"
 
 #include <network/networkrecords.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 
 #include <cstdio>
 
@@ -101,6 +103,20 @@ void measureRows()
     }
 }
 
+/// In the current directory, whose disk is the one to be measured.
+void measureSettings()
+{
+    const QTemporaryDir directory(QStringLiteral("settings-XXXXXX"));
+    SettingsFile file(directory.path());
+    OrvaValue value;
+    measure("a setting stored and synced", 500, [&](int i) {
+        value.setI32_(i);
+        QString why;
+        if (!file.store(CMPath(QStringLiteral("setting")), value, &why))
+            qFatal("%s", qPrintable(why));
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -109,5 +125,6 @@ int main(int argc, char** argv)
     measureRecords();
     measureRequests();
     measureRows();
+    measureSettings();
     return 0;
 }
