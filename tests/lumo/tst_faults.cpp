@@ -1,79 +1,66 @@
 // The connection daemon's faults: real processes on a real bus. After each, the picture is that of
 // the world within 5 s, no request stays unanswered and the profile holds.
-#include "lumofixture.h"
+#include "lumotest.h"
 
-#include <csignal>
-
-class FaultsTest : public QObject
+class FaultsTest : public LumoTest
 {
     Q_OBJECT
-    QTemporaryDir m_directory;
-    PrivateBus m_bus;
-    std::unique_ptr<LumoFixture> m_device;
     QVector<CMReply<QVariant>> m_replies;
 
-    QString path(const char* name) const { return m_directory.filePath(QLatin1String(name)); }
-    void write(const char* name, const QByteArray& text)
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-    }
     void request(const CMPath& path, const OrvaValue& value = {})
     {
-        m_replies << m_device->device.send(path, value);
+        m_replies << device->send(path, value);
     }
     QDBusMessage world(const QString& action, const QVariantList& arguments = {})
     {
-        return m_device->call(QStringLiteral("org.orva.lumod.World"), action, arguments);
+        return call("org.orva.lumod.World"_s, action, arguments);
     }
     QVariantMap details(const QString& interface)
     {
-        const QDBusMessage reply = m_device->call(QStringLiteral("org.orva.lumod"),
-                                                  QStringLiteral("InterfaceDetails"), {interface});
+        const QDBusMessage reply = call("org.orva.lumod"_s, "InterfaceDetails"_s, {interface});
         return qdbus_cast<QVariantMap>(reply.arguments().value(0));
     }
     void signalDaemon(int signal)
     {
-        const int pid = m_device->daemonPid();
+        const int pid = daemonPid();
         QVERIFY(pid > 0);
         QCOMPARE(::kill(pid, signal), 0);
     }
     /// Kills the daemon and waits until the bus knows.
     void killDaemon()
     {
-        const int pid = m_device->daemonPid();
+        const int pid = daemonPid();
         signalDaemon(SIGKILL);
-        QTRY_VERIFY(m_device->daemonPid() != pid);
+        QTRY_VERIFY(daemonPid() != pid);
     }
 
     bool isConnectedTo(const QString& ssid)
     {
-        const OrvaNetworkWirelessInterface wireless = m_device->device.info().wireless();
+        const OrvaNetworkWirelessInterface wireless = device->info().wireless();
         return wireless.state() == OrvaNetworkState::Connected && wireless.ssid() == ssid &&
                !wireless.addresses().isEmpty();
     }
     /// What the published picture and the daemon's own world differ in.
     QString difference()
     {
-        const OrvaNetworkInfo info = m_device->device.info();
-        const QVariantMap wired = details(QStringLiteral("eth0"));
-        const QVariantMap wireless = details(QStringLiteral("wlan0"));
+        const OrvaNetworkInfo info = device->info();
+        const QVariantMap wired = details("eth0"_s);
+        const QVariantMap wireless = details("wlan0"_s);
         const auto same = [](const QVariant& world, OrvaNetworkState state) {
             return world.toBool() == (state == OrvaNetworkState::Connected);
         };
         if (wireless.isEmpty())
-            return QStringLiteral("no daemon");
-        if (wired.value(QStringLiteral("CableStatus")) != info.wired().cableConnected())
-            return QStringLiteral("cable");
-        if (!same(wired.value(QStringLiteral("Connected")), info.wired().state()))
-            return QStringLiteral("wired state");
-        if (!same(wireless.value(QStringLiteral("Connected")), info.wireless().state()))
-            return QStringLiteral("wireless state");
-        if (wireless.value(QStringLiteral("Ssid")) != info.wireless().ssid())
-            return QStringLiteral("SSID");
-        if (!same(details(QStringLiteral("uap0")).value(QStringLiteral("SoftApUp")),
-                  info.softAp().state()))
-            return QStringLiteral("soft AP");
+            return "no daemon"_s;
+        if (wired.value("CableStatus"_s) != info.wired().cableConnected())
+            return "cable"_s;
+        if (!same(wired.value("Connected"_s), info.wired().state()))
+            return "wired state"_s;
+        if (!same(wireless.value("Connected"_s), info.wireless().state()))
+            return "wireless state"_s;
+        if (wireless.value("Ssid"_s) != info.wireless().ssid())
+            return "SSID"_s;
+        if (!same(details("uap0"_s).value("SoftApUp"_s), info.softAp().state()))
+            return "soft AP"_s;
         return QString();
     }
     bool allAnswered() const
@@ -94,20 +81,12 @@ private Q_SLOTS:
         write("start", "[ ! -e \"$1/absent\" ] || exit 1\n"
                        "[ ! -e \"$1/delay\" ] || sleep \"$(cat \"$1/delay\")\"\n"
                        "exec " ORVA_LUMOD " --world \"$1/world.json\"\n");
-        qputenv("QT_LOGGING_RULES", "lumod.*=false");
-        m_bus.addService(QStringLiteral("org.orva.lumod"),
-                         QStringLiteral("/bin/sh %1 %2").arg(path("start"), m_directory.path()));
-        QVERIFY(m_bus.start());
+        startBus("/bin/sh %1 %2"_s.arg(path("start"), directory.path()));
     }
     void cleanup()
     {
         m_replies.clear();
-        const int pid = m_device->daemonPid();
-        m_device.reset();
-        if (pid > 0)
-            ::kill(pid, SIGKILL);
-        for (const char* name : {"absent", "delay"})
-            QFile::remove(path(name));
+        endDevice({"absent"_s, "delay"_s});
     }
 
     void afterAFaultThePictureIsTheWorld_data()
@@ -120,15 +99,15 @@ private Q_SLOTS:
     {
         QFETCH(int, index);
         const Fault fault = faults().at(index);
-        m_device = std::make_unique<LumoFixture>(m_bus);
+        createDevice();
         request(OrvaNetworkStartPath());
         if (fault.whileConnected)
-            QTRY_VERIFY(isConnectedTo(QStringLiteral("Home")));
+            QTRY_VERIFY(isConnectedTo("Home"_s));
         else
             QTRY_VERIFY(allAnswered());
         (this->*fault.happen)();
-        QTRY_VERIFY(m_device->daemonPid() > 0);
-        QTRY_VERIFY2(isConnectedTo(QStringLiteral("Home")), qPrintable(difference()));
+        QTRY_VERIFY(daemonPid() > 0);
+        QTRY_VERIFY2(isConnectedTo("Home"_s), qPrintable(difference()));
         QTRY_COMPARE(difference(), QString());
         QTRY_VERIFY(allAnswered());
     }
@@ -136,16 +115,16 @@ private Q_SLOTS:
     void aDaemonThatComesAfterTheHostIsHeard()
     {
         write("absent", {});
-        m_device = std::make_unique<LumoFixture>(m_bus);
+        createDevice();
         request(OrvaNetworkStartPath());
         QTRY_VERIFY(allAnswered());
-        QCOMPARE(m_device->device.info().wireless().mac(), QString());
+        QCOMPARE(device->info().wireless().mac(), QString());
         QFile::remove(path("absent"));
-        m_device->connection().interface()->startService(QStringLiteral("org.orva.lumod"));
-        QTRY_VERIFY(isConnectedTo(QStringLiteral("Home")));
+        connection->interface()->startService("org.orva.lumod"_s);
+        QTRY_VERIFY(isConnectedTo("Home"_s));
         QCOMPARE(difference(), QString());
-        QCOMPARE(m_device->device.value(OrvaNetworkStateWirelessMAC()).string_(),
-                 details(QStringLiteral("wlan0")).value(QStringLiteral("Mac")).toString());
+        QCOMPARE(device->value(OrvaNetworkStateWirelessMAC()).string_(),
+                 details("wlan0"_s).value("Mac"_s).toString());
     }
 
 private:
@@ -189,13 +168,13 @@ private:
     }
     void killInSoftApStart()
     {
-        request(OrvaNetworkRequestSoftApPath(), LumoFixture::softApRequest());
+        request(OrvaNetworkRequestSoftApPath(), softApRequest());
         QTest::qWait(50);
         killDaemon();
     }
     void killWithSoftAp()
     {
-        request(OrvaNetworkRequestSoftApPath(), LumoFixture::softApRequest());
+        request(OrvaNetworkRequestSoftApPath(), softApRequest());
         QTRY_VERIFY(allAnswered());
         killDaemon();
     }
@@ -203,7 +182,7 @@ private:
     {
         signalDaemon(SIGSTOP);
         OrvaValue profile;
-        profile.setNetworkProfile(profileWith({QStringLiteral("Home")}));
+        profile.setNetworkProfile(profileWith({"Home"_s}));
         request(OrvaNetworkSetNetworkProfilePath(), profile);
         QTRY_VERIFY(allAnswered());
         killDaemon();
@@ -226,7 +205,7 @@ private:
     void killTwice()
     {
         killDaemon();
-        QTRY_VERIFY(m_device->daemonPid() > 0);
+        QTRY_VERIFY(daemonPid() > 0);
         killDaemon();
     }
     void slowRestart()
@@ -237,7 +216,7 @@ private:
     void garble()
     {
         for (const char* kind : {"wrong-types", "missing-keys", "oversized", "none"})
-            world(QStringLiteral("Garble"), {QString::fromLatin1(kind)});
+            world("Garble"_s, {QString::fromLatin1(kind)});
         QTest::qWait(500);
     }
 };

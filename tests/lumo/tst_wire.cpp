@@ -1,22 +1,11 @@
 // The worker over the connection daemon's client, against a daemon that is written in another
 // language and writes down what it reads.
-#include "lumofixture.h"
+#include "lumotest.h"
 
-#include <core/orvaplainvalue.h>
-
-class WireTest : public QObject
+class WireTest : public LumoTest
 {
     Q_OBJECT
-    QTemporaryDir m_directory;
-    PrivateBus m_bus;
-    std::unique_ptr<LumoFixture> m_device;
 
-    QString path(const char* name) const { return m_directory.filePath(QLatin1String(name)); }
-    void write(const char* name, const QByteArray& text)
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
-    }
     /// What the daemons were told, and their starts, in order; the questions left out.
     QStringList calls() const
     {
@@ -25,127 +14,106 @@ class WireTest : public QObject
             return {};
         return QString::fromUtf8(file.readAll())
             .split(QLatin1Char('\n'))
-            .filter(QRegularExpression(QStringLiteral("^(?!InterfaceDetails).")));
+            .filter(QRegularExpression("^(?!InterfaceDetails)."_s));
     }
     QStringList callsSinceStart() const
     {
         const QStringList all = calls();
-        return all.mid(all.lastIndexOf(QStringLiteral("start")) + 1);
+        return all.mid(all.lastIndexOf("start"_s) + 1);
     }
-    int starts() const { return calls().count(QStringLiteral("start")); }
+    int starts() const { return calls().count("start"_s); }
     void tell(const QString& method, const QVariantList& arguments = {})
     {
-        m_device->call(QStringLiteral("org.orva.Test"), method, arguments);
+        call("org.orva.Test"_s, method, arguments);
     }
     void emitSignal(const QString& member, const QVariantList& arguments = {})
     {
-        tell(QStringLiteral("Emit"), QVariantList{member} + arguments);
+        tell("Emit"_s, QVariantList{member} + arguments);
     }
     CMReply<QVariant> send(const CMPath& path, const OrvaValue& value = {})
     {
-        return m_device->device.send(path, value);
+        return device->send(path, value);
     }
-    bool currentCable() { return m_device->device.worker->currentCableStatus(); }
+    bool currentCable() { return device->worker->currentCableStatus(); }
 
     static QStringList profileCalls()
     {
-        return {QStringLiteral("Set(s:org.orva.lumod, s:WirelessNetworks, v:a{sv}("
-                               "Café=v:a{sv}(priority=v:i:1, wpa_psk=v:s:secret-Café), "
-                               "Home=v:a{sv}(priority=v:i:2, wpa_psk=v:s:secret-Home)))"),
-                QStringLiteral("Set(s:org.orva.lumod, s:WiredIpSettings, v:a{sv}("
-                               "Dns=v:s:1.1.1.1 9.9.9.9, Gateway=v:s:, Ip=v:s:10.0.0.2, "
-                               "Netmask=v:s:255.0.0.0))"),
-                QStringLiteral("Set(s:org.orva.lumod, s:WirelessIpSettings, v:a{sv}())"),
-                QStringLiteral("SetNormalMode(s:auto)")};
+        return {"Set(s:org.orva.lumod, s:WirelessNetworks, v:a{sv}("
+                "Café=v:a{sv}(priority=v:i:1, wpa_psk=v:s:secret-Café), "
+                "Home=v:a{sv}(priority=v:i:2, wpa_psk=v:s:secret-Home)))"_s,
+                "Set(s:org.orva.lumod, s:WiredIpSettings, v:a{sv}(Dns=v:s:1.1.1.1 9.9.9.9, "
+                "Gateway=v:s:, Ip=v:s:10.0.0.2, Netmask=v:s:255.0.0.0))"_s,
+                "Set(s:org.orva.lumod, s:WirelessIpSettings, v:a{sv}())"_s,
+                "SetNormalMode(s:auto)"_s};
     }
     static QString softApCall()
     {
-        return QStringLiteral(
-            "StartSoftAp(s:uap0, a{sv}(apInterface=v:s:uap0, channel=v:i:6, ssid=v:s:Setup))");
+        return "StartSoftAp(s:uap0, a{sv}(apInterface=v:s:uap0, channel=v:i:6, ssid=v:s:Setup))"_s;
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_bus.addService(QStringLiteral("org.orva.lumod"),
-                         QStringLiteral("/usr/bin/python3 -B %1 %2")
-                             .arg(QFINDTESTDATA("fakelumod.py"), m_directory.path()));
-        QVERIFY(m_bus.start());
+        startBus(
+            "/usr/bin/python3 -B %1 %2"_s.arg(QFINDTESTDATA("fakelumod.py"), directory.path()));
     }
-    void init() { m_device = std::make_unique<LumoFixture>(m_bus); }
-    void cleanup()
-    {
-        const bool isUp = m_device->daemonPid() != 0;
-        m_device.reset();
-        if (isUp) {
-            QDBusConnection bus = m_bus.connection(QStringLiteral("cleanup"));
-            bus.call(QDBusMessage::createMethodCall(
-                QStringLiteral("org.orva.lumod"), QStringLiteral("/org/orva/lumod"),
-                QStringLiteral("org.orva.Test"), QStringLiteral("Exit")));
-            QDBusConnection::disconnectFromBus(QStringLiteral("cleanup"));
-        }
-        for (const char* name : {"calls", "delay", "crash"})
-            QFile::remove(path(name));
-    }
+    void init() { createDevice(); }
+    void cleanup() { endDevice({"calls"_s, "delay"_s, "crash"_s}); }
 
     void everyCommandHasItsTypesAndItsPlace()
     {
         QStringList expected = profileCalls();
         send(OrvaNetworkStartPath());
         send(OrvaNetworkForceWifiReconnectPath());
-        const auto softAp = send(OrvaNetworkRequestSoftApPath(), LumoFixture::softApRequest());
-        const auto pin = send(OrvaNetworkPerformWpsPinPath(), toValue(QStringLiteral("12345670")));
-        expected << QStringLiteral("ForceWifiReconnect()") << softApCall()
-                 << QStringLiteral("WpsPin(s:12345670)");
+        const auto softAp = send(OrvaNetworkRequestSoftApPath(), softApRequest());
+        const auto pin = send(OrvaNetworkPerformWpsPinPath(), toValue("12345670"_s));
+        expected << "ForceWifiReconnect()"_s << softApCall() << "WpsPin(s:12345670)"_s;
         QTRY_COMPARE(callsSinceStart(), expected);
 
-        emitSignal(QStringLiteral("Connected"), {QStringLiteral("uap0")});
+        emitSignal("Connected"_s, {"uap0"_s});
         QTRY_VERIFY(softAp.isFinished());
-        emitSignal(QStringLiteral("WpsCredentials"),
-                   {QVariantMap{{QStringLiteral("ssid"), QStringLiteral("A")},
-                                {QStringLiteral("type"), QStringLiteral("wpa-psk")},
-                                {QStringLiteral("wpa_psk"), QStringLiteral("secret99")}}});
+        emitSignal(
+            "WpsCredentials"_s,
+            {QVariantMap{{"ssid"_s, "A"_s}, {"type"_s, "wpa-psk"_s}, {"wpa_psk"_s, "secret99"_s}}});
         QTRY_VERIFY(pin.isFinished());
-        QCOMPARE(OrvaValue(pin.value().toHash()).networkInterface().key(),
-                 QStringLiteral("secret99"));
+        QCOMPARE(OrvaValue(pin.value().toHash()).networkInterface().key(), "secret99"_s);
 
-        emitSignal(QStringLiteral("InterfaceStatusChanged"), {QStringLiteral("wlan0"), 2});
-        QTRY_COMPARE(m_device->backend->interfaceStatus(QStringLiteral("wlan0")),
-                     Networking_LowLevel::Idle);
+        emitSignal("InterfaceStatusChanged"_s, {"wlan0"_s, 2});
+        QTRY_COMPARE(backend->interfaceStatus("wlan0"_s), Networking_LowLevel::Idle);
         send(OrvaNetworkPerformWpsPbcPath());
         send(OrvaNetworkScanPath());
         send(OrvaNetworkStopPath());
-        expected << QStringLiteral("WpsPbc()") << QStringLiteral("Scan()")
-                 << QStringLiteral("SetOffMode()") << QStringLiteral("StopSoftAp(s:uap0)");
+        expected << "WpsPbc()"_s
+                 << "Scan()"_s
+                 << "SetOffMode()"_s
+                 << "StopSoftAp(s:uap0)"_s;
         QTRY_COMPARE(callsSinceStart(), expected);
     }
 
     void everyWidthOfIntegerReadsAlike()
     {
-        const OrvaNetworkInfo info = m_device->device.info();
-        QCOMPARE(info.wired().mac(), QStringLiteral("02:00:00:00:00:01"));
+        const OrvaNetworkInfo info = device->info();
+        QCOMPARE(info.wired().mac(), "02:00:00:00:00:01"_s);
         QVERIFY(info.wired().cableConnected());
 
-        emitSignal(QStringLiteral("AddressesChanged"));
-        QTRY_COMPARE(m_device->device.info().wireless().signalLevel(), -61);
-        const OrvaNetworkWirelessInterface wireless = m_device->device.info().wireless();
+        emitSignal("AddressesChanged"_s);
+        QTRY_COMPARE(device->info().wireless().signalLevel(), -61);
+        const OrvaNetworkWirelessInterface wireless = device->info().wireless();
         QCOMPARE(wireless.frequency(), 2412);
         QCOMPARE(wireless.channel(), 1);
         QCOMPARE(wireless.mac(), QString());
         QVERIFY(wireless.addresses().isEmpty());
-        QCOMPARE(m_device->device.info().wired().addresses().value(0).prefix(), 24);
+        QCOMPARE(device->info().wired().addresses().value(0).prefix(), 24);
 
-        QSignalSpy scanned(m_device->backend, &Networking_LowLevel::ScanResults);
-        emitSignal(
-            QStringLiteral("ScanResults"),
-            {QVariantMap{
-                {QStringLiteral("bad"), 5},
-                {QStringLiteral("Café"),
-                 QVariantMap{{QStringLiteral("type"), QStringLiteral("wpa_psk")},
-                             {QStringLiteral("signal"), QVariant::fromValue<short>(-70)},
-                             {QStringLiteral("channel"), QVariant::fromValue<uchar>(11)},
-                             {QStringLiteral("frequency"), QVariant::fromValue<qulonglong>(2462)},
-                             {QStringLiteral("ies"), QByteArray("\x00\xff", 2)}}}}});
+        QSignalSpy scanned(backend, &Networking_LowLevel::ScanResults);
+        emitSignal("ScanResults"_s,
+                   {QVariantMap{{"bad"_s, 5},
+                                {"Café"_s,
+                                 QVariantMap{{"type"_s, "wpa_psk"_s},
+                                             {"signal"_s, QVariant::fromValue<short>(-70)},
+                                             {"channel"_s, QVariant::fromValue<uchar>(11)},
+                                             {"frequency"_s, QVariant::fromValue<qulonglong>(2462)},
+                                             {"ies"_s, QByteArray("\x00\xff", 2)}}}}});
         QTRY_COMPARE(scanned.size(), 1);
         const auto results = scanned.at(0).at(0).value<QVector<OrvaNetworkScanResult>>();
         QCOMPARE(results.size(), 1);
@@ -157,15 +125,14 @@ private Q_SLOTS:
     void whoDoesNotOwnTheNameIsNotHeard()
     {
         QTRY_VERIFY(currentCable());
-        auto forged = QDBusMessage::createSignal(QStringLiteral("/org/orva/lumod"),
-                                                 QStringLiteral("org.orva.lumod"),
-                                                 QStringLiteral("CableStatus"));
+        auto forged =
+            QDBusMessage::createSignal("/org/orva/lumod"_s, "org.orva.lumod"_s, "CableStatus"_s);
         forged << false;
-        QVERIFY(m_device->connection().send(forged));
-        emitSignal(QStringLiteral("Connected"), {QStringLiteral("eth0")});
-        QTRY_VERIFY(m_device->device.worker->linkStatus());
+        QVERIFY(connection->send(forged));
+        emitSignal("Connected"_s, {"eth0"_s});
+        QTRY_VERIFY(device->worker->linkStatus());
         QVERIFY(currentCable());
-        emitSignal(QStringLiteral("CableStatus"), {false}); // the same from the right one
+        emitSignal("CableStatus"_s, {false}); // the same from the right one
         QTRY_VERIFY(!currentCable());
     }
 
@@ -173,25 +140,22 @@ private Q_SLOTS:
     {
         send(OrvaNetworkStartPath());
         QTRY_COMPARE(callsSinceStart().size(), 4);
-        QSignalSpy refreshed(m_device->backend, &Networking_LowLevel::AddressesChanged);
-        auto hang = QDBusMessage::createMethodCall(
-            QStringLiteral("org.orva.lumod"), QStringLiteral("/org/orva/lumod"),
-            QStringLiteral("org.orva.Test"), QStringLiteral("Hang"));
-        m_device->connection().asyncCall(hang << 4000);
+        QSignalSpy refreshed(backend, &Networking_LowLevel::AddressesChanged);
+        call("org.orva.Test"_s, "Hang"_s, {4000}, QDBus::NoBlock);
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(m_device->backend->getEthernetMAC().isEmpty());
+        QVERIFY(backend->getEthernetMAC().isEmpty());
         QVERIFY(clock.elapsed() > 1900 && clock.restart() < 3500);
         for (int i = 0; i < 100; ++i)
-            QVERIFY(m_device->backend->getEthernetMAC().isEmpty());
+            QVERIFY(backend->getEthernetMAC().isEmpty());
         send(OrvaNetworkForceWifiReconnectPath());
         QTest::qWait(100);
-        QVERIFY(m_device->backend->getEthernetMAC().isEmpty());
+        QVERIFY(backend->getEthernetMAC().isEmpty());
         QVERIFY(clock.elapsed() < 1000);
 
         QTRY_COMPARE(refreshed.size(), 1);
-        QVERIFY(!m_device->backend->getEthernetMAC().isEmpty());
-        QTRY_COMPARE(callsSinceStart().value(4), QStringLiteral("ForceWifiReconnect()"));
+        QVERIFY(!backend->getEthernetMAC().isEmpty());
+        QTRY_COMPARE(callsSinceStart().value(4), "ForceWifiReconnect()"_s);
     }
 
     void theStartWaitsForASlowDaemon()
@@ -199,22 +163,22 @@ private Q_SLOTS:
         cleanup();
         write("delay", "3");
         init();
-        QCOMPARE(m_device->device.info().wired().mac(), QStringLiteral("02:00:00:00:00:01"));
+        QCOMPARE(device->info().wired().mac(), "02:00:00:00:00:01"_s);
         QCOMPARE(starts(), 1);
     }
 
     void aDaemonThatIsLostComesBackAsItWas()
     {
         send(OrvaNetworkStartPath());
-        send(OrvaNetworkRequestSoftApPath(), LumoFixture::softApRequest());
+        send(OrvaNetworkRequestSoftApPath(), softApRequest());
         const auto wps = send(OrvaNetworkPerformWpsPbcPath());
-        emitSignal(QStringLiteral("Connected"), {QStringLiteral("eth0")});
-        QTRY_VERIFY(m_device->device.worker->linkStatus());
+        emitSignal("Connected"_s, {"eth0"_s});
+        QTRY_VERIFY(device->worker->linkStatus());
 
-        tell(QStringLiteral("Exit"));
+        tell("Exit"_s);
         QTRY_VERIFY(wps.isFinished());
-        QCOMPARE(WorkerFixture::outcome(wps), QStringLiteral("WpsError: Networking restarted!"));
-        QVERIFY(!m_device->device.worker->linkStatus());
+        QCOMPARE(WorkerFixture::outcome(wps), "WpsError: Networking restarted!"_s);
+        QVERIFY(!device->worker->linkStatus());
         QTRY_COMPARE(callsSinceStart(), profileCalls() << softApCall());
         QCOMPARE(starts(), 2);
     }
@@ -224,7 +188,7 @@ private Q_SLOTS:
         send(OrvaNetworkStartPath());
         QTRY_COMPARE(callsSinceStart(), profileCalls());
         write("crash", {});
-        tell(QStringLiteral("Exit"));
+        tell("Exit"_s);
         QTRY_COMPARE(starts(), 3);
         QElapsedTimer clock;
         clock.start();
@@ -238,13 +202,14 @@ private Q_SLOTS:
     {
         send(OrvaNetworkStartPath());
         const auto first = send(OrvaNetworkPerformWpsPbcPath());
-        QTRY_VERIFY(m_device->wpsTimer()->isActive());
-        QCOMPARE(m_device->wpsTimer()->interval(), 130000);
-        m_device->wpsTimer()->start(1);
+        auto* timer = backend->findChild<QTimer*>("wpsTimer"_s);
+        QTRY_VERIFY(timer->isActive());
+        QCOMPARE(timer->interval(), 130000);
+        timer->start(1);
         QTRY_VERIFY(first.isFinished());
-        QCOMPARE(WorkerFixture::outcome(first), QStringLiteral("WpsError: WPS request timed out"));
+        QCOMPARE(WorkerFixture::outcome(first), "WpsError: WPS request timed out"_s);
         const auto second = send(OrvaNetworkPerformWpsPbcPath());
-        QTRY_COMPARE(callsSinceStart().count(QStringLiteral("WpsPbc()")), 2);
+        QTRY_COMPARE(callsSinceStart().count("WpsPbc()"_s), 2);
         QVERIFY(!second.isFinished());
     }
 };
