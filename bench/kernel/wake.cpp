@@ -140,9 +140,8 @@ void measureLoad(const char* name, int sender)
 
 bool enable(TestTree& tree)
 {
-    const OrvaValue on = json(QStringLiteral(R"({"bool":true})"));
-    const auto reply = tree.activate(OrvaNetworkWakeOnLanSetEnabledPath(), on);
-    return QTest::qWaitFor([&] { return reply.isFinished(); });
+    const OrvaValue on = json(R"({"bool":true})");
+    return outcome(tree, OrvaNetworkWakeOnLanSetEnabledPath(), on) == QLatin1String("/");
 }
 
 } // namespace
@@ -159,7 +158,7 @@ int main(int argc, char** argv)
     TestTree tree;
     tree.addActivation(OrvaPowerManagerTargetRequestPath());
     tree.addValue(OrvaNetworkStateCurrentMAC())
-        ->setValue(json(QStringLiteral(R"({"string":"00:11:22:AA:BB:CC"})")));
+        ->setValue(json(R"({"string":"00:11:22:AA:BB:CC"})"));
     new WakeOnLan(&tree);
     measureLoad("stream, not listening", neighbour.frameSocket());
     if (!enable(tree))

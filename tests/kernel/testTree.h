@@ -3,9 +3,9 @@
 #include <core/orva.h>
 
 /// A value from its JSON text.
-inline OrvaValue json(const QString& text)
+inline OrvaValue json(const QByteArray& text)
 {
-    return OrvaValue(OrvaPlain::fromJson(text.toUtf8())->toHash());
+    return OrvaValue(OrvaPlain::fromJson(text)->toHash());
 }
 
 /// A node tree that is one worker: the root, in which a test creates the nodes of everybody else.
@@ -22,26 +22,32 @@ public:
     /// Creates a value node without a value.
     CMValueNode* addValue(const CMPath& path) { return CMValueNode::create(nodes(), path); }
 
-    /// Creates an activate node that answers with `error`, where that is not empty.
-    void addActivation(const CMPath& path, const CMError& error = {})
+    /// Creates an activate node that answers with success.
+    void addActivation(const CMPath& path)
     {
-        const auto count = [this, path, error](const CMSetDataRequest& request) {
+        const auto count = [this, path](const CMSetDataRequest& request) {
             ++m_activations[path];
-            error.isEmpty() ? request.answer() : request.fail(error);
+            request.answer();
         };
         connect(CMActivateNode::create(nodes(), path), &CMActivateNode::invoked, this, count);
     }
 
     /// How often a node of `addActivation()` was activated.
     [[nodiscard]] int activations(const CMPath& path) const { return m_activations.value(path); }
-
-    CMReply<QVariant> activate(const CMPath& path, const OrvaValue& value = {})
-    {
-        const auto reply = CMReply<QVariant>::create();
-        invoke(path, value, reply);
-        return reply;
-    }
+    /// The same, and begins again at 0.
+    [[nodiscard]] int takeActivations(const CMPath& path) { return m_activations.take(path); }
 
 private:
     QHash<CMPath, int> m_activations;
 };
+
+/// How an activation ended: the error's name and message, "/" for success, "none" without an
+/// answer.
+inline QString outcome(CMAbstractWorker& worker, const CMPath& path, const OrvaValue& value = {})
+{
+    const auto reply = CMReply<QVariant>::create();
+    worker.invoke(path, value, reply);
+    const bool answered = QTest::qWaitFor([&] { return reply.isFinished(); });
+    const CMError error = reply.error();
+    return answered ? error.name() + QLatin1Char('/') + error.message() : QStringLiteral("none");
+}
