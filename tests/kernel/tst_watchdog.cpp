@@ -253,6 +253,7 @@ void TestWatchdog::pingsTheGatewayOfAConnectedLink()
     };
     QVERIFY(logs(2, "10.9.0.2", "wifi not connected, no need to send a ping"));
     QVERIFY(logs(1, "", "No gateway available, not sending ping"));
+    QVERIFY(logs(1, "-V", "No gateway available, not sending ping"));
     QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
     QCOMPARE(logged("ping: 1 packets transmitted, 1 received"), 1);
     QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));

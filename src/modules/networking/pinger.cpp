@@ -4,6 +4,8 @@
 #include <network/networkpaths.h>
 #include <network/networkrules.h>
 
+#include <QHostAddress>
+
 namespace {
 
 constexpr int pingTimeoutMs = 5000;
@@ -50,7 +52,8 @@ void Pinger::on_timer_timeout()
         return;
     }
     const QString gateway = orvaNetworkInfoToGateway4(info);
-    if (gateway.isEmpty()) {
+    // Other text, from the daemon, would reach the program as an option or as a name to look up.
+    if (QHostAddress(gateway).protocol() != QAbstractSocket::IPv4Protocol) {
         LOG4CPLUS_DEBUG(logger(), "No gateway available, not sending ping");
         return;
     }

@@ -7,7 +7,8 @@
 
 class CMValueItem;
 
-/// Pings the IPv4 gateway at an interval while Wi-Fi is connected, for the log only.
+/// Pings the IPv4 gateway at an interval while Wi-Fi is connected, for the log only. A gateway that
+/// is no IPv4 address counts as none.
 ///
 /// At most one ping runs at a time, and none outlives the object. Lives on the host's event-loop
 /// thread.
