@@ -18,8 +18,9 @@ class Pinger;
 ///
 /// Samples the interface's packet counters at the interval of the Wi-Fi restart criteria, a setting
 /// of the host that may change at any time; without valid criteria no samples are taken. A restart
-/// is the invocation of the activate node that the criteria name. While the criteria are valid the
-/// gateway is pinged at the same interval, for the log only. Lives on the host's event-loop thread.
+/// is the invocation of the activate node that the criteria name. From the first valid criteria on
+/// the gateway is pinged at the interval of the last valid ones, for the log only. Lives on the
+/// host's event-loop thread.
 class WifiRestart : public QObject
 {
     Q_OBJECT
@@ -38,7 +39,7 @@ public Q_SLOTS:
     /// Takes one sample: one round trip to the kernel.
     void on_timer_timeout();
     /// Restarts Wi-Fi on request and answers with the outcome; with an error when the criteria name
-    /// no node to do it.
+    /// no node to do it, or the very node of the request.
     void on_restart_requested(const CMSetDataRequest& request);
 
 private:
