@@ -144,9 +144,10 @@ private Q_SLOTS:
     {
         std::ostringstream log;
         log << hash(
-            R"({"n": [{"key": "abc", "ssid": "Home"}], "m": {"wpa_psk": "abc", "key": ""}})");
-        QCOMPARE(log.str(),
-                 std::string(R"({m: {key: "", wpa_psk: ****}, n: [{key: ****, ssid: "Home"}]})"));
+            R"({"n": [{"key": ["abc"], "ssid": "Ho\nme"}], "m": {"wpa_psk": "abc", "key": ""}})");
+        QCOMPARE(
+            log.str(),
+            std::string(R"({m: {key: "", wpa_psk: ****}, n: [{key: ****, ssid: "Ho\u000ame"}]})"));
     }
 
     void theBorderRefuses_data()

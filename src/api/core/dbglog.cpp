@@ -1,10 +1,12 @@
 #include "dbglog.h"
 
+#include "orvahash.h"
+
 #include <ostream>
 
 std::ostream& operator<<(std::ostream& stream, const QString& text)
 {
-    return stream << text.toUtf8().constData();
+    return stream << orvaLogText(text).toUtf8().constData();
 }
 
 CMTraceScope::CMTraceScope(const log4cplus::Logger& logger, const char* signature)

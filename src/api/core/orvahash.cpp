@@ -23,7 +23,7 @@ QString scalarToLog(const QVariant& value)
 {
     switch (value.userType()) {
     case QMetaType::QString:
-        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
+        return QLatin1Char('"') + orvaLogText(value.toString()) + QLatin1Char('"');
     case QMetaType::QByteArray:
         return QString::fromLatin1(value.toByteArray().toHex());
     case QMetaType::UnknownType:
@@ -38,7 +38,8 @@ QString fieldToLog(const QString& key, const QVariant& value)
 {
     const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
     const bool hide = orvaIsSecretKey(key) && !isEmptyText;
-    return key + QStringLiteral(": ") + (hide ? QStringLiteral("****") : orvaToLog(value));
+    return orvaLogText(key) + QStringLiteral(": ") +
+           (hide ? QStringLiteral("****") : orvaToLog(value));
 }
 
 /// A fixed order, so that two runs write the same line.
@@ -94,6 +95,25 @@ bool orvaIsSecretKey(const QString& key)
                                       QStringLiteral("psk"),      QStringLiteral("passphrase"),
                                       QStringLiteral("password"), QStringLiteral("wep_key")};
     return names.contains(key);
+}
+
+QString orvaLogText(const QString& text)
+{
+    const auto isControl = [](QChar character) {
+        return character.category() == QChar::Other_Control ||
+               character.category() == QChar::Separator_Line ||
+               character.category() == QChar::Separator_Paragraph;
+    };
+    if (std::none_of(text.begin(), text.end(), isControl))
+        return text;
+    QString escaped;
+    for (const QChar character : text) {
+        if (isControl(character))
+            escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            escaped += character;
+    }
+    return escaped;
 }
 
 QString orvaToLog(const QVariant& value)

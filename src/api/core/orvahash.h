@@ -51,6 +51,9 @@ protected:
 /// Whether a field of this name holds a key or passphrase, which no log may show.
 [[nodiscard]] ORVA_API bool orvaIsSecretKey(const QString& key);
 
+/// Text as it may stand in one line of a log: control characters escaped as in C.
+[[nodiscard]] ORVA_API QString orvaLogText(const QString& text);
+
 /// Any plain value as one line for a log: keys in alphabetical order, secrets as "****".
 [[nodiscard]] ORVA_API QString orvaToLog(const QVariant& value);
 

@@ -41,8 +41,8 @@ fromJson(const QByteArray& json, QString* why = nullptr, Limits limits = Limits(
 /// text.
 [[nodiscard]] ORVA_API QByteArray toJson(const QVariant& plain);
 
-/// A plain hash as it goes to the bus: `a{sv}`, lists as `av`. An invalid variant, which would abort
-/// the process, is left out.
+/// A plain hash as it goes to the bus: `a{sv}`, lists as `av`. An invalid variant, which would
+/// abort the process, is left out.
 [[nodiscard]] ORVA_API QVariantMap toBus(const QVariantHash& plain);
 
 } // namespace OrvaPlain

@@ -4,6 +4,7 @@
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QThread>
+#include <QtCore/QTimer>
 #include <QtDBus/QDBusError>
 #include <QtDBus/QDBusPendingCallWatcher>
 
@@ -35,6 +36,7 @@ BoundedCalls::BoundedCalls(const QDBusConnection& bus, const QString& service, Q
     , m_bus(bus)
     , m_service(service)
 {
+    m_clock.start();
 }
 
 QDBusMessage BoundedCalls::ask(const Send& send)
@@ -46,7 +48,7 @@ QDBusMessage BoundedCalls::ask(const Send& send)
     const QDBusMessage reply = wait(send(), answerLimit);
     if (!isAnswer(reply))
         return miss(reply);
-    noteAnswer();
+    noteAnswer(0);
     return reply;
 }
 
@@ -112,18 +114,18 @@ void BoundedCalls::on_lateReply()
     m_unanswered->deleteLater();
     m_unanswered.clear();
     if (isAnswer(reply))
-        noteAnswer();
+        noteAnswer(m_lateBackoff.afterLoss(m_clock.elapsed()));
     else
         LOG4CPLUS_WARN(lumoLogger(), "Late request to " << m_service
                                                         << " failed: " << reply.errorName() << ", "
                                                         << reply.errorMessage());
 }
 
-void BoundedCalls::noteAnswer()
+void BoundedCalls::noteAnswer(int pauseMs)
 {
     if (!m_missed)
         return;
     m_missed = false;
     LOG4CPLUS_INFO(lumoLogger(), m_service << " answers again");
-    QMetaObject::invokeMethod(this, &BoundedCalls::answersAgain, Qt::QueuedConnection);
+    QTimer::singleShot(pauseMs, this, &BoundedCalls::answersAgain);
 }

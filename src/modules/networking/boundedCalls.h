@@ -1,5 +1,8 @@
 #pragma once
 
+#include "restartBackoff.h"
+
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtDBus/QDBusConnection>
@@ -25,7 +28,7 @@ public:
     /// Sends a question, with a time-out of its own that is longer than any hang.
     using Send = std::function<QDBusPendingCall()>;
 
-    /// `service` is on `bus`, its name for logs is `title`.
+    /// `service` is on `bus`.
     BoundedCalls(const QDBusConnection& bus, const QString& service, QObject* parent);
 
     /// The service's answer, which may be an error; or an error that says that there was none.
@@ -40,7 +43,9 @@ public:
 
 Q_SIGNALS:
     /// The service answers again after questions had failed: what was answered by a default may be
-    /// asked anew. Comes from the event loop.
+    /// asked anew. Comes from the event loop; after a pause that grows where answers keep coming
+    /// too late, since a service that is merely slow would otherwise hold the event loop for most
+    /// of the time.
     void answersAgain();
 
 private:
@@ -48,11 +53,13 @@ private:
     [[nodiscard]] QDBusMessage wait(const QDBusPendingCall& call, int limit);
     [[nodiscard]] QDBusMessage miss(const QDBusMessage& reply);
     void on_lateReply();
-    void noteAnswer();
+    void noteAnswer(int pauseMs);
 
     const QDBusConnection m_bus;
     const QString m_service;
     bool m_started = false;
     bool m_missed = false;
     QPointer<QDBusPendingCallWatcher> m_unanswered;
+    QElapsedTimer m_clock;
+    RestartBackoff m_lateBackoff;
 };

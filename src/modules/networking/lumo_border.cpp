@@ -6,8 +6,8 @@
 #include <QtCore/QSet>
 
 namespace {
-constexpr qint64 entryLimit = 64 * 1024; // bytes
-constexpr qint64 mapLimit = 1024 * 1024; // bytes
+constexpr qint64 entryLimit = 64 * 1024;     // bytes
+constexpr qint64 mapLimit = 4 * 1024 * 1024; // bytes; 5000 networks with their elements fit
 
 /// Roughly what a plain value weighs, as the border counts it.
 qint64 weight(const QVariant& value)
@@ -54,17 +54,19 @@ QVariantMap lumoPlainMap(const QVariantMap& foreign)
     limits.bytes = entryLimit;
     for (auto entry = foreign.begin(); entry != foreign.end(); ++entry) {
         const auto plain = OrvaPlain::fromForeign(entry.value(), &why, limits);
-        budget -= plain ? entry.key().size() + weight(*plain) : 0;
-        if (plain && plain->isValid() && budget >= 0)
-            map.insert(entry.key(), *plain);
-        else
+        const qint64 cost = plain ? entry.key().size() + weight(*plain) : 0;
+        if (cost > budget)
+            why = QStringLiteral("the map is too large");
+        if (!plain || !plain->isValid() || cost > budget) {
             ++dropped;
+            continue;
+        }
+        budget -= cost;
+        map.insert(entry.key(), *plain);
     }
     if (dropped > 0)
-        LOG4CPLUS_WARN(lumoLogger(), "Dropped "
-                                         << dropped << " of " << foreign.size()
-                                         << " entries of a map from LUMO: "
-                                         << (budget < 0 ? QStringLiteral("too large") : why));
+        LOG4CPLUS_WARN(lumoLogger(), "Dropped " << dropped << " of " << foreign.size()
+                                                << " entries of a map from LUMO: " << why);
     return map;
 }
 

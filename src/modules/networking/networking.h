@@ -159,6 +159,7 @@ private:
     void setNetworkLinkStatus(const QString& interface, bool up);
     void setSoftApLinkStatus(const QString& interface, bool up);
     void updateCurrentMac();
+    void recoverCurrentMac();
     void updateWebserverUrl();
     /// Starts the local soft access point again, once, when its interface is seen.
     void restoreLocalSoftAp();

@@ -13,6 +13,7 @@
 #include <QtDBus/QDBusError>
 
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr int wpsLimit = 130000; // ms; a session's walk time is 120 s
@@ -148,6 +149,7 @@ bool Networking_LowLevel_LUMO::disconnect()
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     m_softAps.clear();
+    m_scanning = false;
     send(QStringLiteral("SetOffMode"));
     return true;
 }
@@ -273,6 +275,8 @@ void Networking_LowLevel_LUMO::on_daemon_answersAgain()
 {
     on_cableStatus_init();
     Q_EMIT AddressesChanged();
+    if (!hasWireless())
+        return;
     const QString wireless = m_worker->wirelessInterface();
     Q_EMIT InterfaceStatusChanged(wireless, interfaceStatus(wireless));
 }
@@ -291,7 +295,8 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
         on_lumo_WpsError(QStringLiteral("Networking restarted!"));
     for (const OrvaNetworkProfileSoftApSettings& settings : qAsConst(m_softAps))
         sendStartSoftAp(settings);
-    if (m_scanning)
+    // Once: a scan that crashes the daemon must not do so for ever.
+    if (std::exchange(m_scanning, false))
         send(QStringLiteral("Scan"));
     Q_EMIT AddressesChanged();
 }

@@ -51,7 +51,6 @@ void runRfkill(const QStringList& arguments)
 {
     const OrvaProcessHandlerResult result =
         OrvaProcessHandler::startSync(QStringLiteral("rfkill"), arguments, rfkillTimeoutMs);
-    LOG4CPLUS_INFO(networkingLogger(), "rfkill " << result);
     if (result.finishedOk())
         LOG4CPLUS_DEBUG(networkingLogger(), "rfkill completed successfully");
     else

@@ -126,11 +126,15 @@ bool Networking::setSoftAp(const Request& request, bool enable)
 {
     const QString interface = request.settings().apInterface();
     SoftApTable& table = m_softApRequests[interface];
+    const bool wasEmpty = table.isEmpty();
     if (enable)
         table.set(request);
     else
         table.remove(request.name());
     const bool stop = table.isEmpty();
+    // A hold lives as long as its holder; a revoke of nobody leaves another interface's hold alone.
+    if (stop && !wasEmpty)
+        m_softApHold = false;
     scheduleSoftApTimeoutTimer();
     const bool changed = stop ? stopSoftAp(request.settings()) : updateSoftAp(interface);
     publishSoftApRequests();
@@ -162,7 +166,6 @@ bool Networking::updateSoftAp(const QString& interface)
 bool Networking::stopSoftAp(const Settings& settings)
 {
     const QString interface = settings.apInterface();
-    m_softApHold = false;
     const bool runs = !m_activeSoftApSettings.value(interface).isEmpty();
     if (runs) {
         LOG4CPLUS_INFO(networkingLogger(), "Stopping SoftAp on interface " << interface);
@@ -230,7 +233,7 @@ void Networking::on_softApTimeoutTimer_timeout()
     if (m_nextExpiringSoftApRequest.isEmpty())
         return;
     if (millisecondsTo(m_nextExpiringSoftApRequest.timeout(), m_clock()) > 0) {
-        scheduleSoftApTimeoutTimer(); // A coarse timer fires up to 5 % early.
+        scheduleSoftApTimeoutTimer(); // The clock and the timer need not agree to the millisecond.
         return;
     }
     const Request expired = std::exchange(m_nextExpiringSoftApRequest, {});

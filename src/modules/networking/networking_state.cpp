@@ -165,7 +165,19 @@ void Networking::on_lowlevel_AddressesChanged()
     publishInfo(merged);
     m_ethernetMacNode->setValue(toValue(merged.wired().mac()));
     m_wirelessMacNode->setValue(toValue(merged.wireless().mac()));
+    recoverCurrentMac();
     updateWebserverUrl();
+}
+
+/// A backend that did not answer at the construction left no MAC, nor one for the soft AP's own
+/// SSID.
+void Networking::recoverCurrentMac()
+{
+    if (!m_currentMacNode->value().string_().isEmpty())
+        return;
+    updateCurrentMac();
+    if (!m_currentMacNode->value().string_().isEmpty())
+        readSoftApConfiguration();
 }
 
 void Networking::updateWebserverUrl()
