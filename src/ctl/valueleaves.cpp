@@ -11,7 +11,7 @@ QString nameOf(const QVariantHash& record)
 {
     for (const QString& field : {OrvaNetworkInterface::Ssid(), OrvaNetworkAddress::Ip(),
                                  OrvaNetworkSoftApRequestStatus::Name()}) {
-        const QString name = record.value(field).toString();
+        QString name = record.value(field).toString();
         if (!name.isEmpty())
             return name;
     }
