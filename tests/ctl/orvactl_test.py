@@ -35,6 +35,7 @@ class Device:
         self.until(lambda: self.run("orvactl nodes").returncode == 0)
 
     def start(self, *command, output=None):
+        command = ["setpriv", "--pdeathsig=KILL", *command]  # what ends the test ends these too
         self.children.append(subprocess.Popen(command, env=self.environment, text=True, stderr=self.log,
                                               stdout=output or self.log))
         return self.children[-1]
