@@ -1,0 +1,81 @@
+// What a change among the requesters of the soft access point costs: one fold of their settings,
+// and a whole request with it, from call to answer.
+
+#include <network/networkpaths.h>
+#include <softApSettings.h>
+#include <workerfixture.h>
+
+#include <cstdio>
+
+namespace {
+
+OrvaNetworkProfileSoftApRequest request(int number, int channel)
+{
+    OrvaNetworkProfileSoftApSettings settings;
+    settings.setApInterface(QStringLiteral("uap0"));
+    settings.setSsid(QStringLiteral("network%1").arg(number));
+    settings.setChannel(channel);
+    OrvaNetworkProfileSoftApRequest request;
+    request.setName(QStringLiteral("requester%1").arg(number));
+    request.setSettings(settings);
+    return request;
+}
+
+OrvaValue toValue(const OrvaNetworkProfileSoftApRequest& request)
+{
+    OrvaValue value;
+    value.setNetworkSoftApRequest(request);
+    return value;
+}
+
+void report(const char* what, int requesters, int rounds, const QElapsedTimer& timer)
+{
+    std::printf("{\"what\": \"%s\", \"requesters\": %d, \"us_each\": %.1f}\n", what, requesters,
+                double(timer.nsecsElapsed()) / 1000 / rounds);
+}
+
+void measureFold(int requesters)
+{
+    constexpr int rounds = 200;
+    QVector<OrvaNetworkProfileSoftApRequest> requests;
+    for (int i = 0; i < requesters; ++i)
+        requests << request(i, 1);
+    OrvaNetworkProfileSoftApSettings running;
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < rounds; ++i)
+        running = foldSoftApRequests(running, {}, requests).settings;
+    report("fold", requesters, rounds, timer);
+}
+
+void measureRequest(int requesters)
+{
+    constexpr int rounds = 50;
+    OrvaNetworkProfileSoftApSettings interface;
+    interface.setApInterface(QStringLiteral("uap0"));
+    OrvaNetworkProfile configuration;
+    configuration.setSoftApSettings({interface});
+    WorkerFixture fixture({{OrvaNetworkSoftApConfigSettingsPath(), ::toValue(configuration)}});
+    fixture.request(OrvaNetworkStartPath());
+    for (int i = 0; i < requesters; ++i)
+        fixture.request(OrvaNetworkRequestSoftApPath(), toValue(request(i, 1)));
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < rounds; ++i) {
+        fixture.send(OrvaNetworkRequestSoftApPath(), toValue(request(0, i)));
+        QCoreApplication::sendPostedEvents();
+    }
+    report("request that changes its settings", requesters, rounds, timer);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    for (const int requesters : {1, 10, 1000}) {
+        measureFold(requesters);
+        measureRequest(requesters);
+    }
+    return 0;
+}
