@@ -158,8 +158,10 @@ private:
             return;
         auto& requests = ap(interface).requests;
         const auto old = find(requests, name);
-        if (old != requests.end())
+        if (old != requests.end()) {
             requests.erase(old);
+            m_hold = m_hold && !requests.isEmpty();
+        }
         apply(interface);
         m_asks.end(ap(interface).pending, QStringLiteral("error: SoftAp request revoked"));
     }
@@ -174,7 +176,6 @@ private:
     {
         Ap& own = ap(interface);
         if (own.requests.isEmpty()) {
-            m_hold = false;
             const bool ran = !own.active.isEmpty();
             m_stops += ran ? 1 : 0;
             own.active.clear();
