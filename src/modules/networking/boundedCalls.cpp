@@ -60,7 +60,9 @@ void BoundedCalls::startService()
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("StartServiceByName"));
     start << m_service << 0U;
     const QDBusMessage reply = wait(m_bus.asyncCall(start, startLimit), startLimit);
-    if (reply.type() == QDBusMessage::ErrorMessage)
+    // Who cannot be started may run all the same.
+    if (reply.type() == QDBusMessage::ErrorMessage &&
+        QDBusError(reply).type() != QDBusError::ServiceUnknown)
         LOG4CPLUS_WARN(lumoLogger(), m_service << " does not start: " << reply.errorMessage());
 }
 

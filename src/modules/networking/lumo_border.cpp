@@ -6,8 +6,8 @@
 #include <QtCore/QSet>
 
 namespace {
-constexpr qint64 entryLimit = 64 * 1024;     // bytes
-constexpr qint64 mapLimit = 4 * 1024 * 1024; // bytes; 5000 networks with their elements fit
+constexpr qint64 entryLimit = 64LL << 10; // bytes
+constexpr qint64 mapLimit = 4LL << 20;    // bytes; 5000 networks with their elements fit
 
 /// Roughly what a plain value weighs, as the border counts it.
 qint64 weight(const QVariant& value)

@@ -5,7 +5,7 @@
 #include <QtCore/QVariantMap>
 
 /// A map that the connection daemon sent, as plain values. An entry that is too deep, too large
-/// (64 KiB, and 1 MiB in all) or otherwise unfit is dropped with a warning and does no harm to the
+/// (64 KiB, and 4 MiB in all) or otherwise unfit is dropped with a warning and does no harm to the
 /// others.
 [[nodiscard]] QVariantMap lumoPlainMap(const QVariantMap& foreign);
 

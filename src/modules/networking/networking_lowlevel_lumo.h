@@ -105,7 +105,7 @@ private:
     OrvaNetworkProfile m_appliedProfile;
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_softAps;
     bool m_scanning = false;
-    bool m_replaying = false;
+    bool m_replaying = false; ///< The daemon is being told again.
 
     // WPS: the session that runs, and when it is given up.
     CMReply<OrvaNetworkInterface> m_wpsReply;
