@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 #include <algorithm>
 #include <cstdio>
 #include <vector>

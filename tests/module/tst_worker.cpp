@@ -5,40 +5,12 @@
 
 namespace {
 
-const QString eth0 = QStringLiteral("eth0");
-const QString wlan0 = QStringLiteral("wlan0");
-
-NodeValues withProfile(const OrvaNetworkProfile& profile)
-{
-    return {{OrvaNetworkCurrentProfileSettingsPath(), toValue(profile)}};
-}
+const QString home = QStringLiteral("Home");
+const QString softApTimer = QStringLiteral("m_softApTimer");
 
 NodeValues withNetworks(const QStringList& ssids)
 {
-    return withProfile(profileWith(ssids));
-}
-
-OrvaNetworkProfile storedProfile(WorkerFixture& fixture)
-{
-    return fixture.value(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
-}
-
-QString message(WorkerFixture& fixture)
-{
-    return fixture.value(OrvaNetworkConnectingMessage()).string_();
-}
-
-OrvaNetworkInfo wiredSnapshot(const QString& ip)
-{
-    OrvaNetworkAddress address;
-    address.setIp(ip);
-    OrvaNetworkWiredInterface wired;
-    wired.setState(OrvaNetworkState::Connected);
-    wired.setMac(QStringLiteral("00:11:22:AA:BB:CC"));
-    wired.setAddresses({address});
-    OrvaNetworkInfo snapshot;
-    snapshot.setWired(wired);
-    return snapshot;
+    return {{OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith(ssids))}};
 }
 
 OrvaValue number(qint32 number)
@@ -46,6 +18,84 @@ OrvaValue number(qint32 number)
     OrvaValue value;
     value.setI32_(number);
     return value;
+}
+
+OrvaNetworkProfile storedProfile(WorkerFixture& fixture)
+{
+    return fixture.value(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+}
+
+/// A node as its path below "network", "()" of an activate node, "rows", "r" of a read-only one,
+/// its permission and its title.
+QString textOf(const CMNodeInfo& node)
+{
+    QString text = node.path.toString().mid(8);
+    if (node.kind != QLatin1String("value"))
+        text += node.kind == QLatin1String("rows") ? QStringLiteral(" rows") : QStringLiteral("()");
+    else if (node.readOnly)
+        text += QStringLiteral(" r");
+    if (node.permission != OrvaPermission::Default)
+        text += QStringLiteral(" %1").arg(static_cast<qint32>(node.permission));
+    return node.title.isEmpty() ? text : text + QStringLiteral(" \"%1\"").arg(node.title);
+}
+
+/// Does one step of a sequence; the outcome where it is a request.
+QString play(WorkerFixture& fixture, const QString& step)
+{
+    const QString verb = step.section(QLatin1Char(' '), 0, 0);
+    const QString what = step.section(QLatin1Char(' '), 1);
+    if (verb == QLatin1String("up") || verb == QLatin1String("down"))
+        fixture.worker->setLinkStatus(what, verb == QLatin1String("up"));
+    else if (verb == QLatin1String("leave"))
+        fixture.worker->setDisconnecting(what);
+    else if (verb == QLatin1String("cable"))
+        fixture.worker->setCurrentCableStatus(what == QLatin1String("in"));
+    else if (verb == QLatin1String("refuse"))
+        fixture.backend->refused << what;
+    else if (verb == QLatin1String("refresh"))
+        Q_EMIT fixture.backend->AddressesChanged();
+    else if (verb == QLatin1String("wrong"))
+        Q_EMIT fixture.backend->AuthError(what, QStringLiteral("wrong key"));
+    else if (verb == QLatin1String("fire"))
+        return fixture.fire(what) ? QString() : QStringLiteral("stands still");
+    else if (verb == QLatin1String("settle"))
+        WorkerFixture::settle();
+    else if (verb == QLatin1String("remove"))
+        return fixture.request(OrvaNetworkRemoveWirelessNetworkPath(), toValue(what));
+    else
+        return fixture.request(CMPath(QStringLiteral("network/") + verb));
+    return QString();
+}
+
+/// What is published, as facts by their names; "-" where a list is absent.
+QStringList picture(WorkerFixture& fixture)
+{
+    const OrvaNetworkInfo info = fixture.info();
+    const bool known = info.__contains(OrvaNetworkInfo::WirelessNetworks());
+    const auto backups = fixture.writes(OrvaNetworkBackupProfileSettingsPath());
+    const auto fact = [](const char* name, const QString& value) {
+        return QLatin1String(name) + QLatin1Char(' ') + value;
+    };
+    const auto number = [&](const char* name, int value) {
+        return fact(name, QString::number(value));
+    };
+    return {
+        number("wired", info.wired().state()),
+        number("wireless", info.wireless().state()),
+        number("softap", info.softAp().state()),
+        number("overall", info.state()),
+        number("state", fixture.value(OrvaNetworkStatePath()).networkState()),
+        number("link", fixture.worker->linkStatus()),
+        number("wired status", info.wired().connectingStatus()),
+        number("wireless status", info.wireless().connectingStatus()),
+        number("timer", fixture.timer(softApTimer)->isActive()),
+        number("backups", backups.size()),
+        fact("known", known ? ssidsOf(info).join(QLatin1Char(',')) : QStringLiteral("-")),
+        fact("stored", ssidsOf(storedProfile(fixture)).join(QLatin1Char(','))),
+        fact("mac", fixture.value(OrvaNetworkStateCurrentMAC()).string_().right(2)),
+        fact("message", fixture.value(OrvaNetworkConnectingMessage()).string_()),
+        fact("asked", fixture.backend->commands.join(QLatin1Char(','))),
+    };
 }
 
 } // namespace
@@ -59,52 +109,36 @@ private Q_SLOTS:
         WorkerFixture fixture;
         QStringList nodes;
         const auto infos = fixture.worker->nodeInfos();
-        for (const CMNodeInfo& info : infos) {
-            const bool service = info.permission == OrvaPermission::Service;
-            nodes << info.path.toString().mid(8) +
-                         (info.kind == QLatin1String("rows") ? QStringLiteral(" rows")
-                                                             : QString()) +
-                         (info.kind == QLatin1String("activate") ? QStringLiteral("()")
-                          : info.readOnly                        ? QStringLiteral(" r")
-                                                                 : QString()) +
-                         (service ? QStringLiteral(" 9999") : QString()) +
-                         (info.title.isEmpty() ? QString()
-                                               : QStringLiteral(" \"%1\"").arg(info.title));
-        }
-        const QString expected = QStringLiteral(
-            "state/connected, info r, state, state/message, scan/results rows r, state/profile, "
-            "state/ethernet-mac, state/wireless-mac, state/current-mac, "
-            "state/cable \"Current cable status\", profile r \"Network profile\", "
-            "webserver/url \"Local Webserver URL\", "
-            "webserver/localhost-url \"Local Webserver URL (localhost)\", "
-            "softap/stations r 9999 \"Connected SoftAp stations\", "
-            "start(), restart(), shutdown(), stop(), wireless/reconnect(), profile/set(), "
-            "wireless/remove(), scan(), wps/pbc(), wps/pin(), wps/generate-pin(), wps/apply(), "
-            "wireless/rssi(), softap/request(), softap/revoke(), wake-on-lan/set-enabled(), "
-            "wireless/restart(), airplane-mode \"Airplane Mode\", softap/requests r");
-        QCOMPARE(nodes.join(QStringLiteral(", ")), expected);
+        std::transform(infos.begin(), infos.end(), std::back_inserter(nodes), textOf);
+        QCOMPARE(
+            nodes.join(QStringLiteral(", ")),
+            QStringLiteral(
+                "state/connected, info r, state, state/message, scan/results rows, state/profile, "
+                "state/ethernet-mac, state/wireless-mac, state/current-mac, "
+                "state/cable \"Current cable status\", profile r \"Network profile\", "
+                "webserver/url \"Local Webserver URL\", "
+                "webserver/localhost-url \"Local Webserver URL (localhost)\", "
+                "softap/stations r 9999 \"Connected SoftAp stations\", "
+                "start(), restart(), shutdown(), stop(), wireless/reconnect(), profile/set(), "
+                "wireless/remove(), scan(), wps/pbc(), wps/pin(), wps/generate-pin(), wps/apply(), "
+                "wireless/rssi(), softap/request(), softap/revoke(), wake-on-lan/set-enabled(), "
+                "wireless/restart(), airplane-mode \"Airplane Mode\", softap/requests r"));
     }
 
     void publishesItsFirstPicture()
     {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home")}));
+        WorkerFixture fixture(withNetworks({home}));
         const OrvaNetworkInfo info = fixture.info();
         QCOMPARE(info.wired().mac(), QStringLiteral("00:11:22:AA:BB:CC"));
         QVERIFY(info.wired().cableConnected());
-        QCOMPARE(info.wireless().name(), wlan0);
+        QCOMPARE(info.wireless().name(), QStringLiteral("wlan0"));
         QCOMPARE(info.softAp().name(), QStringLiteral("softap"));
-        QVERIFY(info.__contains(OrvaNetworkInfo::AirplaneMode()));
-        QCOMPARE(fixture.value(OrvaNetworkStatePath()).typeKey(), OrvaValue::NetworkState());
         const auto profile = fixture.value(OrvaNetworkProfilePath()).networkProfile();
         QCOMPARE(profile.wireless().key(), QStringLiteral("****"));
+        QCOMPARE(fixture.value(OrvaNetworkStatePath()).typeKey(), OrvaValue::NetworkState());
         QVERIFY(fixture.value(OrvaNetworkLocalWebserverUrlPath()).isEmpty());
-        QVERIFY(fixture.value(OrvaNetworkCurrentStatePath()).isEmpty());
         QVERIFY(fixture.backend->commands.isEmpty());
-        QVERIFY(fixture.timer(QStringLiteral("m_softApTimer"))->isActive());
         QCOMPARE(fixture.rfkillCalls(), QStringList(QStringLiteral("unblock all")));
-        const auto rows = CMReply<QVariant>::create();
-        fixture.root.getRowsRequest({CMPath(QStringLiteral("power/modules")), rows});
-        QCOMPARE(rows.value().toList().size(), 1);
     }
 
     void readsThePort_data()
@@ -124,17 +158,6 @@ private Q_SLOTS:
         QTEST(fixture.value(OrvaNetworkLocalWebserverUrlPath()).string_(), "url");
     }
 
-    void takesTheWirelessMacWithoutAWiredOne()
-    {
-        WorkerFixture fixture({}, [](ScriptedBackend& backend) {
-            backend.ethernetMac.clear();
-            backend.wireless = false;
-        });
-        QCOMPARE(fixture.value(OrvaNetworkStateCurrentMAC()).string_(),
-                 QStringLiteral("00:11:22:DD:EE:FF"));
-        QCOMPARE(fixture.worker->softapInterfaces(), QStringList(QStringLiteral("uap0")));
-    }
-
     void survivesMissingAndWrongSettings()
     {
         NodeValues values;
@@ -143,82 +166,87 @@ private Q_SLOTS:
               OrvaNetworkWiredInterfacePath(), OrvaNetworkMaxAuthFailuresSettingsPath(),
               OrvaNetworkAirplaneModeSettingPath(), OrvaWebserverPortPath()})
             values.insert(path, OrvaValue(QVariantHash{{QStringLiteral("x"), QVariantList{1}}}));
-        WorkerFixture fixture(values);
+        WorkerFixture fixture(values, [](ScriptedBackend& backend) {
+            backend.ethernetMac.clear();
+            backend.wireless = false;
+        });
         QCOMPARE(fixture.request(OrvaNetworkStartPath()), QString());
-        QCOMPARE(fixture.value(OrvaNetworkLocalWebserverLocalhostUrlPath()).string_(),
-                 QStringLiteral("http://localhost/"));
+        QVERIFY(picture(fixture).contains(QStringLiteral("mac FF")));
     }
 
-    void startsWithTheStoredProfile()
+    /// Each begins with the networks Home and Office stored and a limit of three wrong keys.
+    void playsSequences_data()
     {
-        OrvaNetworkProfile old;
-        old.setWireless(wpaNetwork(QStringLiteral("Home")));
-        WorkerFixture fixture(withProfile(old));
-        QCOMPARE(fixture.request(OrvaNetworkStartPath()), QString());
-        QCOMPARE(ssidsOf(fixture.backend->profiles.first()), QStringList(QStringLiteral("Home")));
-        const auto published = fixture.value(OrvaNetworkProfilePath()).networkProfile();
-        QCOMPARE(published.wirelessNetworks().first().key(), QStringLiteral("****"));
-        QCOMPARE(ssidsOf(fixture.info()), QStringList(QStringLiteral("Home")));
-        QCOMPARE(fixture.info().wireless().connectingStatus(),
-                 OrvaNetworkConnectingStatus::Connecting);
-        QCOMPARE(fixture.request(OrvaNetworkStartPath()),
-                 QStringLiteral("Error: start_req called while already started!"));
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<QString>("facts");
+        const auto row = [](const char* steps, const char* outcome, const char* facts) {
+            QTest::newRow(steps) << QString::fromLatin1(steps) << QString::fromLatin1(outcome)
+                                 << QString::fromLatin1(facts);
+        };
+        row("start", "",
+            "known Home,Office; wireless status 1; wired status 1; asked applyProfile");
+        row("start; start", "Error: start_req called while already started!", "asked applyProfile");
+        row("stop", "", "asked disconnect");
+        row("refuse disconnect; stop", "Error: Unable to disconnect!", "asked disconnect");
+        row("restart", "", "asked disconnect,applyProfile");
+        row("start; refuse disconnect; restart", "", "asked applyProfile,disconnect");
+        row("start; up wlan0; up uap0; shutdown", "",
+            "wireless 2; softap 2; wired 0; overall 2; state 2; known -; asked applyProfile");
+        row("start; up wlan0; shutdown; refresh", "", "wireless 2; known -");
+        row("shutdown; shutdown", "error: Shutdown in progress", "overall 0");
+        row("start; shutdown; fire m_shutdownTimer", "", "asked applyProfile,disconnect");
+        row("start; shutdown; stop; fire m_shutdownTimer", "stands still",
+            "asked applyProfile,disconnect");
+        row("start; up eth0; up uap0; shutdown; start", "",
+            "wired 1; softap 1; overall 1; state 1; known Home,Office");
+        row("start; shutdown; start; fire m_shutdownTimer", "stands still",
+            "asked applyProfile,applyProfile");
+        row("start; up wlan0", "", "wireless 1; overall 1; link 1; mac FF; timer 0");
+        row("start; up wlan0; up eth0; leave wlan0", "",
+            "wired 1; wireless 2; overall 1; mac CC; message Connected");
+        row("start; up wlan0; leave wlan0; leave tun0", "", "overall 2; message Disconnecting");
+        row("start; up wlan0; down wlan0; leave tun0", "",
+            "link 0; wireless status 1; timer 1; mac CC; message Disconnected");
+        row("start; up uap0", "", "softap 1; overall 0; link 0; mac FF");
+        row("start; up uap0; leave uap0", "", "softap 2; overall 0");
+        row("start; cable out", "", "wired status 0; wireless status 1");
+        row("start; remove Office", "", "stored Home; known Home");
+        row("start; remove Home; remove Office", "", "stored ; known ");
+        row("start; remove Cafe", "error: Network is not configured", "known Home,Office");
+        row("remove Home", "error: Networking is not started.", "stored Home,Office");
+        row("start; wrong Home; wrong Home", "",
+            "wireless status 2; message wrong key; backups 0; stored Home,Office");
+        row("start; wrong Home; up wlan0; wrong Home; wrong Home; settle", "", "backups 0");
+        row("start; wrong Home; wrong Home; wrong Home; wrong Home; settle; wrong Home; wrong "
+            "Home; "
+            "wrong Home; settle",
+            "", "backups 1; stored ; known ");
     }
-
-    void restartsWithoutAnError()
+    void playsSequences()
     {
-        WorkerFixture fixture;
-        QCOMPARE(fixture.request(OrvaNetworkRestartPath()), QString());
-        fixture.backend->refused << QStringLiteral("disconnect");
-        QCOMPARE(fixture.request(OrvaNetworkRestartPath()), QString());
-        QCOMPARE(fixture.request(OrvaNetworkStopPath()),
-                 QStringLiteral("Error: Unable to disconnect!"));
-        const QStringList expected = {QStringLiteral("disconnect"), QStringLiteral("applyProfile"),
-                                      QStringLiteral("disconnect"), QStringLiteral("disconnect")};
-        QCOMPARE(fixture.backend->commands, expected);
-    }
-
-    void shutsDownAfterTheAnswer()
-    {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home")}));
-        fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setLinkStatus(wlan0, true);
-        fixture.worker->setLinkStatus(QStringLiteral("uap0"), true);
-        QCOMPARE(fixture.request(OrvaNetworkShutdownPath()), QString());
-        QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Disconnecting);
-        QCOMPARE(fixture.info().softAp().state(), OrvaNetworkState::Disconnecting);
-        QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
-        QCOMPARE(fixture.info().state(), OrvaNetworkState::Disconnecting);
-        Q_EMIT fixture.backend->AddressesChanged();
-        QVERIFY(!fixture.info().__contains(OrvaNetworkInfo::WirelessNetworks()));
-        QCOMPARE(fixture.request(OrvaNetworkShutdownPath()),
-                 QStringLiteral("error: Shutdown in progress"));
-        QCOMPARE(fixture.timer(QStringLiteral("m_shutdownTimer"))->interval(), 2000);
-        QVERIFY(!fixture.backend->commands.contains(QStringLiteral("disconnect")));
-        QVERIFY(fixture.fire(QStringLiteral("m_shutdownTimer")));
-        QCOMPARE(fixture.backend->commands.last(), QStringLiteral("disconnect"));
-        QCOMPARE(fixture.request(OrvaNetworkStartPath()), QString());
-    }
-
-    void startsAgainInsteadOfShuttingDown()
-    {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home")}));
-        fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setLinkStatus(eth0, true);
-        fixture.worker->setLinkStatus(QStringLiteral("uap0"), true);
-        fixture.request(OrvaNetworkShutdownPath());
-        QCOMPARE(fixture.request(OrvaNetworkStartPath()), QString());
-        QCOMPARE(fixture.info().state(), OrvaNetworkState::Connected);
-        QCOMPARE(fixture.info().softAp().state(), OrvaNetworkState::Connected);
-        QCOMPARE(ssidsOf(fixture.info()), QStringList(QStringLiteral("Home")));
-        QVERIFY(!fixture.fire(QStringLiteral("m_shutdownTimer")));
+        QFETCH(QString, steps);
+        QFETCH(QString, outcome);
+        QFETCH(QString, facts);
+        LogCapture& log = LogCapture::install();
+        WorkerFixture fixture(withNetworks({home, QStringLiteral("Office")}));
+        QString last;
+        const QStringList all = steps.split(QStringLiteral("; "));
+        for (const QString& step : all)
+            last = play(fixture, step);
+        QCOMPARE(last, outcome);
+        const QStringList published = picture(fixture);
+        const QStringList expected = facts.split(QStringLiteral("; "));
+        for (const QString& fact : expected)
+            QVERIFY2(published.contains(fact), qPrintable(published.join(QStringLiteral("; "))));
+        QCOMPARE(log.count(QStringLiteral("secret-")), 0);
     }
 
     void refusesProfiles()
     {
         WorkerFixture fixture;
         const CMPath set = OrvaNetworkSetNetworkProfilePath();
-        OrvaNetworkProfile profile = profileWith({QStringLiteral("Home")});
+        OrvaNetworkProfile profile = profileWith({home});
         QCOMPARE(fixture.request(set, toValue(profile)),
                  QStringLiteral("error: Networking is not started."));
         fixture.request(OrvaNetworkStartPath());
@@ -226,7 +254,7 @@ private Q_SLOTS:
         unknown.setKey(QStringLiteral("****"));
         profile.setWireless(unknown);
         QVERIFY(fixture.request(set, toValue(profile)).startsWith(QStringLiteral("error: ")));
-        QVERIFY(!fixture.request(set, toValue(QStringLiteral("Home"))).isEmpty());
+        QVERIFY(!fixture.request(set, toValue(home)).isEmpty());
         QVERIFY(!fixture.request(set).isEmpty());
         QVERIFY(fixture.writes(OrvaNetworkCurrentProfileSettingsPath()).isEmpty());
         QCOMPARE(fixture.backend->profiles.size(), 1);
@@ -234,134 +262,46 @@ private Q_SLOTS:
 
     void setsWhatItPublished()
     {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home"), QStringLiteral("Office")}));
+        WorkerFixture fixture(withNetworks({home, QStringLiteral("Office")}));
         fixture.request(OrvaNetworkStartPath());
         fixture.backend->refused << QStringLiteral("applyProfile");
         OrvaNetworkProfile edited = fixture.value(OrvaNetworkProfilePath()).networkProfile();
         edited.setWireless(edited.wirelessNetworks().last());
         QCOMPARE(fixture.request(OrvaNetworkSetNetworkProfilePath(), toValue(edited)), QString());
-        const OrvaNetworkProfile expected =
-            profileWith({QStringLiteral("Office"), QStringLiteral("Home")});
+        const OrvaNetworkProfile expected = profileWith({QStringLiteral("Office"), home});
         QCOMPARE(storedProfile(fixture), expected);
         QCOMPARE(fixture.backend->profiles.last(), expected);
     }
 
     void removesTwoNetworksInARow()
     {
-        WorkerFixture fixture(withNetworks(
-            {QStringLiteral("Home"), QStringLiteral("Office"), QStringLiteral("Cafe")}));
+        WorkerFixture fixture(withNetworks({home, QStringLiteral("Office")}));
         fixture.request(OrvaNetworkStartPath());
         const CMPath remove = OrvaNetworkRemoveWirelessNetworkPath();
-        const auto first = fixture.send(remove, toValue(QStringLiteral("Home")));
+        const auto first = fixture.send(remove, toValue(home));
         const auto second = fixture.send(remove, toValue(QStringLiteral("Office")));
-        const auto third = fixture.send(remove, toValue(QStringLiteral("Home")));
+        const auto third = fixture.send(remove, toValue(home));
         fixture.settle();
         QCOMPARE(fixture.outcome(first) + fixture.outcome(second), QString());
         QCOMPARE(fixture.outcome(third), QStringLiteral("error: Network is not configured"));
-        QCOMPARE(storedProfile(fixture), profileWith({QStringLiteral("Cafe")}));
-
-        QCOMPARE(fixture.request(remove, toValue(QStringLiteral("Cafe"))), QString());
         QCOMPARE(storedProfile(fixture).wireless().__hash(),
                  (QVariantHash{{OrvaNetworkInterface::Dhcp(), true}}));
         QVERIFY(storedProfile(fixture).__contains(OrvaNetworkProfile::WirelessNetworks()));
-        QVERIFY(fixture.info().__contains(OrvaNetworkInfo::WirelessNetworks()));
-        QVERIFY(ssidsOf(storedProfile(fixture)).isEmpty());
-    }
-
-    void tellsWhyARemovalFailed()
-    {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home")}));
-        QCOMPARE(fixture.request(OrvaNetworkRemoveWirelessNetworkPath(),
-                                 toValue(QStringLiteral("Home"))),
-                 QStringLiteral("error: Networking is not started."));
-    }
-
-    void fallsBackFromAWrongKey()
-    {
-        LogCapture& log = LogCapture::install();
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home"), QStringLiteral("Office")}));
-        fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setCurrentCableStatus(false);
-        for (int i = 0; i < 5; ++i) // More than the limit of three before the worker comes to act.
-            Q_EMIT fixture.backend->AuthError(QStringLiteral("Home"), QStringLiteral("wrong key"));
-        QCOMPARE(message(fixture), QStringLiteral("wrong key"));
-        QCOMPARE(fixture.info().wireless().connectingStatus(),
-                 OrvaNetworkConnectingStatus::AuthenticationFailed);
-        QVERIFY(fixture.info().wirelessNetworks().first().credentialsSuspect());
-        QCOMPARE(log.count(QStringLiteral("Failed connection attempts: 3 of 3 maximum attempts")),
-                 1);
-        fixture.settle();
-        const auto backups = fixture.writes(OrvaNetworkBackupProfileSettingsPath());
-        QCOMPARE(backups.size(), 1);
-        QCOMPARE(ssidsOf(backups.first().networkProfile()).size(), 2);
-        QVERIFY(ssidsOf(storedProfile(fixture)).isEmpty());
-        QCOMPARE(fixture.timer(QStringLiteral("m_softApTimer"))->interval(), 0);
-        for (int i = 0; i < 5; ++i)
-            Q_EMIT fixture.backend->AuthError(QStringLiteral("Home"), QStringLiteral("late"));
-        fixture.settle();
-        QCOMPARE(fixture.writes(OrvaNetworkBackupProfileSettingsPath()).size(), 1);
-        QCOMPARE(log.count(QStringLiteral("secret-")), 0);
-    }
-
-    void countsNoErrors_data()
-    {
-        QTest::addColumn<int>("maximum");
-        QTest::addColumn<bool>("linkUp");
-        QTest::newRow("without a limit") << 0 << false;
-        QTest::newRow("below a limit") << -1 << false;
-        QTest::newRow("once connected") << 3 << true;
-    }
-    void countsNoErrors()
-    {
-        QFETCH(int, maximum);
-        QFETCH(bool, linkUp);
-        NodeValues values = withNetworks({QStringLiteral("Home")});
-        values.insert(OrvaNetworkMaxAuthFailuresSettingsPath(), number(maximum));
-        WorkerFixture fixture(values);
-        fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setLinkStatus(wlan0, linkUp);
-        for (int i = 0; i < 5; ++i)
-            Q_EMIT fixture.backend->AuthError(QStringLiteral("Home"), QStringLiteral("no"));
-        fixture.settle();
-        QVERIFY(fixture.writes(OrvaNetworkBackupProfileSettingsPath()).isEmpty());
-    }
-
-    void followsTheLinks()
-    {
-        WorkerFixture fixture(withNetworks({QStringLiteral("Home")}));
-        fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setLinkStatus(wlan0, true);
-        QCOMPARE(fixture.value(OrvaNetworkStateCurrentMAC()).string_(),
-                 QStringLiteral("00:11:22:DD:EE:FF"));
-        fixture.worker->setLinkStatus(eth0, true);
-        QCOMPARE(fixture.value(OrvaNetworkStateCurrentMAC()).string_(),
-                 QStringLiteral("00:11:22:AA:BB:CC"));
-        fixture.worker->setDisconnecting(wlan0);
-        QCOMPARE(message(fixture), QStringLiteral("Connected"));
-        fixture.worker->setLinkStatus(eth0, false);
-        fixture.worker->setDisconnecting(QStringLiteral("tun0"));
-        QCOMPARE(message(fixture), QStringLiteral("Disconnecting"));
-        fixture.worker->setLinkStatus(wlan0, false);
-        QVERIFY(!fixture.worker->linkStatus());
-        QCOMPARE(fixture.info().wireless().connectingStatus(),
-                 OrvaNetworkConnectingStatus::Connecting);
-        QVERIFY(fixture.timer(QStringLiteral("m_softApTimer"))->isActive());
-        fixture.worker->setLinkStatus(QStringLiteral("uap0"), true);
-        QCOMPARE(fixture.info().state(), OrvaNetworkState::Disconnected);
-        QVERIFY(!fixture.worker->linkStatus());
-        QCOMPARE(fixture.value(OrvaNetworkStateCurrentMAC()).string_(),
-                 QStringLiteral("00:11:22:DD:EE:FF"));
     }
 
     void announcesARefreshOnce()
     {
         WorkerFixture fixture;
         fixture.request(OrvaNetworkStartPath());
-        fixture.worker->setLinkStatus(eth0, true);
         QStringList changed;
         connect(fixture.worker, &CMAbstractWorker::valueChanged, this,
                 [&](const CMPath& path) { changed << path.toString(); });
-        fixture.backend->state = wiredSnapshot(QStringLiteral("192.0.2.1"));
+        OrvaNetworkAddress address;
+        address.setIp(QStringLiteral("192.0.2.1"));
+        OrvaNetworkWiredInterface wired = fixture.info().wired();
+        wired.setState(OrvaNetworkState::Connected);
+        wired.setAddresses({address});
+        fixture.backend->state.setWired(wired);
         Q_EMIT fixture.backend->AddressesChanged();
         QCOMPARE(changed.join(QLatin1Char(' ')),
                  QStringLiteral("network/state/profile network/info network/webserver/url"));
