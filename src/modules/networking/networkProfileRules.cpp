@@ -3,6 +3,8 @@
 #include "network/networkrules.h"
 #include "networking_log.h"
 
+#include <QtCore/QHash>
+
 #include <algorithm>
 
 namespace {
@@ -58,20 +60,23 @@ OrvaNetworkInterface withSecretsOf(const OrvaNetworkInterface& network,
     return OrvaNetworkInterface(hash);
 }
 
-OrvaNetworkInterface restored(const OrvaNetworkInterface& network,
-                              const OrvaList<OrvaNetworkInterface>& stored)
+/// Networks by their SSID; of two with one SSID the first.
+using KnownNetworks = QHash<QString, OrvaNetworkInterface>;
+
+KnownNetworks storedNetworks(const OrvaNetworkProfile& profile)
 {
-    const auto known =
-        std::find_if(stored.begin(), stored.end(), [&](const OrvaNetworkInterface& candidate) {
-            return candidate.ssid() == network.ssid();
-        });
-    return known != stored.end() ? withSecretsOf(network, *known) : network;
+    auto networks = profile.wirelessNetworks();
+    if (networks.isEmpty())
+        networks.append(profile.wireless());
+    KnownNetworks known;
+    for (auto network = networks.crbegin(); network != networks.crend(); ++network)
+        known.insert(network->ssid(), *network);
+    return known;
 }
 
-OrvaList<OrvaNetworkInterface> storedNetworks(const OrvaNetworkProfile& profile)
+OrvaNetworkInterface restored(const OrvaNetworkInterface& network, const KnownNetworks& stored)
 {
-    const auto networks = profile.wirelessNetworks();
-    return networks.isEmpty() ? OrvaList<OrvaNetworkInterface>{profile.wireless()} : networks;
+    return withSecretsOf(network, stored.value(network.ssid()));
 }
 
 /// The network set goes to the front; without one the most preferred is used.
@@ -141,7 +146,7 @@ OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
     OrvaNetworkProfile result = profile;
     if (profile.__contains(OrvaNetworkProfile::Wired()))
         result.setWired(withSecretsOf(profile.wired(), stored.wired()));
-    const auto known = storedNetworks(stored);
+    const KnownNetworks known = storedNetworks(stored);
     if (profile.__contains(OrvaNetworkProfile::Wireless()))
         result.setWireless(restored(profile.wireless(), known));
     if (profile.__contains(OrvaNetworkProfile::WirelessNetworks())) {
