@@ -5,7 +5,7 @@ packages_run=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtbase5-dev-tools libnl-3-dev libnl-route-3-dev liblog4cplus-dev libcli11-dev
     dbus-daemon systemd # systemd brings busctl
-    iproute2 iputils-ping procps util-linux
+    iproute2 iputils-ping jq procps util-linux
 )
 packages_test=(
     clang-format clang-tidy clang-tools
