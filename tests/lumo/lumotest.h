@@ -85,6 +85,8 @@ protected:
         device.reset();
         if (pid > 0)
             ::kill(pid, SIGKILL);
+        // The bus has seen it go: the next device must not find a daemon that is dying.
+        QTRY_COMPARE(daemonPid(), 0);
         for (const QString& name : files)
             QFile::remove(directory.filePath(name));
     }
