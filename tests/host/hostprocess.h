@@ -9,7 +9,7 @@ class HostProcess : public QProcess
 {
 public:
     /// Runs it with that configuration, its state in a directory of its own.
-    void start(const QByteArray& config, const QStringList& options = {})
+    void start(const QByteArray& config)
     {
         QFile file(m_directory.filePath(QStringLiteral("host.json")));
         if (!file.open(QIODevice::WriteOnly) || file.write(config) < 0)
@@ -17,10 +17,8 @@ public:
         file.close();
         setProcessChannelMode(QProcess::MergedChannels);
         QProcess::start(QStringLiteral(ORVA_HOST),
-                        QStringList{QStringLiteral("--config"), file.fileName(),
-                                    QStringLiteral("--state-dir"),
-                                    m_directory.filePath(QStringLiteral("state"))} +
-                            options);
+                        {QStringLiteral("--config"), file.fileName(), QStringLiteral("--state-dir"),
+                         m_directory.filePath(QStringLiteral("state"))});
     }
     /// The exit status; -1 when it does not end within ten seconds or crashes.
     [[nodiscard]] int ended()

@@ -1,59 +1,34 @@
 #include <core/orva.h>
 
-/// A worker with a node for each way in which a request can end.
-class TestWorker : public CMNodesWorker
+namespace {
+
+void echo(const CMSetDataRequest& request)
 {
-public:
-    explicit TestWorker(const QVariantHash& config)
-        : CMNodesWorker(config, QStringLiteral("Test"))
-        , m_held(CMValueNode::create(nodes(), CMPath(QStringLiteral("test/held"))))
-    {
-        CMValueNode::create(nodes(), CMPath(QStringLiteral("test/unset")));
-        CMListRowsNode::create(nodes(), CMPath(QStringLiteral("test/rows")));
-        add("test/echo", &TestWorker::on_echo);
-        add("test/fail", &TestWorker::on_fail);
-        add("test/drop", &TestWorker::on_drop);
-        add("test/hold", &TestWorker::on_hold);
-        add("test/release", &TestWorker::on_release);
-    }
+    request.answer(request.value());
+}
 
-private:
-    void add(const char* path, void (TestWorker::*slot)(const CMSetDataRequest&))
-    {
-        CMActivateNode::create(nodes(), CMPath(QLatin1String(path)))
-            ->setInvoke(this, slot, Qt::QueuedConnection);
-    }
-    void on_echo(const CMSetDataRequest& request) { request.answer(request.value()); }
-    void on_fail(const CMSetDataRequest& request)
-    {
-        request.fail(CMError(QStringLiteral("7 odd-words!"), TrString("It went wrong.")));
-    }
-    void on_drop(const CMSetDataRequest&) {}
-    void on_hold(const CMSetDataRequest& request)
-    {
-        m_requests << request;
-        showHeld();
-    }
-    void on_release(const CMSetDataRequest& request)
-    {
-        const auto requests = std::exchange(m_requests, {});
-        for (const CMSetDataRequest& held : requests)
-            held.answer();
-        showHeld();
-        request.answer();
-    }
-    void showHeld()
-    {
-        OrvaValue value;
-        value.setI32_(m_requests.size());
-        m_held->setValue(value);
-    }
+void fail(const CMSetDataRequest& request)
+{
+    request.fail(CMError(QStringLiteral("7 odd-words!"), TrString("It went wrong.")));
+}
 
-    CMValueNode* m_held;
-    QVector<CMSetDataRequest> m_requests;
-};
+void drop(const CMSetDataRequest&) {}
 
+} // namespace
+
+/// A worker with a node for each way in which a request can end; none when it is told so.
 extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
 {
-    return config.contains(QStringLiteral("none")) ? nullptr : new TestWorker(config);
+    if (config.contains(QStringLiteral("none")))
+        return nullptr;
+    auto* worker = new CMNodesWorker(config, QStringLiteral("Test"));
+    CMValueNode::create(worker->nodes(), CMPath(QStringLiteral("test/unset")));
+    const auto add = [worker](const char* path, void (*action)(const CMSetDataRequest&)) {
+        auto* node = CMActivateNode::create(worker->nodes(), CMPath(QLatin1String(path)));
+        QObject::connect(node, &CMActivateNode::invoked, action);
+    };
+    add("test/echo", echo);
+    add("test/fail", fail);
+    add("test/drop", drop);
+    return worker;
 }

@@ -40,8 +40,7 @@ private Q_SLOTS:
         // Other users come in too; who may do what is for the host to say.
         const QString directory = QFileInfo(m_bus.address().section(QLatin1Char('='), 1)).path();
         QVERIFY(QFile::setPermissions(directory, QFile::Permissions(0x7055)));
-        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER
-                     R"("}], "activate": ["test/hold"]})");
+        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
         const auto connection = QDBusConnection::systemBus();
         QTRY_VERIFY(connection.interface()->isServiceRegistered(QStringLiteral("org.orva.Host1")));
         registerBusTypes();
@@ -51,11 +50,6 @@ private Q_SLOTS:
     {
         // Whatever a client did, the host goes on.
         QCOMPARE(value("webserver/port"), json(R"({"i32": 80})"));
-    }
-
-    void whatTheConfigurationNamesWasActivated()
-    {
-        QTRY_COMPARE(value("test/held"), json(R"({"i32": 1})"));
     }
 
     void badInputIsRefusedAndChangesNothing_data()
@@ -68,19 +62,15 @@ private Q_SLOTS:
         const char* const rows[][4] = {
             {"GetValue", "", "", "UnknownPath"},
             {"GetValue", "network/../settings", "", "UnknownPath"},
-            {"GetRows", "nowhere", "", "UnknownPath"},
-            {"SetValue", "nowhere", R"({"bool": true})", "UnknownPath"},
             {"GetValue", "test/echo", "", "WrongKind"},
             {"GetRows", "interfaces/wired", "", "WrongKind"},
             {"SetValue", "test/echo", R"({"bool": true})", "WrongKind"},
             {"Invoke", "interfaces/wired", R"({"bool": true})", "WrongKind"},
             {"SetValue", "interfaces/wired", R"({"string": "x"})", "ReadOnly"},
-            {"SetValue", "settings/network/airplane-mode", R"({"bool": 1})", "MalformedValue"},
             {"SetValue", "settings/network/airplane-mode", R"({"i32": 1})", "MalformedValue"},
             {"SetValue", "settings/network/airplane-mode", "{}", "MalformedValue"},
             {"SetValue", "settings/network/airplane-mode", R"({"bool": true, "i32": 1})", "MalformedValue"},
             {"SetValue", "test/unset", R"({"shoe": 42})", "MalformedValue"},
-            {"SetValue", "settings/network/max-wifi-networks", R"({"i32": 4000000000})", "MalformedValue"},
             {"SetValue", "settings/network/airplane-mode-type", R"({"airplaneModeType": 77})", "MalformedValue"},
             {"SetValue", "settings/network/current-profile", R"({"networkProfile": {"wireless": {"ssid": 5}}})", "MalformedValue"},
             {"Invoke", "test/echo", R"({"networkProfile": {"wirelessNetworks": [{"dhcp": "yes"}]}})", "MalformedValue"},
@@ -94,11 +84,6 @@ private Q_SLOTS:
                 << QString::fromLatin1(refusal);
         QTest::newRow("too deep") << QStringLiteral("Invoke") << QStringLiteral("test/echo")
                                   << nested(13) << QStringLiteral("MalformedValue");
-        QTest::newRow("16 MiB") << QStringLiteral("SetValue")
-                                << QStringLiteral("settings/network/softap-default-ssid")
-                                << QVariantMap{{QStringLiteral("string"),
-                                                QString(16 << 20, QLatin1Char('x'))}}
-                                << QStringLiteral("MalformedValue");
     }
 
     void badInputIsRefusedAndChangesNothing()
@@ -125,19 +110,6 @@ private Q_SLOTS:
         QCOMPARE(plain(call("Invoke", {QStringLiteral("test/echo"), nested(12)})), nested(12));
     }
 
-    void aClientThatLeavesWithRequestsOpenDoesNoHarm()
-    {
-        call("Invoke", {QStringLiteral("test/release"), QVariantMap()});
-        const QString label = QStringLiteral("leaving");
-        for (int i = 0; i < 100; ++i)
-            m_bus.connection(label).asyncCall(
-                message("Invoke", {QStringLiteral("test/hold"), QVariantMap()}));
-        QTRY_COMPARE(value("test/held"), json(R"({"i32": 100})"));
-        QDBusConnection::disconnectFromBus(label);
-        QCOMPARE(call("Invoke", {QStringLiteral("test/release"), QVariantMap()}).type(),
-                 QDBusMessage::ReplyMessage);
-    }
-
     void tenThousandRequestsAtOnceAreAllAnswered()
     {
         QVector<QDBusPendingCall> calls;
@@ -152,7 +124,9 @@ private Q_SLOTS:
 
     void aSecretChangesWithoutItsValue()
     {
-        QVERIFY(listen());
+        QVERIFY(QDBusConnection::systemBus().connect(
+            QStringLiteral("org.orva.Host1"), QString(), QStringLiteral("org.orva.Host1"),
+            QStringLiteral("ValueChanged"), this, SLOT(onChange(QString, QVariantMap))));
         const auto secret =
             json(R"({"networkProfile": {"type": 0, "wireless": {"key": "hidden"}}})");
         call("SetValue", {QStringLiteral("settings/network/current-profile"), secret});
@@ -207,12 +181,6 @@ private:
     static QVariantMap value(const char* path)
     {
         return plain(call("GetValue", {QLatin1String(path)}));
-    }
-    bool listen()
-    {
-        return QDBusConnection::systemBus().connect(
-            QStringLiteral("org.orva.Host1"), QString(), QStringLiteral("org.orva.Host1"),
-            QStringLiteral("ValueChanged"), this, SLOT(onChange(QString, QVariantMap)));
     }
     /// What busctl says when another user makes the call.
     QString asGames(const QString& call) const

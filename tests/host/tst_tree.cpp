@@ -1,4 +1,5 @@
 #include "rootworker.h"
+#include "values.h"
 #include "workers/powermanager.h"
 
 #include <power/powerrecords.h>
@@ -10,13 +11,6 @@ namespace {
 CMPath path(const char* text)
 {
     return CMPath(QLatin1String(text));
-}
-
-OrvaValue number(qint32 content)
-{
-    OrvaValue value;
-    value.setI32_(content);
-    return value;
 }
 
 /// A worker with one value node.
@@ -42,23 +36,17 @@ private Q_SLOTS:
     void init() { m_root = std::make_unique<RootWorker>(); }
     void cleanup() { m_root.reset(); }
 
-    void aRequestGoesToTheWorkerOfItsPath()
+    void aRequestGoesToTheFirstWorkerOfItsPath()
     {
         m_root->addWorker(workerWith("a/one", number(1)));
         m_root->addWorker(workerWith("a/one/two", number(2)));
+        m_root->addWorker(workerWith("a/one", number(4)));
+        QCOMPARE(m_root->nodeInfos().size(), 2);
         const auto reply = CMReply<QVariant>::create();
         m_root->setValue(path("a/one/two"), number(3), reply);
         QVERIFY(reply.isFinished() && reply.error().isEmpty());
         QCOMPARE(valueAt("a/one"), 1);
         QCOMPARE(valueAt("a/one/two"), 3);
-    }
-
-    void theFirstWorkerKeepsAPathThatTwoClaim()
-    {
-        m_root->addWorker(workerWith("same", number(1)));
-        m_root->addWorker(workerWith("same", number(2)));
-        QCOMPARE(valueAt("same"), 1);
-        QCOMPARE(m_root->nodeInfos().size(), 1);
     }
 
     void whoWaitsForANodeIsToldWhenItsWorkerComes()

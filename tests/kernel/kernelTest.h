@@ -38,11 +38,9 @@ inline bool run(const QByteArray& commandLine)
 template <typename Action>
 void withoutDescriptors(const Action& action)
 {
-    const int next = dup(0);
-    close(next);
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
-    const rlimit exhausted{static_cast<rlim_t>(next), usual.rlim_max};
+    const rlimit exhausted{0, usual.rlim_max};
     setrlimit(RLIMIT_NOFILE, &exhausted);
     action();
     setrlimit(RLIMIT_NOFILE, &usual);

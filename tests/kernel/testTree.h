@@ -1,12 +1,8 @@
 #pragma once
 
-#include <core/orva.h>
+#include "../support/values.h"
 
-/// A value from its JSON text.
-inline OrvaValue json(const QByteArray& text)
-{
-    return OrvaValue(OrvaPlain::fromJson(text)->toHash());
-}
+#include <core/orva.h>
 
 /// A node tree that is one worker: the root, in which a test creates the nodes of everybody else.
 class TestTree : public CMNodesWorker

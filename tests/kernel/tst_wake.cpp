@@ -12,7 +12,7 @@ constexpr int tcp = 6;
 constexpr int laterFragment = 0x10;
 constexpr const char* either = " 08(00|42) ";
 
-const OrvaValue address = json(R"({"string":"00:11:22:AA:BB:CC"})");
+const OrvaValue address = text("00:11:22:AA:BB:CC");
 const QByteArray pattern = QByteArray(6, '\xFF') + QByteArray::fromHex("001122aabbcc").repeated(16);
 
 /// An IPv4 packet with `words` 32-bit words of header, whose payload begins with both ports.
@@ -46,18 +46,124 @@ class TestWake : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_neighbour.isComplete()); }
-    void init();
+    void init()
+    {
+        m_tree = std::make_unique<TestTree>();
+        m_mac = m_tree->addValue(OrvaNetworkStateCurrentMAC());
+        m_tree->addActivation(OrvaPowerManagerTargetRequestPath());
+        m_wakeOnLan = new WakeOnLan(m_tree.get());
+        m_log.clear();
+        enable(true);
+    }
+
     void cleanup() { m_tree.reset(); }
-    void hearsTheSendersInUse();
-    void tellsPacketsApart();
-    void followsTheAddress();
-    void opensAndClosesItsSockets();
-    void letsTheKernelDropOtherPackets();
+    void hearsTheSendersInUse()
+    {
+        m_mac->setValue(address);
+        const auto wakesBy = [this](const QByteArray& sender) {
+            return m_neighbour.run(sender + " >/dev/null") ? wakes() : -1;
+        };
+        QCOMPARE(wakesBy("etherwake -i veth0 00:11:22:aa:bb:cc"), 1);
+        QCOMPARE(wakesBy("etherwake -i veth0 00:11:22:aa:bb:cd"), 0);
+        QCOMPARE(wakesBy("wakeonlan -i 10.9.0.255 00:11:22:aa:bb:cc"), 1);
+        QCOMPARE(wakesBy("wakeonlan -i 10.9.0.255 -p 7 00:11:22:aa:bb:cc"), 0);
+    }
+
+    void tellsPacketsApart()
+    {
+        m_mac->setValue(address);
+        const auto wakesBy = [this](quint16 protocol, const QByteArray& packet) {
+            send(protocol, packet);
+            return wakes();
+        };
+        QCOMPARE(wakesBy(0x0842, QByteArray(300, '\xFF') + pattern + "rest"), 1);
+        QCOMPARE(wakesBy(0x0842, QByteArray(1398, 'x') + pattern), 1);
+        QCOMPARE(wakesBy(0x0842, pattern.chopped(1)), 0);
+        QCOMPARE(wakesBy(0x0800, ipv4(15, udp, 9, 0, pattern)), 1);
+        QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 9, laterFragment, pattern)), 1);
+        QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 7, 0, pattern)), 0);
+        QCOMPARE(wakesBy(0x0800, ipv4(5, tcp, 9, 0, pattern)), 0);
+        QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 9, 0, {}).left(9)), 0);
+    }
+
+    void followsTheAddress()
+    {
+        send(0x0842, pattern);
+        send(0x0800, ipv4(5, udp, 9, 0, pattern));
+        QTest::qWait(50);
+        m_mac->setValue(text("02:00:00:00:00:01"));
+        send(0x0842, pattern);
+        QTest::qWait(50);
+        m_mac->setValue(address);
+        for (const char* none : {"0011223344", "00:11:22:33:44:55:66", "no address", ""})
+            m_mac->setValue(text(none));
+        QCOMPARE(wakes(), 0);
+        QCOMPARE(m_log.count(QStringLiteral("Configuring WOL matcher to ")), 2);
+    }
+
+    void opensAndClosesItsSockets()
+    {
+        m_mac->setValue(address);
+        enable(true);
+        QCOMPARE(queues(either).size(), 2);
+        enable(false);
+        enable(false);
+        QVERIFY(queues(either).isEmpty());
+        seteuid(65534);
+        enable(true);
+        seteuid(0);
+        QVERIFY(queues(either).isEmpty());
+        send(0x0842, pattern);
+        enable(true);
+        QCOMPARE(wakes(), 0);
+        delete m_wakeOnLan;
+        QVERIFY(queues(either).isEmpty());
+    }
+
+    void letsTheKernelDropOtherPackets()
+    {
+        // The event loop does not run here, so that what the kernel delivers stays in the queue.
+        const auto fills = [](const char* protocol) {
+            for (int attempt = 0; attempt < 1000 && queues(protocol) == QVector<int>{0}; ++attempt)
+                QThread::msleep(1);
+            return queues(protocol).value(0) > 0;
+        };
+        send(0x0800, ipv4(5, udp, 7, 0, pattern));
+        send(0x0842, pattern);
+        QVERIFY(fills(" 0842 "));
+        QCOMPARE(queues(" 0800 "), QVector<int>{0});
+        send(0x0800, ipv4(5, udp, 9, 0, pattern));
+        QVERIFY(fills(" 0800 "));
+    }
 
 private:
-    void enable(bool on);
-    void send(quint16 protocol, const QByteArray& packet) const;
-    int wakes();
+    void enable(bool on)
+    {
+        OrvaValue value;
+        value.setBool_(on);
+        QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), value),
+                 QStringLiteral("/"));
+    }
+
+    void send(quint16 protocol, const QByteArray& packet) const
+    {
+        QByteArray frame(12, '\xFF');
+        frame +=
+            QByteArray(1, static_cast<char>(protocol >> 8)) + static_cast<char>(protocol) + packet;
+        QCOMPARE(::send(m_neighbour.frameSocket(), frame.constData(), frame.size(), 0),
+                 frame.size());
+    }
+
+    /// How often the device was woken by what was sent since the last call. A last, good frame of
+    /// its own tells that everything has arrived.
+    int wakes()
+    {
+        const CMPath path = OrvaPowerManagerTargetRequestPath();
+        send(0x0842, pattern);
+        const bool woken = QTest::qWaitFor([&] { return m_tree->activations(path) > 0; });
+        QTest::qWait(5);
+        return woken ? m_tree->takeActivations(path) - 1 : -1;
+    }
 
     LogCapture& m_log = LogCapture::install();
     Neighbour m_neighbour;
@@ -65,121 +171,6 @@ private:
     CMValueNode* m_mac = nullptr;
     WakeOnLan* m_wakeOnLan = nullptr;
 };
-
-void TestWake::init()
-{
-    m_tree = std::make_unique<TestTree>();
-    m_mac = m_tree->addValue(OrvaNetworkStateCurrentMAC());
-    m_tree->addActivation(OrvaPowerManagerTargetRequestPath());
-    m_wakeOnLan = new WakeOnLan(m_tree.get());
-    m_log.clear();
-    enable(true);
-}
-
-void TestWake::enable(bool on)
-{
-    const OrvaValue value = json(on ? R"({"bool":true})" : R"({"bool":false})");
-    QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), value), QStringLiteral("/"));
-}
-
-void TestWake::send(quint16 protocol, const QByteArray& packet) const
-{
-    QByteArray frame(12, '\xFF');
-    frame += QByteArray(1, static_cast<char>(protocol >> 8)) + static_cast<char>(protocol) + packet;
-    QCOMPARE(::send(m_neighbour.frameSocket(), frame.constData(), frame.size(), 0), frame.size());
-}
-
-/// How often the device was woken by what was sent since the last call. A last, good frame of its
-/// own tells that everything has arrived.
-int TestWake::wakes()
-{
-    const CMPath path = OrvaPowerManagerTargetRequestPath();
-    send(0x0842, pattern);
-    const bool woken = QTest::qWaitFor([&] { return m_tree->activations(path) > 0; });
-    QTest::qWait(5);
-    return woken ? m_tree->takeActivations(path) - 1 : -1;
-}
-
-void TestWake::hearsTheSendersInUse()
-{
-    m_mac->setValue(address);
-    const auto wakesBy = [this](const QByteArray& sender) {
-        return m_neighbour.run(sender + " >/dev/null") ? wakes() : -1;
-    };
-    QCOMPARE(wakesBy("etherwake -i veth0 00:11:22:aa:bb:cc"), 1);
-    QCOMPARE(wakesBy("etherwake -i veth0 00:11:22:aa:bb:cd"), 0);
-    QCOMPARE(wakesBy("wakeonlan -i 10.9.0.255 00:11:22:aa:bb:cc"), 1);
-    QCOMPARE(wakesBy("wakeonlan -i 10.9.0.255 -p 7 00:11:22:aa:bb:cc"), 0);
-}
-
-void TestWake::tellsPacketsApart()
-{
-    m_mac->setValue(address);
-    const auto wakesBy = [this](quint16 protocol, const QByteArray& packet) {
-        send(protocol, packet);
-        return wakes();
-    };
-    QCOMPARE(wakesBy(0x0842, QByteArray(300, '\xFF') + pattern + "rest"), 1);
-    QCOMPARE(wakesBy(0x0842, QByteArray(1398, 'x') + pattern), 1);
-    QCOMPARE(wakesBy(0x0842, pattern.chopped(1)), 0);
-    QCOMPARE(wakesBy(0x0800, ipv4(15, udp, 9, 0, pattern)), 1);
-    QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 9, laterFragment, pattern)), 1);
-    QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 7, 0, pattern)), 0);
-    QCOMPARE(wakesBy(0x0800, ipv4(5, tcp, 9, 0, pattern)), 0);
-    QCOMPARE(wakesBy(0x0800, ipv4(5, udp, 9, 0, {}).left(9)), 0);
-}
-
-void TestWake::followsTheAddress()
-{
-    send(0x0842, pattern);
-    send(0x0800, ipv4(5, udp, 9, 0, pattern));
-    QTest::qWait(50);
-    m_mac->setValue(json(R"({"string":"02:00:00:00:00:01"})"));
-    send(0x0842, pattern);
-    QTest::qWait(50);
-    m_mac->setValue(address);
-    for (const char* none : {"0011223344", "00:11:22:33:44:55:66", "no address", ""})
-        m_mac->setValue(json(QByteArray(R"({"string":")") + none + R"("})"));
-    QCOMPARE(wakes(), 0);
-    QCOMPARE(m_log.count(QStringLiteral("Configuring WOL matcher to ")), 2);
-}
-
-void TestWake::opensAndClosesItsSockets()
-{
-    m_mac->setValue(address);
-    enable(true);
-    QCOMPARE(queues(either).size(), 2);
-    enable(false);
-    enable(false);
-    QVERIFY(queues(either).isEmpty());
-    seteuid(65534);
-    enable(true);
-    seteuid(0);
-    QVERIFY(queues(either).isEmpty());
-    withoutDescriptors([this] { enable(true); });
-    QVERIFY(queues(either).isEmpty());
-    send(0x0842, pattern);
-    enable(true);
-    QCOMPARE(wakes(), 0);
-    delete m_wakeOnLan;
-    QVERIFY(queues(either).isEmpty());
-}
-
-void TestWake::letsTheKernelDropOtherPackets()
-{
-    // The event loop does not run here, so that what the kernel delivers stays in the queue.
-    const auto fills = [](const char* protocol) {
-        for (int attempt = 0; attempt < 1000 && queues(protocol) == QVector<int>{0}; ++attempt)
-            QThread::msleep(1);
-        return queues(protocol).value(0) > 0;
-    };
-    send(0x0800, ipv4(5, udp, 7, 0, pattern));
-    send(0x0842, pattern);
-    QVERIFY(fills(" 0842 "));
-    QCOMPARE(queues(" 0800 "), QVector<int>{0});
-    send(0x0800, ipv4(5, udp, 9, 0, pattern));
-    QVERIFY(fills(" 0800 "));
-}
 
 ORVA_KERNEL_TEST_MAIN(TestWake)
 #include "tst_wake.moc"

@@ -30,7 +30,7 @@ OrvaValue criteria(const char* part = "10000", const QByteArray& instead = "1000
 OrvaValue wirelessInfo(int state, const QByteArray& gateway)
 {
     return json(R"({"networkInfo":{"wireless":{"state":)" + QByteArray::number(state) +
-                R"(},"gateways":[{"ip":")" + gateway + R"("}]}})");
+                R"(},"gateways":[{"ip":"fe80::1","protocol":1},{"ip":")" + gateway + R"("}]}})");
 }
 
 /// The processes that a process of one thread has started.
@@ -49,23 +49,214 @@ class TestWatchdog : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_neighbour.isComplete()); }
-    void init();
-    void cleanup();
-    void readsTheKernelsCounters();
-    void survivesFailures();
-    void sharesLinksAndKeepsNoMemoryOfThem();
-    void restartsALinkThatSendsAndNeverReceives();
-    void followsTheInterfaceThroughItsLife();
-    void obeysTheCriteria();
-    void answersARequestToRestart();
-    void pingsTheGatewayOfAConnectedLink();
-    void leavesNoPingBehind();
-    void takesTheInterfaceDownAndUp();
+    void init()
+    {
+        m_log.clear();
+        m_tree = std::make_unique<TestTree>();
+        m_criteria = m_tree->addValue(OrvaNetworkWifiRestartCriteriaPath());
+        m_info = m_tree->addValue(OrvaNetworkInfoPath());
+        m_tree->addActivation(restartPath);
+    }
+
+    void cleanup()
+    {
+        m_watchdog.reset();
+        m_tree.reset();
+    }
+
+    void survivesFailures()
+    {
+        NetLinkInfo info;
+        for (const QString& name : {QStringLiteral("wlan9"), QString(),
+                                    QString(300, QLatin1Char('x')), QStringLiteral("schön")}) {
+            m_log.clear();
+            QVERIFY(!info.getInterface(name).isValid());
+            const QString line =
+                QStringLiteral("get details for interface %1 from kernel: ").arg(name);
+            QCOMPARE(m_log.count(line), 1);
+            QVERIFY(info.getInterface(m_name).isValid());
+        }
+        withoutDescriptors([this] {
+            NetLinkInfo unconnected;
+            QVERIFY(!unconnected.getInterface(m_name).isValid());
+        });
+        QCOMPARE(logged("Couldn't connect netlink socket: "), 1);
+    }
+
+    void sharesLinksAndKeepsNoMemoryOfThem()
+    {
+        NetLinkInfo info;
+        size_t before = 0;
+        for (int sample = -100; sample < 10000; ++sample) {
+            if (sample == 0)
+                before = mallinfo2().uordblks;
+            NetLinkInterface link = info.getInterface(m_name);
+            NetLinkInterface copy(link);
+            link = std::move(copy);
+            QVERIFY(link.isLowerUp() && !copy.isValid());
+        }
+        QVERIFY(mallinfo2().uordblks < before + 4096);
+    }
+
+    void restartsALinkThatSendsAndNeverReceives()
+    {
+        QVERIFY(Neighbour::exchange());
+        watch(criteria());
+        QTRY_COMPARE(m_timer->interval(), 10000);
+        QTimer sender;
+        connect(&sender, &QTimer::timeout, this, [] { QVERIFY(Neighbour::send()); });
+        sender.start(2);
+        m_timer->setInterval(20);
+        QTRY_VERIFY(m_tree->activations(restartPath) > 0);
+        QVERIFY(logged("incrementing counter to: 3") > 0);
+        QCOMPARE(logged("incrementing counter to: 4"), 0);
+    }
+
+    void followsTheInterfaceThroughItsLife()
+    {
+        QVERIFY(Neighbour::exchange());
+        watch(criteria(":3", ":100"));
+        QTRY_VERIFY(m_timer->isActive());
+        // A link that just came up swallows packets for a moment, which shows as an idle link.
+        const auto getsStuck = [this] {
+            return QTest::qWaitFor(
+                [&] { return Neighbour::send() && sampleLogs("incrementing counter to: 1"); });
+        };
+        QVERIFY(sampleLogs("Wifi is active (both tx/rx increasing), counter at zero"));
+        QVERIFY(Neighbour::send());
+        QVERIFY(sampleLogs("Tx packets increased, but not Rx packets, incrementing counter to: 1"));
+        QVERIFY(sampleLogs("resetting counter back to zero from 1"));
+
+        QVERIFY(getsStuck() && m_neighbour.run("ip link set veth0 down"));
+        QVERIFY(
+            sampleLogs("Interface is not connected (lower up), skipping wifi restart checks..."));
+        QVERIFY(m_neighbour.run("ip link set veth0 up") && getsStuck());
+
+        QVERIFY(run("ip link delete veth0"));
+        QVERIFY(sampleLogs("No such interface: veth0"));
+        QVERIFY(m_neighbour.link());
+        QVERIFY(sampleLogs("Couldn't fetch number of packets from interface: veth0"));
+        QVERIFY(Neighbour::exchange());
+        QVERIFY(
+            sampleLogs("Number of transferred packets DECREASED, assuming interface was removed "
+                       "and readded!"));
+        QVERIFY(sampleLogs("counter at zero"));
+    }
+
+    void obeysTheCriteria()
+    {
+        const auto isRefused = [this](const OrvaValue& value, const char* line) {
+            m_log.clear();
+            m_criteria->setValue(value);
+            return logged(line) == 1 && !m_timer->isActive();
+        };
+        const char* const disabled = "Wifi restart functionality disabled: ";
+        watch(criteria("10000", "0"));
+        QTRY_COMPARE(logged(disabled), 1);
+        QVERIFY(m_watchdog->findChildren<Pinger*>().isEmpty());
+        m_criteria->setValue(criteria());
+        QVERIFY(m_timer->isActive());
+        const QPointer<Pinger> pinger = m_watchdog->findChild<Pinger*>();
+        QVERIFY(isRefused(criteria("10000", "9999"), disabled));
+        QVERIFY(isRefused(criteria("wifi-restart/restart", ""), disabled));
+        QVERIFY(isRefused(criteria("10000", R"("20000")"), disabled));
+        QVERIFY(isRefused(criteria("max", "min"), "Not a valid wifi restart criteria: "));
+        QVERIFY(pinger);
+        m_criteria->setValue(criteria("10000", "20000"));
+        QVERIFY(m_timer->isActive() && m_timer->interval() == 20000 && !pinger);
+        QCOMPARE(m_watchdog->findChildren<Pinger*>().size(), 1);
+    }
+
+    void answersARequestToRestart()
+    {
+        watch(criteria());
+        const CMPath request = OrvaNetworkRequestWifiRestartPath();
+        CMActivateNode::create(m_tree->nodes(), request)
+            ->setInvoke(m_watchdog.get(), &WifiRestart::on_restart_requested, Qt::QueuedConnection);
+        const auto outcomeWith = [&](const char* path) {
+            m_criteria->setValue(criteria("wifi-restart/restart", path));
+            return outcome(*m_tree, request);
+        };
+        const QString refusal = QStringLiteral("Networking/No wifi restart path defined");
+        QCOMPARE(outcomeWith(""), refusal);
+        QCOMPARE(outcomeWith("network/wireless/restart"), refusal);
+        QVERIFY(outcomeWith("nowhere").startsWith(QLatin1String("UnknownPath/")));
+        QCOMPARE(outcomeWith("wifi-restart/restart"), QStringLiteral("/"));
+        QCOMPARE(m_tree->activations(restartPath), 1);
+    }
+
+    void pingsTheGatewayOfAConnectedLink()
+    {
+        Pinger pinger(nullptr, 200);
+        const auto logs = [&](int state, const char* gateway, const char* line) {
+            m_log.clear();
+            m_info->setValue(wirelessInfo(state, gateway));
+            return QTest::qWaitFor([&] { return logged(line) > 0; });
+        };
+        QVERIFY(logs(2, "10.9.0.2", "wifi not connected, no need to send a ping"));
+        QVERIFY(logs(1, "-V", "No gateway available, not sending ping"));
+        QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
+        QCOMPARE(logged("ping: 1 packets transmitted, 1 received"), 1);
+        QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));
+    }
+
+    void leavesNoPingBehind()
+    {
+        const auto own = [] { return childrenOf(QCoreApplication::applicationPid()); };
+        m_info->setValue(wirelessInfo(1, silent));
+        {
+            Pinger pinger(nullptr, 60000);
+            pinger.on_timer_timeout();
+            const QStringList first = own();
+            pinger.on_timer_timeout();
+            QCOMPARE(logged("should be impossible, killing process!"), 1);
+            QVERIFY(first.size() == 1 && own().size() == 1 && own() != first);
+        }
+        QCOMPARE(own(), QStringList());
+
+        const pid_t host = fork();
+        if (host == 0) {
+            alarm(10);
+            Pinger pinger(nullptr, 60000);
+            pinger.on_timer_timeout();
+            pause();
+        }
+        QTRY_COMPARE(childrenOf(host).size(), 1);
+        const QString program = QStringLiteral("/proc/%1/exe").arg(childrenOf(host).first());
+        kill(host, SIGKILL);
+        QCOMPARE(waitpid(host, nullptr, 0), host);
+        QTRY_COMPARE_WITH_TIMEOUT(QFile::symLinkTarget(program), QString(), 1000);
+    }
+
+    void takesTheInterfaceDownAndUp()
+    {
+        CMValueNode* wireless = m_tree->addValue(OrvaNetworkWirelessInterfacePath());
+        WifiRestarter restarter({});
+        // Routes go with an interface that is taken down.
+        QVERIFY(run("ip route add 10.10.0.0/24 dev veth0"));
+        wireless->setValue(json(R"({"string":"veth0"})"));
+        QCOMPARE(outcome(restarter, restartPath), QStringLiteral("/"));
+        QVERIFY(run("ip link show veth0 | grep -q [,]UP"));
+        QVERIFY(!run("ip route | grep -q 10.10.0.0"));
+        wireless->setValue(json(R"({"string":"wlan9"})"));
+        QVERIFY(outcome(restarter, restartPath).startsWith(QLatin1String("error/")));
+    }
 
 private:
-    void watch(const OrvaValue& criteria);
+    void watch(const OrvaValue& criteria)
+    {
+        m_criteria->setValue(criteria);
+        m_watchdog = std::make_unique<WifiRestart>(nullptr, m_name, QStringList());
+        m_timer = m_watchdog->findChild<QTimer*>(QStringLiteral("checkTimer"));
+    }
+
     int logged(const char* text) { return m_log.count(QLatin1String(text)); }
-    bool sampleLogs(const char* line);
+    bool sampleLogs(const char* line)
+    {
+        m_log.clear();
+        m_watchdog->on_timer_timeout();
+        return logged(line) == 1;
+    }
 
     LogCapture& m_log = LogCapture::install();
     Neighbour m_neighbour;
@@ -76,230 +267,6 @@ private:
     std::unique_ptr<WifiRestart> m_watchdog;
     QTimer* m_timer = nullptr;
 };
-
-void TestWatchdog::init()
-{
-    m_log.clear();
-    m_tree = std::make_unique<TestTree>();
-    m_criteria = m_tree->addValue(OrvaNetworkWifiRestartCriteriaPath());
-    m_info = m_tree->addValue(OrvaNetworkInfoPath());
-    m_tree->addActivation(restartPath);
-}
-
-void TestWatchdog::cleanup()
-{
-    m_watchdog.reset();
-    m_tree.reset();
-}
-
-void TestWatchdog::watch(const OrvaValue& criteria)
-{
-    m_criteria->setValue(criteria);
-    m_watchdog = std::make_unique<WifiRestart>(nullptr, m_name, QStringList());
-    m_timer = m_watchdog->findChild<QTimer*>(QStringLiteral("checkTimer"));
-}
-
-bool TestWatchdog::sampleLogs(const char* line)
-{
-    m_log.clear();
-    m_watchdog->on_timer_timeout();
-    return logged(line) == 1;
-}
-
-void TestWatchdog::readsTheKernelsCounters()
-{
-    constexpr quint64 headers = 14 + 20 + 8;
-    QVERIFY(Neighbour::exchange());
-    NetLinkInfo info;
-    const NetLinkInterface before = info.getInterface(m_name);
-    QVERIFY(Neighbour::send() && Neighbour::send());
-    QVERIFY(m_neighbour.run("wakeonlan -i 10.9.0.255 00:11:22:aa:bb:cc >/dev/null"));
-    const NetLinkInterface after = info.getInterface(m_name);
-    QCOMPARE(after.getTxPackets() - before.getTxPackets(), quint64{2});
-    QCOMPARE(after.getTxBytes() - before.getTxBytes(), 2 * (headers + 1));
-    QCOMPARE(after.getRxPackets() - before.getRxPackets(), quint64{1});
-    QCOMPARE(after.getRxBytes() - before.getRxBytes(), headers + 102);
-}
-
-void TestWatchdog::survivesFailures()
-{
-    NetLinkInfo info;
-    for (const QString& name : {QStringLiteral("wlan9"), QString(), QString(300, QLatin1Char('x')),
-                                QStringLiteral("schön")}) {
-        m_log.clear();
-        QVERIFY(!info.getInterface(name).isValid());
-        const QString line = QStringLiteral("get details for interface %1 from kernel: ").arg(name);
-        QCOMPARE(m_log.count(line), 1);
-        QVERIFY(info.getInterface(m_name).isValid());
-    }
-    withoutDescriptors([this] {
-        NetLinkInfo unconnected;
-        QVERIFY(!unconnected.getInterface(m_name).isValid());
-    });
-    QCOMPARE(logged("Couldn't connect netlink socket: "), 1);
-}
-
-void TestWatchdog::sharesLinksAndKeepsNoMemoryOfThem()
-{
-    NetLinkInfo info;
-    size_t before = 0;
-    for (int sample = -100; sample < 10000; ++sample) {
-        if (sample == 0)
-            before = mallinfo2().uordblks;
-        const NetLinkInterface link = info.getInterface(m_name);
-        NetLinkInterface copy(link);
-        NetLinkInterface assigned(copy);
-        assigned = link;
-        assigned = std::move(copy);
-        QVERIFY(link.isValid() && assigned.isLowerUp() && !copy.isValid());
-    }
-    QVERIFY(mallinfo2().uordblks < before + 4096);
-}
-
-void TestWatchdog::restartsALinkThatSendsAndNeverReceives()
-{
-    QVERIFY(Neighbour::exchange());
-    watch(criteria());
-    QTRY_COMPARE(m_timer->interval(), 10000);
-    QTimer sender;
-    connect(&sender, &QTimer::timeout, this, [] { QVERIFY(Neighbour::send()); });
-    sender.start(2);
-    m_timer->setInterval(20);
-    QTRY_VERIFY(m_tree->activations(restartPath) > 0);
-    QVERIFY(logged("incrementing counter to: 3") > 0);
-    QCOMPARE(logged("incrementing counter to: 4"), 0);
-}
-
-void TestWatchdog::followsTheInterfaceThroughItsLife()
-{
-    QVERIFY(Neighbour::exchange());
-    watch(criteria(":3", ":100"));
-    QTRY_VERIFY(m_timer->isActive());
-    // A link that just came up swallows packets for a moment, which shows as an idle link.
-    const auto getsStuck = [this] {
-        return QTest::qWaitFor(
-            [&] { return Neighbour::send() && sampleLogs("incrementing counter to: 1"); });
-    };
-    QVERIFY(sampleLogs("Wifi is active (both tx/rx increasing), counter at zero"));
-    QVERIFY(Neighbour::send());
-    QVERIFY(sampleLogs("Tx packets increased, but not Rx packets, incrementing counter to: 1"));
-    QVERIFY(sampleLogs("resetting counter back to zero from 1"));
-
-    QVERIFY(getsStuck() && m_neighbour.run("ip link set veth0 down"));
-    QVERIFY(sampleLogs("Interface is not connected (lower up), skipping wifi restart checks..."));
-    QVERIFY(m_neighbour.run("ip link set veth0 up") && getsStuck());
-
-    QVERIFY(run("ip link set veth0 down && ip link set veth0 name other"));
-    QVERIFY(sampleLogs("No such interface: veth0"));
-    QVERIFY(run("ip link set other name veth0 && ip link set veth0 up") && getsStuck());
-
-    QVERIFY(run("ip link delete veth0") && m_neighbour.link());
-    QVERIFY(sampleLogs("Couldn't fetch number of packets from interface: veth0"));
-    QVERIFY(Neighbour::exchange());
-    QVERIFY(sampleLogs("Number of transferred packets DECREASED, assuming interface was removed "
-                       "and readded!"));
-    QVERIFY(sampleLogs("resetting counter back to zero from 1"));
-}
-
-void TestWatchdog::obeysTheCriteria()
-{
-    const auto isRefused = [this](const OrvaValue& value, const char* line) {
-        m_log.clear();
-        m_criteria->setValue(value);
-        return logged(line) == 1 && !m_timer->isActive();
-    };
-    const char* const disabled = "Wifi restart functionality disabled: ";
-    watch(criteria("10000", "0"));
-    QTRY_COMPARE(logged(disabled), 1);
-    QVERIFY(m_watchdog->findChildren<Pinger*>().isEmpty());
-    m_criteria->setValue(criteria());
-    QVERIFY(m_timer->isActive());
-    const QPointer<Pinger> pinger = m_watchdog->findChild<Pinger*>();
-    QVERIFY(isRefused(criteria("10000", "9999"), disabled));
-    QVERIFY(isRefused(criteria("wifi-restart/restart", ""), disabled));
-    QVERIFY(isRefused(criteria("10000", R"("20000")"), disabled));
-    QVERIFY(isRefused(criteria("max", "min"), "Not a valid wifi restart criteria: "));
-    QVERIFY(pinger);
-    m_criteria->setValue(criteria("10000", "20000"));
-    QVERIFY(m_timer->isActive() && m_timer->interval() == 20000 && !pinger);
-    QCOMPARE(m_watchdog->findChildren<Pinger*>().size(), 1);
-}
-
-void TestWatchdog::answersARequestToRestart()
-{
-    watch(criteria());
-    const CMPath request = OrvaNetworkRequestWifiRestartPath();
-    CMActivateNode::create(m_tree->nodes(), request)
-        ->setInvoke(m_watchdog.get(), &WifiRestart::on_restart_requested, Qt::QueuedConnection);
-    const auto outcomeWith = [&](const char* path) {
-        m_criteria->setValue(criteria("wifi-restart/restart", path));
-        return outcome(*m_tree, request);
-    };
-    const QString refusal = QStringLiteral("Networking/No wifi restart path defined");
-    QCOMPARE(outcomeWith(""), refusal);
-    QCOMPARE(outcomeWith("network/wireless/restart"), refusal);
-    QVERIFY(outcomeWith("nowhere").startsWith(QLatin1String("UnknownPath/")));
-    QCOMPARE(outcomeWith("wifi-restart/restart"), QStringLiteral("/"));
-    QCOMPARE(m_tree->activations(restartPath), 1);
-}
-
-void TestWatchdog::pingsTheGatewayOfAConnectedLink()
-{
-    Pinger pinger(nullptr, 200);
-    const auto logs = [&](int state, const char* gateway, const char* line) {
-        m_log.clear();
-        m_info->setValue(wirelessInfo(state, gateway));
-        return QTest::qWaitFor([&] { return logged(line) > 0; });
-    };
-    QVERIFY(logs(2, "10.9.0.2", "wifi not connected, no need to send a ping"));
-    QVERIFY(logs(1, "", "No gateway available, not sending ping"));
-    QVERIFY(logs(1, "-V", "No gateway available, not sending ping"));
-    QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
-    QCOMPARE(logged("ping: 1 packets transmitted, 1 received"), 1);
-    QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));
-}
-
-void TestWatchdog::leavesNoPingBehind()
-{
-    const auto own = [] { return childrenOf(QCoreApplication::applicationPid()); };
-    m_info->setValue(wirelessInfo(1, silent));
-    {
-        Pinger pinger(nullptr, 60000);
-        pinger.on_timer_timeout();
-        const QStringList first = own();
-        pinger.on_timer_timeout();
-        QCOMPARE(logged("should be impossible, killing process!"), 1);
-        QVERIFY(first.size() == 1 && own().size() == 1 && own() != first);
-    }
-    QCOMPARE(own(), QStringList());
-
-    const pid_t host = fork();
-    if (host == 0) {
-        alarm(10);
-        Pinger pinger(nullptr, 60000);
-        pinger.on_timer_timeout();
-        pause();
-    }
-    QTRY_COMPARE(childrenOf(host).size(), 1);
-    const QString program = QStringLiteral("/proc/%1/exe").arg(childrenOf(host).first());
-    kill(host, SIGKILL);
-    QCOMPARE(waitpid(host, nullptr, 0), host);
-    QTRY_COMPARE_WITH_TIMEOUT(QFile::symLinkTarget(program), QString(), 1000);
-}
-
-void TestWatchdog::takesTheInterfaceDownAndUp()
-{
-    CMValueNode* wireless = m_tree->addValue(OrvaNetworkWirelessInterfacePath());
-    WifiRestarter restarter({});
-    // Routes go with an interface that is taken down.
-    QVERIFY(run("ip route add 10.10.0.0/24 dev veth0"));
-    wireless->setValue(json(R"({"string":"veth0"})"));
-    QCOMPARE(outcome(restarter, restartPath), QStringLiteral("/"));
-    QVERIFY(run("ip link show veth0 | grep -q [,]UP"));
-    QVERIFY(!run("ip route | grep -q 10.10.0.0"));
-    wireless->setValue(json(R"({"string":"wlan9"})"));
-    QVERIFY(outcome(restarter, restartPath).startsWith(QLatin1String("error/")));
-}
 
 ORVA_KERNEL_TEST_MAIN(TestWatchdog)
 #include "tst_watchdog.moc"
