@@ -1,5 +1,7 @@
 #include <core/orva.h>
 
+#include <utility>
+
 namespace {
 
 void echo(const CMSetDataRequest& request)
@@ -13,6 +15,21 @@ void fail(const CMSetDataRequest& request)
 }
 
 void drop(const CMSetDataRequest&) {}
+
+QVector<CMSetDataRequest> heldRequests;
+
+void hold(const CMSetDataRequest& request)
+{
+    heldRequests << request;
+}
+
+void release(const CMSetDataRequest& request)
+{
+    heldRequests << request;
+    const auto requests = std::exchange(heldRequests, {});
+    for (const CMSetDataRequest& held : requests)
+        held.answer();
+}
 
 } // namespace
 
@@ -30,5 +47,7 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
     add("test/echo", echo);
     add("test/fail", fail);
     add("test/drop", drop);
+    add("test/hold", hold);
+    add("test/release", release);
     return worker;
 }

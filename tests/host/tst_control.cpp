@@ -84,6 +84,11 @@ private Q_SLOTS:
                 << QString::fromLatin1(refusal);
         QTest::newRow("too deep") << QStringLiteral("Invoke") << QStringLiteral("test/echo")
                                   << nested(13) << QStringLiteral("MalformedValue");
+        QTest::newRow("16 MiB") << QStringLiteral("SetValue")
+                                << QStringLiteral("settings/network/softap-default-ssid")
+                                << QVariantMap{{QStringLiteral("string"),
+                                                QString(16 << 20, QLatin1Char('x'))}}
+                                << QStringLiteral("MalformedValue");
     }
 
     void badInputIsRefusedAndChangesNothing()
@@ -120,6 +125,18 @@ private Q_SLOTS:
             calls[i].waitForFinished();
             QCOMPARE(plain(calls.at(i).reply()).value(QStringLiteral("i32")), QVariant(i));
         }
+    }
+
+    void aClientThatLeavesWithRequestsOpenDoesNoHarm()
+    {
+        const QString label = QStringLiteral("leaving");
+        const QDBusConnection leaving = m_bus.connection(label);
+        for (int i = 0; i < 100; ++i)
+            leaving.asyncCall(message("Invoke", {QStringLiteral("test/hold"), QVariantMap()}));
+        leaving.call(message("Invoke", {QStringLiteral("test/echo"), QVariantMap()}));
+        QDBusConnection::disconnectFromBus(label);
+        QCOMPARE(call("Invoke", {QStringLiteral("test/release"), QVariantMap()}).type(),
+                 QDBusMessage::ReplyMessage);
     }
 
     void aSecretChangesWithoutItsValue()

@@ -74,6 +74,13 @@ private Q_SLOTS:
         }
     }
 
+    void aFileThatCannotBeReadIsSetAside()
+    {
+        QVERIFY(QDir().mkpath(m_file));
+        Settings settings(networkSettingDefaults(), m_directory);
+        QVERIFY(write(settings, maxFailures(), number(7)).error().isEmpty());
+    }
+
     void aDamagedFileIsSetAside_data()
     {
         QTest::addColumn<QByteArray>("content");
