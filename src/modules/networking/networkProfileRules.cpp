@@ -17,7 +17,7 @@ const QString& maskedKey()
 
 QString verifyNetwork(const OrvaNetworkInterface& network)
 {
-    const QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
+    QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
     if (!why.isEmpty())
         LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
     return why;
@@ -123,12 +123,12 @@ QString verifyProfile(const OrvaNetworkProfile& profile)
 {
     if (profile.wireless().ssid().isEmpty())
         return QString();
-    const QString why = verifyNetwork(profile.wireless());
+    QString why = verifyNetwork(profile.wireless());
     if (!why.isEmpty())
         return why;
     const auto networks = profile.wirelessNetworks();
     for (const OrvaNetworkInterface& network : networks) {
-        const QString whyListed = verifyNetwork(network);
+        QString whyListed = verifyNetwork(network);
         if (!whyListed.isEmpty())
             return whyListed;
     }
