@@ -34,7 +34,10 @@ void RootWorker::addWorker(std::unique_ptr<CMAbstractWorker> worker)
         if (claim(path, added))
             Q_EMIT nodeAdded(path);
     });
-    connect(added, &CMAbstractWorker::rowsChanged, this, &RootWorker::rowsChanged);
+    connect(added, &CMAbstractWorker::rowsChanged, this, [this, added](const CMPath& path) {
+        if (ownerOf(path) == added)
+            Q_EMIT rowsChanged(path);
+    });
     connect(added, &CMAbstractWorker::valueChanged, this,
             [this, added](const CMPath& path, const OrvaValue& value) {
                 if (ownerOf(path) == added)

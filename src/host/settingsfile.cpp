@@ -83,9 +83,9 @@ void SettingsFile::read()
     }
     if (!file.open(QIODevice::ReadOnly))
         return setAside(file.errorString());
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
     if (file.size() > MaxFileSize)
         return setAside(QStringLiteral("it is larger than %1 bytes").arg(MaxFileSize));
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
     QJsonParseError error;
     const auto document = QJsonDocument::fromJson(file.readAll(), &error);
     file.close();
@@ -121,8 +121,11 @@ void SettingsFile::drop(const CMPath& path, const QString& reason)
                                             : "Couldn't keep the settings as they were as ")
                                       << name);
     }
-    if (!m_copied)
+    if (!m_copied) {
+        // The next write would destroy the only copy.
+        m_blocked = QStringLiteral("the damaged settings could not be kept");
         return;
+    }
     QJsonObject entries = m_entries;
     entries.remove(path.toString());
     QString why;

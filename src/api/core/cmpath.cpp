@@ -4,5 +4,5 @@
 
 std::ostream& operator<<(std::ostream& stream, const CMPath& path)
 {
-    return stream << path.toString().toUtf8().constData();
+    return stream << orvaLogText(path.toString()).toUtf8().constData();
 }

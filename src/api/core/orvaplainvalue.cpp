@@ -37,6 +37,7 @@ private:
     }
     bool enter(int depth)
     {
+        spend(8); // An empty container costs memory too.
         if (depth > m_limits.depth)
             fail(
                 QStringLiteral("the value is nested more than %1 levels deep").arg(m_limits.depth));

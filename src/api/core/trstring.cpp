@@ -15,10 +15,20 @@ QString TrString::toString() const
 {
     if (m_source.isEmpty())
         return m_text;
-    QString text = QCoreApplication::translate(m_context.constData(), m_source.constData());
-    for (const TrArg& argument : m_arguments)
-        text = text.arg(argument.toString());
-    return text;
+    const QString text = QCoreApplication::translate(m_context.constData(), m_source.constData());
+    // All at once: what stands in one argument is not taken for the mark of the next.
+    QString result;
+    for (int i = 0; i < text.size(); ++i) {
+        const bool isMark = text.at(i) == QLatin1Char('%') && i + 1 < text.size();
+        const int number = isMark ? text.at(i + 1).digitValue() : 0;
+        if (number < 1 || number > m_arguments.size()) {
+            result += text.at(i);
+            continue;
+        }
+        result += m_arguments.at(number - 1).toString();
+        ++i;
+    }
+    return result;
 }
 
 QByteArray trExtractContext(const char* signature)

@@ -102,7 +102,8 @@ void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
         return;
     record(QStringLiteral("resource"), *wanted);
     if (wanted->resource() == OrvaPowerManagerResources::Wifi) {
-        m_wifiHolders.removeAll(wanted->moduleName());
+        if (wanted->action() != OrvaPowerModuleActions::None)
+            m_wifiHolders.removeAll(wanted->moduleName());
         if (wanted->action() == OrvaPowerModuleActions::Request)
             m_wifiHolders << wanted->moduleName();
         m_wifi->setValue(flag(!m_wifiHolders.isEmpty()));
