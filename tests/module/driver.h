@@ -61,7 +61,7 @@ public:
     void send(const CMPath& path, const OrvaValue& value = {},
               const std::optional<QString>& expected = std::nullopt);
 
-    /// Empty when all went well, else what went wrong with the seed and the steps that led there.
+    /// Empty when all went well, else what went wrong, with its seed and the steps that led there.
     [[nodiscard]] QString run(int steps);
 
 private:
