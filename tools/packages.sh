@@ -10,7 +10,7 @@ packages_run=(
 packages_test=(
     clang-format clang-tidy clang-tools
     python3 python3-dbus python3-gi
-    etherwake wakeonlan
+    etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
 packages_fuzz=(clang) # beside those of packages_run
 packages_arm64=( # beside those of packages_run
