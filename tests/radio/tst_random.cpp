@@ -12,7 +12,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<quint32>("seed");
         const quint32 only = qEnvironmentVariableIntValue("ORVA_SEED");
-        for (quint32 seed = 1; seed <= 20; ++seed)
+        for (quint32 seed = 1; seed <= 10; ++seed)
             if (only == 0 || only == seed)
                 QTest::addRow("seed %u", seed) << seed;
     }

@@ -22,22 +22,12 @@ private Q_SLOTS:
         QCOMPARE(wpsPin(9999999), QStringLiteral("99999995"));
     }
 
-    void acceptsEightAsciiDigitsAsPin_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("wrong checksum") << "12345678" << true;
-        QTest::newRow("seven") << "1234567" << false;
-        QTest::newRow("nine") << "123456789" << false;
-        QTest::newRow("letter") << "1234567a" << false;
-        QTest::newRow("newline") << "12345678\n" << false;
-        QTest::newRow("Arabic digits") << QString(8, QChar(0x0661)) << false;
-    }
-
     void acceptsEightAsciiDigitsAsPin()
     {
-        QFETCH(QString, text);
-        QTEST(isWpsPin(text), "accepted");
+        QVERIFY(isWpsPin(QStringLiteral("12345678"))); // its checksum is wrong
+        for (const char* text : {"1234567", "123456789", "1234567a", "12345678\n", ""})
+            QVERIFY2(!isWpsPin(QLatin1String(text)), text);
+        QVERIFY(!isWpsPin(QString(8, QChar(0x0661)))); // Arabic digits
     }
 
     void takesOnlyTheNetworkFromWpsCredentials()
@@ -54,26 +44,17 @@ private Q_SLOTS:
         QCOMPARE(OrvaHash(withWpsCredentials(old, credentials)), expected);
     }
 
-    void identifiesScanRowsBySsid_data()
-    {
-        QTest::addColumn<QString>("ssid");
-        QTest::addColumn<QString>("id");
-        QTest::newRow("ASCII") << "Cafe"
-                               << "43616665";
-        QTest::newRow("UTF-8") << QStringLiteral("Mü\n") << "4dc3bc0a";
-        QTest::newRow("hidden") << ""
-                                << "";
-    }
-
     void identifiesScanRowsBySsid()
     {
-        QFETCH(QString, ssid);
-        const OrvaNetworkScanResult result(QVariantHash{{QStringLiteral("ssid"), ssid}});
-        const OrvaRoles row = scanRow(result);
-        QTEST(row.id(), "id");
-        QCOMPARE(row.title().toString(), ssid);
-        QCOMPARE(static_cast<int>(row.type()), 101);
-        QCOMPARE(OrvaHash(row.value().networkScanResult()), OrvaHash(result));
+        const auto rowOf = [](const QString& ssid) {
+            return scanRow(OrvaNetworkScanResult(QVariantHash{{QStringLiteral("ssid"), ssid}}));
+        };
+        QCOMPARE(rowOf(QStringLiteral("Cafe")).id(), QStringLiteral("43616665"));
+        QCOMPARE(rowOf(QStringLiteral("Mü\n")).id(), QStringLiteral("4dc3bc0a"));
+        QCOMPARE(rowOf(QString()).id(), QString());
+        const QVariantHash expected = R"({"id": "61", "title": "a", "type": 101,
+            "value": {"networkScanResult": {"ssid": "a"}}})"_hash;
+        QCOMPARE(OrvaHash(rowOf(QStringLiteral("a"))), OrvaHash(expected));
     }
 
     void mergesSettings_data()
@@ -102,27 +83,16 @@ private Q_SLOTS:
         QCOMPARE(OrvaHash(stickySoftApSettings(result)), OrvaHash(merged));
     }
 
-    void setsDeadlines_data()
+    void setsDeadlinesAcrossTheWraps()
     {
-        QTest::addColumn<qint64>("now");
-        QTest::addColumn<qint32>("timeout");
-        QTest::addColumn<qint32>("deadline");
         const qint64 halfWrap = Q_INT64_C(1) << 31;
-        QTest::newRow("plain") << Q_INT64_C(1000) << 60000 << 61000;
-        QTest::newRow("none") << Q_INT64_C(1000) << -5 << 0;
-        QTest::newRow("turns negative") << halfWrap - 1 << 1 << std::numeric_limits<qint32>::min();
-        QTest::newRow("falls on 0") << 2 * halfWrap - 10 << 10 << 1;
-        QTest::newRow("past the wrap") << 2 * halfWrap - 10 << 15 << 5;
-    }
-
-    void setsDeadlines()
-    {
-        QFETCH(qint64, now);
-        QFETCH(qint32, timeout);
-        QFETCH(qint32, deadline);
-        QCOMPARE(softApDeadline(now, timeout), deadline);
-        if (deadline > 1)
-            QCOMPARE(millisecondsTo(deadline, now + 60000), timeout - 60000);
+        QCOMPARE(softApDeadline(1000, 60000), 61000);
+        QCOMPARE(softApDeadline(1000, -5), 0); // none
+        QCOMPARE(softApDeadline(halfWrap - 1, 1), std::numeric_limits<qint32>::min());
+        QCOMPARE(softApDeadline(2 * halfWrap - 10, 10), 1); // 0 would be none
+        QCOMPARE(softApDeadline(2 * halfWrap - 10, 15), 5);
+        QCOMPARE(millisecondsTo(5, 2 * halfWrap - 10), 15);
+        QCOMPARE(millisecondsTo(5, 2 * halfWrap + 10), -5);
     }
 };
 

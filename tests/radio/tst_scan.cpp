@@ -2,8 +2,6 @@
 
 namespace {
 
-const QString scanTimer = QStringLiteral("m_scanTimer");
-
 QVector<OrvaNetworkScanResult> networks(int count)
 {
     QVector<OrvaNetworkScanResult> results(count);
@@ -12,11 +10,10 @@ QVector<OrvaNetworkScanResult> networks(int count)
     return results;
 }
 
-/// A worker that goes through scan requests and what the network makes of them, a word each.
+/// A worker on a clock that the test turns.
 class Scanner : public WorkerFixture
 {
 public:
-    QVector<CMReply<QVariant>> replies;
     qint64 now = 1000;
 
     Scanner()
@@ -24,36 +21,25 @@ public:
         worker->setClock([this] { return now; });
     }
 
-    void run(const QByteArray& script)
+    CMReply<QVariant> askAfter(qint64 ms)
     {
-        const QMap<QByteArray, std::function<void()>> steps = {
-            {"ask", [this] { replies << send(OrvaNetworkScanPath()); }},
-            {"silent", [this] { root.invoke(OrvaNetworkScanPath(), OrvaValue(), {}); }},
-            {"busy", [this] { backend->status = Networking_LowLevel::Unknown; }},
-            {"idle", [this] { becomeIdle(); }},
-            {"at-once", [this] { backend->onCommand = [this](auto&) { deliver(0); }; }},
-            {"results", [this] { deliver(3); }},
-        };
-        for (const QByteArray& word : script.split(' ')) {
-            steps.value(word)();
-            settle();
-        }
+        now += ms;
+        const auto reply = send(OrvaNetworkScanPath());
+        settle();
+        return reply;
     }
 
-    void deliver(int count) { Q_EMIT backend->ScanResults(networks(count)); }
+    void setStatus(Networking_LowLevel::InterfaceStatus status)
+    {
+        backend->status = status;
+        Q_EMIT backend->InterfaceStatusChanged(QStringLiteral("wlan0"), status);
+    }
 
     int rowCount()
     {
         const auto reply = CMReply<QVariant>::create();
         root.request(CMGetRowsRequest{OrvaNetworkScanResultsPath(), reply});
         return reply.value().toList().size();
-    }
-
-private:
-    void becomeIdle()
-    {
-        backend->status = Networking_LowLevel::Idle;
-        Q_EMIT backend->InterfaceStatusChanged(QStringLiteral("wlan0"), backend->status);
     }
 };
 
@@ -63,59 +49,54 @@ class TestScan : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    /// Each script ends with nobody waiting and the timer at rest.
-    void answersEveryRequest_data()
-    {
-        QTest::addColumn<QString>("answers");
-        QTest::addColumn<int>("scans");
-        QTest::addColumn<QString>("power");
-        QTest::newRow("ask ask results") << "ok; ok" << 1 << "++-";
-        QTest::newRow("busy ask ask idle results") << "ok; ok" << 1 << "++++-";
-        QTest::newRow("at-once ask ask") << "ok; ok" << 2 << "++-";
-        QTest::newRow("silent results") << "" << 1 << "+-";
-        QTest::newRow("busy silent idle results") << "" << 1 << "++-";
-    }
-
-    void answersEveryRequest()
-    {
-        Scanner scanner;
-        scanner.run(QTest::currentDataTag());
-        QTEST(outcomes(scanner.replies), "answers");
-        QTEST(scanner.backend->commands.size(), "scans");
-        QVERIFY(!scanner.timer(scanTimer)->isActive());
-        scanner.fire(QStringLiteral("m_releaseWifiResourceTimer"));
-        QTEST(powerRequests(scanner), "power");
-    }
-
     void guardsTheOldestRequest()
     {
         Scanner scanner;
-        QTimer* const timer = scanner.timer(scanTimer);
-        scanner.run("ask");
+        const QTimer* const timer = scanner.timer(QStringLiteral("m_scanTimer"));
+        scanner.askAfter(0);
         const int first = timer->timerId();
-        scanner.now += 10000;
-        scanner.run("busy ask");
+        scanner.setStatus(Networking_LowLevel::Unknown);
+        scanner.askAfter(10000);
         QCOMPARE(timer->timerId(), first);
         scanner.now += 2000;
-        scanner.run("results");
+        Q_EMIT scanner.backend->ScanResults({});
         QCOMPARE(timer->interval(), 28000);
-        scanner.now += 99000;
-        scanner.run("idle busy ask results");
+        scanner.setStatus(Networking_LowLevel::Idle);
+        Q_EMIT scanner.backend->ScanResults({});
+        QVERIFY(!timer->isActive());
+        scanner.askAfter(99000);
         QCOMPARE(timer->interval(), 30000);
-        scanner.now += 99000;
-        scanner.run("idle busy ask idle results ask");
-        QCOMPARE(timer->interval(), 30000);
+    }
+
+    void countsRequestsThatWantNoAnswer()
+    {
+        Scanner scanner;
+        scanner.root.invoke(OrvaNetworkScanPath(), OrvaValue(), {});
+        scanner.askAfter(0);
+        QCOMPARE(scanner.backend->commands, {QStringLiteral("scanNetworks")});
+        QVERIFY(scanner.fire(QStringLiteral("m_scanTimer")));
+    }
+
+    void answersResultsThatComeAtOnce()
+    {
+        Scanner scanner;
+        scanner.backend->onCommand = [&](const QString&) {
+            Q_EMIT scanner.backend->ScanResults({});
+        };
+        QCOMPARE(outcomes({scanner.askAfter(0)}), QStringLiteral("ok"));
+        QVERIFY(!scanner.timer(QStringLiteral("m_scanTimer"))->isActive());
     }
 
     void publishesAndAnswersResults()
     {
         Scanner scanner;
-        scanner.run("results ask");
+        Q_EMIT scanner.backend->ScanResults(networks(3));
+        QCOMPARE(scanner.rowCount(), 3);
+        const auto reply = scanner.askAfter(0);
         QCOMPARE(scanner.rowCount(), 0);
         Q_EMIT scanner.backend->ScanResults(networks(5000) + networks(1));
         QCOMPARE(scanner.rowCount(), 5000);
-        const OrvaValue answer(scanner.replies.first().value().toHash());
-        QCOMPARE(answer.networkScanResults().size(), 5001);
+        QCOMPARE(OrvaValue(reply.value().toHash()).networkScanResults().size(), 5001);
     }
 };
 
