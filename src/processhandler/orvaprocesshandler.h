@@ -16,6 +16,7 @@ class QProcess;
 class ORVA_API OrvaProcessHandlerResult
 {
 public:
+    /// What ended the run.
     enum class End {
         Exited,     ///< It ended by itself, with `exitCode`.
         NotStarted, ///< There is no such program, or it may not be run.
@@ -24,14 +25,19 @@ public:
         Killed      ///< `kill()` ended it.
     };
 
+    /// A run that was never started.
     OrvaProcessHandlerResult() = default;
+    /// `data` is what the program wrote, in the local encoding.
     OrvaProcessHandlerResult(End end, int exitCode, const QByteArray& data);
 
     /// The program ran, ended by itself and returned 0.
     [[nodiscard]] bool finishedOk() const { return m_end == End::Exited && m_exitCode == 0; }
+    /// What ended the run.
     [[nodiscard]] End end() const { return m_end; }
+    /// The program's exit status; of meaning only where `end()` is `End::Exited`.
     [[nodiscard]] int exitCode() const { return m_exitCode; }
-    /// What it wrote to its standard output and standard error, together.
+    /// What it wrote to its standard output and standard error, together; where it was not started,
+    /// the reason in words.
     [[nodiscard]] QString getData() const;
 
 private:
@@ -40,6 +46,7 @@ private:
     QByteArray m_data;
 };
 
+/// Writes how the run ended and what the program wrote: not for programs that print secrets.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& result);
 
 /// Runs one program at a time. No program outlives its handler, nor the process of its handler.
@@ -47,14 +54,19 @@ class ORVA_API OrvaProcessHandler : public QObject
 {
     Q_OBJECT
 public:
+    /// Where a line was written: standard output or standard error. `Output` for merged channels.
     enum class Channel { Output, Error };
     /// Whether the two channels of a program come apart or as one.
     enum class Channels { Separate, Merged };
 
+    /// Is told once how the run ended. May start the next run.
     using OnFinished = std::function<void(const OrvaProcessHandlerResult& result)>;
+    /// Is given whole lines, without their line ends, as they come.
     using OnOutput = std::function<void(const QStringList& lines, Channel channel)>;
 
+    /// A handler of no program yet; lives on the event loop's thread.
     explicit OrvaProcessHandler(QObject* parent = nullptr);
+    /// Kills the program that runs, without a call to its `onFinished`.
     ~OrvaProcessHandler() override;
 
     /// Starts a program; its end comes to `onFinished`, once, from the event loop, and what it
@@ -70,6 +82,7 @@ public:
     [[nodiscard]] static OrvaProcessHandlerResult
     startSync(const QString& program, const QStringList& arguments, int timeout);
 
+    /// Whether a program runs that `startAsync` started.
     [[nodiscard]] bool isRunning() const;
     /// Kills the program; `onFinished` is told with the end `Killed`.
     void kill();

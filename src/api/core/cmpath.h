@@ -10,6 +10,7 @@ class ORVA_API CMPath
 {
 public:
     CMPath() = default;
+    /// The path as text; not checked.
     explicit CMPath(const QString& path)
         : m_path(path)
     {
@@ -17,13 +18,17 @@ public:
 
     /// Whether it names no node at all.
     [[nodiscard]] bool isEmpty() const { return m_path.isEmpty(); }
+    /// The path as text.
     [[nodiscard]] const QString& toString() const { return m_path; }
 
+    /// Equal when the texts are.
     friend bool operator==(const CMPath& left, const CMPath& right)
     {
         return left.m_path == right.m_path;
     }
+    /// The opposite of `==`.
     friend bool operator!=(const CMPath& left, const CMPath& right) { return !(left == right); }
+    /// For hashes whose keys are paths.
     friend uint qHash(const CMPath& path, uint seed = 0) { return ::qHash(path.m_path, seed); }
 
 private:
@@ -32,6 +37,7 @@ private:
 
 Q_DECLARE_METATYPE(CMPath)
 
+/// Writes the path, control characters escaped.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const CMPath& path);
 
 /// Paths stand inside records as text.

@@ -17,6 +17,7 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 class ORVA_API CMTraceScope
 {
 public:
+    /// `signature` is `Q_FUNC_INFO` of the function; it and the logger must outlive the guard.
     CMTraceScope(const log4cplus::Logger& logger, const char* signature);
     ~CMTraceScope();
     Q_DISABLE_COPY(CMTraceScope)

@@ -13,10 +13,14 @@
 /// hash holds is plain: `bool`, `int`, `qlonglong`, `double`, `QString`, `QByteArray`,
 /// `QVariantList` and `QVariantHash`, nothing else. Implicitly shared, a value type, usable on any
 /// thread.
+///
+/// For a field `ip` a record has the getter `ip()`, which answers the type's default where the
+/// field is absent or of another type, the setter `setIp()` and the static `Ip()`, the field's key.
 class ORVA_API OrvaHash
 {
 public:
     OrvaHash() = default;
+    /// A view over `hash`, whose values must be plain.
     OrvaHash(const QVariantHash& hash)
         : m_hash(hash)
     {
@@ -33,14 +37,18 @@ public:
     /// Makes the field absent.
     void __remove(const QString& key) { m_hash.remove(key); }
 
+    /// Makes every field absent.
     void clear() { m_hash.clear(); }
+    /// Whether no field is present.
     [[nodiscard]] bool isEmpty() const { return m_hash.isEmpty(); }
 
     /// Equal when both hold the same keys with values of the same type and content, at every level.
     friend ORVA_API bool operator==(const OrvaHash& left, const OrvaHash& right);
+    /// The opposite of `==`.
     friend bool operator!=(const OrvaHash& left, const OrvaHash& right) { return !(left == right); }
 
 protected:
+    /// The fields by key; an absent one has no entry.
     QVariantHash m_hash;
 };
 

@@ -25,7 +25,9 @@ struct OrvaCodec;
 /// One row of a record: the field's key and the test that its value must pass.
 struct OrvaField
 {
+    /// Under which the field stands in the record's hash.
     QString key;
+    /// Whether a value is of the field's type, at every level.
     bool (*accepts)(const QVariant& value);
 };
 
@@ -34,8 +36,10 @@ template <class Record>
 class ORVA_API OrvaFieldTable
 {
 public:
+    /// One row a field.
     static const QVector<OrvaField>& fields() { return table(); }
 
+    /// Adds a row, as `ORVA_FIELD` does while its library is loaded; always true.
     static bool add(const QString& key, bool (*accepts)(const QVariant&))
     {
         table().append({key, accepts});

@@ -26,7 +26,9 @@ class ORVA_API OrvaRoles : public OrvaHash
     ORVA_FIELD(QString, id, Id);
     /// What a person reads.
     ORVA_FIELD(TrString, title, Title);
+    /// What kind of thing the row is.
     ORVA_FIELD(OrvaRolesType, type, Type);
+    /// What the row holds.
     ORVA_FIELD(OrvaValue, value, Value);
 
     /// The role of a request that activates a node; `Value()` is that of one that writes it.

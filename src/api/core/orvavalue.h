@@ -51,6 +51,7 @@ class ORVA_API OrvaValue : public OrvaHash
 {
     ORVA_RECORD(OrvaValue)
 
+/// Declares what a row stands for: the static key, the getter and the setter.
 #define ORVA_VALUE_ROW(Type, name, Name) \
     static const QString& Name();        \
     [[nodiscard]] Type name() const;     \
@@ -60,19 +61,23 @@ class ORVA_API OrvaValue : public OrvaHash
     ORVA_NETWORK_VALUES(ORVA_VALUE_ROW)
 #undef ORVA_VALUE_ROW
 
-    // The setters' names keep the trailing underscore of their getters.
+    /// `setBool`. The name, like those of the next three, keeps the trailing underscore of its
+    /// getter.
     void setBool_(bool value)
     {
         setBool(value);
     }
+    /// `setI32`.
     void setI32_(qint32 value)
     {
         setI32(value);
     }
+    /// `setDouble`.
     void setDouble_(double value)
     {
         setDouble(value);
     }
+    /// `setString`.
     void setString_(const QString& value)
     {
         setString(value);

@@ -8,14 +8,17 @@
 class ORVA_API TrArg
 {
 public:
+    /// A text, used as it stands.
     TrArg(const QString& text)
         : m_text(text)
     {
     }
+    /// A number, in decimal.
     TrArg(int number)
         : m_text(QString::number(number))
     {
     }
+    /// What stands in the place of the mark.
     [[nodiscard]] const QString& toString() const { return m_text; }
 
 private:
@@ -42,6 +45,7 @@ public:
 
     /// The text in the application's language, its arguments in place.
     [[nodiscard]] QString toString() const;
+    /// `toString()`, as it stands inside a record.
     operator QVariant() const { return toString(); }
 
 private:
@@ -54,6 +58,7 @@ private:
 /// The translation context of a function: its signature text, as `Q_FUNC_INFO` gives it.
 [[nodiscard]] ORVA_API QByteArray trExtractContext(const char* signature);
 
+/// Writes `toString()`.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const TrString& text);
 
 /// Texts stand inside records as strings.

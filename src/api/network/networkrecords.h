@@ -12,7 +12,9 @@ class ORVA_API OrvaNetworkAddress : public OrvaHash
     ORVA_FIELD(QString, ip, Ip);
     /// Prefix length: 0 to 32 for IPv4, 0 to 128 for IPv6.
     ORVA_FIELD(qint32, prefix, Prefix);
+    /// Whether `ip` is of IPv4 or IPv6.
     ORVA_FIELD(OrvaNetworkAddressProtocol, protocol, Protocol);
+    /// How far the address reaches.
     ORVA_FIELD(OrvaNetworkAddressScope, scope, Scope);
     /// Whether the address was obtained by DHCP.
     ORVA_FIELD(bool, dhcp, Dhcp);
@@ -28,18 +30,23 @@ class ORVA_API OrvaNetworkInterface : public OrvaHash
     ORVA_FIELD(QString, bssid, Bssid);
     /// Pre-shared key or passphrase; published as "****".
     ORVA_FIELD(QString, key, Key);
+    /// Security of the network; decides which keys are valid (`orvaNetworkIsKeyValid`).
     ORVA_FIELD(OrvaNetworkProfileWirelessEncryption, encryption, Encryption);
     /// Address by DHCP when true, else from the static fields below.
     ORVA_FIELD(bool, dhcp, Dhcp);
+    /// Static address.
     ORVA_FIELD(QString, ip, Ip);
+    /// Static netmask, dotted.
     ORVA_FIELD(QString, netmask, Netmask);
+    /// Static gateway.
     ORVA_FIELD(QString, gateway, Gateway);
+    /// Static name servers.
     ORVA_FIELD(QStringList, dns, Dns);
     /// Whether this network is the connected one.
     ORVA_FIELD(bool, connected, Connected);
-    /// In MHz.
+    /// Frequency of the access point, in MHz.
     ORVA_FIELD(qint32, frequency, Frequency);
-    /// In dBm.
+    /// Signal strength, in dBm.
     ORVA_FIELD(qint32, signalLevel, SignalLevel);
 };
 
@@ -48,20 +55,27 @@ class ORVA_API OrvaNetworkInterface : public OrvaHash
 class ORVA_API OrvaNetworkProfileSoftApSettings : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkProfileSoftApSettings)
+    /// Network name that the access point announces.
     ORVA_FIELD(QString, ssid, Ssid);
+    /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
     /// Wi-Fi channel number.
     ORVA_FIELD(qint32, channel, Channel);
-    /// Two letters, ISO 3166-1.
+    /// The country whose radio rules hold: two letters, ISO 3166-1.
     ORVA_FIELD(QString, countryCode, CountryCode);
     /// Name of the interface that carries the access point, such as "uap0".
     ORVA_FIELD(QString, apInterface, ApInterface);
+    /// The device's own IPv4 address in the access point's network.
     ORVA_FIELD(QString, apAddress, ApAddress);
+    /// Netmask of that network, dotted.
     ORVA_FIELD(QString, apNetmask, ApNetmask);
+    /// First of the addresses that stations get by DHCP.
     ORVA_FIELD(QString, dhcpRangeFrom, DhcpRangeFrom);
+    /// Last of the addresses that stations get by DHCP.
     ORVA_FIELD(QString, dhcpRangeTo, DhcpRangeTo);
+    /// Name under which stations reach the device.
     ORVA_FIELD(QString, domainName, DomainName);
-    /// Sent in the access point's beacons.
+    /// Vendor-specific data for the access point's beacons, as the connection daemon takes it.
     ORVA_FIELD(QString, vendorSpecificData, VendorSpecificData);
 };
 
@@ -71,6 +85,7 @@ class ORVA_API OrvaNetworkProfileSoftApRequest : public OrvaHash
     ORVA_RECORD(OrvaNetworkProfileSoftApRequest)
     /// The requesting submodule.
     ORVA_FIELD(QString, name, Name);
+    /// What the requester asks for; only fields that are present count.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
     /// In milliseconds, at most 60000; 0 or less means no expiry.
     ORVA_FIELD(qint32, timeout, Timeout);
@@ -86,7 +101,9 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
     ORVA_FIELD(QString, name, Name);
     /// The soft-AP interface.
     ORVA_FIELD(QString, interface, Interface);
+    /// What the requester asked for.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
+    /// Whether the request holds the running settings.
     ORVA_FIELD(bool, hold, Hold);
     /// Milliseconds from the time of publishing to the expiry; 0 when it does not expire.
     ORVA_FIELD(qint32, expiresInMs, ExpiresInMs);
@@ -99,7 +116,9 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
 class ORVA_API OrvaNetworkProfile : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkProfile)
+    /// Which interfaces the profile uses.
     ORVA_FIELD(OrvaNetworkProfileType, type, Type);
+    /// The wired interface.
     ORVA_FIELD(OrvaNetworkInterface, wired, Wired);
     /// The wireless network in use.
     ORVA_FIELD(OrvaNetworkInterface, wireless, Wireless);
@@ -113,7 +132,9 @@ class ORVA_API OrvaNetworkProfile : public OrvaHash
 class ORVA_API OrvaNetworkWps : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkWps)
+    /// How far the session is.
     ORVA_FIELD(OrvaNetworkWpsStatus, status, Status);
+    /// Method of the session that runs or ran last.
     ORVA_FIELD(OrvaNetworkWpsType, type, Type);
     /// The text of the last failed session's error.
     ORVA_FIELD(QString, lastError, LastError);
@@ -123,12 +144,17 @@ class ORVA_API OrvaNetworkWps : public OrvaHash
 class ORVA_API OrvaNetworkWiredInterface : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkWiredInterface)
+    /// Interface name, such as "eth0".
     ORVA_FIELD(QString, name, Name);
+    /// Whether its link is up.
     ORVA_FIELD(OrvaNetworkState, state, State);
+    /// Whether a cable is plugged in.
     ORVA_FIELD(bool, cableConnected, CableConnected);
-    /// Upper case, with colons.
+    /// Hardware address, with colons.
     ORVA_FIELD(QString, mac, Mac);
+    /// Its addresses, of both protocols.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, addresses, Addresses);
+    /// What it does to connect.
     ORVA_FIELD(OrvaNetworkConnectingStatus, connectingStatus, ConnectingStatus);
 };
 
@@ -136,22 +162,31 @@ class ORVA_API OrvaNetworkWiredInterface : public OrvaHash
 class ORVA_API OrvaNetworkWirelessInterface : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkWirelessInterface)
+    /// Interface name, such as "wlan0"; absent in an entry for a configured network.
     ORVA_FIELD(QString, name, Name);
+    /// Whether its link is up.
     ORVA_FIELD(OrvaNetworkState, state, State);
+    /// Hardware address of the interface, with colons.
     ORVA_FIELD(QString, mac, Mac);
+    /// Name of the network.
     ORVA_FIELD(QString, ssid, Ssid);
+    /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
+    /// Security of the network.
     ORVA_FIELD(OrvaNetworkProfileWirelessEncryption, encryption, Encryption);
-    /// In MHz.
+    /// Frequency of the access point, in MHz.
     ORVA_FIELD(qint32, frequency, Frequency);
     /// Wi-Fi channel number.
     ORVA_FIELD(qint32, channel, Channel);
-    /// In dBm.
+    /// Signal strength, in dBm.
     ORVA_FIELD(qint32, signalLevel, SignalLevel);
+    /// Its addresses, of both protocols.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, addresses, Addresses);
+    /// What it does to connect.
     ORVA_FIELD(OrvaNetworkConnectingStatus, connectingStatus, ConnectingStatus);
     /// Whether the stored key is suspected to be wrong.
     ORVA_FIELD(bool, credentialsSuspect, CredentialsSuspect);
+    /// The WPS session that runs or ran last.
     ORVA_FIELD(OrvaNetworkWps, wps, Wps);
 };
 
@@ -161,7 +196,9 @@ class ORVA_API OrvaNetworkSoftAp : public OrvaHash
     ORVA_RECORD(OrvaNetworkSoftAp)
     /// Interface name.
     ORVA_FIELD(QString, name, Name);
+    /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
+    /// The device's addresses in the access point's network.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, addresses, Addresses);
 };
 
@@ -169,8 +206,11 @@ class ORVA_API OrvaNetworkSoftAp : public OrvaHash
 class ORVA_API OrvaNetworkSoftApInterface : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkSoftApInterface)
+    /// "softap": stands for all of them.
     ORVA_FIELD(QString, name, Name);
+    /// Connected while at least one access point runs.
     ORVA_FIELD(OrvaNetworkState, state, State);
+    /// The access points that run.
     ORVA_FIELD(OrvaList<OrvaNetworkSoftAp>, aps, Aps);
 };
 
@@ -178,15 +218,21 @@ class ORVA_API OrvaNetworkSoftApInterface : public OrvaHash
 class ORVA_API OrvaNetworkInfo : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkInfo)
-    /// Overall state.
+    /// The overall state: connected when the wired or the wireless interface is.
     ORVA_FIELD(OrvaNetworkState, state, State);
+    /// The wired interface.
     ORVA_FIELD(OrvaNetworkWiredInterface, wired, Wired);
+    /// The wireless interface.
     ORVA_FIELD(OrvaNetworkWirelessInterface, wireless, Wireless);
     /// State of each configured wireless network.
     ORVA_FIELD(OrvaList<OrvaNetworkWirelessInterface>, wirelessNetworks, WirelessNetworks);
+    /// The soft access points.
     ORVA_FIELD(OrvaNetworkSoftApInterface, softAp, SoftAp);
+    /// Gateways of the connected interfaces.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, gateways, Gateways);
+    /// Name servers in use.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, dns, Dns);
+    /// Whether airplane mode is on.
     ORVA_FIELD(bool, airplaneMode, AirplaneMode);
 };
 
@@ -194,16 +240,19 @@ class ORVA_API OrvaNetworkInfo : public OrvaHash
 class ORVA_API OrvaNetworkScanResult : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkScanResult)
+    /// Name of the network; empty where it hides it.
     ORVA_FIELD(QString, ssid, Ssid);
+    /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
     /// Wi-Fi channel number.
     ORVA_FIELD(qint32, channel, Channel);
-    /// In MHz.
+    /// Frequency of the access point, in MHz.
     ORVA_FIELD(qint32, frequency, Frequency);
-    /// In dBm.
+    /// Signal strength, in dBm.
     ORVA_FIELD(qint32, signal, Signal);
     /// Signal-to-noise ratio, in dB.
     ORVA_FIELD(qint32, snr, Snr);
+    /// Security of the network.
     ORVA_FIELD(OrvaNetworkProfileWirelessEncryption, encryption, Encryption);
     /// The information elements of the beacon, in hexadecimal.
     ORVA_FIELD(QString, ies, Ies);

@@ -49,6 +49,7 @@ public:
 class ORVA_API OrvaPowerManagerModuleRegister : public OrvaHash
 {
     ORVA_RECORD(OrvaPowerManagerModuleRegister)
+    /// The module's own name, 1 to 64 letters.
     ORVA_FIELD(QString, moduleName, ModuleName);
 };
 
@@ -56,8 +57,11 @@ class ORVA_API OrvaPowerManagerModuleRegister : public OrvaHash
 class ORVA_API OrvaPowerManagerResourceRequest : public OrvaHash
 {
     ORVA_RECORD(OrvaPowerManagerResourceRequest)
+    /// The module that asks, 1 to 64 letters.
     ORVA_FIELD(QString, moduleName, ModuleName);
+    /// What the module asks for.
     ORVA_FIELD(OrvaPowerManagerResources, resource, Resource);
+    /// Whether it needs the resource from now on, or no longer.
     ORVA_FIELD(OrvaPowerModuleActions, action, Action);
 };
 
@@ -65,9 +69,14 @@ class ORVA_API OrvaPowerManagerResourceRequest : public OrvaHash
 class ORVA_API OrvaPowerManagerTarget : public OrvaHash
 {
     ORVA_RECORD(OrvaPowerManagerTarget)
+    /// The state to take.
     ORVA_FIELD(OrvaPowerManagerTargets, target, Target);
 };
 
+/// Takes the bare fields of an `OrvaPowerManagerModuleRegister`: makes a module known.
 [[nodiscard]] ORVA_API CMPath OrvaPowerManagerModuleRegisterPath();
+/// Takes the bare fields of an `OrvaPowerManagerResourceRequest`: a module needs a resource, or no
+/// longer does.
 [[nodiscard]] ORVA_API CMPath OrvaPowerManagerResourceRequestPath();
+/// Takes the bare fields of an `OrvaPowerManagerTarget`: asks the device for a power state.
 [[nodiscard]] ORVA_API CMPath OrvaPowerManagerTargetRequestPath();

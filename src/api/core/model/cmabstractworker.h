@@ -10,6 +10,8 @@ class ORVA_API CMChangeListener
 {
 public:
     virtual ~CMChangeListener() = default;
+    /// The value at `path` changed, or is there for the first time. Comes directly from who changed
+    /// it: must not block.
     virtual void pathChanged(const CMPath& path, const OrvaValue& value) = 0;
 };
 
@@ -17,11 +19,15 @@ public:
 class ORVA_API CMChangeHub
 {
 public:
+    /// Has `listener` told of each change at `path`. The listener stays its owner's, who removes it
+    /// before it dies.
     void add(const CMPath& path, CMChangeListener* listener) { m_listeners.insert(path, listener); }
+    /// Ends what `add` began; does nothing where there is none.
     void remove(const CMPath& path, CMChangeListener* listener)
     {
         m_listeners.remove(path, listener);
     }
+    /// Tells who watches `path`. A listener may add and remove listeners meanwhile.
     void notify(const CMPath& path, const OrvaValue& value) const;
 
 private:
@@ -34,6 +40,7 @@ class ORVA_API CMAbstractWorker : public QObject
 {
     Q_OBJECT
 public:
+    /// The host owns the worker; `parent` is for workers that are part of another object.
     explicit CMAbstractWorker(QObject* parent = nullptr)
         : QObject(parent)
     {
@@ -45,13 +52,18 @@ public:
     virtual bool ping();
     /// Writes what the worker holds to the log, at debug level.
     virtual void trace();
+    /// Answers with the value of a node; with `CMError::unknownPath` where there is none.
     virtual void getDataRequest(const CMGetDataRequest& request) = 0;
+    /// Answers with the rows of a list node.
     virtual void getRowsRequest(const CMGetRowsRequest& request) = 0;
+    /// Answers with one row of a list node.
     virtual void matchRowRequest(const CMMatchRowRequest& request) = 0;
+    /// Writes or activates a node, as the request's role says; answers when that is done.
     virtual void setDataRequest(const CMSetDataRequest& request) = 0;
     /// Watches a path, whether or not there is a node yet. The listener must disconnect before it
     /// dies.
     virtual void connectChange(const CMPath& path, CMChangeListener* listener) = 0;
+    /// Ends what `connectChange` began.
     virtual void disconnectChange(const CMPath& path, CMChangeListener* listener) = 0;
 
     /// What the worker's nodes tell of themselves, in the order of their creation.
@@ -65,15 +77,20 @@ public:
 
     /// Writes a node. The reply (which may be empty) tells how it went.
     void setValue(const CMPath& path, const OrvaHash& value, const CMReply<QVariant>& reply);
+    /// The same for a variant that holds a hash; any other counts as an empty one.
     void setValue(const CMPath& path, const QVariant& value, const CMReply<QVariant>& reply);
 
     /// Activates a node. The reply (which may be empty) is answered when the request is, however
     /// long that takes.
     void invoke(const CMPath& path, const OrvaHash& value, const CMReply<QVariant>& reply);
+    /// The same for a variant that holds a hash; any other counts as an empty one.
     void invoke(const CMPath& path, const QVariant& value, const CMReply<QVariant>& reply);
 
 Q_SIGNALS:
+    /// A value node changed, or has its first value.
     void valueChanged(const CMPath& path, const OrvaValue& value);
+    /// The rows of a list node changed.
     void rowsChanged(const CMPath& path);
+    /// There is a node at `path` from now on.
     void nodeAdded(const CMPath& path);
 };

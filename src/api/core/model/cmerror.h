@@ -9,6 +9,7 @@
 class ORVA_API CMError : public OrvaHash
 {
     ORVA_RECORD(CMError)
+    /// An error of that name. The texts are kept in the language of the moment.
     CMError(const QString& name, const TrString& message, const TrString& title = DefaultTitle());
 
     /// What kind of failure it is, for programs: "error" where nothing more is said.
@@ -21,11 +22,17 @@ class ORVA_API CMError : public OrvaHash
     /// The heading where none is given.
     static TrString DefaultTitle();
 
-    // The refusals of the node tree itself.
+    /// "UnknownPath": there is no node at `path`.
     static CMError unknownPath(const CMPath& path);
+    /// "WrongKind": the node has nothing to do with such a request, as a value node with an
+    /// activation.
     static CMError wrongKind(const CMPath& path);
+    /// "ReadOnly": clients may not write the node.
     static CMError readOnly(const CMPath& path);
+    /// "MalformedValue": the request's value does not suit the node; `why` says what is wrong with
+    /// it, as the end of a sentence.
     static CMError malformedValue(const CMPath& path, const QString& why);
-    /// The request was dropped without an answer, for example by a receiver that went away.
+    /// "Dropped": the request was dropped without an answer, for example by a receiver that went
+    /// away.
     static CMError dropped();
 };

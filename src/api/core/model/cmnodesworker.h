@@ -12,10 +12,13 @@ public:
     /// name.
     CMNodesWorker(const QVariantHash& config, const QString& name, QObject* parent = nullptr);
 
+    /// The worker's name, as the log shows it.
     [[nodiscard]] const QString& name() const { return m_name; }
+    /// What the host's configuration holds for this worker; empty where it holds nothing.
     [[nodiscard]] const QVariantHash& config() const { return m_config; }
     /// Where the worker creates its nodes.
     [[nodiscard]] CMNodes& nodes() { return m_nodes; }
+    /// The same for who only looks.
     [[nodiscard]] const CMNodes& nodes() const { return m_nodes; }
 
     void trace() override;

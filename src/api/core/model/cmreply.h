@@ -15,14 +15,18 @@ class QObject;
 class ORVA_API CMReplyData : public std::enable_shared_from_this<CMReplyData>
 {
 public:
+    /// Is given the reply that finished.
     using Callback = std::function<void(const std::shared_ptr<CMReplyData>& reply)>;
 
     /// A reply that nobody answered yet. When its last handle goes away unanswered, its watchers
     /// are told so with `CMError::dropped()`.
     static std::shared_ptr<CMReplyData> create();
 
+    /// Whether the reply has its value or its error.
     [[nodiscard]] bool isFinished() const { return m_finished; }
+    /// The value; invalid before the end and after an error.
     [[nodiscard]] const QVariant& value() const { return m_value; }
+    /// The error; empty before the end and after a success.
     [[nodiscard]] const CMError& error() const { return m_error; }
 
     /// The first call counts; a later one is our own mistake, which is logged and otherwise
@@ -67,6 +71,7 @@ public:
 
     /// True when the handle is empty.
     bool operator!() const { return !m_data; }
+    /// Whether somebody wants the answer.
     explicit operator bool() const { return static_cast<bool>(m_data); }
 
     /// Finishes the reply with an error. Does nothing on an empty handle.
@@ -74,12 +79,14 @@ public:
     /// Finishes the reply without error. Does nothing on an empty handle.
     void finish() const;
 
+    /// Whether the reply has its value or its error; false for an empty handle.
     [[nodiscard]] bool isFinished() const { return m_data && m_data->isFinished(); }
     /// The error that the reply finished with; empty when there is none.
     [[nodiscard]] CMError error() const { return m_data ? m_data->error() : CMError(); }
     /// The shared state; null for an empty handle.
     [[nodiscard]] CMReplyData* data() const { return m_data.get(); }
 
+    /// Is given a handle to the reply that finished.
     using Callback = std::function<void(const CMVoidReply& reply)>;
     /// Calls `callback` when the reply finishes, with or without error.
     void addWatcher(const Callback& callback, Qt::ConnectionType type = Qt::AutoConnection) const;
@@ -91,11 +98,13 @@ public:
                  Qt::ConnectionType type = Qt::AutoConnection) const;
 
 protected:
+    /// A handle to `data`; an empty one for null.
     explicit CMVoidReply(std::shared_ptr<CMReplyData> data)
         : m_data(std::move(data))
     {
     }
 
+    /// What all copies of the handle share; null for an empty one.
     std::shared_ptr<CMReplyData> m_data;
 };
 
@@ -105,7 +114,9 @@ template <class T>
 class CMReply : public CMVoidReply
 {
 public:
+    /// An empty handle.
     CMReply() = default;
+    /// A fresh reply.
     static CMReply create() { return CMReply(CMReplyData::create()); }
 
     using CMVoidReply::finish;
@@ -121,11 +132,14 @@ public:
         return m_data ? OrvaCodec<T>::decode(m_data->value()).value_or(T()) : T();
     }
 
+    /// Is given a handle to the reply that finished.
     using Callback = std::function<void(const CMReply& reply)>;
+    /// Calls `callback` when the reply finishes, with or without error.
     void addWatcher(const Callback& callback, Qt::ConnectionType type = Qt::AutoConnection) const
     {
         addWatcher(nullptr, callback, type);
     }
+    /// The same, for as long as `context` lives.
     void addWatcher(QObject* context, const Callback& callback,
                     Qt::ConnectionType type = Qt::AutoConnection) const
     {

@@ -8,6 +8,7 @@
 /// Asks for the value of a node.
 struct CMGetDataRequest
 {
+    /// The node that is asked.
     CMPath path;
     /// Answered with the value's hash; with an empty one where the node has no value yet.
     CMReply<QVariant> reply;
@@ -16,6 +17,7 @@ struct CMGetDataRequest
 /// Asks for all rows of a list-rows node.
 struct CMGetRowsRequest
 {
+    /// The node that is asked.
     CMPath path;
     /// Answered with a list of `OrvaRoles` hashes.
     CMReply<QVariant> reply;
@@ -24,7 +26,9 @@ struct CMGetRowsRequest
 /// Asks for one row of a list-rows node.
 struct CMMatchRowRequest
 {
+    /// The node that is asked.
     CMPath path;
+    /// The row's id.
     QString id;
     /// Answered with the row's hash; with an empty one where no row has the id.
     CMReply<QVariant> reply;
@@ -39,8 +43,12 @@ public:
     CMSetDataRequest(const CMPath& path, const QString& role, const OrvaValue& value,
                      const CMReply<QVariant>& reply = CMReply<QVariant>());
 
+    /// The node that is written or activated.
     [[nodiscard]] const CMPath& path() const { return m_path; }
+    /// `OrvaRoles::Value()` or `OrvaRoles::Activate()`.
     [[nodiscard]] const QString& role() const { return m_role; }
+    /// What is written, or what the activation is about; may be empty, and of a type that the node
+    /// does not expect.
     [[nodiscard]] const OrvaValue& value() const { return m_value; }
     /// Where the answer goes; empty when the requester wants none.
     [[nodiscard]] const CMReply<QVariant>& reply() const { return m_reply; }

@@ -14,9 +14,11 @@ public:
     ~CMValueItem() override;
     Q_DISABLE_COPY(CMValueItem)
 
+    /// The path that is watched.
     [[nodiscard]] const CMPath& path() const { return m_path; }
     /// The last value; empty while none is known.
     [[nodiscard]] const OrvaValue& value() const { return m_value; }
+    /// Whether the node has had a value.
     [[nodiscard]] bool isKnown() const { return m_known; }
 
 Q_SIGNALS:

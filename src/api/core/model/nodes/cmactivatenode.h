@@ -25,10 +25,13 @@ public:
     /// value of another type for an empty one. Without a list any value passes.
     void setAccepts(const QStringList& typeKeys) { m_accepts = typeKeys; }
 
+    /// "activate".
     [[nodiscard]] QString kind() const override;
+    /// Passes an activation to the slot; refuses a write, and a value of a type that is not taken.
     void setData(const CMSetDataRequest& request) override;
 
 Q_SIGNALS:
+    /// The node was activated; what `setInvoke` binds.
     void invoked(const CMSetDataRequest& request);
 
 private:

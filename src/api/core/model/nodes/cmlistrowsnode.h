@@ -14,15 +14,20 @@ public:
 
     /// The rows in the order in which their ids first came.
     [[nodiscard]] const QVector<OrvaRoles>& rows() const { return m_rows; }
+    /// Takes all rows out.
     void rowsClear();
     /// Appends the row, or puts it in the place of the one with its id.
     void rowsSetById(const OrvaRoles& row);
     /// Takes the row with the id out, if there is one.
     void rowsRemoveById(const QString& id);
 
+    /// "rows".
     [[nodiscard]] QString kind() const override;
+    /// Always: only the worker changes rows.
     [[nodiscard]] bool isReadOnly() const override { return true; }
+    /// Answers with all rows, in their order.
     void getRows(const CMGetRowsRequest& request) override;
+    /// Answers with the row of the id that is asked for.
     void matchRow(const CMMatchRowRequest& request) override;
 
 Q_SIGNALS:

@@ -13,12 +13,14 @@ public:
 
     /// The node at `path`; null when there is none.
     [[nodiscard]] CMUINode* find(const CMPath& path) const { return m_byPath.value(path); }
+    /// All nodes, in the order of their creation.
     [[nodiscard]] const QVector<CMUINode*>& all() const { return m_inOrder; }
 
     /// Takes a fresh node in. Two nodes of one path are our own mistake (fatal).
     void add(CMUINode* node);
 
 Q_SIGNALS:
+    /// The container has a node more.
     void nodeAdded(CMUINode* node);
     /// A value node of the container changed.
     void valueChanged(const CMPath& path, const OrvaValue& value);

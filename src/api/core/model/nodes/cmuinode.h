@@ -20,12 +20,12 @@ public:
 /// What a node tells of itself.
 struct CMNodeInfo
 {
-    CMPath path;
-    QString kind; ///< "value", "activate" or "rows".
-    QString title;
-    OrvaPermission permission;
-    bool readOnly;
-    bool secret;
+    CMPath path;               ///< Where it stands in the tree.
+    QString kind;              ///< "value", "activate" or "rows".
+    QString title;             ///< What a person reads; often empty.
+    OrvaPermission permission; ///< Who it is meant for.
+    bool readOnly;             ///< Whether clients may only read it.
+    bool secret;               ///< Whether it holds keys; see `CMUINode::setSecret`.
 };
 
 class CMNodes;
@@ -36,28 +36,37 @@ class ORVA_API CMUINode : public QObject
 {
     Q_OBJECT
 public:
+    /// Where the node stands in the host's tree.
     [[nodiscard]] const CMPath& path() const { return m_path; }
+    /// What the node tells of itself at present.
     [[nodiscard]] CMNodeInfo info() const;
 
     /// What a person reads; empty by default.
     void setTitle(const TrString& title) { m_title = title; }
+    /// Who the node is meant for; `OrvaPermission::Default` where nothing is said.
     void setPermission(OrvaPermission permission) { m_permission = permission; }
     /// A secret node holds keys: only root and the host's own user read or write it over the bus,
     /// and its changes are announced without the value.
     void setSecret(bool secret) { m_secret = secret; }
+    /// Whether the node holds keys.
     [[nodiscard]] bool isSecret() const { return m_secret; }
 
     /// "value", "activate" or "rows".
     [[nodiscard]] virtual QString kind() const = 0;
+    /// Whether clients may only read the node.
     [[nodiscard]] virtual bool isReadOnly() const { return false; }
 
-    // What clients ask. A kind that has no answer refuses with `CMError::wrongKind`.
+    /// A client asks for the value. A kind without one refuses with `CMError::wrongKind`.
     virtual void getData(const CMGetDataRequest& request);
+    /// A client asks for the rows; refused likewise.
     virtual void getRows(const CMGetRowsRequest& request);
+    /// A client asks for one row; refused likewise.
     virtual void matchRow(const CMMatchRowRequest& request);
+    /// A client writes or activates; refused likewise.
     virtual void setData(const CMSetDataRequest& request);
 
 protected:
+    /// For the node kinds, whose `create` hands the node to `nodes`.
     CMUINode(CMNodes& nodes, const CMPath& path);
 
 private:

@@ -22,8 +22,11 @@ public:
     /// A read-only node refuses the writes of clients; the worker's own stay possible.
     void setReadOnly(bool readOnly) { m_readOnly = readOnly; }
 
+    /// "value".
     [[nodiscard]] QString kind() const override;
+    /// Whether `setReadOnly` was called with true.
     [[nodiscard]] bool isReadOnly() const override { return m_readOnly; }
+    /// Answers with the value; with an empty one before the first.
     void getData(const CMGetDataRequest& request) override;
     /// A client's write: refused where the node is read-only or its value is of another type.
     void setData(const CMSetDataRequest& request) override;
