@@ -8,7 +8,7 @@ packages_run=(
     iproute2 iputils-ping jq procps util-linux
 )
 packages_test=(
-    clang-format clang-tidy clang-tools
+    clang-format clang-tidy clang-tools doxygen
     python3 python3-dbus python3-gi
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
