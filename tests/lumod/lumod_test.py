@@ -1,7 +1,7 @@
 """The stand-in daemon: what is on the wire, what its world plays, how it takes and makes faults."""
 import os, time, unittest, warnings
 
-from playground import Playground, Refused
+from playground import LUMOD, Playground, Refused
 
 KEY, CAFE_KEY = "correct horse", "espresso doppio"
 STATION, PIN = "02:bb:00:00:00:01", "12345670"
@@ -38,7 +38,7 @@ def known(**networks):  # by SSID a key, "" for none, and a priority
 class LumodTest(unittest.TestCase):
     def setUp(self):
         warnings.simplefilter("ignore", ResourceWarning)
-        self.p = Playground(WORLD, os.environ["LUMOD_POLICY"])
+        self.p = Playground(WORLD)
         self.addCleanup(self.p.close)
 
     def hear(self, *signals):
@@ -185,8 +185,7 @@ class LumodTest(unittest.TestCase):
             self.assertRaises(Refused, p.act, *action)
         self.join("auto", **{"Home": (KEY, 1), "Ä" * 17: (KEY, 2)})  # 34 bytes
         self.assertEqual(list(p.get("WirelessNetworks")["data"]), ["Home"])
-        p.log.seek(0)
-        text = p.log.read() + p.act("Snapshot")["data"][0]
+        text = p.logged() + p.act("Snapshot")["data"][0]
         self.assertEqual(("****" in text, KEY in text, CAFE_KEY in text), (True, False, False))
 
     def test_plays_a_faulty_daemon(self):
@@ -204,10 +203,10 @@ class LumodTest(unittest.TestCase):
         self.assertEqual(p.details("eth0")["Present"], 1)  # the bus starts it again
 
     def test_ends_when_it_cannot_serve(self):
-        lumod = self.p.start(os.environ["LUMOD"])
+        lumod = self.p.start(LUMOD)
         self.hear("Started")
         for command in [[], ["--world", self.p.write("broken.json", "{\n// fine\nnot json")]]:
-            self.assertEqual(self.p.start(os.environ["LUMOD"], *command).wait(10), 1)
+            self.assertEqual(self.p.start(LUMOD, *command).wait(10), 1)
         self.p.children[0].kill()  # the bus
         self.assertEqual(lumod.wait(10), 1)
 

@@ -1,14 +1,11 @@
-"""A lumod on a bus of its own, spoken to and overheard through busctl: no code of ours reads the wire.
+"""A lumod on a bus of its own, spoken to and overheard through busctl: no code of ours reads the wire."""
+import json, queue, subprocess, threading, time
 
-The environment names the program in LUMOD."""
-import json, os, queue, shutil, subprocess, tempfile, threading, time
+from privatebus import BUILD, PrivateBus
 
-CONFIGURATION = """<busconfig><type>session</type><listen>unix:path={0}/bus</listen>
-<auth>EXTERNAL</auth><servicedir>{0}</servicedir><policy context="default"><allow user="*"/>
-<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
-<include ignore_missing="yes">{1}</include></busconfig>"""
+LUMOD = str(BUILD / "bin/lumod")
 OBJECT = ["org.orva.lumod", "/org/orva/lumod"]
-LIMIT = 10
+LIMIT = 10  # seconds that the daemon may take
 
 
 def encode(value):
@@ -24,41 +21,18 @@ class Refused(Exception):
     pass
 
 
-class Playground:
+class Playground(PrivateBus):
     """Starts a bus that activates lumod with `world`."""
 
-    def __init__(self, world, policy=""):
-        self.directory = tempfile.mkdtemp(prefix="lumod-test-")
-        os.chmod(self.directory, 0o755)
-        self.signals, self.children = queue.Queue(), []
-        self.address = f"unix:path={self.directory}/bus"
-        self.environment = dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=self.address, ORVA_LUMOD_WORLD=self.write(
-            "world.json", "// a test's world\n" + json.dumps(world)))
-        self.write("lumod.service", "[D-BUS Service]\nName=org.orva.lumod\nExec=" + os.environ["LUMOD"])
-        self.log = open(self.directory + "/log", "w+", encoding="utf-8")
-        bus = self.start("dbus-daemon", "--nofork", "--nopidfile", "--print-address", "--config-file=" +
-                         self.write("bus.conf", CONFIGURATION.format(self.directory, policy)))
-        bus.stdout.readline()
-        monitor = self.start("busctl", "--address=" + self.address, "--json=short", "monitor", stderr=subprocess.PIPE)
+    def __init__(self, world):
+        super().__init__()
+        self.environment["ORVA_LUMOD_WORLD"] = self.write("world.json", "// a test's world\n" + json.dumps(world))
+        self.signals = queue.Queue()
+        self.start_bus()
+        monitor = self.start("busctl", "--address=" + self.address, "--json=short", "monitor",
+                             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         monitor.stderr.readline()  # it says when it listens
         threading.Thread(target=self.overhear, args=(monitor.stdout,), daemon=True).start()
-
-    def write(self, name, text):
-        with open(f"{self.directory}/{name}", "w", encoding="utf-8") as file:
-            file.write(text)
-        return file.name
-
-    def start(self, *command, stderr=None):
-        self.children.append(subprocess.Popen(command, env=self.environment, text=True, stdout=subprocess.PIPE,
-                                              stderr=stderr or self.log))
-        return self.children[-1]
-
-    def close(self):
-        for child in reversed(self.children):
-            child.kill()
-            child.wait()
-        self.log.close()
-        shutil.rmtree(self.directory)
 
     def overhear(self, stream):
         for line in stream:
@@ -82,8 +56,7 @@ class Playground:
                 return payload["data"]
 
     def busctl(self, *words, prefix=()):
-        command = [*prefix, "busctl", "--address=" + self.address, "--json=short", f"--timeout={LIMIT}", *words]
-        done = subprocess.run(command, text=True, capture_output=True, check=False)
+        done = self.run(*prefix, "busctl", "--address=" + self.address, "--json=short", f"--timeout={LIMIT}", *words)
         if done.returncode:
             raise Refused(done.stderr.strip())
         return json.loads(done.stdout) if done.stdout else None
