@@ -2,6 +2,9 @@
 // the world within 5 s, no request stays unanswered and the profile holds.
 #include "lumotest.h"
 
+using Fault = std::function<void()>;
+Q_DECLARE_METATYPE(Fault)
+
 class FaultsTest : public LumoTest
 {
     Q_OBJECT
@@ -11,9 +14,15 @@ class FaultsTest : public LumoTest
     {
         m_replies << device->send(path, value);
     }
-    QDBusMessage world(const QString& action, const QVariantList& arguments = {})
+    bool allAnswered() const
     {
-        return call("org.orva.lumod.World"_s, action, arguments);
+        return std::all_of(m_replies.begin(), m_replies.end(),
+                           [](const auto& reply) { return reply.isFinished(); });
+    }
+    void requestUntilAnswered(const CMPath& path, const OrvaValue& value = {})
+    {
+        request(path, value);
+        EVENTUALLY(allAnswered());
     }
     QVariantMap details(const QString& interface)
     {
@@ -63,11 +72,6 @@ class FaultsTest : public LumoTest
             return "soft AP"_s;
         return QString();
     }
-    bool allAnswered() const
-    {
-        return std::all_of(m_replies.begin(), m_replies.end(),
-                           [](const auto& reply) { return reply.isFinished(); });
-    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -91,21 +95,70 @@ private Q_SLOTS:
 
     void afterAFaultThePictureIsTheWorld_data()
     {
-        QTest::addColumn<int>("index");
-        for (int i = 0; i < faults().size(); ++i)
-            QTest::newRow(faults().at(i).name) << i;
+        QTest::addColumn<bool>("connected"); // before the fault
+        QTest::addColumn<Fault>("fault");
+        const auto kill = [this] { killDaemon(); };
+        const auto killIn = [this](const CMPath& path, const OrvaValue& value = {}) {
+            return [this, path, value] {
+                request(path, value);
+                QTest::qWait(50);
+                killDaemon();
+            };
+        };
+        const auto add = [](const char* name, const Fault& fault, bool connected = true) {
+            QTest::newRow(name) << connected << fault;
+        };
+        add("killed in a connect", kill, false);
+        add("killed in a scan", killIn(OrvaNetworkScanPath()));
+        add("killed in WPS", killIn(OrvaNetworkPerformWpsPbcPath()));
+        add("killed in the start of a soft AP",
+            killIn(OrvaNetworkRequestSoftApPath(), softApRequest()));
+        add("killed with a soft AP up", [this] {
+            requestUntilAnswered(OrvaNetworkRequestSoftApPath(), softApRequest());
+            killDaemon();
+        });
+        add("killed between the writes and the mode", [this] {
+            OrvaValue profile;
+            profile.setNetworkProfile(profileWith({"Home"_s}));
+            signalDaemon(SIGSTOP);
+            requestUntilAnswered(OrvaNetworkSetNetworkProfilePath(), profile);
+            killDaemon();
+        });
+        add("hanging for a while", [this] {
+            signalDaemon(SIGSTOP);
+            requestUntilAnswered(OrvaNetworkWirelessRssiPath());
+            QTest::qWait(500);
+            signalDaemon(SIGCONT);
+        });
+        add("killed while it hangs", [this] {
+            signalDaemon(SIGSTOP);
+            requestUntilAnswered(OrvaNetworkWirelessRssiPath());
+            killDaemon();
+        });
+        add("killed twice in a second", [this] {
+            killDaemon();
+            EVENTUALLY(daemonPid() > 0);
+            killDaemon();
+        });
+        add("slow to start again", [this] {
+            write("delay", "3");
+            killDaemon();
+        });
+        add("garbage in every map", [this] {
+            for (const char* kind : {"wrong-types", "missing-keys", "oversized", "none"})
+                call("org.orva.lumod.World"_s, "Garble"_s, {QString::fromLatin1(kind)});
+            QTest::qWait(500);
+        });
     }
     void afterAFaultThePictureIsTheWorld()
     {
-        QFETCH(int, index);
-        const Fault fault = faults().at(index);
+        QFETCH(bool, connected);
+        QFETCH(Fault, fault);
         createDevice();
-        request(OrvaNetworkStartPath());
-        if (fault.whileConnected)
+        requestUntilAnswered(OrvaNetworkStartPath());
+        if (connected)
             EVENTUALLY(isConnectedTo("Home"_s));
-        else
-            EVENTUALLY(allAnswered());
-        (this->*fault.happen)();
+        fault();
         EVENTUALLY(daemonPid() > 0);
         EVENTUALLY(isConnectedTo("Home"_s));
         EVENTUALLY_EQUAL(difference(), QString());
@@ -116,8 +169,7 @@ private Q_SLOTS:
     {
         write("absent", {});
         createDevice();
-        request(OrvaNetworkStartPath());
-        EVENTUALLY(allAnswered());
+        requestUntilAnswered(OrvaNetworkStartPath());
         QCOMPARE(device->info().wireless().mac(), QString());
         QFile::remove(path("absent"));
         connection->interface()->startService("org.orva.lumod"_s);
@@ -125,99 +177,6 @@ private Q_SLOTS:
         QCOMPARE(difference(), QString());
         QCOMPARE(device->value(OrvaNetworkStateWirelessMAC()).string_(),
                  details("wlan0"_s).value("Mac"_s).toString());
-    }
-
-private:
-    struct Fault
-    {
-        const char* name;
-        void (FaultsTest::*happen)();
-        bool whileConnected = true;
-    };
-    static const QVector<Fault>& faults()
-    {
-        using Self = FaultsTest;
-        static const QVector<Fault> all = {
-            {"killed while idle", &Self::killDaemon},
-            {"killed in a connect", &Self::killDaemon, false},
-            {"killed in a scan", &Self::killInScan},
-            {"killed in WPS", &Self::killInWps},
-            {"killed in the start of a soft AP", &Self::killInSoftApStart},
-            {"killed with a soft AP up", &Self::killWithSoftAp},
-            {"killed between the writes and the mode", &Self::killBeforeMode},
-            {"hanging for a while", &Self::hang},
-            {"killed while it hangs", &Self::killWhileItHangs},
-            {"killed twice in a second", &Self::killTwice},
-            {"slow to start again", &Self::slowRestart},
-            {"garbage in every map", &Self::garble},
-        };
-        return all;
-    }
-
-    void killInScan()
-    {
-        request(OrvaNetworkScanPath());
-        QTest::qWait(50);
-        killDaemon();
-    }
-    void killInWps()
-    {
-        request(OrvaNetworkPerformWpsPbcPath());
-        QTest::qWait(50);
-        killDaemon();
-    }
-    void killInSoftApStart()
-    {
-        request(OrvaNetworkRequestSoftApPath(), softApRequest());
-        QTest::qWait(50);
-        killDaemon();
-    }
-    void killWithSoftAp()
-    {
-        request(OrvaNetworkRequestSoftApPath(), softApRequest());
-        EVENTUALLY(allAnswered());
-        killDaemon();
-    }
-    void killBeforeMode()
-    {
-        signalDaemon(SIGSTOP);
-        OrvaValue profile;
-        profile.setNetworkProfile(profileWith({"Home"_s}));
-        request(OrvaNetworkSetNetworkProfilePath(), profile);
-        EVENTUALLY(allAnswered());
-        killDaemon();
-    }
-    void hang()
-    {
-        signalDaemon(SIGSTOP);
-        request(OrvaNetworkWirelessRssiPath());
-        EVENTUALLY(allAnswered());
-        QTest::qWait(500);
-        signalDaemon(SIGCONT);
-    }
-    void killWhileItHangs()
-    {
-        signalDaemon(SIGSTOP);
-        request(OrvaNetworkWirelessRssiPath());
-        EVENTUALLY(allAnswered());
-        killDaemon();
-    }
-    void killTwice()
-    {
-        killDaemon();
-        EVENTUALLY(daemonPid() > 0);
-        killDaemon();
-    }
-    void slowRestart()
-    {
-        write("delay", "3");
-        killDaemon();
-    }
-    void garble()
-    {
-        for (const char* kind : {"wrong-types", "missing-keys", "oversized", "none"})
-            world("Garble"_s, {QString::fromLatin1(kind)});
-        QTest::qWait(500);
     }
 };
 
