@@ -1,8 +1,8 @@
 // Measures wake-on-LAN on a veth pair of its own (as root): the way from a magic packet on the wire
 // to the power manager's request, and what a stream of other packets costs the process that
 // listens.
-#include "kernelTest.h"
-#include "testTree.h"
+#include "kerneltest.h"
+#include "testtree.h"
 #include "wakeOnLan.h"
 
 #include "figures.h"

@@ -1,3 +1,5 @@
+#include "../support/literals.h"
+
 #include <orvaprocesshandler.h>
 
 #include <QtTest>
@@ -10,7 +12,7 @@ namespace {
 
 QStringList script(const QString& text)
 {
-    return {QStringLiteral("-c"), text};
+    return {"-c"_s, text};
 }
 
 } // namespace
@@ -51,7 +53,7 @@ private Q_SLOTS:
             QCOMPARE(result.end(), end);
             QCOMPARE(result.finishedOk(), qstrcmp(QTest::currentDataTag(), "success") == 0);
             if (end == End::Exited)
-                QCOMPARE(result.getData(), QStringLiteral("both\nboth\n"));
+                QCOMPARE(result.getData(), "both\nboth\n"_s);
         }
         QVERIFY(!handler.isRunning());
     }
@@ -60,17 +62,15 @@ private Q_SLOTS:
     {
         OrvaProcessHandler handler;
         QStringList lines;
-        handler.startAsync(QStringLiteral("sleep"), {QStringLiteral("60")}, 0,
-                           [&lines](const auto&) { lines << QStringLiteral("old"); });
+        handler.startAsync("sleep"_s, {"60"_s}, 0, [&lines](const auto&) { lines << "old"_s; });
         handler.startAsync(
-            QStringLiteral("sh"),
-            script(QStringLiteral("printf 'one\\ntw'; sleep 0.05; printf 'o\\n'")), 0,
-            [&lines](const auto&) { lines << QStringLiteral("end"); },
+            "sh"_s, script("printf 'one\\ntw'; sleep 0.05; printf 'o\\n'"_s), 0,
+            [&lines](const auto&) { lines << "end"_s; },
             [&lines](const QStringList& more, auto) { lines << more; });
-        QTRY_VERIFY(lines.contains(QStringLiteral("end")));
-        QCOMPARE(lines.join(QLatin1Char(' ')), QStringLiteral("one two end"));
+        QTRY_VERIFY(lines.contains("end"_s));
+        QCOMPARE(lines.join(QLatin1Char(' ')), "one two end"_s);
         End end = End::Exited;
-        handler.startAsync(QStringLiteral("sleep"), {QStringLiteral("60")}, 0,
+        handler.startAsync("sleep"_s, {"60"_s}, 0,
                            [&end](const auto& result) { end = result.end(); });
         handler.kill();
         QTRY_COMPARE(end, End::Killed);

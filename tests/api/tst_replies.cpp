@@ -8,7 +8,7 @@ namespace {
 
 CMPath path()
 {
-    return CMPath(QStringLiteral("a"));
+    return CMPath("a"_s);
 }
 
 class Receiver : public QObject
@@ -31,7 +31,7 @@ private Q_SLOTS:
         int calls = 0;
         reply.addWatcher([&calls](const CMReply<QVariant>& end) { calls += end.value().toInt(); });
         reply.finish(1);
-        reply.setError(CMError(QStringLiteral("error"), TrString("no")));
+        reply.setError(CMError("error"_s, TrString("no")));
         QCOMPARE(calls, 1);
         QVERIFY(reply.error().isEmpty());
     }
@@ -87,7 +87,7 @@ private Q_SLOTS:
         node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), OrvaValue(), reply));
         reply = {};
         receiver.reset();
-        QTRY_COMPARE(name, QStringLiteral("Dropped"));
+        QTRY_COMPARE(name, "Dropped"_s);
     }
 
     void rowsKeepTheirPlacesAndTellOnce()
@@ -101,11 +101,11 @@ private Q_SLOTS:
             row.setTitle(QString::number(node->rows().size()));
             node->rowsSetById(row);
         }
-        node->rowsRemoveById(QStringLiteral("b"));
+        node->rowsRemoveById("b"_s);
         QTRY_COMPARE(changed.size(), 1);
         QCOMPARE(node->rows().size(), 2);
-        QCOMPARE(node->rows().first().title().toString(), QStringLiteral("3"));
-        QCOMPARE(node->rows().last().id(), QStringLiteral("c"));
+        QCOMPARE(node->rows().first().title().toString(), "3"_s);
+        QCOMPARE(node->rows().last().id(), "c"_s);
     }
 };
 

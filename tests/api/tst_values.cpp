@@ -1,5 +1,6 @@
+#include "../support/values.h"
+
 #include <core/model/cmerror.h>
-#include <core/orvaplainvalue.h>
 #include <core/orvaroles.h>
 #include <network/networkrecords.h>
 #include <network/networkrules.h>
@@ -24,14 +25,14 @@ void addRecord(const char* name, const char* fields)
 QPair<QVariant, QVariant> samplesOf(const QString& kind)
 {
     static const QHash<QString, QPair<QVariant, QVariant>> samples = {
-        {QStringLiteral("text"), {QString(), 5}},
-        {QStringLiteral("int"), {-1, Q_INT64_C(3000000000)}},
-        {QStringLiteral("number"), {-1.5, QStringLiteral("1")}},
-        {QStringLiteral("flag"), {false, 0}},
-        {QStringLiteral("enum"), {0, 99}},
-        {QStringLiteral("record"), {QVariantHash(), QVariantList()}},
-        {QStringLiteral("records"), {QVariantList{QVariantHash()}, QVariantList{1}}},
-        {QStringLiteral("texts"), {QVariantList{QString()}, QVariantList{1}}}};
+        {"text"_s, {QString(), 5}},
+        {"int"_s, {-1, Q_INT64_C(3000000000)}},
+        {"number"_s, {-1.5, "1"_s}},
+        {"flag"_s, {false, 0}},
+        {"enum"_s, {0, 99}},
+        {"record"_s, {QVariantHash(), QVariantList()}},
+        {"records"_s, {QVariantList{QVariantHash()}, QVariantList{1}}},
+        {"texts"_s, {QVariantList{QString()}, QVariantList{1}}}};
     return samples.value(kind);
 }
 
@@ -41,11 +42,6 @@ QVariant nested(int levels)
     for (int i = 1; i < levels; ++i)
         list = QVariantList{list};
     return list;
-}
-
-OrvaHash hash(const QByteArray& json)
-{
-    return OrvaHash(OrvaPlain::fromJson(json).value_or(QVariant()).toHash());
 }
 
 } // namespace
@@ -87,8 +83,8 @@ private Q_SLOTS:
     {
         QFETCH(QVector<OrvaField>, fields);
         QFETCH(QString, expected);
-        const QStringList rows = expected.split(QStringLiteral(", "));
-        if (rows.first().startsWith(QLatin1String("airplaneModeType")))
+        const QStringList rows = expected.split(", "_s);
+        if (rows.first().startsWith("airplaneModeType"_s))
             // Its rows stand in several files, whose order is the linker's.
             std::sort(fields.begin(), fields.end(),
                       [](const auto& left, const auto& right) { return left.key < right.key; });
@@ -106,27 +102,27 @@ private Q_SLOTS:
         OrvaNetworkProfile empty;
         empty.setWirelessNetworks({});
         const OrvaNetworkProfile absent;
-        const OrvaNetworkProfile wrong(hash(R"({"wirelessNetworks": 5, "type": 7})"));
+        const OrvaNetworkProfile wrong(json(R"({"wirelessNetworks": 5, "type": 7})"));
         QVERIFY(empty != absent);
         for (const auto& profile : {empty, absent, wrong}) {
             QVERIFY(profile.wirelessNetworks().isEmpty());
             QCOMPARE(profile.type(), OrvaNetworkProfileType::Auto);
         }
-        QVERIFY(hash(OrvaPlain::toJson(empty.__variant())) == empty);
+        QVERIFY(json(OrvaPlain::toJson(empty.__variant())) == empty);
         QVERIFY(OrvaHash(*OrvaPlain::hashFromBus(OrvaPlain::toBus(empty.__hash()))) == empty);
     }
 
     void aMergeReplacesAddsAndKeeps()
     {
-        OrvaHash merged = hash(R"({"a": {"x": 1}, "b": 2, "c": 3})");
-        merged.__mergeWith(hash(R"({"a": {"y": 1}, "b": [], "d": ""})"));
-        QVERIFY(merged == hash(R"({"a": {"y": 1}, "b": [], "c": 3, "d": ""})"));
+        OrvaHash merged = json(R"({"a": {"x": 1}, "b": 2, "c": 3})");
+        merged.__mergeWith(json(R"({"a": {"y": 1}, "b": [], "d": ""})"));
+        QVERIFY(merged == json(R"({"a": {"y": 1}, "b": [], "c": 3, "d": ""})"));
     }
 
     void equalIsEqualInType()
     {
         const QVariantHash one{{QString(), 1}};
-        const QVariantList different = {1, true, 1.0, QStringLiteral("1"), QVariant(), one};
+        const QVariantList different = {1, true, 1.0, "1"_s, QVariant(), one};
         for (const QVariant& left : different) {
             for (const QVariant& right : different)
                 QCOMPARE(orvaStrictlyEqual(QVariantList{left}, QVariantList{right}),
@@ -137,7 +133,7 @@ private Q_SLOTS:
     void theLogShowsNoKey()
     {
         std::ostringstream log;
-        log << hash(
+        log << json(
             R"({"n": [{"key": ["abc"], "ssid": "Ho\nme"}], "m": {"wpa_psk": "abc", "key": ""}})");
         QCOMPARE(
             log.str(),
@@ -147,7 +143,7 @@ private Q_SLOTS:
     void theBorderRefuses_data()
     {
         QTest::addColumn<QVariant>("foreign");
-        QTest::newRow("a NUL") << QVariant(QStringLiteral("a\0b"));
+        QTest::newRow("a NUL") << QVariant("a\0b"_s);
         QTest::newRow("half a pair") << QVariant(QString(QChar(0xd800)));
         QTest::newRow("the other half in a key")
             << QVariant(QVariantMap{{QString(QChar(0xdc00)), 1}});
@@ -167,7 +163,7 @@ private Q_SLOTS:
 
     void theBorderMakesPlainValues()
     {
-        const QString a = QStringLiteral("a");
+        const QString a = "a"_s;
         const QString pair = QString::fromUtf8("\xf0\x9f\x98\x80");
         const QVariant wrapped = QVariant::fromValue(QDBusVariant(true));
         const QVariantList withNulls{QVariant::fromValue(nullptr), QVariant(), 1};
@@ -188,9 +184,8 @@ private Q_SLOTS:
     void nothingInvalidGoesToTheBus()
     {
         const QVariant none;
-        const auto sent = OrvaPlain::toBus(
-            {{QStringLiteral("a"), none}, {QStringLiteral("b"), QVariantList{none, 1}}});
-        QCOMPARE(sent, (QVariantMap{{QStringLiteral("b"), QVariantList{1}}}));
+        const auto sent = OrvaPlain::toBus({{"a"_s, none}, {"b"_s, QVariantList{none, 1}}});
+        QCOMPARE(sent, (QVariantMap{{"b"_s, QVariantList{1}}}));
     }
 
     void aKeySuitsItsEncryption()
@@ -212,9 +207,9 @@ private Q_SLOTS:
 
     void aPrefixHasItsNetmask()
     {
-        QCOMPARE(orvaPrefixToNetmask(-1), QStringLiteral("0.0.0.0"));
-        QCOMPARE(orvaPrefixToNetmask(22), QStringLiteral("255.255.252.0"));
-        QCOMPARE(orvaPrefixToNetmask(33), QStringLiteral("255.255.255.255"));
+        QCOMPARE(orvaPrefixToNetmask(-1), "0.0.0.0"_s);
+        QCOMPARE(orvaPrefixToNetmask(22), "255.255.252.0"_s);
+        QCOMPARE(orvaPrefixToNetmask(33), "255.255.255.255"_s);
     }
 };
 

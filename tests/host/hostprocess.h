@@ -1,5 +1,7 @@
 #pragma once
 
+#include "literals.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -11,14 +13,13 @@ public:
     /// Runs it with that configuration, its state in a directory of its own.
     void start(const QByteArray& config)
     {
-        QFile file(m_directory.filePath(QStringLiteral("host.json")));
+        QFile file(m_directory.filePath("host.json"_s));
         if (!file.open(QIODevice::WriteOnly) || file.write(config) < 0)
             qFatal("no configuration");
         file.close();
         setProcessChannelMode(QProcess::MergedChannels);
-        QProcess::start(QStringLiteral(ORVA_HOST),
-                        {QStringLiteral("--config"), file.fileName(), QStringLiteral("--state-dir"),
-                         m_directory.filePath(QStringLiteral("state"))});
+        QProcess::start(QStringLiteral(ORVA_HOST), {"--config"_s, file.fileName(), "--state-dir"_s,
+                                                    m_directory.filePath("state"_s)});
     }
     /// The exit status; -1 when it does not end within ten seconds or crashes.
     [[nodiscard]] int ended()

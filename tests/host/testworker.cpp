@@ -1,3 +1,5 @@
+#include "../support/literals.h"
+
 #include <core/orva.h>
 
 #include <utility>
@@ -11,7 +13,7 @@ void echo(const CMSetDataRequest& request)
 
 void fail(const CMSetDataRequest& request)
 {
-    request.fail(CMError(QStringLiteral("7 odd-words!"), TrString("It went wrong.")));
+    request.fail(CMError("7 odd-words!"_s, TrString("It went wrong.")));
 }
 
 void drop(const CMSetDataRequest&) {}
@@ -36,10 +38,10 @@ void release(const CMSetDataRequest& request)
 /// A worker with a node for each way in which a request can end; none when it is told so.
 extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
 {
-    if (config.contains(QStringLiteral("none")))
+    if (config.contains("none"_s))
         return nullptr;
-    auto* worker = new CMNodesWorker(config, QStringLiteral("Test"));
-    CMValueNode::create(worker->nodes(), CMPath(QStringLiteral("test/unset")));
+    auto* worker = new CMNodesWorker(config, "Test"_s);
+    CMValueNode::create(worker->nodes(), CMPath("test/unset"_s));
     const auto add = [worker](const char* path, void (*action)(const CMSetDataRequest&)) {
         auto* node = CMActivateNode::create(worker->nodes(), CMPath(QLatin1String(path)));
         QObject::connect(node, &CMActivateNode::invoked, action);

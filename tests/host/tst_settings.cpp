@@ -41,8 +41,8 @@ private Q_SLOTS:
     void init()
     {
         m_home = std::make_unique<QTemporaryDir>();
-        m_directory = m_home->filePath(QStringLiteral("a/state"));
-        m_file = m_directory + QStringLiteral("/settings.json");
+        m_directory = m_home->filePath("a/state"_s);
+        m_file = m_directory + "/settings.json"_s;
     }
 
     void aKilledWriteLosesNothingThatWasReported()
@@ -70,7 +70,7 @@ private Q_SLOTS:
             const auto stored = SettingsFile(m_directory).take(maxFailures(), number(0));
             QVERIFY(stored.has_value());
             QVERIFY(stored->i32_() == reported || stored->i32_() == reported + 1);
-            QCOMPARE(files(), QStringList(QStringLiteral("settings.json")));
+            QCOMPARE(files(), QStringList("settings.json"_s));
         }
     }
 
@@ -105,10 +105,9 @@ private Q_SLOTS:
         put(content);
         Settings settings(networkSettingDefaults(), m_directory);
         QCOMPARE(valueOf(settings, maxFailures()), number(3));
-        const QStringList aside =
-            QDir(m_directory).entryList({QStringLiteral("settings.json.damaged-*")});
+        const QStringList aside = QDir(m_directory).entryList({"settings.json.damaged-*"_s});
         QCOMPARE(aside.size(), 1);
-        QFile kept(m_directory + QLatin1Char('/') + aside.first());
+        QFile kept(m_directory + "/"_s + aside.first());
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), content);
 
@@ -134,8 +133,7 @@ private Q_SLOTS:
     {
         Settings settings(networkSettingDefaults(), m_directory);
         QVERIFY(QDir(m_directory).removeRecursively());
-        QCOMPARE(write(settings, maxFailures(), number(9)).error().name(),
-                 QStringLiteral("NotStored"));
+        QCOMPARE(write(settings, maxFailures(), number(9)).error().name(), "NotStored"_s);
         QCOMPARE(valueOf(settings, maxFailures()), number(3));
         QVERIFY(write(settings, maxFailures(), number(3)).error().isEmpty());
     }

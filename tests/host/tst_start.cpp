@@ -73,8 +73,8 @@ private Q_SLOTS:
 private:
     [[nodiscard]] bool isRunning() const
     {
-        const auto connection = m_bus.connection(QStringLiteral("test"));
-        return connection.interface()->isServiceRegistered(QStringLiteral("org.orva.Host1"));
+        const auto connection = m_bus.connection("test"_s);
+        return connection.interface()->isServiceRegistered("org.orva.Host1"_s);
     }
 
     PrivateBus m_bus;

@@ -62,7 +62,7 @@ private Q_SLOTS:
     {
         m_root->addWorker(std::make_unique<PowerManager>());
         OrvaPowerManagerResourceRequest wanted;
-        wanted.setModuleName(QStringLiteral("Test"));
+        wanted.setModuleName("Test"_s);
         wanted.setResource(OrvaPowerManagerResources::Wifi);
         wanted.setAction(OrvaPowerModuleActions::Request);
         auto reply = CMReply<QVariant>::create();
@@ -75,7 +75,7 @@ private Q_SLOTS:
         m_root->request(rows);
         const QVariantList list = rows.reply.value().toList();
         QCOMPARE(list.size(), 1000);
-        QCOMPARE(OrvaRoles(list.first().toHash()).id(), QStringLiteral("5"));
+        QCOMPARE(OrvaRoles(list.first().toHash()).id(), "5"_s);
         QCOMPARE(OrvaHash(OrvaRoles(list.last().toHash()).value()), OrvaHash(wanted));
         QVERIFY(!OrvaValue(m_root->getValue(path("power/resource/wifi")).toHash()).bool_());
     }

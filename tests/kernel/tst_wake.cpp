@@ -1,5 +1,5 @@
-#include "kernelTest.h"
-#include "testTree.h"
+#include "kerneltest.h"
+#include "testtree.h"
 #include "wakeOnLan.h"
 
 #include <network/networkpaths.h>
@@ -29,7 +29,7 @@ QByteArray ipv4(int words, int protocol, int port, int fragment, const QByteArra
 /// How many bytes wait in each packet socket here for one of the EtherTypes `protocols`.
 QVector<int> queues(const char* protocols)
 {
-    QFile table(QStringLiteral("/proc/thread-self/net/packet"));
+    QFile table("/proc/thread-self/net/packet"_s);
     table.open(QIODevice::ReadOnly);
     const QStringList lines = QString::fromLatin1(table.readAll()).split(QLatin1Char('\n'));
     QVector<int> bytes;
@@ -98,7 +98,7 @@ private Q_SLOTS:
         for (const char* none : {"0011223344", "00:11:22:33:44:55:66", "no address", ""})
             m_mac->setValue(text(none));
         QCOMPARE(wakes(), 0);
-        QCOMPARE(m_log.count(QStringLiteral("Configuring WOL matcher to ")), 2);
+        QCOMPARE(m_log.count("Configuring WOL matcher to "_s), 2);
     }
 
     void opensAndClosesItsSockets()
@@ -141,8 +141,7 @@ private:
     {
         OrvaValue value;
         value.setBool_(on);
-        QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), value),
-                 QStringLiteral("/"));
+        QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), value), "/"_s);
     }
 
     void send(quint16 protocol, const QByteArray& packet) const

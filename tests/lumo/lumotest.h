@@ -1,9 +1,9 @@
 #pragma once
 
-#include <core/orvaplainvalue.h>
 #include <network/networkpaths.h>
 #include <networking_lowlevel_lumo.h>
 #include <privatebus.h>
+#include <values.h>
 #include <workerfixture.h>
 
 #include <QtDBus>
@@ -14,11 +14,6 @@
 #define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 20000)
 #define EVENTUALLY_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 20000)
 
-inline QString operator""_s(const char* text, std::size_t size)
-{
-    return QString::fromUtf8(text, static_cast<int>(size));
-}
-
 /// What the tests of the connection daemon's client share: a bus that starts the daemon, a network
 /// manager on it, and a second look at the daemon.
 class LumoTest : public QObject
@@ -26,13 +21,9 @@ class LumoTest : public QObject
 protected:
     using BackendFactory = Networking::BackendFactory;
 
-    static OrvaValue fromJson(const QByteArray& json)
-    {
-        return OrvaValue(OrvaPlain::fromJson(json).value().toHash());
-    }
     static OrvaValue softApRequest()
     {
-        return fromJson(R"({"networkSoftApRequest":
+        return json(R"({"networkSoftApRequest":
             {"name": "test", "settings": {"ssid": "Setup", "channel": 6}}})");
     }
 
@@ -46,13 +37,13 @@ protected:
     void createDevice()
     {
         const NodeValues settings = {
-            {OrvaNetworkCurrentProfileSettingsPath(), fromJson(R"({"networkProfile": {
+            {OrvaNetworkCurrentProfileSettingsPath(), json(R"({"networkProfile": {
                 "wired": {"ip": "10.0.0.2", "netmask": "255.0.0.0", "dns": ["1.1.1.1", "9.9.9.9"]},
                 "wireless": {"ssid": "Home", "key": "secret-Home", "encryption": 2},
                 "wirelessNetworks": [{"ssid": "Home", "key": "secret-Home", "encryption": 2},
                                      {"ssid": "Café", "key": "secret-Café", "encryption": 2}]}})")},
             {OrvaNetworkSoftApConfigSettingsPath(),
-             fromJson(R"({"networkProfile": {"softApSettings": [{"apInterface": "uap0"}]}})")}};
+             json(R"({"networkProfile": {"softApSettings": [{"apInterface": "uap0"}]}})")}};
         device =
             std::make_unique<WorkerFixture>(settings, BackendFactory([this](Networking* own) {
                                                 auto client =

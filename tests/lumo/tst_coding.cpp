@@ -1,22 +1,13 @@
 // Profiles as the daemon's maps, and the daemon's maps as records. Maps are written as JSON.
-#include "core/orvaplainvalue.h"
 #include "lumo_border.h"
 #include "lumo_decoding.h"
 #include "lumo_encoding.h"
 #include "restartBackoff.h"
+#include "values.h"
 
 #include <QtTest/QtTest>
 
 namespace {
-
-QVariant fromJson(const QByteArray& json)
-{
-    QString why;
-    const auto value = OrvaPlain::fromJson(json, &why);
-    if (!value)
-        qFatal("%s: %s", json.constData(), qPrintable(why));
-    return *value;
-}
 
 QMap<QString, QVariantMap> mapsOf(const QVariant& given)
 {
@@ -35,29 +26,27 @@ QVariant encode(const Record& record)
 
 /// Each section of the table of cases by its name.
 const QMap<QString, std::function<QVariant(const QVariant& given)>> readers = {
-    {QStringLiteral("networks"),
+    {"networks"_s,
      [](const QVariant& given) {
          using Networks = OrvaList<OrvaNetworkInterface>;
          return lumoWirelessNetworks(OrvaCodec<Networks>::decode(given).value());
      }},
-    {QStringLiteral("ipSettings"),
+    {"ipSettings"_s,
      [](const QVariant& given) { return lumoIpSettings(OrvaNetworkInterface(given.toHash())); }},
-    {QStringLiteral("ipRecord"),
-     [](const QVariant& given) { return encode(parseIpRecord(given.toString())); }},
-    {QStringLiteral("addresses"),
+    {"ipRecord"_s, [](const QVariant& given) { return encode(parseIpRecord(given.toString())); }},
+    {"addresses"_s,
      [](const QVariant& given) {
          return encode(parseAddresses(OrvaPlain::toBus(given.toHash())));
      }},
-    {QStringLiteral("state"),
+    {"state"_s,
      [](const QVariant& given) {
-         return encode(
-             parseNetworkState(mapsOf(given), QStringLiteral("eth0"), QStringLiteral("wlan0")));
+         return encode(parseNetworkState(mapsOf(given), "eth0"_s, "wlan0"_s));
      }},
-    {QStringLiteral("scan"),
+    {"scan"_s,
      [](const QVariant& given) {
          return encode(parseScanResults(lumoPlainMap(OrvaPlain::toBus(given.toHash()))));
      }},
-    {QStringLiteral("wps"),
+    {"wps"_s,
      [](const QVariant& given) {
          return encode(parseWpsCredentials(OrvaPlain::toBus(given.toHash())));
      }},
@@ -94,7 +83,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, given);
         QFETCH(QByteArray, expected);
         QVERIFY(readers.contains(section));
-        const QByteArray read = OrvaPlain::toJson(readers[section](fromJson(given)));
+        const QByteArray read =
+            OrvaPlain::toJson(readers[section](OrvaPlain::fromJson(given).value()));
         QCOMPARE(QString::fromUtf8(read), QString::fromUtf8(expected));
     }
 
@@ -102,31 +92,28 @@ private Q_SLOTS:
     {
         QVariant deep = 1;
         for (int i = 0; i < 20; ++i)
-            deep = QVariantMap{{QStringLiteral("m"), deep}};
-        const QVariantMap plain =
-            lumoPlainMap({{QStringLiteral("a"), 1},
-                          {QStringLiteral("b"), deep},
-                          {QStringLiteral("c"), QByteArray(100000, 'x')},
-                          {QStringLiteral("d"), QVariant()},
-                          {QStringLiteral("e"), QVariant::fromValue<qulonglong>(7)}});
-        QCOMPARE(plain, QVariantMap({{QStringLiteral("a"), 1}, {QStringLiteral("e"), 7}}));
+            deep = QVariantMap{{"m"_s, deep}};
+        const QVariantMap plain = lumoPlainMap({{"a"_s, 1},
+                                                {"b"_s, deep},
+                                                {"c"_s, QByteArray(100000, 'x')},
+                                                {"d"_s, QVariant()},
+                                                {"e"_s, QVariant::fromValue<qulonglong>(7)}});
+        QCOMPARE(plain, QVariantMap({{"a"_s, 1}, {"e"_s, 7}}));
     }
 
     void aScanOfTenMegabytesIsCut()
     {
         QVariantMap networks;
         for (int i = 0; i < 5000; ++i)
-            networks.insert(QString::number(i),
-                            QVariantMap{{QStringLiteral("type"), QStringLiteral("unsecured")},
-                                        {QStringLiteral("ies"), QByteArray(2000, 'x')}});
+            networks.insert(QString::number(i), QVariantMap{{"type"_s, "unsecured"_s},
+                                                            {"ies"_s, QByteArray(2000, 'x')}});
         // What is too large for the rest of the room leaves it to its small neighbours.
-        networks.insert(QStringLiteral("z"),
-                        QVariantMap{{QStringLiteral("type"), QStringLiteral("unsecured")}});
+        networks.insert("z"_s, QVariantMap{{"type"_s, "unsecured"_s}});
         const auto results = parseScanResults(lumoPlainMap(networks));
-        QCOMPARE(results.last().ssid(), QStringLiteral("z"));
+        QCOMPARE(results.last().ssid(), "z"_s);
         QVERIFY2(results.size() > 1800 && results.size() < 2200,
                  qPrintable(QString::number(results.size())));
-        QCOMPARE(results.first().ies().left(4), QStringLiteral("7878"));
+        QCOMPARE(results.first().ies().left(4), "7878"_s);
     }
 
     void restartsAfterLosses_data()

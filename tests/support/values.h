@@ -1,5 +1,7 @@
 #pragma once
 
+#include "literals.h"
+
 #include <core/orvaplainvalue.h>
 #include <core/orvavalue.h>
 

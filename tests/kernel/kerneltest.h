@@ -1,5 +1,6 @@
 #pragma once
 
+#include "../support/literals.h"
 #include "../support/logcapture.h"
 
 #include <QCoreApplication>
@@ -11,15 +12,13 @@
 #include <linux/if_packet.h>
 #include <net/if.h>
 #include <sched.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 /// Runs a command line of the shell; true when it exits with 0.
 inline bool run(const QByteArray& commandLine)
 {
-    return QProcess::execute(QStringLiteral("sh"),
-                             {QStringLiteral("-c"), QString::fromUtf8(commandLine)}) == 0;
+    return QProcess::execute("sh"_s, {"-c"_s, QString::fromUtf8(commandLine)}) == 0;
 }
 
 /// Runs the tests of `Test` in a network namespace of the process's own; skips them without the
@@ -33,18 +32,6 @@ inline bool run(const QByteArray& commandLine)
         Test test;                                      \
         return QTest::qExec(&test, argc, argv);         \
     }
-
-/// Calls `action` in a process that gets no new descriptor.
-template <typename Action>
-void withoutDescriptors(const Action& action)
-{
-    rlimit usual{};
-    getrlimit(RLIMIT_NOFILE, &usual);
-    const rlimit exhausted{0, usual.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &exhausted);
-    action();
-    setrlimit(RLIMIT_NOFILE, &usual);
-}
 
 /// A network namespace beside the process's own: `veth0` here (10.9.0.1) is linked with `veth0`
 /// there (10.9.0.2), and nothing travels that no one sends. Both go with the object.
@@ -80,7 +67,7 @@ public:
     /// Sends one packet that is not answered.
     [[nodiscard]] static bool send()
     {
-        const QHostAddress everyone(QStringLiteral("10.9.0.255"));
+        const QHostAddress everyone("10.9.0.255"_s);
         return QUdpSocket().writeDatagram("x", 1, everyone, 4000) == 1;
     }
 

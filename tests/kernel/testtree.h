@@ -9,7 +9,7 @@ class TestTree : public CMNodesWorker
 {
 public:
     TestTree()
-        : CMNodesWorker({}, QStringLiteral("test"))
+        : CMNodesWorker({}, "test"_s)
     {
         CMSetRoot(this);
     }
@@ -45,5 +45,5 @@ inline QString outcome(CMAbstractWorker& worker, const CMPath& path, const OrvaV
     worker.invoke(path, value, reply);
     const bool answered = QTest::qWaitFor([&] { return reply.isFinished(); });
     const CMError error = reply.error();
-    return answered ? error.name() + QLatin1Char('/') + error.message() : QStringLiteral("none");
+    return answered ? error.name() + QLatin1Char('/') + error.message() : "none"_s;
 }
