@@ -18,9 +18,15 @@ struct Wait
     [[nodiscard]] QDeadlineTimer deadline() const;
 };
 
+/// A value of one type, in the plain form of it.
+inline OrvaValue valueOf(const QString& type, const QVariant& content)
+{
+    return OrvaValue(QVariantHash{{type, content}});
+}
+
 /// Activates a node and waits for its answer, which is shown to a machine.
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
-                            const QDeadlineTimer& deadline);
+                            const QDeadlineTimer& deadline = QDeadlineTimer::Forever);
 
 /// Judges the published network state: nothing means wait on, a result is what to end with.
 using InfoVerdict = std::function<std::optional<Result>(const OrvaNetworkInfo& info)>;

@@ -78,6 +78,12 @@ void setChoices(CLI::Option& option, const std::vector<std::string>& words);
 /// Makes @p option a time in seconds, more than 0.
 void setSeconds(CLI::Option& option);
 
+/// An argument as the rest of the program has its texts.
+inline QString text(const std::string& argument)
+{
+    return QString::fromStdString(argument);
+}
+
 /// A deadline so many seconds from now.
 QDeadlineTimer secondsFromNow(double seconds);
 

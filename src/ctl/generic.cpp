@@ -2,7 +2,6 @@
 #include "secret.h"
 #include "valuetext.h"
 
-#include "core/orvaplainvalue.h"
 #include "network/networkpaths.h"
 
 namespace ctl {
@@ -26,19 +25,9 @@ struct ValueOptions
     std::string value;
 };
 
-QString text(const std::string& argument)
-{
-    return QString::fromStdString(argument);
-}
-
 CMPath pathOf(const std::string& argument)
 {
     return CMPath(text(argument));
-}
-
-QString toJson(const QVariant& value)
-{
-    return QString::fromUtf8(OrvaPlain::toJson(value));
 }
 
 /// A scalar as its bare text, anything else as indented JSON.
@@ -81,8 +70,7 @@ Result nodes(Context& context, const NodesOptions& options)
                          ? QStringList{node.path}
                          : QStringList{node.path, node.kind, access, printable(node.title)});
     }
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
 }
 
@@ -162,8 +150,7 @@ Result rows(Context& context, const PathOptions& options)
         table.append({printable(row.id()), printable(row.title().toString()),
                       printable(toJson(row.value().__variant()))});
     }
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
 }
 

@@ -126,7 +126,7 @@ Result monitor(Context& context, const MonitorOptions& options)
 {
     QStringList prefixes;
     for (const std::string& prefix : options.prefixes)
-        prefixes.append(QString::fromStdString(prefix));
+        prefixes.append(text(prefix));
     Monitor watcher(context, prefixes);
     Result begun = watcher.begin();
     if (!begun.ok())

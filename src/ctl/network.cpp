@@ -4,51 +4,51 @@ namespace ctl {
 
 namespace {
 
-Result reach(Context& context, const CMPath& path, const Wait& wait, OrvaNetworkState state)
+/// A switch of networking as a whole, and the state that it leads to.
+struct SwitchRow
 {
-    return activateAndWait(context, path, {}, wait, whenInfo([state](const OrvaNetworkInfo& info) {
-                               return info.state() == state;
-                           }));
-}
+    const char* name;
+    const char* description;
+    CMPath path;
+    OrvaNetworkState state;
+};
 
-Result start(Context& context, const Wait& wait)
+struct SwitchOptions
 {
-    return reach(context, OrvaNetworkStartPath(), wait, OrvaNetworkState::Connected);
-}
+    CMPath path;
+    OrvaNetworkState state;
+    Wait wait;
+};
 
-Result stop(Context& context, const Wait& wait)
+Result flip(Context& context, const SwitchOptions& options)
 {
-    return reach(context, OrvaNetworkStopPath(), wait, OrvaNetworkState::Disconnected);
-}
-
-Result restart(Context& context, const Wait& wait)
-{
-    return reach(context, OrvaNetworkRestartPath(), wait, OrvaNetworkState::Connected);
-}
-
-Result shutdown(Context& context, const Wait& wait)
-{
-    return reach(context, OrvaNetworkShutdownPath(), wait, OrvaNetworkState::Disconnected);
+    const auto reached = [&options](const OrvaNetworkInfo& info) {
+        return info.state() == options.state;
+    };
+    return activateAndWait(context, options.path, {}, options.wait, whenInfo(reached));
 }
 
 } // namespace
 
 void addNetworkCommands(CommandLine& commands)
 {
+    const SwitchRow rows[] = {
+        {"start", "Starts networking", OrvaNetworkStartPath(), OrvaNetworkState::Connected},
+        {"stop", "Stops networking", OrvaNetworkStopPath(), OrvaNetworkState::Disconnected},
+        {"restart", "Stops and starts it", OrvaNetworkRestartPath(), OrvaNetworkState::Connected},
+        {"shutdown", "Announces that the network goes down, and stops it later",
+         OrvaNetworkShutdownPath(), OrvaNetworkState::Disconnected},
+    };
     CLI::App& network =
         CommandLine::group(commands.app(), "network", "Starts and stops networking");
-    const std::string up = "Also wait until connected, at most SECONDS";
-    const std::string down = "Also wait until disconnected, at most SECONDS";
-
-    const auto starter = commands.add(network, "start", "Starts networking", &start);
-    starter.options->addTo(*starter.app, up);
-    const auto stopper = commands.add(network, "stop", "Stops networking", &stop);
-    stopper.options->addTo(*stopper.app, down);
-    const auto restarter = commands.add(network, "restart", "Stops and starts it", &restart);
-    restarter.options->addTo(*restarter.app, up);
-    const auto ender = commands.add(
-        network, "shutdown", "Announces that the network goes down, and stops it later", &shutdown);
-    ender.options->addTo(*ender.app, down);
+    for (const SwitchRow& row : rows) {
+        const auto added = commands.add(network, row.name, row.description, &flip);
+        added.options->path = row.path;
+        added.options->state = row.state;
+        const bool up = row.state == OrvaNetworkState::Connected;
+        added.options->wait.addTo(*added.app, up ? "Also wait until connected, at most SECONDS"
+                                                 : "Also wait until disconnected, at most SECONDS");
+    }
 }
 
 } // namespace ctl

@@ -45,6 +45,8 @@ public:
     [[nodiscard]] const T& operator*() const { return *std::get_if<T>(&m_state); }
     [[nodiscard]] const T* operator->() const { return std::get_if<T>(&m_state); }
 
+    /// The same without the value.
+    [[nodiscard]] Result result() const { return *this ? Result() : failure(); }
     /// Why there is no value; only to be called where there is none.
     [[nodiscard]] const Result& failure() const { return *std::get_if<Result>(&m_state); }
 

@@ -48,6 +48,24 @@ void Output::line(const QString& text) const
         write(stdout, text);
 }
 
+void Output::table(const QVector<QStringList>& rows) const
+{
+    QVector<int> widths;
+    for (const QStringList& row : rows) {
+        widths.resize(qMax(widths.size(), row.size()));
+        for (int column = 0; column < row.size(); ++column)
+            widths[column] = qMax(widths[column], row[column].size());
+    }
+    for (const QStringList& row : rows) {
+        QString text;
+        for (int column = 0; column < row.size(); ++column)
+            text += row[column].leftJustified(widths[column] + 2);
+        while (text.endsWith(QLatin1Char(' ')))
+            text.chop(1);
+        line(text);
+    }
+}
+
 void Output::document(const QVariantHash& value) const
 {
     if (m_json)
@@ -87,26 +105,6 @@ QString printable(const QString& text)
             shown += QStringLiteral("\\u{%1}").arg(code, 0, 16);
     }
     return shown;
-}
-
-QStringList tableLines(const QVector<QStringList>& rows)
-{
-    QVector<int> widths;
-    for (const QStringList& row : rows) {
-        widths.resize(qMax(widths.size(), row.size()));
-        for (int column = 0; column < row.size(); ++column)
-            widths[column] = qMax(widths[column], row[column].size());
-    }
-    QStringList lines;
-    for (const QStringList& row : rows) {
-        QString line;
-        for (int column = 0; column < row.size(); ++column)
-            line += row[column].leftJustified(widths[column] + 2);
-        while (line.endsWith(QLatin1Char(' ')))
-            line.chop(1);
-        lines.append(line);
-    }
-    return lines;
 }
 
 } // namespace ctl

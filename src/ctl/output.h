@@ -21,6 +21,8 @@ public:
 
     /// A line for a person; says nothing in JSON mode.
     void line(const QString& text) const;
+    /// Lines for a person, their columns lined up two blanks apart.
+    void table(const QVector<QStringList>& rows) const;
     /// A document for a machine; says nothing outside JSON mode.
     void document(const QVariantHash& value) const;
     /// A remark on stderr.
@@ -31,7 +33,7 @@ public:
     /// @p text with the style's colour codes, where stdout is a terminal and NO_COLOR is not set.
     [[nodiscard]] static QString styled(const QString& text, Style style);
 
-    /// Whether a progress display on stderr has a reader.
+    /// Whether a person reads what is said on stderr.
     [[nodiscard]] static bool stderrIsTerminal();
 
 private:
@@ -40,8 +42,5 @@ private:
 
 /// Foreign text made harmless for a terminal: what does not print shows as its code.
 [[nodiscard]] QString printable(const QString& text);
-
-/// Lines up columns, two blanks apart; the first row is the heading.
-[[nodiscard]] QStringList tableLines(const QVector<QStringList>& rows);
 
 } // namespace ctl

@@ -27,11 +27,6 @@ struct SetOptions
     }
 };
 
-QString text(const std::string& argument)
-{
-    return QString::fromStdString(argument);
-}
-
 QString addressing(const OrvaNetworkInterface& interface)
 {
     if (interface.dhcp())
@@ -73,8 +68,7 @@ Result show(Context& context, const NoOptions&)
     }
     for (const OrvaNetworkProfileSoftApSettings& settings : profile.softApSettings())
         table.append({QStringLiteral("Soft AP"), softApText(settings)});
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
 }
 
@@ -195,9 +189,9 @@ Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
 Result setProfile(Context& context, const OrvaNetworkProfile& profile, const Wait& wait,
                   const InfoVerdict& verdict)
 {
-    OrvaValue value;
-    value.setNetworkProfile(profile);
-    return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(), value, wait, verdict);
+    return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(),
+                           valueOf(OrvaValue::NetworkProfile(), profile.__variant()), wait,
+                           verdict);
 }
 
 void addProfileCommands(CommandLine& commands)

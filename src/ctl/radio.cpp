@@ -30,10 +30,9 @@ Result airplane(Context& context, const AirplaneOptions& options)
     if (options.state.empty())
         return showAirplane(context);
     const bool on = options.state == "on";
-    OrvaValue value;
-    value.setBool_(on);
     const QDeadlineTimer deadline = options.wait.deadline();
-    Result set = context.host.setValue(OrvaNetworkAirplaneModePath(), value);
+    Result set =
+        context.host.setValue(OrvaNetworkAirplaneModePath(), valueOf(OrvaValue::Bool(), on));
     if (!set.ok())
         return set;
     return waitForInfo(context, options.wait, deadline, whenInfo([on](const OrvaNetworkInfo& info) {
@@ -43,11 +42,8 @@ Result airplane(Context& context, const AirplaneOptions& options)
 
 Result wakeOnLan(Context& context, const WakeOptions& options)
 {
-    OrvaValue value;
-    value.setBool_(options.state == "on");
-    const auto answer =
-        activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value, QDeadlineTimer::Forever);
-    return answer ? Result() : answer.failure();
+    const OrvaValue value = valueOf(OrvaValue::Bool(), options.state == "on");
+    return activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value).result();
 }
 
 } // namespace

@@ -1,49 +1,11 @@
 #include "names.h"
 #include "profileedit.h"
 
-#include <QElapsedTimer>
-#include <QTimer>
-
 #include <algorithm>
-#include <cstdio>
 
 namespace ctl {
 
 namespace {
-
-/// Says on a terminal that the command waits, and wipes that out when it is over.
-class WaitingLine
-{
-public:
-    explicit WaitingLine(const QString& text)
-        : m_text(text)
-    {
-        if (!Output::stderrIsTerminal())
-            return;
-        m_elapsed.start();
-        show();
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { show(); });
-        m_timer.start(1000);
-    }
-    ~WaitingLine()
-    {
-        if (m_timer.isActive())
-            std::fputs("\r\033[K", stderr);
-    }
-    Q_DISABLE_COPY(WaitingLine)
-
-private:
-    void show() const
-    {
-        const QString line =
-            QStringLiteral("\r%1 %2 s ").arg(m_text).arg(m_elapsed.elapsed() / 1000);
-        std::fputs(line.toUtf8().constData(), stderr);
-    }
-
-    QString m_text;
-    QElapsedTimer m_elapsed;
-    QTimer m_timer;
-};
 
 /// "*" for the network that is connected, "+" for a known one.
 QString markOf(const QString& ssid, const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
@@ -84,25 +46,18 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
                                    QStringLiteral("CHANNEL"), QStringLiteral("BAND"),
                                    QStringLiteral("SIGNAL")}};
     for (const OrvaNetworkScanResult& network : qAsConst(networks)) {
-        OrvaValue value;
-        value.setNetworkScanResult(network);
-        context.out.document(value.__hash());
+        context.out.document({{OrvaValue::NetworkScanResult(), network.__variant()}});
         table.append(tableRow(markOf(network.ssid(), info->networkInfo(), *profile), network));
     }
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
-}
-
-Outcome<OrvaValue> scanNow(Context& context, const Wait& wait)
-{
-    const WaitingLine line(QStringLiteral("Scanning…"));
-    return context.host.invoke(OrvaNetworkScanPath(), {}, wait.deadline());
 }
 
 Result scan(Context& context, const Wait& wait)
 {
-    const auto answer = scanNow(context, wait);
+    if (Output::stderrIsTerminal())
+        context.out.note(QStringLiteral("Scanning…"));
+    const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, wait.deadline());
     return answer ? showNetworks(context, answer->networkScanResults()) : answer.failure();
 }
 

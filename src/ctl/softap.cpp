@@ -23,11 +23,6 @@ struct RevokeOptions
     std::string interface;
 };
 
-QString text(const std::string& argument)
-{
-    return QString::fromStdString(argument);
-}
-
 OrvaNetworkProfileSoftApRequest requestOf(const RequestOptions& options)
 {
     QVariantHash settings;
@@ -49,11 +44,10 @@ OrvaNetworkProfileSoftApRequest requestOf(const RequestOptions& options)
 
 Result request(Context& context, const RequestOptions& options)
 {
-    OrvaValue value;
-    value.setNetworkSoftApRequest(requestOf(options));
-    const auto answer =
-        activate(context, OrvaNetworkRequestSoftApPath(), value, options.wait.deadline());
-    return answer ? Result() : answer.failure();
+    const OrvaValue value =
+        valueOf(OrvaValue::NetworkSoftApRequest(), requestOf(options).__variant());
+    return activate(context, OrvaNetworkRequestSoftApPath(), value, options.wait.deadline())
+        .result();
 }
 
 Result revoke(Context& context, const RevokeOptions& options)
@@ -65,11 +59,8 @@ Result revoke(Context& context, const RevokeOptions& options)
         settings.setApInterface(text(options.interface));
         request.setSettings(settings);
     }
-    OrvaValue value;
-    value.setNetworkSoftApRequest(request);
-    const auto answer =
-        activate(context, OrvaNetworkRevokeSoftApPath(), value, QDeadlineTimer::Forever);
-    return answer ? Result() : answer.failure();
+    const OrvaValue value = valueOf(OrvaValue::NetworkSoftApRequest(), request.__variant());
+    return activate(context, OrvaNetworkRevokeSoftApPath(), value).result();
 }
 
 QString yes(bool value)
@@ -102,8 +93,7 @@ Result list(Context& context, const NoOptions&)
                                    QStringLiteral("EXPIRES")}};
     for (const OrvaNetworkSoftApRequestStatus& status : value->softApRequests())
         table.append(tableRow(status));
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
 }
 

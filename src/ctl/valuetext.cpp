@@ -122,6 +122,11 @@ Result checkText(const QString& text)
     return usage(QStringLiteral("Cannot be sent: %1.").arg(why));
 }
 
+QString toJson(const QVariant& value)
+{
+    return QString::fromUtf8(OrvaPlain::toJson(value));
+}
+
 QString toIndentedJson(const QVariantHash& value)
 {
     const QJsonDocument document(QJsonObject::fromVariantHash(value));

@@ -19,6 +19,9 @@ Outcome<QVariantHash> parseObject(const QByteArray& text);
 /// Fails where the bus would cut or change the text.
 Result checkText(const QString& text);
 
+/// JSON in one line.
+[[nodiscard]] QString toJson(const QVariant& value);
+
 /// JSON over several indented lines, keys in alphabetical order.
 [[nodiscard]] QString toIndentedJson(const QVariantHash& value);
 

@@ -1,8 +1,6 @@
 #include "commandline.h"
 #include "valuetext.h"
 
-#include "core/orvaplainvalue.h"
-
 #include <algorithm>
 
 namespace ctl {
@@ -19,16 +17,6 @@ struct WaitOptions
     std::string condition;
     std::optional<double> timeout;
 };
-
-QString text(const std::string& argument)
-{
-    return QString::fromStdString(argument);
-}
-
-QString toJson(const QVariant& value)
-{
-    return QString::fromUtf8(OrvaPlain::toJson(value));
-}
 
 void showChange(const Output& out, const CMPath& path, const OrvaValue& value)
 {

@@ -52,15 +52,13 @@ Result status(Context& context, const NoOptions&)
 
 Result restart(Context& context, const Wait& wait)
 {
-    const auto answer = activate(context, OrvaNetworkRequestWifiRestartPath(), {}, wait.deadline());
-    return answer ? Result() : answer.failure();
+    return activate(context, OrvaNetworkRequestWifiRestartPath(), {}, wait.deadline()).result();
 }
 
 Result write(Context& context, const Criteria& criteria)
 {
-    OrvaValue value;
-    value.setWifiRestartCriteria(criteria);
-    return context.host.setValue(OrvaNetworkWifiRestartCriteriaPath(), value);
+    return context.host.setValue(OrvaNetworkWifiRestartCriteriaPath(),
+                                 valueOf(OrvaValue::WifiRestartCriteria(), criteria.__variant()));
 }
 
 Result set(Context& context, const SetOptions& options)
@@ -76,7 +74,7 @@ Result set(Context& context, const SetOptions& options)
     if (options.threshold)
         changed.setMaxTxIncreaseNoRxIncreaseThreshold(*options.threshold);
     if (!options.path.empty())
-        changed.setRestartActivatePath(CMPath(QString::fromStdString(options.path)));
+        changed.setRestartActivatePath(CMPath(text(options.path)));
     return write(context, changed);
 }
 

@@ -51,7 +51,7 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
                                             const ConnectOptions& options)
 {
     using Encryption = OrvaNetworkProfileWirelessEncryption;
-    const QString ssid = QString::fromStdString(options.ssid);
+    const QString ssid = text(options.ssid);
     const auto known = knownNetwork(profile, ssid);
     if (known && options.keyFile.empty() && !options.askKey)
         return *known;
@@ -68,7 +68,7 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
         return network;
     }
     const auto key =
-        readKey(QString::fromStdString(options.keyFile),
+        readKey(text(options.keyFile),
                 QStringLiteral("Key of \"%1\" (empty for an open network): ").arg(printable(ssid)));
     if (!key)
         return key.failure();
@@ -92,7 +92,7 @@ std::optional<Result> judgeJoining(const OrvaNetworkInfo& info, const QString& s
 
 Result connectTo(Context& context, const ConnectOptions& options)
 {
-    const QString ssid = QString::fromStdString(options.ssid);
+    const QString ssid = text(options.ssid);
     if (ssid.isEmpty())
         return {ExitStatus::Usage, QStringLiteral("A network has a name.")};
     const auto published = publishedProfile(context.host);
@@ -112,11 +112,8 @@ Result connectTo(Context& context, const ConnectOptions& options)
 
 Result forget(Context& context, const SsidOptions& options)
 {
-    OrvaValue ssid;
-    ssid.setString_(QString::fromStdString(options.ssid));
-    const auto answer =
-        activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid, QDeadlineTimer::Forever);
-    return answer ? Result() : answer.failure();
+    const OrvaValue ssid = valueOf(OrvaValue::String(), text(options.ssid));
+    return activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid).result();
 }
 
 QString remarkOn(const OrvaNetworkInfo& info, const QString& ssid)
@@ -140,21 +137,17 @@ Result known(Context& context, const NoOptions&)
         return info.failure();
     QVector<QStringList> table = {{QStringLiteral("SSID"), QStringLiteral("SECURITY"), QString()}};
     for (const OrvaNetworkInterface& network : profile->wirelessNetworks()) {
-        OrvaValue value;
-        value.setNetworkInterface(network);
-        context.out.document(value.__hash());
+        context.out.document({{OrvaValue::NetworkInterface(), network.__variant()}});
         table.append({printable(network.ssid()), securityName(network.encryption()),
                       remarkOn(info->networkInfo(), network.ssid())});
     }
-    for (const QString& line : tableLines(table))
-        context.out.line(line);
+    context.out.table(table);
     return {};
 }
 
 Result rssi(Context& context, const NoOptions&)
 {
-    const auto level =
-        activate(context, OrvaNetworkWirelessRssiPath(), {}, QDeadlineTimer::Forever);
+    const auto level = activate(context, OrvaNetworkWirelessRssiPath(), {});
     if (!level)
         return level.failure();
     context.out.line(QStringLiteral("%1 dBm").arg(level->double_()));

@@ -23,11 +23,6 @@ public:
     }
 };
 
-QString text(const std::string& argument)
-{
-    return QString::fromStdString(argument);
-}
-
 Result show(Context& context, const NoOptions&)
 {
     const auto snapshot = Bus::await<QString>(World(context).Snapshot());
@@ -41,57 +36,51 @@ Result show(Context& context, const NoOptions&)
     return {};
 }
 
-/// What can be said of an access point; what is not said is left to the world.
+/// What is said of an access point, by the key of its setting.
 struct AccessPoint
 {
     std::string name;
-    std::optional<std::string> bssid;
-    std::optional<int> channel;
-    std::optional<int> frequency;
-    std::optional<int> signal;
-    std::optional<std::string> security;
+    std::map<std::string, std::optional<std::string>> texts;
+    std::map<std::string, std::optional<int>> numbers;
     std::optional<bool> wps;
-    std::optional<std::string> network;
     std::string keyFile;
 };
 
-void addAccessPointOptions(CLI::App& command, AccessPoint& point)
+void addKeyFile(CLI::App& command, AccessPoint& point)
 {
-    command.add_option("--bssid", point.bssid, "Hardware address")->type_name("MAC");
-    command.add_option("--channel", point.channel, "Channel");
-    command.add_option("--frequency", point.frequency, "Frequency")->type_name("MHZ");
-    command.add_option("--signal", point.signal, "Signal level")->type_name("DBM");
-    setChoices(*command.add_option("--security", point.security, "Security"),
-               {"open", "wpa-psk", "wep"});
     command.add_option("--key-file", point.keyFile, "File with the key; - reads standard input")
         ->type_name("FILE");
-    command.add_option("--wps", point.wps, "Whether it speaks WPS")->type_name("{true,false}");
-    command
-        .add_option("--network", point.network, "The network behind it, a name of the world file")
-        ->type_name("NAME");
 }
 
-template <typename T>
-void put(QVariantMap& settings, const char* key, const std::optional<T>& value)
+void addAccessPointOptions(CLI::App& command, AccessPoint& point)
 {
-    if (!value)
-        return;
-    if constexpr (std::is_same_v<T, std::string>)
-        settings.insert(QLatin1String(key), text(*value));
-    else
-        settings.insert(QLatin1String(key), *value);
+    command.add_option("--bssid", point.texts["bssid"], "Hardware address")->type_name("MAC");
+    command.add_option("--channel", point.numbers["channel"], "Channel");
+    command.add_option("--frequency", point.numbers["frequency"], "Frequency")->type_name("MHZ");
+    command.add_option("--signal", point.numbers["signal"], "Signal level")->type_name("DBM");
+    setChoices(*command.add_option("--security", point.texts["security"], "Security"),
+               {"open", "wpa-psk", "wep"});
+    addKeyFile(command, point);
+    command.add_option("--wps", point.wps, "Whether it speaks WPS")->type_name("{true,false}");
+    command
+        .add_option("--network", point.texts["network"],
+                    "The network behind it, a name of the world file")
+        ->type_name("NAME");
 }
 
 Outcome<QVariantMap> settingsOf(const AccessPoint& point)
 {
     QVariantMap settings;
-    put(settings, "bssid", point.bssid);
-    put(settings, "channel", point.channel);
-    put(settings, "frequency", point.frequency);
-    put(settings, "signal", point.signal);
-    put(settings, "security", point.security);
-    put(settings, "wps", point.wps);
-    put(settings, "network", point.network);
+    for (const auto& [key, value] : point.texts) {
+        if (value)
+            settings.insert(text(key), text(*value));
+    }
+    for (const auto& [key, value] : point.numbers) {
+        if (value)
+            settings.insert(text(key), *value);
+    }
+    if (point.wps)
+        settings.insert(QStringLiteral("wps"), *point.wps);
     if (point.keyFile.empty())
         return settings;
     const auto key = readKey(text(point.keyFile), {});
@@ -123,30 +112,12 @@ Result changePoint(Context& context, const AccessPoint& point)
                     : settings.failure();
 }
 
-struct KeyOptions
+Result setKey(Context& context, const AccessPoint& point)
 {
-    std::string point;
-    std::string file;
-};
-
-Result setKey(Context& context, const KeyOptions& options)
-{
-    const auto key = readKey(text(options.file), QStringLiteral("New key: "));
-    return key ? Bus::finish(World(context).ChangeAccessPoint(text(options.point),
+    const auto key = readKey(text(point.keyFile), QStringLiteral("New key: "));
+    return key ? Bus::finish(World(context).ChangeAccessPoint(text(point.name),
                                                               {{QStringLiteral("key"), *key}}))
                : key.failure();
-}
-
-struct SignalOptions
-{
-    std::string point;
-    int level = 0;
-};
-
-Result setSignal(Context& context, const SignalOptions& options)
-{
-    return Bus::finish(World(context).ChangeAccessPoint(
-        text(options.point), {{QStringLiteral("signal"), options.level}}));
 }
 
 struct JoinOptions
@@ -186,6 +157,15 @@ const Argument step = {"STEP",
                        {"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"}};
 const Argument fault = {
     "KIND", "How; none ends it", {"none", "wrong-types", "missing-keys", "oversized"}};
+
+template <typename T>
+void addArgument(CLI::App& command, const Argument& argument, T& value)
+{
+    CLI::Option* option = command.add_option(argument.name, value, argument.description);
+    option->required();
+    if (!argument.choices.empty())
+        setChoices(*option, argument.choices);
+}
 
 /// A command that calls one method with its arguments, in their order.
 struct MethodRow
@@ -235,12 +215,10 @@ void addMethod(CommandLine& commands, CLI::App& parent, const MethodRow& row)
     MethodOptions& options = *added.options;
     options.method = row.method;
     for (const Argument& argument : row.arguments) {
-        CLI::Option* option =
-            argument.isNumber ? added.app->add_option(argument.name, options.numbers.emplace_back())
-                              : added.app->add_option(argument.name, options.texts.emplace_back());
-        option->description(argument.description)->required();
-        if (!argument.choices.empty())
-            setChoices(*option, argument.choices);
+        if (argument.isNumber)
+            addArgument(*added.app, argument, options.numbers.emplace_back());
+        else
+            addArgument(*added.app, argument, options.texts.emplace_back());
     }
 }
 
@@ -252,26 +230,18 @@ void addPointCommands(CommandLine& commands, CLI::App& group)
     addAccessPointOptions(*add.app, *add.options);
 
     const auto change = commands.add(group, "change", "Changes an access point", &changePoint);
-    change.app->add_option(accessPoint.name, change.options->name, accessPoint.description)
-        ->required();
+    addArgument(*change.app, accessPoint, change.options->name);
     addAccessPointOptions(*change.app, *change.options);
 
-    const auto signal = commands.add(group, "signal", "Changes the signal level", &setSignal);
-    signal.app->add_option(accessPoint.name, signal.options->point, accessPoint.description)
-        ->required();
-    signal.app->add_option("DBM", signal.options->level, "Signal level")->required();
-
     const auto key = commands.add(group, "key", "Changes the key, asked for without echo", &setKey);
-    key.app->add_option(accessPoint.name, key.options->point, accessPoint.description)->required();
-    key.app
-        ->add_option("--key-file", key.options->file, "File with the key; - reads standard input")
-        ->type_name("FILE");
+    addArgument(*key.app, accessPoint, key.options->name);
+    addKeyFile(*key.app, *key.options);
 }
 
 void addJoinCommand(CommandLine& commands, CLI::App& group)
 {
     const auto join = commands.add(group, "join", "Joins a station", &joinStation);
-    join.app->add_option(station.name, join.options->mac, station.description)->required();
+    addArgument(*join.app, station, join.options->mac);
     join.app->add_option("--interface", join.options->interface, "Soft-AP interface")
         ->type_name("NAME")
         ->capture_default_str();

@@ -32,8 +32,7 @@ Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
     showCredentials(context.out, credentials->networkInterface(), options.apply);
     if (!options.apply)
         return {};
-    const auto applied = context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials, deadline);
-    return applied ? Result() : applied.failure();
+    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials, deadline).result();
 }
 
 Result pushButton(Context& context, const SessionOptions& options)
@@ -46,9 +45,7 @@ Outcome<OrvaValue> pinOf(Host& host, const SessionOptions& options)
 {
     if (options.pin.empty())
         return host.invoke(OrvaNetworkGenerateWpsPinPath(), {});
-    OrvaValue pin;
-    pin.setString_(QString::fromStdString(options.pin));
-    return pin;
+    return valueOf(OrvaValue::String(), text(options.pin));
 }
 
 Result pinSession(Context& context, const SessionOptions& options)
@@ -62,8 +59,7 @@ Result pinSession(Context& context, const SessionOptions& options)
 
 Result generate(Context& context, const NoOptions&)
 {
-    const auto pin =
-        activate(context, OrvaNetworkGenerateWpsPinPath(), {}, QDeadlineTimer::Forever);
+    const auto pin = activate(context, OrvaNetworkGenerateWpsPinPath(), {});
     if (!pin)
         return pin.failure();
     context.out.line(pin->string_());
