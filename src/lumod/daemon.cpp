@@ -3,6 +3,7 @@
 #include "log.h"
 #include "wire.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusError>
 
@@ -89,6 +90,9 @@ void Daemon::relayRadio()
 bool Daemon::serve()
 {
     auto bus = QDBusConnection::systemBus();
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SLOT(on_disconnected()));
     if (!bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors) ||
         !bus.registerService(busName)) {
         const auto error = bus.lastError();
@@ -103,6 +107,12 @@ bool Daemon::serve()
     return true;
 }
 
+void Daemon::on_disconnected()
+{
+    qCCritical(lcLumod) << "The bus has gone";
+    QCoreApplication::exit(1);
+}
+
 void Daemon::refuse(const QString& text)
 {
     qCWarning(lcLumod).noquote() << text;
@@ -111,22 +121,18 @@ void Daemon::refuse(const QString& text)
         sendErrorReply(QDBusError::InvalidArgs, text);
 }
 
-bool Daemon::isConnected() const
+bool Daemon::isUp(InterfaceDetails::Kind kind) const
 {
     const auto names = m_world.interfaces();
-    return std::any_of(names.begin(), names.end(), [this](const QString& name) {
+    return std::any_of(names.begin(), names.end(), [this, kind](const QString& name) {
         const auto details = m_world.details(name);
-        return details.kind != InterfaceDetails::Kind::SoftAp && details.connected;
+        return details.kind == kind && details.connected;
     });
 }
 
-bool Daemon::hasSoftAp() const
+bool Daemon::isConnected() const
 {
-    const auto names = m_world.interfaces();
-    return std::any_of(names.begin(), names.end(), [this](const QString& name) {
-        const auto details = m_world.details(name);
-        return details.kind == InterfaceDetails::Kind::SoftAp && details.connected;
-    });
+    return isUp(InterfaceDetails::Kind::Wired) || isUp(InterfaceDetails::Kind::Wireless);
 }
 
 QVariantMap Daemon::details() const
@@ -156,7 +162,8 @@ void Daemon::setLogLevel(int level)
 
 QString Daemon::mode() const
 {
-    return hasSoftAp() && !isConnected() ? QStringLiteral("SoftApMode") : m_mode;
+    return isUp(InterfaceDetails::Kind::SoftAp) && !isConnected() ? QStringLiteral("SoftApMode")
+                                                                  : m_mode;
 }
 
 QVariantMap Daemon::softApModeSettings() const

@@ -78,12 +78,16 @@ protected:
     /// Every map of the world goes through here before it is sent.
     [[nodiscard]] virtual QVariantMap outgoing(const QVariantMap& map) const { return map; }
 
+private Q_SLOTS:
+    /// Ends the program: the connection to the bus never comes back by itself.
+    void on_disconnected();
+
 private:
     /// Answers the call that is being served with an error, and tells everybody.
     void refuse(const QString& text);
     void relayWorld();
     void relayRadio();
-    [[nodiscard]] bool hasSoftAp() const;
+    [[nodiscard]] bool isUp(InterfaceDetails::Kind kind) const;
 
     World& m_world;
     QString m_mode;

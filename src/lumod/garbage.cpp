@@ -18,7 +18,8 @@ QVariant ofAnotherType(const QVariant& value)
     }
 }
 
-/// Nested maps turn into garbage inside, and every fourth one as a whole.
+/// Every value gets a type that is not its own: nested maps turn into garbage inside, and every
+/// fourth one as a whole.
 QVariantMap wrongTypes(const QVariantMap& map)
 {
     QVariantMap result;
@@ -30,6 +31,7 @@ QVariantMap wrongTypes(const QVariantMap& map)
     return result;
 }
 
+/// Every second key is absent, in nested maps too.
 QVariantMap missingKeys(const QVariantMap& map)
 {
     QVariantMap result;
@@ -43,6 +45,7 @@ QVariantMap missingKeys(const QVariantMap& map)
     return result;
 }
 
+/// 5000 networks more, texts of a megabyte: 10 MB in all.
 QVariantMap oversized(const QVariantMap& map)
 {
     constexpr int networks = 5000;
@@ -63,30 +66,13 @@ QVariantMap oversized(const QVariantMap& map)
 
 } // namespace
 
-std::optional<Garbage> garbageFrom(const QString& text)
+Spoiler spoilerFor(const QString& kind)
 {
-    if (text == QLatin1String("none"))
-        return Garbage::None;
-    if (text == QLatin1String("wrong-types"))
-        return Garbage::WrongTypes;
-    if (text == QLatin1String("missing-keys"))
-        return Garbage::MissingKeys;
-    if (text == QLatin1String("oversized"))
-        return Garbage::Oversized;
-    return std::nullopt;
-}
-
-QVariantMap spoil(const QVariantMap& map, Garbage kind)
-{
-    switch (kind) {
-    case Garbage::None:
-        return map;
-    case Garbage::WrongTypes:
-        return wrongTypes(map);
-    case Garbage::MissingKeys:
-        return missingKeys(map);
-    case Garbage::Oversized:
-        return oversized(map);
-    }
-    return map;
+    static const QHash<QString, Spoiler> spoilers = {
+        {QStringLiteral("none"), [](const QVariantMap& map) { return map; }},
+        {QStringLiteral("wrong-types"), &wrongTypes},
+        {QStringLiteral("missing-keys"), &missingKeys},
+        {QStringLiteral("oversized"), &oversized},
+    };
+    return spoilers.value(kind);
 }

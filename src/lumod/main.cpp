@@ -12,28 +12,6 @@ Q_LOGGING_CATEGORY(lcLumod, "lumod")
 
 namespace {
 
-/// Ends the program when the bus goes away: the connection never comes back by itself.
-class BusWatch : public QObject
-{
-    Q_OBJECT
-
-public:
-    BusWatch()
-    {
-        QDBusConnection::systemBus().connect(QString(),
-                                             QStringLiteral("/org/freedesktop/DBus/Local"),
-                                             QStringLiteral("org.freedesktop.DBus.Local"),
-                                             QStringLiteral("Disconnected"), this, SLOT(end()));
-    }
-
-private Q_SLOTS:
-    void end()
-    {
-        qCCritical(lcLumod) << "The bus has gone";
-        QCoreApplication::exit(1);
-    }
-};
-
 QString worldFileName(const QCoreApplication& application)
 {
     QCommandLineParser parser;
@@ -84,12 +62,9 @@ int main(int argc, char** argv)
     new LumodAdaptor(&daemon);
     new WorldAdaptor(&daemon);
     daemon.setLogLevel(daemon.logLevel());
-    const BusWatch watch;
     if (!daemon.serve())
         return 1;
     if (!description->startMode.isEmpty())
         daemon.SetNormalMode(description->startMode);
     return QCoreApplication::exec();
 }
-
-#include "main.moc"

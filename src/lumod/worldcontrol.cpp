@@ -23,7 +23,7 @@ void WorldControl::answer(const QString& error) const
 
 QVariantMap WorldControl::outgoing(const QVariantMap& map) const
 {
-    return spoil(map, m_garbage);
+    return m_spoil(map);
 }
 
 QString WorldControl::Snapshot() const
@@ -105,10 +105,10 @@ void WorldControl::Hang(uint milliseconds)
 
 void WorldControl::Garble(const QString& kind)
 {
-    const auto garbage = garbageFrom(kind);
-    if (!garbage)
+    const Spoiler spoiler = spoilerFor(kind);
+    if (!spoiler)
         return answer(QStringLiteral("No such kind of garbage: ") + kind);
-    m_garbage = *garbage;
+    m_spoil = spoiler;
     Q_EMIT m_world.addressesChanged();
     Q_EMIT m_world.scanned(m_world.seenNetworks());
 }

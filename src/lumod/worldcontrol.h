@@ -39,5 +39,5 @@ private:
     void answer(const QString& error) const;
 
     SimulatedWorld& m_world;
-    Garbage m_garbage = Garbage::None;
+    Spoiler m_spoil = spoilerFor(QStringLiteral("none"));
 };

@@ -108,17 +108,13 @@ WorldDescription describe(const QVariantMap& file)
 /// The link-local address that a host makes from its hardware address.
 QString linkLocal(const QString& mac)
 {
-    constexpr quint8 universal = 0x02;
-    QByteArray id = QByteArray::fromHex(mac.toLatin1());
-    if (id.isEmpty())
-        return QStringLiteral("fe80::1/64l");
-    id[0] = static_cast<char>(static_cast<quint8>(id.at(0)) ^ universal);
-    id.insert(id.size() / 2, QByteArray::fromHex("fffe"));
-    const auto groups = QString::fromLatin1(id.toHex());
-    const auto text =
-        QStringLiteral("fe80::%1:%2:%3:%4")
-            .arg(groups.mid(0, 4), groups.mid(4, 4), groups.mid(8, 4), groups.mid(12, 4));
-    return QHostAddress(text).toString() + QStringLiteral("/64l");
+    constexpr int universalBit = 0x02;
+    auto id = QByteArray::fromHex(mac.toLatin1()).leftJustified(6, '\0', true);
+    id[0] = static_cast<char>(id.at(0) ^ universalBit);
+    id.insert(3, "\xff\xfe");
+    const auto bytes = QByteArray::fromHex("fe80000000000000") + id;
+    const QHostAddress address(reinterpret_cast<const quint8*>(bytes.constData()));
+    return address.toString() + QStringLiteral("/64l");
 }
 
 } // namespace
