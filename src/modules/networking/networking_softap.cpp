@@ -71,6 +71,14 @@ CMError timeoutError(const Request& request, const char* signature)
     return {};
 }
 
+/// An SSID that no access point can have: no link would ever come up and answer the request.
+bool isImpossibleSsid(const Settings& settings)
+{
+    constexpr int longestSsid = 32; // bytes
+    const int length = settings.ssid().toUtf8().size();
+    return settings.__contains(Settings::Ssid()) && (length == 0 || length > longestSsid);
+}
+
 } // namespace
 
 void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
@@ -91,6 +99,11 @@ void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
     const QString interface = softAp.settings().apInterface();
     if (!m_softApInterfaces.contains(interface)) {
         request.fail(unknownInterface(interface));
+        return;
+    }
+    if (isImpossibleSsid(softAp.settings())) {
+        LOG4CPLUS_WARN(networkingLogger(), "Requested an SSID that does not have 1 to 32 bytes");
+        request.fail(networkingError(Q_FUNC_INFO, "SoftAp SSID needs to have 1 to 32 bytes"));
         return;
     }
     softAp.setTimeout(softApDeadline(m_clock(), softAp.timeout()));
