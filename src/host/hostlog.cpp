@@ -8,6 +8,8 @@
 
 #include <QtCore/QHash>
 
+#include <iostream>
+
 namespace {
 
 log4cplus::LogLevel levelOf(QtMsgType type)
@@ -36,6 +38,9 @@ void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
 
 HostLog::HostLog()
 {
+    // A line is one write, so that those of other programs in the same file stand before or after it.
+    std::ios_base::sync_with_stdio(false);
+    std::cerr.unsetf(std::ios_base::unitbuf);
     // Nothing is logged asynchronously; the smallest pool is one idle thread.
     log4cplus::setThreadPoolSize(0);
     log4cplus::SharedAppenderPtr appender(new log4cplus::ConsoleAppender(true, true));

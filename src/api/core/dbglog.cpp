@@ -6,7 +6,7 @@
 
 std::ostream& operator<<(std::ostream& stream, const QString& text)
 {
-    return stream << orvaLogText(text).toUtf8().constData();
+    return stream << orvaLogLine(orvaLogText(text)).toUtf8().constData();
 }
 
 CMTraceScope::CMTraceScope(const log4cplus::Logger& logger, const char* signature)

@@ -116,6 +116,14 @@ QString orvaLogText(const QString& text)
     return escaped;
 }
 
+QString orvaLogLine(const QString& text)
+{
+    constexpr int longest = 65536;
+    if (text.size() <= longest)
+        return text;
+    return text.left(longest) + QStringLiteral("... (%1 characters)").arg(text.size());
+}
+
 QString orvaToLog(const QVariant& value)
 {
     switch (value.userType()) {
@@ -137,5 +145,5 @@ QString orvaToLog(const QVariant& value)
 
 std::ostream& operator<<(std::ostream& stream, const OrvaHash& hash)
 {
-    return stream << orvaToLog(hash.__variant()).toUtf8().constData();
+    return stream << orvaLogLine(orvaToLog(hash.__variant())).toUtf8().constData();
 }

@@ -62,8 +62,12 @@ protected:
 /// Text as it may stand in one line of a log: control characters escaped as in C.
 [[nodiscard]] ORVA_API QString orvaLogText(const QString& text);
 
+/// What one line of a log takes of a text: all of it up to 65536 characters, else its beginning and
+/// its length.
+[[nodiscard]] ORVA_API QString orvaLogLine(const QString& text);
+
 /// Any plain value as one line for a log: keys in alphabetical order, secrets as "****".
 [[nodiscard]] ORVA_API QString orvaToLog(const QVariant& value);
 
-/// Writes `orvaToLog` of the hash. Serves every record, value and error.
+/// Writes `orvaToLog` of the hash, within `orvaLogLine`. Serves every record, value and error.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaHash& hash);
