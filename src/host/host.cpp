@@ -23,6 +23,8 @@ Host::Host(const HostConfig& config, const QDBusConnection& connection)
         LOG4CPLUS_ERROR(logger(), "The system bus has gone, the host ends");
         Q_EMIT failed();
     });
+    connect(&m_root, &CMAbstractWorker::valueChanged, &m_memory, &MemoryTrim::note);
+    connect(&m_root, &CMAbstractWorker::rowsChanged, &m_memory, &MemoryTrim::note);
 }
 
 bool Host::start()

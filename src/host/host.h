@@ -2,6 +2,7 @@
 
 #include "hostconfig.h"
 #include "hostcontrol.h"
+#include "memorytrim.h"
 #include "rootworker.h"
 
 /// The whole host: the root, the stand-in workers, the workers from libraries and the control
@@ -31,4 +32,5 @@ private:
     HostConfig m_config;
     RootWorker m_root;
     HostControl m_control;
+    MemoryTrim m_memory;
 };

@@ -40,6 +40,7 @@ int main(int argc, char** argv)
     // Whatever this process or one that it starts writes is nobody else's.
     ::umask(S_IRWXG | S_IRWXO);
     ::signal(SIGPIPE, SIG_IGN);
+    MemoryTrim::prepareProcess();
     // Qt's own event loop does all that is needed, in less memory than GLib's.
     qputenv("QT_NO_GLIB", "1");
     QCoreApplication application(argc, argv);

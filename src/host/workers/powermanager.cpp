@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int MaxRequests = 1000;
+constexpr int MaxRequests = 100; // A thousand rows are most of a megabyte.
 constexpr int MaxModuleName = 64;
 
 const log4cplus::Logger& logger()
