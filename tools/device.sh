@@ -7,6 +7,7 @@ DEVICE_BACKEND=${DEVICE_BACKEND:-lumod}    # lumod, or fake: as on a root file s
 DEVICE_RADIOS=${DEVICE_RADIOS:-stand-in}   # stand-in: rfkill is only recorded; real: it runs
 DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
 DEVICE_WORLD=${DEVICE_WORLD:-}             # the daemon's world; default examples/world.json
+DEVICE_RUNNER=()                           # the words of a program that runs the host, valgrind say
 
 device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 device_bus_pid='' device_host_pid=''
@@ -27,7 +28,7 @@ device_start() {
     device_bus_pid=$!
     device_await 10 test -S "$dir/bus" || return 1
 
-    setpriv --pdeathsig TERM "$build/bin/orva-host" --config "$dir/host.json" \
+    setpriv --pdeathsig TERM "${DEVICE_RUNNER[@]}" "$build/bin/orva-host" --config "$dir/host.json" \
         --state-dir "$state" --log-level "$DEVICE_LOG_LEVEL" \
         </dev/null >>"$log" 2>&1 9>&- &
     device_host_pid=$!
