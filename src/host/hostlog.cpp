@@ -38,7 +38,7 @@ void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
 
 HostLog::HostLog()
 {
-    // A line is one write, so that those of other programs in the same file stand before or after it.
+    // A line is one write, so that those of other programs do not stand within it.
     std::ios_base::sync_with_stdio(false);
     std::cerr.unsetf(std::ios_base::unitbuf);
     // Nothing is logged asynchronously; the smallest pool is one idle thread.

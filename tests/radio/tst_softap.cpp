@@ -81,7 +81,8 @@ private Q_SLOTS:
         QTest::newRow("other interface") << other("uap1") << open;
         QTest::newRow("unknown") << other("wlan0") << "Error: Unknown SoftAp interface: wlan0";
         QTest::newRow("empty") << other("") << "Error: Unknown SoftAp interface: ";
-        const QString ssidRefused = QStringLiteral("error: SoftAp SSID needs to have 1 to 32 bytes");
+        const QString ssidRefused =
+            QStringLiteral("error: SoftAp SSID needs to have 1 to 32 bytes");
         QTest::newRow("longest") << ssid(name, QString(16, QChar(0xe9))) << open;
         QTest::newRow("too long") << ssid(name, QString(17, QChar(0xe9))) << ssidRefused;
         QTest::newRow("no SSID") << ssid(name, QString()) << ssidRefused;
