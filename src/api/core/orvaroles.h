@@ -4,7 +4,7 @@
 #include "orvavalue.h"
 #include "trstring.h"
 
-/// What a row of a list stands for. Names only: the network's rows have type 101.
+/// What a row of a list stands for.
 class ORVA_API OrvaRolesType
 {
     Q_GADGET

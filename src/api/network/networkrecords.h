@@ -55,7 +55,7 @@ class ORVA_API OrvaNetworkInterface : public OrvaHash
 class ORVA_API OrvaNetworkProfileSoftApSettings : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkProfileSoftApSettings)
-    /// Network name that the access point announces.
+    /// Network name that the access point announces, 1 to 32 bytes.
     ORVA_FIELD(QString, ssid, Ssid);
     /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);

@@ -4,8 +4,7 @@
 
 #include <QtCore/QObject>
 
-/// Hardware that the power manager switches. Names only: the network manager asks for the Wi-Fi
-/// radio.
+/// Hardware that the power manager switches; of it, the network manager asks for the Wi-Fi radio.
 class ORVA_API OrvaPowerManagerResources
 {
     Q_GADGET

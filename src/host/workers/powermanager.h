@@ -7,7 +7,7 @@
 /// Owns the activate nodes `power/module/register`, `power/resource/request` and
 /// `power/target/request`, which take the bare records of the power manager. What they brought
 /// shows on `power/modules` (rows: the modules that made themselves known), `power/requests` (rows:
-/// the last 1000 resource and target requests in their order, repeats included),
+/// the last 100 resource and target requests in their order, repeats included),
 /// `power/resource/wifi` (whether any module holds the Wi-Fi radio) and `power/target` (the target
 /// that was last requested, 0 before).
 class PowerManager : public CMNodesWorker

@@ -5,9 +5,9 @@
 /// Stands in for the worker that removes and re-adds the Wi-Fi interface: takes the interface down
 /// and up again.
 ///
-/// Owns `wifi-restart/restart` (activate; answers with an error when the interface cannot be
-/// switched) and `wifi-restart/count` (how often it was activated with success since the start).
-/// The interface is the one that the host names as the wireless one.
+/// Owns `wifi-restart/restart` (activate; takes the wireless interface down and up again, answers
+/// an error where that fails) and `wifi-restart/count` (how often Wi-Fi was restarted since the
+/// host's start). The interface is the one that the host names as the wireless one.
 class WifiRestarter : public CMNodesWorker
 {
     Q_OBJECT
