@@ -164,7 +164,7 @@ class Network(WithDevice):
         self.assertNotIn(key.encode(), shown)
 
     def test_an_edit_leaves_what_it_does_not_name(self):
-        self.ends(0, "orvactl profile set --merge -", stdin='{"wired":{"dhcp":true,"ours":1},"more":[1]}')
+        self.ends(0, """orvactl invoke network/profile/set '{"networkProfile":{"wired":{"ours":1},"more":[1]}}'""")
         self.ends(0, "orvactl wifi connect Home --key-file -", stdin="long enough")
         self.ends(0, "orvactl profile set --ip 10.0.0.9 --netmask 255.255.255.0 --dns 9.9.9.9,1.1.1.1")
         profile = self.get(PROFILE, "networkProfile")

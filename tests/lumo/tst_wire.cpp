@@ -104,22 +104,6 @@ private Q_SLOTS:
         QCOMPARE(wireless.mac(), QString());
         QVERIFY(wireless.addresses().isEmpty());
         QCOMPARE(device->info().wired().addresses().value(0).prefix(), 24);
-
-        QSignalSpy scanned(backend, &Networking_LowLevel::ScanResults);
-        emitSignal("ScanResults"_s,
-                   {QVariantMap{{"bad"_s, 5},
-                                {"Café"_s,
-                                 QVariantMap{{"type"_s, "wpa_psk"_s},
-                                             {"signal"_s, QVariant::fromValue<short>(-70)},
-                                             {"channel"_s, QVariant::fromValue<uchar>(11)},
-                                             {"frequency"_s, QVariant::fromValue<qulonglong>(2462)},
-                                             {"ies"_s, QByteArray("\x00\xff", 2)}}}}});
-        EVENTUALLY_EQUAL(scanned.size(), 1);
-        const auto results = scanned.at(0).at(0).value<QVector<OrvaNetworkScanResult>>();
-        QCOMPARE(results.size(), 1);
-        QCOMPARE(OrvaPlain::toJson(results.at(0).__variant()),
-                 QByteArray(R"({"bssid":"","channel":11,"encryption":2,"frequency":2462,)"
-                            R"("ies":"00ff","signal":-70,"ssid":"Café"})"));
     }
 
     void whoDoesNotOwnTheNameIsNotHeard()
