@@ -29,6 +29,18 @@ ExitStatus statusOf(const QDBusError& error)
     return name.startsWith(QLatin1String("org.orva.")) ? ExitStatus::Failed : ExitStatus::Other;
 }
 
+/// The exit status for a D-Bus error, and a text that a person understands.
+Result fromBusError(const QDBusError& error)
+{
+    const ExitStatus status = statusOf(error);
+    const QString text = error.message().isEmpty() ? error.name() : error.message();
+    if (status == ExitStatus::NotRunning)
+        return {status, QStringLiteral("Not running: %1").arg(text)};
+    if (status == ExitStatus::Refused)
+        return {status, QStringLiteral("Not allowed: %1").arg(text)};
+    return {status, text};
+}
+
 } // namespace
 
 Bus::Bus()
@@ -65,17 +77,6 @@ Result Bus::finish(const QDBusPendingCall& call, const QDeadlineTimer& deadline)
     if (!runUntil([&watcher] { return watcher.isFinished(); }, deadline))
         return {ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
     return watcher.isError() ? fromBusError(watcher.error()) : Result();
-}
-
-Result fromBusError(const QDBusError& error)
-{
-    const ExitStatus status = statusOf(error);
-    const QString text = error.message().isEmpty() ? error.name() : error.message();
-    if (status == ExitStatus::NotRunning)
-        return {status, QStringLiteral("Not running: %1").arg(text)};
-    if (status == ExitStatus::Refused)
-        return {status, QStringLiteral("Not allowed: %1").arg(text)};
-    return {status, text};
 }
 
 } // namespace ctl

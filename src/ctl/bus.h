@@ -44,7 +44,4 @@ private:
     QDBusConnection m_connection;
 };
 
-/// The exit status for a D-Bus error, and a text that a person understands.
-Result fromBusError(const QDBusError& error);
-
 } // namespace ctl

@@ -23,23 +23,6 @@ bool stdoutHasColour()
     return colour;
 }
 
-const char* colourCode(Output::Style style)
-{
-    switch (style) {
-    case Output::Style::Plain:
-        return "";
-    case Output::Style::Bold:
-        return "\033[1m";
-    case Output::Style::Dim:
-        return "\033[2m";
-    case Output::Style::Good:
-        return "\033[32m";
-    case Output::Style::Bad:
-        return "\033[31m";
-    }
-    return "";
-}
-
 } // namespace
 
 void Output::line(const QString& text) const
@@ -85,9 +68,9 @@ void Output::failure(const Result& result) const
 
 QString Output::styled(const QString& text, Style style)
 {
-    if (!stdoutHasColour() || style == Style::Plain)
+    if (!stdoutHasColour())
         return text;
-    return QLatin1String(colourCode(style)) + text + QLatin1String("\033[0m");
+    return QStringLiteral("\033[%1m%2\033[0m").arg(QString::number(int(style)), text);
 }
 
 bool Output::stderrIsTerminal()

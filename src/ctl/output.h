@@ -12,8 +12,8 @@ namespace ctl {
 class Output
 {
 public:
-    /// How a piece of a person's page looks where there is colour.
-    enum class Style { Plain, Bold, Dim, Good, Bad };
+    /// How a piece of a person's page looks where there is colour, by the code that a terminal has.
+    enum class Style { Bold = 1, Dim = 2, Bad = 31, Good = 32 };
 
     /// With @p json, stdout carries one JSON document a line and nothing else.
     void setJson(bool json) { m_json = json; }

@@ -1,9 +1,5 @@
 #include "names.h"
 #include "profileedit.h"
-#include "secret.h"
-#include "valuetext.h"
-
-#include <QFile>
 
 namespace ctl {
 
@@ -18,7 +14,6 @@ struct SetOptions
     std::string netmask;
     std::string gateway;
     std::vector<std::string> dns;
-    std::string mergeFile;
     Wait wait;
 
     [[nodiscard]] bool hasAddress() const
@@ -108,45 +103,14 @@ OrvaNetworkProfile withType(OrvaNetworkProfile profile, const std::string& name)
     return profile;
 }
 
-/// Fields of @p changes replace those of @p fields, maps within maps likewise; lists as a whole.
-QVariantHash merged(QVariantHash fields, const QVariantHash& changes)
-{
-    for (auto it = changes.cbegin(); it != changes.cend(); ++it) {
-        const bool isMap = it->userType() == QMetaType::QVariantHash;
-        fields.insert(it.key(),
-                      isMap ? QVariant(merged(fields.value(it.key()).toHash(), it->toHash()))
-                            : *it);
-    }
-    return fields;
-}
-
-/// The partial profile in the file, with or without the key that names its type.
-Outcome<QVariantHash> changesFrom(const QString& file)
-{
-    const auto json = readText(file);
-    if (!json)
-        return json.failure();
-    const auto object = parseObject(json->toUtf8());
-    if (!object)
-        return object.failure();
-    const bool typed = object->contains(OrvaValue::NetworkProfile());
-    return typed ? object->value(OrvaValue::NetworkProfile()).toHash() : *object;
-}
-
 Result set(Context& context, const SetOptions& options)
 {
-    if (options.type.empty() && !options.hasAddress() && options.mergeFile.empty())
+    if (options.type.empty() && !options.hasAddress())
         return {ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto published = publishedProfile(context.host);
     if (!published)
         return published.failure();
     OrvaNetworkProfile profile = withType(*published, options.type);
-    if (!options.mergeFile.empty()) {
-        const auto changes = changesFrom(text(options.mergeFile));
-        if (!changes)
-            return changes.failure();
-        profile = OrvaNetworkProfile(merged(profile.__hash(), *changes));
-    }
     const bool isWireless = options.interface == "wireless";
     if (options.hasAddress() && isWireless && profile.wireless().ssid().isEmpty())
         return {ExitStatus::Usage, QStringLiteral("There is no wireless network to set it for.")};
@@ -205,10 +169,6 @@ void addProfileCommands(CommandLine& commands)
                                        "Which interface the profile configures"),
                {"auto", "wired", "wireless"});
     addAddressOptions(*setter.app, *setter.options);
-    setter.app
-        ->add_option("--merge", setter.options->mergeFile,
-                     "A part of a profile as JSON, merged into it; - reads standard input")
-        ->type_name("FILE");
     setter.options->wait.addTo(*setter.app, "Also wait until connected, at most SECONDS");
 }
 
