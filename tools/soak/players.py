@@ -51,14 +51,10 @@ def ask_radio(device, rng):
 
 def start_wps(device, rng):
     if rng.random() < 0.5:
-        device.invoke("network/wps/pbc", done=lambda value: apply_wps(device, rng, value))
+        apply = rng.random() < 0.5  # chosen now: the answer comes at a time of its own
+        device.invoke("network/wps/pbc", done=lambda value: apply and device.invoke("network/wps/apply", value))
     else:
         device.invoke("network/wps/pin", {"string": rng.choice(["12345670", "87654321", "1234"])})
-
-
-def apply_wps(device, rng, credentials):
-    if rng.random() < 0.5:
-        device.invoke("network/wps/apply", credentials)
 
 
 def share_soft_ap(device, rng):

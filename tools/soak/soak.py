@@ -45,8 +45,8 @@ def leaves(path, value):
 class Device:
     """The device as its clients and its surroundings meet it. Everything asked is noted until answered."""
 
-    def __init__(self, host):
-        self.host, self.deeds, self.open = host, [], {}
+    def __init__(self, host, rng):
+        self.host, self.rng, self.deeds, self.open = host, rng, [], {}
         self.answers, self.slowest, self.faults = collections.Counter(), 0, []
         self.clients = [self.connect() for _ in range(4)]
         self.clients[0].add_signal_receiver(self.hear, dbus_interface=HOST[0])
@@ -92,7 +92,7 @@ class Device:
             *map(bus_value, arguments), reply_handler=answered, error_handler=refused, timeout=PATIENCE)
 
     def ask(self, method, *arguments, **more):
-        self.send(random.choice(self.clients), HOST, HOST[0], method, *arguments, **more)
+        self.send(self.rng.choice(self.clients), HOST, HOST[0], method, *arguments, **more)
 
     def invoke(self, path, value=None, **more):
         self.ask("Invoke", path, value or {}, **more)
@@ -218,7 +218,7 @@ def main():
     dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
     print(f"seed {options.seed}", flush=True)
     rng = random.Random(options.seed)
-    device = Device(options.host)
+    device = Device(options.host, random.Random(options.seed))
     play(device, rng, options.minutes * 60 / 3)  # buffers grow to their size
     before = settle(device)
     play(device, rng, options.minutes * 60 * 2 / 3)
