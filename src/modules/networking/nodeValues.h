@@ -18,6 +18,8 @@
     return result;
 }
 
+OrvaValue toValue(int) = delete; // It would sooner become a bool than an i32.
+
 [[nodiscard]] inline OrvaValue toValue(const QString& value)
 {
     OrvaValue result;

@@ -46,8 +46,10 @@ void closeSocket(int& socket, std::unique_ptr<QSocketNotifier>& notifier)
 WakeOnLan::WakeOnLan(CMNodesWorker* worker)
     : QObject(worker)
 {
-    CMActivateNode::create(worker->nodes(), OrvaNetworkWakeOnLanSetEnabledPath())
-        ->setInvoke(this, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
+    CMActivateNode* setEnabled =
+        CMActivateNode::create(worker->nodes(), OrvaNetworkWakeOnLanSetEnabledPath());
+    setEnabled->setAccepts({OrvaValue::Bool()});
+    setEnabled->setInvoke(this, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
     QTimer::singleShot(0, this, &WakeOnLan::on_init);
 }
 
