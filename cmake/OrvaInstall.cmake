@@ -9,6 +9,9 @@ set(ORVA_SYSTEMD_DIR "lib/systemd/system" CACHE STRING "Where systemd's units go
 set(ORVA_WORKER_DIR "${CMAKE_INSTALL_LIBDIR}/orva/workers")
 set(ORVA_LUMOD "${CMAKE_INSTALL_FULL_SBINDIR}/lumod --world ${CMAKE_INSTALL_FULL_DATADIR}/orva/world.json")
 set(ORVA_MODULE "${CMAKE_INSTALL_FULL_LIBDIR}/orva/workers/libnetworking.so")
+# The pkg-config file finds its prefix from where it stands, as the CMake package does.
+file(RELATIVE_PATH ORVA_PC_TO_PREFIX
+    "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service

@@ -18,12 +18,14 @@ set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "network manager of an audio-streaming devi
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "dbus, systemd, rfkill, iputils-ping")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "orva-lumod")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    "${PROJECT_SOURCE_DIR}/dist/postinst;${PROJECT_SOURCE_DIR}/dist/prerm;${PROJECT_SOURCE_DIR}/dist/postrm")
+    "${PROJECT_SOURCE_DIR}/dist/postinst;${PROJECT_SOURCE_DIR}/dist/prerm;${PROJECT_SOURCE_DIR}/dist/postrm"
+    # The administrator's edits outlive an upgrade.
+    "${PROJECT_SOURCE_DIR}/dist/conffiles")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME orva-networking-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "headers for workers of the audio-streaming device's host")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "orva-networking (= ${PROJECT_VERSION}), qtbase5-dev, liblog4cplus-dev")
+    "orva-networking (= ${PROJECT_VERSION}), pkg-config, qtbase5-dev, liblog4cplus-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME orva-lumod)
