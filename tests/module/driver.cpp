@@ -1,7 +1,6 @@
 #include "driver.h"
 
 #include <logcapture.h>
-#include <network/networkpaths.h>
 
 Driver::Driver(quint32 seed, const NodeValues& values)
     : fixture(values)
@@ -11,76 +10,92 @@ Driver::Driver(quint32 seed, const NodeValues& values)
 {
 }
 
-void Driver::send(const CMPath& path, const OrvaValue& value,
-                  const std::optional<QString>& expected)
+int Driver::ask(const CMPath& path, const OrvaValue& value)
 {
-    m_open.append({path, fixture.send(path, value), expected});
+    m_open.insert(++m_sent, {path, fixture.send(path, value), "no answer"_s});
+    return m_sent;
+}
+
+void Driver::end(int ask, const QString& outcome)
+{
+    m_open[ask].expected = outcome;
+}
+
+void Driver::end(QVector<int>& asks, const QString& outcome)
+{
+    for (const int ask : std::exchange(asks, {}))
+        end(ask, outcome);
+}
+
+void Driver::send(const CMPath& path, const OrvaValue& value)
+{
+    m_open[ask(path, value)].expected.reset();
 }
 
 QString Driver::run(int steps)
 {
-    for (int i = 0; i < steps; ++i) {
-        Model& model =
-            *m_models.at(static_cast<std::size_t>(m_rng.below(static_cast<int>(m_models.size()))));
-        m_steps << model.step(*this, m_rng);
-        const QString wrong = check();
-        if (!wrong.isEmpty())
-            return report(wrong);
+    QString wrong;
+    for (int i = 0; i < steps && wrong.isEmpty(); ++i) {
+        Model& model = *m_models.at(m_rng.below(static_cast<int>(m_models.size())));
+        m_steps << model.step(m_rng);
+        wrong = check();
     }
-    for (const auto& model : m_models)
-        model->finish(*this);
-    fixture.settle();
-    const QString wrong = check();
     if (!wrong.isEmpty())
         return report(wrong);
-    return m_open.isEmpty() ? QString()
-                            : report(m_open.first().path.toString() + QStringLiteral(" is open"));
+    for (const auto& model : m_models)
+        model->finish();
+    fixture.settle();
+    wrong = check();
+    if (wrong.isEmpty() && !m_open.isEmpty())
+        wrong = m_open.first().path.toString() + " is open"_s;
+    return wrong.isEmpty() ? QString() : report(wrong);
 }
 
 QString Driver::check()
 {
-    for (const auto& model : m_models) {
-        const QString wrong = model->check(*this);
-        if (!wrong.isEmpty())
-            return wrong;
-    }
-    const QString wrong = checkAnswers() + checkSecrets();
+    QString wrong;
+    for (const auto& model : m_models)
+        wrong += model->check();
+    wrong += checkAnswers() + checkSecrets();
     m_log.clear();
     return wrong;
 }
 
 QString Driver::checkAnswers()
 {
-    for (const Sent& sent : qAsConst(m_open)) {
-        const QString outcome = WorkerFixture::outcome(sent.reply);
-        const bool asExpected = !sent.expected || outcome == *sent.expected;
-        const bool dropped = sent.reply.error() == CMError::dropped();
-        if (sent.reply.isFinished() && (dropped || !asExpected))
-            return sent.path.toString() + QStringLiteral(" ended with: ") + outcome;
+    for (auto sent = m_open.begin(); sent != m_open.end();) {
+        const QString outcome = WorkerFixture::outcome(sent->reply);
+        const bool dropped = sent->reply.error() == CMError::dropped();
+        if (sent->expected ? outcome != *sent->expected : dropped)
+            return "%1 ended with \"%2\" instead of \"%3\""_s.arg(
+                sent->path.toString(), outcome, sent->expected.value_or("an answer"_s));
+        sent = sent->reply.isFinished() ? m_open.erase(sent) : sent + 1;
     }
-    const auto isFinished = [](const Sent& sent) { return sent.reply.isFinished(); };
-    m_open.erase(std::remove_if(m_open.begin(), m_open.end(), isFinished), m_open.end());
-    return m_log.count(QStringLiteral("was finished twice")) == 0
-               ? QString()
-               : QStringLiteral("a request was answered twice");
+    return m_log.count("was finished twice"_s) == 0 ? QString() : "a request was answered twice"_s;
 }
 
 QString Driver::checkSecrets() const
 {
-    const QString secret = QStringLiteral("secret-");
     for (const CMUINode* node : fixture.worker->nodes().all()) {
         const auto* valueNode = qobject_cast<const CMValueNode*>(node);
         const QVariant value = valueNode ? valueNode->value().__variant() : QVariant();
-        if (OrvaPlain::toJson(value).contains(secret.toUtf8()))
-            return QStringLiteral("a key is published at ") + node->path().toString();
+        if (OrvaPlain::toJson(value).contains("secret-"))
+            return "a key is published at "_s + node->path().toString();
     }
-    return m_log.count(secret) == 0 ? QString() : QStringLiteral("a key is in the log");
+    return m_log.count("secret-"_s) == 0 ? QString() : "a key is in the log"_s;
 }
 
 QString Driver::report(const QString& what) const
 {
-    return QStringLiteral("seed %1, step %2: %3\n  %4")
-        .arg(m_seed)
-        .arg(m_steps.size())
-        .arg(what, m_steps.join(QStringLiteral("\n  ")));
+    const QString steps = m_steps.join("\n  "_s);
+    return "seed %1, step %2: %3\n  %4"_s.arg(m_seed).arg(m_steps.size()).arg(what, steps);
+}
+
+void addSeeds(quint32 count)
+{
+    QTest::addColumn<quint32>("seed");
+    const quint32 only = qEnvironmentVariableIntValue("ORVA_SEED");
+    for (quint32 seed = 1; seed <= count; ++seed)
+        if (only == 0 || only == seed)
+            QTest::addRow("seed %u", seed) << seed;
 }

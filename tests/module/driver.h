@@ -2,9 +2,11 @@
 
 #include "workerfixture.h"
 
+#include <network/networkpaths.h>
+
 #include <memory>
+#include <optional>
 #include <random>
-#include <vector>
 
 class LogCapture;
 
@@ -29,24 +31,23 @@ private:
     std::mt19937 m_generator;
 };
 
-class Driver;
-
 /// What clients and the network do in one theme, and what must hold of it.
 class Model
 {
 public:
     virtual ~Model() = default;
     /// Does one random thing and says what it did. Need not settle.
-    virtual QString step(Driver& driver, Rng& rng) = 0;
+    virtual QString step(Rng& rng) = 0;
     /// What does not hold, after a step of any model; empty when all is well.
-    virtual QString check(Driver& driver) = 0;
+    virtual QString check() = 0;
     /// Brings what is still open to its end, after the last step.
-    virtual void finish(Driver&) {}
+    virtual void finish() {}
 };
 
 /// Plays random sequences of all its models' steps against one worker. The same seed plays the same
-/// sequence. Checks after every step, besides what the models check, that no key is published or
-/// logged, and at the end that every request was answered exactly once.
+/// sequence. Checks after every step, besides what the models check, that the requests ended as the
+/// models say and that no key is published or logged, and at the end that every request was
+/// answered exactly once.
 class Driver
 {
 public:
@@ -56,10 +57,13 @@ public:
 
     void add(std::unique_ptr<Model> model) { m_models.push_back(std::move(model)); }
 
-    /// Sends a request that must be answered in the end. `expected` is its outcome in the words of
-    /// `WorkerFixture::request()`, where it is known.
-    void send(const CMPath& path, const OrvaValue& value = {},
-              const std::optional<QString>& expected = std::nullopt);
+    /// Sends a request that must stay open until `end()` tells how its returned number ended.
+    int ask(const CMPath& path, const OrvaValue& value = {});
+    /// The request, or each of them, has ended so, in the words of `WorkerFixture::request()`.
+    void end(int ask, const QString& outcome = {});
+    void end(QVector<int>& asks, const QString& outcome = {});
+    /// Sends a request of which is known only that it is answered in the end.
+    void send(const CMPath& path, const OrvaValue& value);
 
     /// Empty when all went well, else what went wrong, with its seed and the steps that led there.
     [[nodiscard]] QString run(int steps);
@@ -81,6 +85,10 @@ private:
     Rng m_rng;
     LogCapture& m_log;
     std::vector<std::unique_ptr<Model>> m_models;
-    QVector<Sent> m_open;
+    QMap<int, Sent> m_open;
+    int m_sent = 0;
     QStringList m_steps;
 };
+
+/// The rows "seed" of a test: from 1 to `count`, or that which `ORVA_SEED` names alone.
+void addSeeds(quint32 count);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <literals.h>
 #include <networking_lowlevel.h>
 
-#include <QtCore/QHash>
 #include <QtCore/QStringList>
 
 #include <functional>
@@ -13,20 +13,23 @@ class ScriptedBackend : public Networking_LowLevel
 {
     Q_OBJECT
 public:
+    using SoftAp = OrvaNetworkProfileSoftApSettings;
+    using WpsReply = CMReply<OrvaNetworkInterface>;
+
     // What was asked.
     QStringList commands;
     QVector<OrvaNetworkProfile> profiles;
-    QVector<OrvaNetworkProfileSoftApSettings> startedSoftAps;
-    QVector<OrvaNetworkProfileSoftApSettings> stoppedSoftAps;
+    QVector<SoftAp> startedSoftAps;
+    QVector<SoftAp> stoppedSoftAps;
     QString wpsPin;
     /// The reply of the WPS session that runs; the test finishes it.
-    CMReply<OrvaNetworkInterface> wpsReply;
+    WpsReply wpsReply;
 
     // What is answered.
     /// The commands that are refused.
     QStringList refused;
-    QString ethernetMac = QStringLiteral("00:11:22:aa:bb:cc");
-    QString wirelessMac = QStringLiteral("00:11:22:dd:ee:ff");
+    QString ethernetMac = "00:11:22:aa:bb:cc"_s;
+    QString wirelessMac = "00:11:22:dd:ee:ff"_s;
     OrvaNetworkInfo state;
     bool cable = true;
     bool wireless = true;
@@ -36,24 +39,54 @@ public:
     /// Is called inside each command, to report what a backend reports at once.
     std::function<void(const QString& command)> onCommand;
 
-    [[nodiscard]] bool scanNetworks() override;
-    [[nodiscard]] bool applyProfile(const OrvaNetworkProfile& profile) override;
-    [[nodiscard]] bool disconnect() override;
-    bool forceWifiReconnect() override;
-    [[nodiscard]] bool performWpsPbc(const CMReply<OrvaNetworkInterface>& reply) override;
-    [[nodiscard]] bool performWpsPin(const QString& pin,
-                                     const CMReply<OrvaNetworkInterface>& reply) override;
-    bool startSoftAp(const OrvaNetworkProfileSoftApSettings& settings) override;
-    bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings) override;
-    [[nodiscard]] QString getEthernetMAC() override { return ethernetMac; }
-    [[nodiscard]] QString getWirelessMAC() override { return wirelessMac; }
-    [[nodiscard]] OrvaNetworkInfo getNetworkState() override { return state; }
-    [[nodiscard]] bool cableStatus() override { return cable; }
-    [[nodiscard]] bool hasWireless() override { return wireless; }
-    [[nodiscard]] double getWirelessRssi() override { return rssi; }
-    [[nodiscard]] InterfaceStatus interfaceStatus(const QString&) override { return status; }
+    bool scanNetworks() override { return command("scanNetworks"_s); }
+    bool applyProfile(const OrvaNetworkProfile& profile) override
+    {
+        profiles << profile;
+        return command("applyProfile"_s);
+    }
+    bool disconnect() override { return command("disconnect"_s); }
+    bool forceWifiReconnect() override { return command("forceWifiReconnect"_s); }
+    bool performWpsPbc(const WpsReply& reply) override
+    {
+        return startWps("performWpsPbc"_s, reply);
+    }
+    bool performWpsPin(const QString& pin, const WpsReply& reply) override
+    {
+        wpsPin = pin;
+        return startWps("performWpsPin"_s, reply);
+    }
+    bool startSoftAp(const SoftAp& settings) override
+    {
+        startedSoftAps << settings;
+        return command("startSoftAp"_s);
+    }
+    bool stopSoftAp(const SoftAp& settings) override
+    {
+        stoppedSoftAps << settings;
+        return command("stopSoftAp"_s);
+    }
+    QString getEthernetMAC() override { return ethernetMac; }
+    QString getWirelessMAC() override { return wirelessMac; }
+    OrvaNetworkInfo getNetworkState() override { return state; }
+    bool cableStatus() override { return cable; }
+    bool hasWireless() override { return wireless; }
+    double getWirelessRssi() override { return rssi; }
+    InterfaceStatus interfaceStatus(const QString&) override { return status; }
 
 private:
-    bool command(const QString& name);
-    bool startWps(const QString& name, const CMReply<OrvaNetworkInterface>& reply);
+    bool command(const QString& name)
+    {
+        commands << name;
+        if (onCommand)
+            onCommand(name);
+        return !refused.contains(name);
+    }
+    bool startWps(const QString& name, const WpsReply& reply)
+    {
+        const bool started = command(name);
+        if (started)
+            wpsReply = reply;
+        return started;
+    }
 };

@@ -3,17 +3,6 @@
 #include <network/networkpaths.h>
 #include <networking_lowlevel_fake.h>
 
-namespace {
-
-OrvaNetworkProfile profileOfType(OrvaNetworkProfileType type)
-{
-    OrvaNetworkProfile profile;
-    profile.setType(type);
-    return profile;
-}
-
-} // namespace
-
 /// The fake backend under a worker whose own backend lies still.
 class TestFake : public QObject
 {
@@ -24,14 +13,16 @@ private Q_SLOTS:
         WorkerFixture fixture;
         Networking_LowLevel_Fake fake(fixture.worker);
         QSignalSpy addresses(&fake, &Networking_LowLevel::AddressesChanged);
-        fixture.worker->setLinkStatus(QStringLiteral("eth0"), true);
-        fixture.worker->setLinkStatus(QStringLiteral("wlan0"), true);
+        fixture.worker->setLinkStatus("eth0"_s, true);
+        fixture.worker->setLinkStatus("wlan0"_s, true);
 
-        QVERIFY(fake.applyProfile(profileOfType(OrvaNetworkProfileType::Auto)));
+        QVERIFY(fake.applyProfile(OrvaNetworkProfile()));
         QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
         QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Disconnected);
         // Each profile has its own second; all of them find the type that came last.
-        QVERIFY(fake.applyProfile(profileOfType(OrvaNetworkProfileType::Wireless)));
+        OrvaNetworkProfile wireless;
+        wireless.setType(OrvaNetworkProfileType::Wireless);
+        QVERIFY(fake.applyProfile(wireless));
         QTRY_COMPARE_WITH_TIMEOUT(addresses.count(), 2, 3000);
         QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Connected);
         QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
@@ -46,17 +37,15 @@ private Q_SLOTS:
         QVERIFY(results.wait(3000));
         const auto networks = results.first().first().value<QVector<OrvaNetworkScanResult>>();
         QCOMPARE(networks.size(), 3);
+        const QRegularExpression name("^fakenet[0-7]$"_s);
         QSet<QString> ssids;
-        for (int i = 0; i < 3; ++i) {
-            const OrvaNetworkScanResult& network = networks.at(i);
-            ssids.insert(network.ssid());
-            QVERIFY(QRegularExpression(QStringLiteral("^fakenet[0-7]$"))
-                        .match(network.ssid())
-                        .hasMatch());
-            QCOMPARE(network.bssid(), QStringLiteral("00:01:02:03:04:0%1").arg(i));
+        for (const OrvaNetworkScanResult& network : networks) {
+            QCOMPARE(network.bssid(), "00:01:02:03:04:0%1"_s.arg(ssids.size()));
+            QVERIFY(name.match(network.ssid()).hasMatch());
             QVERIFY(network.signal() >= -80 && network.signal() <= -51);
             QVERIFY(network.channel() >= 1 && network.channel() <= 13);
             QVERIFY(network.encryption() != OrvaNetworkProfileWirelessEncryption::Wep);
+            ssids.insert(network.ssid());
         }
         QCOMPARE(ssids.size(), 3);
     }
@@ -67,11 +56,11 @@ private Q_SLOTS:
         Networking_LowLevel_Fake fake(fixture.worker);
         const auto first = CMReply<OrvaNetworkInterface>::create();
         const auto second = CMReply<OrvaNetworkInterface>::create();
-        QVERIFY(fake.performWpsPin(QStringLiteral("12345670"), first));
+        QVERIFY(fake.performWpsPin("12345670"_s, first));
         QVERIFY(!fake.performWpsPbc(second));
         QTRY_VERIFY_WITH_TIMEOUT(first.isFinished(), 5000);
-        QCOMPARE(first.value().ssid(), QStringLiteral("11GN_AP"));
-        QCOMPARE(first.value().key(), QStringLiteral("dummykey"));
+        QCOMPARE(first.value().ssid(), "11GN_AP"_s);
+        QCOMPARE(first.value().key(), "dummykey"_s);
         QVERIFY(!second.isFinished());
         QVERIFY(fake.performWpsPbc(second));
     }
@@ -83,7 +72,7 @@ private Q_SLOTS:
         const OrvaNetworkInfo state = Networking_LowLevel_Fake(fixture.worker).getNetworkState();
         QVERIFY(!state.__contains(OrvaNetworkInfo::Wireless()));
         QVERIFY(!state.wired().addresses().isEmpty());
-        QCOMPARE(state.gateways().first().ip(), QStringLiteral("10.0.0.1"));
+        QCOMPARE(state.gateways().first().ip(), "10.0.0.1"_s);
     }
 };
 

@@ -5,14 +5,7 @@ class TestRandomSequences : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void everySequenceKeepsThePictureTrue_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        const quint32 only = qEnvironmentVariableIntValue("ORVA_SEED");
-        for (quint32 seed = 1; seed <= 20; ++seed)
-            if (only == 0 || only == seed)
-                QTest::addRow("seed %u", seed) << seed;
-    }
+    void everySequenceKeepsThePictureTrue_data() { addSeeds(20); }
     void everySequenceKeepsThePictureTrue()
     {
         QFETCH(quint32, seed);

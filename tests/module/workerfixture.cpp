@@ -7,17 +7,10 @@
 
 namespace {
 
-OrvaValue number(qint32 number)
-{
-    OrvaValue value;
-    value.setI32_(number);
-    return value;
-}
-
 NodeValues completed(const NodeValues& values)
 {
-    NodeValues all = {{OrvaNetworkWiredInterfacePath(), toValue(QStringLiteral("eth0"))},
-                      {OrvaNetworkWirelessInterfacePath(), toValue(QStringLiteral("wlan0"))},
+    NodeValues all = {{OrvaNetworkWiredInterfacePath(), text("eth0")},
+                      {OrvaNetworkWirelessInterfacePath(), text("wlan0")},
                       {OrvaWebserverPortPath(), number(80)}};
     const auto defaults = networkSettingDefaults();
     for (const SettingDefault& setting : defaults)
@@ -29,7 +22,7 @@ NodeValues completed(const NodeValues& values)
 
 QString rfkillRecord(const QTemporaryDir& directory)
 {
-    return directory.filePath(QStringLiteral("rfkill"));
+    return directory.filePath("rfkill"_s);
 }
 
 /// The real rfkill must not be found, whoever starts the program.
@@ -45,7 +38,7 @@ void standInForRfkill(const QTemporaryDir& directory)
 } // namespace
 
 ValueStore::ValueStore(const NodeValues& values)
-    : CMNodesWorker({}, QStringLiteral("store"))
+    : CMNodesWorker({}, "store"_s)
 {
     for (auto entry = values.begin(); entry != values.end(); ++entry)
         CMValueNode::create(nodes(), entry.key())->setValue(entry.value());
@@ -58,24 +51,18 @@ void ValueStore::setDataRequest(const CMSetDataRequest& request)
 }
 
 WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
-{
-    createWorkers(values, [&](Networking*) {
+    : WorkerFixture(values, [&](Networking*) {
         auto own = std::make_unique<ScriptedBackend>();
         backend = own.get();
         if (prepare)
             prepare(*own);
         return own;
-    });
+    })
+{
 }
 
 WorkerFixture::WorkerFixture(const NodeValues& values,
                              const Networking::BackendFactory& createBackend)
-{
-    createWorkers(values, createBackend);
-}
-
-void WorkerFixture::createWorkers(const NodeValues& values,
-                                  const Networking::BackendFactory& createBackend)
 {
     standInForRfkill(m_directory);
     auto ownStore = std::make_unique<ValueStore>(completed(values));
@@ -120,9 +107,9 @@ QString WorkerFixture::request(const CMPath& path, const OrvaValue& value)
 QString WorkerFixture::outcome(const CMVoidReply& reply)
 {
     if (!reply.isFinished())
-        return QStringLiteral("no answer");
+        return "no answer"_s;
     const CMError error = reply.error();
-    return error.isEmpty() ? QString() : error.name() + QStringLiteral(": ") + error.message();
+    return error.isEmpty() ? QString() : error.name() + ": "_s + error.message();
 }
 
 void WorkerFixture::settle()
@@ -160,7 +147,7 @@ OrvaNetworkInterface wpaNetwork(const QString& ssid)
 {
     OrvaNetworkInterface network;
     network.setSsid(ssid);
-    network.setKey(QStringLiteral("secret-") + ssid);
+    network.setKey("secret-"_s + ssid);
     network.setEncryption(OrvaNetworkProfileWirelessEncryption::WpaPsk);
     network.setDhcp(true);
     return network;
@@ -176,22 +163,4 @@ OrvaNetworkProfile profileWith(const QStringList& ssids)
     if (!networks.isEmpty())
         profile.setWireless(networks.first());
     return profile;
-}
-
-QStringList ssidsOf(const OrvaNetworkProfile& profile)
-{
-    QStringList ssids;
-    const auto networks = profile.wirelessNetworks();
-    for (const OrvaNetworkInterface& network : networks)
-        ssids << network.ssid();
-    return ssids;
-}
-
-QStringList ssidsOf(const OrvaNetworkInfo& info)
-{
-    QStringList ssids;
-    const auto networks = info.wirelessNetworks();
-    for (const OrvaNetworkWirelessInterface& network : networks)
-        ssids << network.ssid();
-    return ssids;
 }

@@ -5,6 +5,7 @@
 #include <networking.h>
 #include <nodeValues.h>
 #include <rootworker.h>
+#include <values.h>
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest>
@@ -70,8 +71,6 @@ public:
     [[nodiscard]] QStringList rfkillCalls() const;
 
 private:
-    void createWorkers(const NodeValues& values, const Networking::BackendFactory& createBackend);
-
     QTemporaryDir m_directory;
 };
 
@@ -80,5 +79,12 @@ private:
 /// A profile that is at the invariant with these networks, the first one in use.
 [[nodiscard]] OrvaNetworkProfile profileWith(const QStringList& ssids);
 /// The SSIDs of a profile's networks, or of the known networks of an info.
-[[nodiscard]] QStringList ssidsOf(const OrvaNetworkProfile& profile);
-[[nodiscard]] QStringList ssidsOf(const OrvaNetworkInfo& info);
+template <class Record>
+[[nodiscard]] QStringList ssidsOf(const Record& record)
+{
+    QStringList ssids;
+    const auto networks = record.wirelessNetworks();
+    for (const auto& network : networks)
+        ssids << network.ssid();
+    return ssids;
+}

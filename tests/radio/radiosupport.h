@@ -1,26 +1,16 @@
 #pragma once
 
-#include <core/orvaplainvalue.h>
 #include <network/networkpaths.h>
 #include <workerfixture.h>
 
-/// A hash from JSON.
-inline QVariantHash operator""_hash(const char* json, std::size_t size)
-{
-    return OrvaPlain::fromJson(QByteArray(json, static_cast<int>(size)))
-        .value_or(QVariant())
-        .toHash();
-}
-
-/// A value from JSON.
-inline OrvaValue operator""_value(const char* json, std::size_t size)
-{
-    return OrvaValue(operator""_hash(json, size));
-}
+// The timers of the radio.
+inline const QString expiryTimer = "m_softApTimeoutTimer"_s;
+inline const QString fallbackTimer = "m_softApTimer"_s;
+inline const QString releaseTimer = "m_releaseWifiResourceTimer"_s;
 
 /// The value of a soft-AP request.
-inline OrvaValue softApRequest(const QString& name, const QVariantHash& settings, int timeout = 0,
-                               bool hold = false)
+inline OrvaValue softApRequest(const QString& name, const QVariantHash& settings = {},
+                               int timeout = 0, bool hold = false)
 {
     OrvaNetworkProfileSoftApRequest request;
     request.setName(name);
@@ -37,14 +27,11 @@ inline QString powerRequests(WorkerFixture& fixture)
 {
     WorkerFixture::settle();
     const auto reply = CMReply<QVariant>::create();
-    fixture.root.request(CMGetRowsRequest{CMPath(QStringLiteral("power/requests")), reply});
+    fixture.root.request(CMGetRowsRequest{CMPath("power/requests"_s), reply});
     QString actions;
     const QVariantList rows = reply.value().toList();
-    for (const QVariant& row : rows) {
-        const OrvaRoles request(row.toHash());
-        const QVariant action = request.value().__hash().value(QStringLiteral("action"));
-        actions += action == QVariant(1) ? QLatin1Char('+') : QLatin1Char('-');
-    }
+    for (const QVariant& row : rows)
+        actions += OrvaRoles(row.toHash()).value().__hash()["action"_s] == 1 ? "+"_s : "-"_s;
     return actions;
 }
 
@@ -54,7 +41,7 @@ inline QString outcomes(const QVector<CMReply<QVariant>>& replies)
     QStringList texts;
     for (const auto& reply : replies) {
         const QString text = WorkerFixture::outcome(reply);
-        texts << (text.isEmpty() ? QStringLiteral("ok") : text);
+        texts << (text.isEmpty() ? "ok"_s : text);
     }
-    return texts.join(QStringLiteral("; "));
+    return texts.join("; "_s);
 }

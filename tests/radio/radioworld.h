@@ -4,19 +4,20 @@
 
 #include <driver.h>
 
-#include <memory>
 #include <set>
 
 /// What the models of the radio share: the clock, and who claims the radio.
 struct RadioWorld
 {
-    explicit RadioWorld(WorkerFixture& workerFixture, qint64 start)
-        : fixture(workerFixture)
+    RadioWorld(Driver& played, qint64 start)
+        : driver(played)
+        , fixture(played.fixture)
         , now(start)
     {
         fixture.worker->setClock([this] { return now; });
     }
 
+    Driver& driver;
     WorkerFixture& fixture;
     qint64 now;
     std::set<int> claims;
@@ -33,69 +34,64 @@ struct RadioWorld
         powerRequests += claims.empty() ? 0 : 1;
     }
 
+    void release()
+    {
+        powerRequests += fixture.fire(releaseTimer) ? 1 : 0;
+        releaseDue = false;
+    }
+
     /// What is wrong with the claims; empty when the worker agrees.
     [[nodiscard]] QString check() const
     {
-        const auto timer = fixture.timer(QStringLiteral("m_releaseWifiResourceTimer"));
-        if (timer->isActive() != releaseDue)
-            return QStringLiteral("the release is due: %1").arg(releaseDue);
-        const bool last = has(powerRequests) || powerRequests == 0;
-        return last && !has(powerRequests + 1)
-                   ? QString()
-                   : QStringLiteral("not %1 power requests").arg(powerRequests);
-    }
-
-    void release()
-    {
-        powerRequests += fixture.fire(QStringLiteral("m_releaseWifiResourceTimer")) ? 1 : 0;
-        releaseDue = false;
+        if (fixture.timer(releaseTimer)->isActive() != releaseDue)
+            return "the release is due: %1"_s.arg(releaseDue);
+        const bool all = has(powerRequests) || powerRequests == 0;
+        return all && !has(powerRequests + 1) ? QString()
+                                              : "not %1 power requests"_s.arg(powerRequests);
     }
 
 private:
     [[nodiscard]] bool has(int request) const
     {
-        const auto reply = CMReply<QVariant>::create();
-        fixture.root.request(CMMatchRowRequest{CMPath(QStringLiteral("power/requests")),
-                                               QString::number(request), reply});
-        return !reply.value().toHash().isEmpty();
+        const auto row = CMReply<QVariant>::create();
+        fixture.root.request(
+            CMMatchRowRequest{CMPath("power/requests"_s), QString::number(request), row});
+        return !row.value().toHash().isEmpty();
     }
 };
 
-/// A request and what its outcome must be now.
-struct Ask
-{
-    CMReply<QVariant> reply;
-    QString outcome = QStringLiteral("no answer");
-};
-
-/// Every request of one model.
-class Asks
+/// A model that shares the radio with others and settles after each of its steps.
+class RadioModel : public Model
 {
 public:
-    int add(const CMReply<QVariant>& reply)
+    explicit RadioModel(RadioWorld& radioWorld)
+        : world(radioWorld)
+        , driver(radioWorld.driver)
+        , fixture(radioWorld.fixture)
     {
-        m_asks.append({reply});
-        return m_asks.size() - 1;
     }
-    /// The requests end so; success where `outcome` is empty.
-    void end(QVector<int>& asks, const QString& outcome = QString())
-    {
-        for (const int ask : qAsConst(asks))
-            m_asks[ask].outcome = outcome;
-        asks.clear();
-    }
-    void end(int ask, const QString& outcome = QString()) { m_asks[ask].outcome = outcome; }
 
-    [[nodiscard]] QString check() const
+    QString step(Rng& rng) final
     {
-        for (const Ask& ask : m_asks) {
-            const QString outcome = WorkerFixture::outcome(ask.reply);
-            if (outcome != ask.outcome)
-                return QStringLiteral("\"%1\" instead of \"%2\"").arg(outcome, ask.outcome);
+        const QString did = act(rng);
+        fixture.settle();
+        return did;
+    }
+
+protected:
+    virtual QString act(Rng& rng) = 0;
+
+    /// Lets the backend refuse all of `commands`, or none of them.
+    void refuse(const QStringList& commands, bool refused)
+    {
+        for (const QString& command : commands) {
+            fixture.backend->refused.removeAll(command);
+            if (refused)
+                fixture.backend->refused << command;
         }
-        return QString();
     }
 
-private:
-    QVector<Ask> m_asks;
+    RadioWorld& world;
+    Driver& driver;
+    WorkerFixture& fixture;
 };

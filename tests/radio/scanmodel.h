@@ -3,125 +3,109 @@
 #include "radioworld.h"
 
 /// Scans: overlap, busy interface, refusal, time-out, late results, airplane mode.
-class ScanModel : public Model
+class ScanModel : public RadioModel
 {
 public:
-    explicit ScanModel(std::shared_ptr<RadioWorld> world)
-        : m_world(std::move(world))
-        , m_fixture(m_world->fixture)
-    {
-    }
+    using RadioModel::RadioModel;
 
-    QString step(Driver&, Rng& rng) override
+    QString check() override
     {
-        const QString did = act(rng.below(8));
-        m_fixture.settle();
-        return did;
-    }
-
-    QString check(Driver&) override
-    {
-        const QTimer* const timer = m_fixture.timer(QStringLiteral("m_scanTimer"));
+        const QTimer* const timer = fixture.timer("m_scanTimer"_s);
         const bool waiting = !m_pending.isEmpty() || !m_queue.isEmpty();
         if (timer->isActive() != waiting || (waiting && timer->interval() != m_interval))
-            return QStringLiteral("scan timer: %1 ms").arg(timer->interval());
-        if (m_fixture.backend->commands.count(scan) != m_scans)
-            return QStringLiteral("not %1 scans").arg(m_scans);
-        return m_asks.check();
+            return "scan timer: %1 ms"_s.arg(timer->interval());
+        return fixture.backend->commands.count("scanNetworks"_s) == m_scans
+                   ? QString()
+                   : "not %1 scans"_s.arg(m_scans);
     }
 
-    void finish(Driver&) override
-    {
-        if (m_fixture.fire(QStringLiteral("m_scanTimer")))
-            timeOut();
-    }
+    void finish() override { timeOut(); }
 
 private:
-    QString act(int what)
+    QString act(Rng& rng) override
     {
-        switch (what) {
+        switch (rng.below(8)) {
         case 0:
             m_refused = !m_refused;
-            m_fixture.backend->refused.removeAll(scan);
-            if (m_refused)
-                m_fixture.backend->refused << scan;
-            return QStringLiteral("scans are refused: %1").arg(m_refused);
+            refuse({"scanNetworks"_s}, m_refused);
+            return "scans are refused: %1"_s.arg(m_refused);
         case 1:
             m_airplane = !m_airplane;
-            m_fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(m_airplane), {});
-            return QStringLiteral("airplane mode: %1").arg(m_airplane);
+            fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(m_airplane), {});
+            return "airplane mode: %1"_s.arg(m_airplane);
         case 2:
-            return setBusy(!m_busy);
+            setBusy(!m_busy);
+            return "interface busy: %1"_s.arg(m_busy);
         case 3:
-            Q_EMIT m_fixture.backend->ScanResults({});
+            Q_EMIT fixture.backend->ScanResults({});
             deliver();
-            return QStringLiteral("scan results");
+            return "scan results"_s;
         case 4:
-            if (m_fixture.fire(QStringLiteral("m_scanTimer")))
-                timeOut();
-            return QStringLiteral("scan time-out");
+            timeOut();
+            return "scan time-out"_s;
         }
-        ask(m_asks.add(m_fixture.send(OrvaNetworkScanPath())), m_world->now);
-        return QStringLiteral("scan");
+        receive({driver.ask(OrvaNetworkScanPath()), world.now});
+        return "scan"_s;
     }
 
-    void ask(int id, qint64 arrived)
+    struct Scan
+    {
+        int ask;
+        qint64 arrived;
+    };
+
+    void receive(const Scan& scan)
     {
         if (m_airplane)
-            return m_asks.end(id, QStringLiteral("error: Scan network request failed as "
-                                                 "airplaneMode is enabled!"));
+            return driver.end(scan.ask,
+                              "error: Scan network request failed as airplaneMode is enabled!"_s);
         if (m_pending.isEmpty() && m_queue.isEmpty() && !m_draining)
             m_interval = 30000;
-        m_world->claim(3, true);
+        world.claim(3, true);
         if (m_busy)
-            return m_queue.append({id, arrived});
+            return m_queue.append(scan);
         m_scans += m_pending.isEmpty() ? 1 : 0;
         if (!m_refused || !m_pending.isEmpty())
-            return m_pending.append(id);
-        m_world->claim(3, false);
-        m_asks.end(id, QStringLiteral("error: Scan networks request failed."));
+            return m_pending.append(scan.ask);
+        world.claim(3, false);
+        driver.end(scan.ask, "error: Scan networks request failed."_s);
     }
 
-    QString setBusy(bool busy)
+    void setBusy(bool busy)
     {
         m_busy = busy;
-        m_fixture.backend->status = busy ? Networking_LowLevel::Unknown : Networking_LowLevel::Idle;
-        Q_EMIT m_fixture.backend->InterfaceStatusChanged(QStringLiteral("wlan0"),
-                                                         m_fixture.backend->status);
-        const auto queue = std::exchange(m_queue, busy ? m_queue : decltype(m_queue)());
-        m_draining = !busy;
-        for (const auto& [id, arrived] : qAsConst(queue))
-            if (!busy)
-                ask(id, arrived);
+        fixture.backend->status = busy ? Networking_LowLevel::Unknown : Networking_LowLevel::Idle;
+        Q_EMIT fixture.backend->InterfaceStatusChanged("wlan0"_s, fixture.backend->status);
+        if (busy)
+            return;
+        m_draining = true;
+        const auto queue = std::exchange(m_queue, {});
+        for (const Scan& scan : queue)
+            receive(scan);
         m_draining = false;
-        if (!busy && !queue.isEmpty() && m_pending.isEmpty() && m_world->claims.count(3) > 0)
-            m_world->claim(3, false);
-        return QStringLiteral("interface busy: %1").arg(busy);
+        if (!queue.isEmpty() && m_pending.isEmpty() && world.claims.count(3) > 0)
+            world.claim(3, false);
     }
 
     void deliver()
     {
-        m_asks.end(m_pending);
+        driver.end(m_pending);
         if (!m_queue.isEmpty())
-            m_interval =
-                static_cast<int>(qMax<qint64>(0, 30000 - (m_world->now - m_queue.first().second)));
-        m_world->claim(3, false);
+            m_interval = qMax(0, static_cast<int>(30000 + m_queue.first().arrived - world.now));
+        world.claim(3, false);
     }
 
     void timeOut()
     {
-        for (const auto& [id, arrived] : qAsConst(m_queue))
-            m_pending << id;
-        m_queue.clear();
-        m_asks.end(m_pending, QStringLiteral("error: Scan request timed out"));
+        if (!fixture.fire("m_scanTimer"_s))
+            return;
+        for (const Scan& scan : std::exchange(m_queue, {}))
+            m_pending << scan.ask;
+        driver.end(m_pending, "error: Scan request timed out"_s);
     }
 
-    const QString scan = QStringLiteral("scanNetworks");
-    std::shared_ptr<RadioWorld> m_world;
-    WorkerFixture& m_fixture;
-    Asks m_asks;
     QVector<int> m_pending;
-    QVector<QPair<int, qint64>> m_queue; ///< the request and when it arrived
+    QVector<Scan> m_queue;
     bool m_busy = false;
     bool m_refused = false;
     bool m_airplane = false;

@@ -2,62 +2,52 @@
 
 #include "radioworld.h"
 
-#include <algorithm>
-#include <map>
-
 /// The shared soft access point: requests, folding, hold, expiry, pending answers, the fallback,
 /// and of links, start and stop what concerns it. The profile has one wireless network.
-class SoftApModel : public Model
+class SoftApModel : public RadioModel
 {
 public:
-    /// Which requesters and networks are played with.
     static NodeValues nodeValues()
     {
-        return {{OrvaNetworkCurrentProfileSettingsPath(),
-                 toValue(profileWith({QStringLiteral("Home")}))},
-                {OrvaNetworkSoftApConfigSettingsPath(),
-                 R"({"networkProfile": {"softApSettings": [
+        return {
+            {OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith({"Home"_s}))},
+            {OrvaNetworkSoftApConfigSettingsPath(), json(R"({"networkProfile": {"softApSettings": [
                      {"apInterface": "uap0", "ssid": "Box", "vendorSpecificData": "v"},
-                     {"apInterface": "uap1"}]}})"_value}};
+                     {"apInterface": "uap1"}]}})")}};
     }
 
-    explicit SoftApModel(std::shared_ptr<RadioWorld> world)
-        : m_world(std::move(world))
-        , m_fixture(m_world->fixture)
+    explicit SoftApModel(RadioWorld& radioWorld)
+        : RadioModel(radioWorld)
     {
-        m_aps["uap0"].configured = R"({"apInterface": "uap0", "ssid": "Box", "vendorSpecificData":
-            "v"})"_hash;
-        m_aps["uap1"].configured = R"({"apInterface": "uap1"})"_hash;
+        const auto configured = nodeValues()[OrvaNetworkSoftApConfigSettingsPath()];
+        for (const auto& settings : configured.networkProfile().softApSettings())
+            m_aps[settings.apInterface()].configured = settings.__hash();
     }
 
-    QString step(Driver&, Rng& rng) override
+    QString check() override
     {
-        const QString did = act(rng);
-        m_fixture.settle();
-        return did;
-    }
-
-    QString check(Driver&) override
-    {
-        const auto& started = m_fixture.backend->startedSoftAps;
-        if (started.size() != m_starts || m_fixture.backend->stoppedSoftAps.size() != m_stops)
-            return QStringLiteral("not %1 starts and %2 stops").arg(m_starts).arg(m_stops);
+        const auto& started = fixture.backend->startedSoftAps;
+        if (started.size() != m_starts || fixture.backend->stoppedSoftAps.size() != m_stops)
+            return "not %1 starts and %2 stops"_s.arg(m_starts).arg(m_stops);
         if (m_starts > 0 && started.last() != OrvaHash(m_lastStart))
-            return QStringLiteral("started with other settings");
-        if (m_fixture.timer(QStringLiteral("m_softApTimer"))->isActive() != m_fallbackDue)
-            return QStringLiteral("the fallback is due: %1").arg(m_fallbackDue);
-        const QTimer* const expiry = m_fixture.timer(QStringLiteral("m_softApTimeoutTimer"));
-        const Request* const next = nextExpiring().first;
-        if (expiry->isActive() != (next != nullptr) ||
-            (next && expiry->interval() < next->deadline - m_world->now))
-            return QStringLiteral("the next expiry");
-        const QString published = live();
-        if (published != expectedLive())
-            return published + QStringLiteral(" instead of ") + expectedLive();
-        return m_asks.check() + m_world->check();
+            return "started with other settings"_s;
+        if (fixture.timer(fallbackTimer)->isActive() != m_fallbackDue)
+            return "the fallback is due: %1"_s.arg(m_fallbackDue);
+        const QTimer* const expiry = fixture.timer(expiryTimer);
+        const Request next = nextExpiring();
+        const bool expires = next.deadline > 0;
+        const qint64 remaining = qMax<qint64>(0, next.deadline - world.now);
+        // A deadline that would fall on the clock's 0 is one later.
+        if (expiry->isActive() != expires || (expires && qAbs(expiry->interval() - remaining) > 1))
+            return "the next expiry"_s;
+        QStringList live;
+        const auto rows = fixture.value(OrvaNetworkSoftApRequestsPath()).softApRequests();
+        for (const auto& row : rows)
+            live << row.interface() + row.name() + QString::number(row.running());
+        return live == expectedLive() ? world.check() : live.join(" "_s) + " live"_s;
     }
 
-    void finish(Driver&) override { stop(); }
+    void finish() override { stop(); }
 
 private:
     struct Request
@@ -66,6 +56,8 @@ private:
         QVariantHash settings;
         bool hold = false;
         qint64 deadline = 0; ///< on a clock that does not wrap; 0 for none
+
+        [[nodiscard]] QString interface() const { return settings["apInterface"_s].toString(); }
     };
     struct Ap
     {
@@ -75,95 +67,92 @@ private:
         QVector<int> pending;
     };
 
-    QString act(Rng& rng)
+    QString act(Rng& rng) override
     {
-        const QString interface = rng.chance(80) ? QStringLiteral("uap0") : QStringLiteral("uap1");
-        const QStringList names{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")};
+        const QString interface = rng.chance(80) ? "uap0"_s : "uap1"_s;
+        const QString name = rng.pick(QStringList{"a"_s, "b"_s, "c"_s});
         switch (rng.below(10)) {
         case 0:
             return rng.chance(60) ? start() : stop();
         case 1:
-            return setLink(rng.chance(50) ? QStringLiteral("eth0") : QStringLiteral("wlan0"),
-                           rng.chance(50));
+            return setLink(rng.chance(50) ? "eth0"_s : "wlan0"_s, rng.chance(50));
         case 2:
-            m_fixture.worker->setLinkStatus(interface, true);
-            m_asks.end(ap(interface).pending);
-            return interface + QStringLiteral(" up");
+            fixture.worker->setLinkStatus(interface, true);
+            driver.end(m_aps[interface].pending);
+            return interface + " up"_s;
         case 3:
-            if (m_fixture.fire(QStringLiteral("m_softApTimer")))
+            if (fixture.fire(fallbackTimer))
                 activateLocal();
             m_fallbackDue = false;
-            return QStringLiteral("fallback");
+            return "fallback"_s;
         case 4:
-            m_world->release();
-            return QStringLiteral("release");
+            world.release();
+            return "release"_s;
         case 5:
         case 6:
             return letTimePass(rng.below(300) * 10);
         case 7:
-            return revoke(rng.pick(names), interface);
+            return revoke({name, {{"apInterface"_s, interface}}});
         }
-        return request(rng.pick(names), interface, rng);
+        return request(name, interface, rng);
     }
-
-    Ap& ap(const QString& interface) { return m_aps[interface.toStdString()]; }
 
     QString request(const QString& name, const QString& interface, Rng& rng)
     {
-        QVariantHash settings{{QStringLiteral("apInterface"), interface}};
+        QVariantHash settings{{"apInterface"_s, interface}};
         if (rng.chance(60))
-            settings.insert(QStringLiteral("ssid"), QString(QChar('A' + rng.below(2))));
+            settings["ssid"_s] = QString(QChar('A' + rng.below(2)));
         if (rng.chance(30))
-            settings.insert(QStringLiteral("vendorSpecificData"), QStringLiteral("w"));
+            settings["vendorSpecificData"_s] = "w"_s;
         if (rng.chance(30))
-            settings.insert(QStringLiteral("channel"), rng.below(3));
+            settings["channel"_s] = rng.below(3);
         const int timeout = rng.chance(50) ? (1 + rng.below(200)) * 10 : 0;
         const bool hold = timeout > 0 && rng.chance(40);
 
         const OrvaValue value = softApRequest(name, settings, timeout, hold);
-        const int id = m_asks.add(m_fixture.send(OrvaNetworkRequestSoftApPath(), value));
-        receive({name, settings, hold, timeout > 0 ? m_world->now + timeout : 0}, interface, id);
-        return QStringLiteral("request ") + orvaToLog(value.__variant());
+        const int ask = driver.ask(OrvaNetworkRequestSoftApPath(), value);
+        if (!m_started)
+            driver.end(ask, notStarted);
+        else if (receive({name, settings, hold, timeout > 0 ? world.now + timeout : 0}))
+            m_aps[interface].pending << ask;
+        else
+            driver.end(ask);
+        return "request "_s + orvaToLog(value.__variant());
     }
 
-    void receive(const Request& request, const QString& interface, int id = -1)
+    QString revoke(const Request& request)
     {
-        if (!m_started)
-            return id < 0 ? void() : m_asks.end(id, notStarted);
-        auto& requests = ap(interface).requests;
+        const int ask = driver.ask(OrvaNetworkRevokeSoftApPath(),
+                                   softApRequest(request.name, request.settings));
+        driver.end(ask, m_started ? QString() : notStarted);
+        drop(request);
+        return "revoke %1 on %2"_s.arg(request.name, request.interface());
+    }
+
+    /// A started network manager takes the request; whether it waits for its interface.
+    bool receive(const Request& request)
+    {
+        auto& requests = m_aps[request.interface()].requests;
         const auto old = find(requests, request.name);
         if (old == requests.end())
             requests.append(request);
         else
             *old = request;
-        const bool changed = apply(interface);
-        if (id >= 0 && changed)
-            ap(interface).pending << id;
-        else if (id >= 0)
-            m_asks.end(id);
+        return apply(request.interface());
     }
 
-    QString revoke(const QString& name, const QString& interface)
-    {
-        const OrvaValue value = softApRequest(name, {{QStringLiteral("apInterface"), interface}});
-        const int id = m_asks.add(m_fixture.send(OrvaNetworkRevokeSoftApPath(), value));
-        m_asks.end(id, m_started ? QString() : notStarted);
-        drop(name, interface);
-        return QStringLiteral("revoke %1 on %2").arg(name, interface);
-    }
-
-    void drop(const QString& name, const QString& interface)
+    void drop(const Request& request)
     {
         if (!m_started)
             return;
-        auto& requests = ap(interface).requests;
-        const auto old = find(requests, name);
-        if (old != requests.end()) {
-            requests.erase(old);
-            m_hold = m_hold && !requests.isEmpty();
+        Ap& ap = m_aps[request.interface()];
+        const auto old = find(ap.requests, request.name);
+        if (old != ap.requests.end()) {
+            ap.requests.erase(old);
+            m_hold = m_hold && !ap.requests.isEmpty();
         }
-        apply(interface);
-        m_asks.end(ap(interface).pending, QStringLiteral("error: SoftAp request revoked"));
+        apply(request.interface());
+        driver.end(ap.pending, "error: SoftAp request revoked"_s);
     }
 
     static QVector<Request>::iterator find(QVector<Request>& requests, const QString& name)
@@ -174,27 +163,26 @@ private:
 
     bool apply(const QString& interface)
     {
-        Ap& own = ap(interface);
-        if (own.requests.isEmpty()) {
-            const bool ran = !own.active.isEmpty();
+        Ap& ap = m_aps[interface];
+        if (ap.requests.isEmpty()) {
+            const bool ran = !std::exchange(ap.active, {}).isEmpty();
             m_stops += ran ? 1 : 0;
-            own.active.clear();
-            if (m_aps["uap0"].active.isEmpty() && m_aps["uap1"].active.isEmpty())
-                m_world->claim(2, false);
+            if (m_aps["uap0"_s].active.isEmpty() && m_aps["uap1"_s].active.isEmpty())
+                world.claim(2, false);
             return ran;
         }
-        QVariantHash folded = own.configured;
-        QVariantHash sticky = own.active;
-        sticky.remove(QStringLiteral("vendorSpecificData"));
+        QVariantHash folded = ap.configured;
+        QVariantHash sticky = ap.active;
+        sticky.remove("vendorSpecificData"_s);
         folded.insert(sticky);
         const bool held = std::exchange(m_hold, false);
-        for (const Request& request : qAsConst(own.requests)) {
+        for (const Request& request : qAsConst(ap.requests)) {
             folded.insert(request.settings);
             m_hold = m_hold || request.hold;
         }
-        if (orvaStrictlyEqual(folded, std::exchange(own.active, folded)) || held)
+        if (orvaStrictlyEqual(folded, std::exchange(ap.active, folded)) || held)
             return false;
-        m_world->claim(2, true);
+        world.claim(2, true);
         ++m_starts;
         m_lastStart = folded;
         return true;
@@ -202,118 +190,105 @@ private:
 
     QString letTimePass(int ms)
     {
-        m_world->now += ms;
-        const QString timer = QStringLiteral("m_softApTimeoutTimer");
-        m_fixture.fire(timer); // early, or the first of those that are due
-        for (;;) {
-            const auto [next, interface] = nextExpiring();
-            if (!next || next->deadline > m_world->now)
-                return QStringLiteral("%1 ms pass").arg(ms);
-            drop(QString(next->name), interface);
-            m_fixture.fire(timer);
+        world.now += ms;
+        fixture.fire(expiryTimer); // early, or the first of those that are due
+        for (Request next = nextExpiring(); next.deadline > 0 && next.deadline <= world.now;
+             next = nextExpiring()) {
+            drop(next);
+            fixture.fire(expiryTimer);
         }
+        return "%1 ms pass"_s.arg(ms);
     }
 
-    [[nodiscard]] std::pair<const Request*, QString> nextExpiring() const
+    /// The first one of those that expire the soonest; without a deadline where none does.
+    [[nodiscard]] Request nextExpiring() const
     {
-        std::pair<const Request*, QString> next{nullptr, {}};
-        for (const auto& [interface, own] : m_aps)
-            for (const Request& request : own.requests)
+        Request next;
+        for (const Ap& ap : m_aps)
+            for (const Request& request : ap.requests)
                 if (request.deadline > 0 &&
-                    (!next.first || request.deadline < next.first->deadline))
-                    next = {&request, QString::fromStdString(interface)};
+                    (next.deadline == 0 || request.deadline < next.deadline))
+                    next = request;
         return next;
+    }
+
+    /// The request that the network manager makes for the device itself.
+    [[nodiscard]] Request own() const
+    {
+        return {fixture.worker->name(), {{"apInterface"_s, "uap0"_s}}};
     }
 
     void activateLocal()
     {
         m_localActive = m_started;
-        receive(
-            {m_fixture.worker->name(), {{QStringLiteral("apInterface"), QStringLiteral("uap0")}}},
-            QStringLiteral("uap0"));
+        if (m_started)
+            receive(own());
     }
 
     void deactivateLocal()
     {
         m_localActive = false;
-        drop(m_fixture.worker->name(), QStringLiteral("uap0"));
+        drop(own());
     }
 
     QString start()
     {
-        const int id = m_asks.add(m_fixture.send(OrvaNetworkStartPath()));
-        m_asks.end(id, m_started ? QStringLiteral("Error: start_req called while already started!")
-                                 : QString());
+        driver.end(driver.ask(OrvaNetworkStartPath()),
+                   m_started ? "Error: start_req called while already started!"_s : QString());
         if (std::exchange(m_started, true))
-            return QStringLiteral("start");
-        m_world->claim(1, true);
+            return "start"_s;
+        world.claim(1, true);
         if (!std::exchange(m_startedOnce, true))
             deactivateLocal();
-        m_fallbackDue = m_fallbackDue || (!m_localActive && m_linksUp.empty());
-        return QStringLiteral("start");
+        m_fallbackDue = m_fallbackDue || (!m_localActive && m_linksUp.isEmpty());
+        return "start"_s;
     }
 
     QString stop()
     {
-        m_asks.end(m_asks.add(m_fixture.send(OrvaNetworkStopPath())));
-        for (auto& [interface, own] : m_aps) {
-            m_stops += own.active.isEmpty() ? 0 : 1;
-            own.requests.clear();
-            own.active.clear();
-            m_asks.end(own.pending,
-                       QStringLiteral("Error: Cannot start softAp, stopping all softAps"));
+        driver.end(driver.ask(OrvaNetworkStopPath()));
+        for (Ap& ap : m_aps) {
+            m_stops += std::exchange(ap.active, {}).isEmpty() ? 0 : 1;
+            ap.requests.clear();
+            driver.end(ap.pending, "Error: Cannot start softAp, stopping all softAps"_s);
         }
         m_hold = false;
         deactivateLocal();
         m_started = false;
         m_fallbackDue = false;
         for (const int submodule : {1, 2, 3})
-            m_world->claim(submodule, false);
-        m_fixture.settle();
-        return QStringLiteral("stop");
+            world.claim(submodule, false);
+        fixture.settle();
+        return "stop"_s;
     }
 
     QString setLink(const QString& interface, bool up)
     {
-        m_fixture.worker->setLinkStatus(interface, up);
+        fixture.worker->setLinkStatus(interface, up);
+        m_linksUp.removeAll(interface);
         if (up) {
+            m_linksUp << interface;
             m_fallbackDue = false;
             deactivateLocal();
-            m_linksUp.insert(interface.toStdString());
-        } else {
-            m_linksUp.erase(interface.toStdString());
         }
-        m_fallbackDue = m_fallbackDue || (m_linksUp.empty() && !m_localActive);
-        if (m_linksUp.count("eth0") > 0)
-            m_world->claim(1, false);
-        return interface + (up ? QStringLiteral(" up") : QStringLiteral(" down"));
+        m_fallbackDue = m_fallbackDue || (m_linksUp.isEmpty() && !m_localActive);
+        if (m_linksUp.contains("eth0"_s))
+            world.claim(1, false);
+        return "%1 up: %2"_s.arg(interface).arg(up);
     }
 
-    /// The live requests with whether they run, as published and as expected.
-    QString live()
+    [[nodiscard]] QStringList expectedLive() const
     {
         QStringList rows;
-        const auto requests = m_fixture.value(OrvaNetworkSoftApRequestsPath()).softApRequests();
-        for (const auto& row : requests)
-            rows << row.interface() + row.name() + QString::number(row.running());
-        return rows.join(QLatin1Char(' '));
-    }
-    [[nodiscard]] QString expectedLive() const
-    {
-        QStringList rows;
-        for (const auto& [interface, own] : m_aps)
-            for (const Request& request : own.requests)
-                rows << QString::fromStdString(interface) + request.name +
-                            QString::number(!own.active.isEmpty());
-        return rows.join(QLatin1Char(' '));
+        for (auto ap = m_aps.begin(); ap != m_aps.end(); ++ap)
+            for (const Request& request : ap->requests)
+                rows << ap.key() + request.name + QString::number(!ap->active.isEmpty());
+        return rows;
     }
 
-    const QString notStarted = QStringLiteral("error: Networking is not started.");
-    std::shared_ptr<RadioWorld> m_world;
-    WorkerFixture& m_fixture;
-    Asks m_asks;
-    std::map<std::string, Ap> m_aps;
-    std::set<std::string> m_linksUp;
+    const QString notStarted = "error: Networking is not started."_s;
+    QMap<QString, Ap> m_aps;
+    QStringList m_linksUp;
     QVariantHash m_lastStart;
     int m_starts = 0;
     int m_stops = 0;

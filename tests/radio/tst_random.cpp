@@ -8,15 +8,7 @@ class TestRandomRadio : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void agreesWithTheModels_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        const quint32 only = qEnvironmentVariableIntValue("ORVA_SEED");
-        for (quint32 seed = 1; seed <= 10; ++seed)
-            if (only == 0 || only == seed)
-                QTest::addRow("seed %u", seed) << seed;
-    }
-
+    void agreesWithTheModels_data() { addSeeds(10); }
     void agreesWithTheModels()
     {
         QFETCH(quint32, seed);
@@ -24,7 +16,7 @@ private Q_SLOTS:
         // Each third seed crosses one of the moments at which the clock of the deadlines wraps.
         const qint64 wraps[] = {Q_INT64_C(100001), (Q_INT64_C(1) << 31) - 20007,
                                 (Q_INT64_C(1) << 32) - 20005};
-        const auto world = std::make_shared<RadioWorld>(driver.fixture, wraps[seed % 3]);
+        RadioWorld world(driver, wraps[seed % 3]);
         driver.add(std::make_unique<SoftApModel>(world));
         driver.add(std::make_unique<ScanModel>(world));
         driver.add(std::make_unique<WpsModel>(world));

@@ -6,81 +6,79 @@
 #include <wpsCredentials.h>
 #include <wpsPin.h>
 
-using Settings = OrvaNetworkProfileSoftApSettings;
-
-Q_DECLARE_METATYPE(QVariantHash)
-
 class TestRules : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
     void completesWpsPins()
     {
-        QCOMPARE(wpsPin(1234567), QStringLiteral("12345670"));
-        QCOMPARE(wpsPin(0), QStringLiteral("00000000"));
-        QCOMPARE(wpsPin(1), QStringLiteral("00000017"));
-        QCOMPARE(wpsPin(9999999), QStringLiteral("99999995"));
+        QCOMPARE(wpsPin(1234567), "12345670"_s);
+        QCOMPARE(wpsPin(1), "00000017"_s);
+        QCOMPARE(wpsPin(9999999), "99999995"_s);
     }
 
     void acceptsEightAsciiDigitsAsPin()
     {
-        QVERIFY(isWpsPin(QStringLiteral("12345678"))); // its checksum is wrong
-        for (const char* text : {"1234567", "123456789", "1234567a", "12345678\n", ""})
-            QVERIFY2(!isWpsPin(QLatin1String(text)), text);
-        QVERIFY(!isWpsPin(QString(8, QChar(0x0661)))); // Arabic digits
+        QVERIFY(isWpsPin("12345678"_s)); // its checksum is wrong
+        const QString arabic(8, QChar(0x0661));
+        for (const QString& text :
+             {"1234567"_s, "123456789"_s, "1234567a"_s, "12345678\n"_s, QString(), arabic})
+            QVERIFY2(!isWpsPin(text), qPrintable(text));
     }
 
     void takesOnlyTheNetworkFromWpsCredentials()
     {
-        const OrvaNetworkInterface credentials(
-            R"({"ssid": "Home", "key": "secret", "encryption": 2, "bssid": "b"})"_hash);
-        const OrvaNetworkProfile old(
-            R"({"type": 1, "wired": {"dhcp": true}, "softApSettings": [{"ssid": "Box"}]})"_hash);
-        const OrvaHash expected(R"({
+        const OrvaValue old = json(R"({"networkProfile": {
+            "type": 1, "wired": {"dhcp": true}, "softApSettings": [{"ssid": "Box"}]}})");
+        const OrvaValue credentials = json(R"({"networkInterface": {
+            "ssid": "Home", "key": "secret", "encryption": 2, "bssid": "b"}})");
+        const OrvaValue expected = json(R"({"networkProfile": {
             "type": 0,
             "wired": {"dhcp": true},
             "wireless": {"dhcp": true, "ssid": "Home", "key": "secret", "encryption": 2},
-            "softApSettings": []})"_hash);
-        QCOMPARE(OrvaHash(withWpsCredentials(old, credentials)), expected);
+            "softApSettings": []}})");
+        QCOMPARE(withWpsCredentials(old.networkProfile(), credentials.networkInterface()),
+                 expected.networkProfile());
     }
 
     void identifiesScanRowsBySsid()
     {
         const auto rowOf = [](const QString& ssid) {
-            return scanRow(OrvaNetworkScanResult(QVariantHash{{QStringLiteral("ssid"), ssid}}));
+            return scanRow(OrvaNetworkScanResult(QVariantHash{{"ssid"_s, ssid}}));
         };
-        QCOMPARE(rowOf(QStringLiteral("Cafe")).id(), QStringLiteral("43616665"));
-        QCOMPARE(rowOf(QStringLiteral("Mü\n")).id(), QStringLiteral("4dc3bc0a"));
+        QCOMPARE(rowOf("Mü\n"_s).id(), "4dc3bc0a"_s);
         QCOMPARE(rowOf(QString()).id(), QString());
-        const QVariantHash expected = R"({"id": "61", "title": "a", "type": 101,
-            "value": {"networkScanResult": {"ssid": "a"}}})"_hash;
-        QCOMPARE(OrvaHash(rowOf(QStringLiteral("a"))), OrvaHash(expected));
+        QCOMPARE(OrvaHash(rowOf("a"_s)), OrvaHash(json(R"({"id": "61", "title": "a", "type": 101,
+            "value": {"networkScanResult": {"ssid": "a"}}})")));
     }
 
     void mergesSettings_data()
     {
-        QTest::addColumn<QVariantHash>("first");
-        QTest::addColumn<QVariantHash>("second");
-        QTest::addColumn<QVariantHash>("merged");
-        const QVariantHash all = R"({"dhcpRangeFrom": "a", "dhcpRangeTo": "b", "countryCode": "c",
+        QTest::addColumn<QByteArray>("first");
+        QTest::addColumn<QByteArray>("second");
+        QTest::addColumn<QByteArray>("merged");
+        const QByteArray all = R"({"dhcpRangeFrom": "a", "dhcpRangeTo": "b", "countryCode": "c",
             "channel": 6, "ssid": "d", "bssid": "e", "apAddress": "f", "apNetmask": "g",
-            "apInterface": "h", "domainName": "i", "vendorSpecificData": "j"})"_hash;
-        QTest::newRow("all from the first") << all << QVariantHash() << all;
-        QTest::newRow("all from the second") << R"({"x": 1})"_hash << all << all;
-        QTest::newRow("first wins") << R"({"ssid": "", "channel": 1})"_hash
-                                    << R"({"ssid": "B", "bssid": "b"})"_hash
-                                    << R"({"ssid": "", "channel": 1, "bssid": "b"})"_hash;
+            "apInterface": "h", "domainName": "i", "vendorSpecificData": "j"})";
+        QTest::newRow("all from the first") << all << QByteArray("{}") << all;
+        QTest::newRow("all from the second") << QByteArray(R"({"x": 1})") << all << all;
+        QTest::newRow("first wins") << QByteArray(R"({"ssid": "", "channel": 1})")
+                                    << QByteArray(R"({"ssid": "B", "bssid": "b"})")
+                                    << QByteArray(R"({"ssid": "", "channel": 1, "bssid": "b"})");
     }
 
     void mergesSettings()
     {
-        QFETCH(QVariantHash, first);
-        QFETCH(QVariantHash, second);
-        QFETCH(QVariantHash, merged);
-        const Settings result = mergeSoftApSettings(Settings(first), Settings(second));
-        QCOMPARE(OrvaHash(result), OrvaHash(merged));
-        merged.remove(QStringLiteral("vendorSpecificData"));
-        QCOMPARE(OrvaHash(stickySoftApSettings(result)), OrvaHash(merged));
+        using Settings = OrvaNetworkProfileSoftApSettings;
+        QFETCH(QByteArray, first);
+        QFETCH(QByteArray, second);
+        QFETCH(QByteArray, merged);
+        Settings expected(json(merged).__hash());
+        const Settings result =
+            mergeSoftApSettings(Settings(json(first).__hash()), Settings(json(second).__hash()));
+        QCOMPARE(result, expected);
+        expected.__remove(Settings::VendorSpecificData());
+        QCOMPARE(stickySoftApSettings(result), expected);
     }
 
     void setsDeadlinesAcrossTheWraps()
@@ -90,9 +88,21 @@ private Q_SLOTS:
         QCOMPARE(softApDeadline(1000, -5), 0); // none
         QCOMPARE(softApDeadline(halfWrap - 1, 1), std::numeric_limits<qint32>::min());
         QCOMPARE(softApDeadline(2 * halfWrap - 10, 10), 1); // 0 would be none
-        QCOMPARE(softApDeadline(2 * halfWrap - 10, 15), 5);
         QCOMPARE(millisecondsTo(5, 2 * halfWrap - 10), 15);
         QCOMPARE(millisecondsTo(5, 2 * halfWrap + 10), -5);
+    }
+
+    void findsTheNextExpiryAcrossTheWrap()
+    {
+        const qint64 now = (Q_INT64_C(1) << 31) - 10;
+        SoftApTable table;
+        for (const int timeout : {20, 5}) {
+            OrvaNetworkProfileSoftApRequest request;
+            request.setName(QString::number(timeout));
+            request.setTimeout(static_cast<qint32>(softApDeadline(now, timeout)));
+            table.set(request);
+        }
+        QCOMPARE(nextExpiringSoftApRequest({{"uap0"_s, table}}).name(), "5"_s);
     }
 };
 

@@ -2,100 +2,68 @@
 
 namespace {
 
+const QString scanTimer = "m_scanTimer"_s;
+
 QVector<OrvaNetworkScanResult> networks(int count)
 {
     QVector<OrvaNetworkScanResult> results(count);
     for (int i = 0; i < count; ++i)
-        results[i].setSsid(QStringLiteral("net%1").arg(i));
+        results[i].setSsid("net%1"_s.arg(i));
     return results;
 }
 
-/// A worker on a clock that the test turns.
-class Scanner : public WorkerFixture
+int rowCount(WorkerFixture& fixture)
 {
-public:
-    qint64 now = 1000;
-
-    Scanner()
-    {
-        worker->setClock([this] { return now; });
-    }
-
-    CMReply<QVariant> askAfter(qint64 ms)
-    {
-        now += ms;
-        const auto reply = send(OrvaNetworkScanPath());
-        settle();
-        return reply;
-    }
-
-    void setStatus(Networking_LowLevel::InterfaceStatus status)
-    {
-        backend->status = status;
-        Q_EMIT backend->InterfaceStatusChanged(QStringLiteral("wlan0"), status);
-    }
-
-    int rowCount()
-    {
-        const auto reply = CMReply<QVariant>::create();
-        root.request(CMGetRowsRequest{OrvaNetworkScanResultsPath(), reply});
-        return reply.value().toList().size();
-    }
-};
+    const auto reply = CMReply<QVariant>::create();
+    fixture.root.request(CMGetRowsRequest{OrvaNetworkScanResultsPath(), reply});
+    return reply.value().toList().size();
+}
 
 } // namespace
 
+/// What the random sequences do not see of scans.
 class TestScan : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void guardsTheOldestRequest()
+    void leavesTheGuardOfTheOldestRequestAlone()
     {
-        Scanner scanner;
-        const QTimer* const timer = scanner.timer(QStringLiteral("m_scanTimer"));
-        scanner.askAfter(0);
-        const int first = timer->timerId();
-        scanner.setStatus(Networking_LowLevel::Unknown);
-        scanner.askAfter(10000);
-        QCOMPARE(timer->timerId(), first);
-        scanner.now += 2000;
-        Q_EMIT scanner.backend->ScanResults({});
-        QCOMPARE(timer->interval(), 28000);
-        scanner.setStatus(Networking_LowLevel::Idle);
-        Q_EMIT scanner.backend->ScanResults({});
-        QVERIFY(!timer->isActive());
-        scanner.askAfter(99000);
-        QCOMPARE(timer->interval(), 30000);
+        WorkerFixture fixture;
+        fixture.request(OrvaNetworkScanPath());
+        const int first = fixture.timer(scanTimer)->timerId();
+        fixture.request(OrvaNetworkScanPath());
+        QCOMPARE(fixture.timer(scanTimer)->timerId(), first);
     }
 
     void countsRequestsThatWantNoAnswer()
     {
-        Scanner scanner;
-        scanner.root.invoke(OrvaNetworkScanPath(), OrvaValue(), {});
-        scanner.askAfter(0);
-        QCOMPARE(scanner.backend->commands, {QStringLiteral("scanNetworks")});
-        QVERIFY(scanner.fire(QStringLiteral("m_scanTimer")));
+        WorkerFixture fixture;
+        fixture.root.invoke(OrvaNetworkScanPath(), OrvaValue(), {});
+        fixture.request(OrvaNetworkScanPath());
+        QCOMPARE(fixture.backend->commands, {"scanNetworks"_s});
+        QVERIFY(fixture.fire(scanTimer));
     }
 
     void answersResultsThatComeAtOnce()
     {
-        Scanner scanner;
-        scanner.backend->onCommand = [&](const QString&) {
-            Q_EMIT scanner.backend->ScanResults({});
+        WorkerFixture fixture;
+        fixture.backend->onCommand = [&](const QString&) {
+            Q_EMIT fixture.backend->ScanResults({});
         };
-        QCOMPARE(outcomes({scanner.askAfter(0)}), QStringLiteral("ok"));
-        QVERIFY(!scanner.timer(QStringLiteral("m_scanTimer"))->isActive());
+        QCOMPARE(fixture.request(OrvaNetworkScanPath()), QString());
+        QVERIFY(!fixture.timer(scanTimer)->isActive());
     }
 
     void publishesAndAnswersResults()
     {
-        Scanner scanner;
-        Q_EMIT scanner.backend->ScanResults(networks(3));
-        QCOMPARE(scanner.rowCount(), 3);
-        const auto reply = scanner.askAfter(0);
-        QCOMPARE(scanner.rowCount(), 0);
-        Q_EMIT scanner.backend->ScanResults(networks(5000) + networks(1));
-        QCOMPARE(scanner.rowCount(), 5000);
+        WorkerFixture fixture;
+        Q_EMIT fixture.backend->ScanResults(networks(3));
+        QCOMPARE(rowCount(fixture), 3);
+        const auto reply = fixture.send(OrvaNetworkScanPath());
+        fixture.settle();
+        QCOMPARE(rowCount(fixture), 0);
+        Q_EMIT fixture.backend->ScanResults(networks(5000) + networks(1));
+        QCOMPARE(rowCount(fixture), 5000);
         QCOMPARE(OrvaValue(reply.value().toHash()).networkScanResults().size(), 5001);
     }
 };

@@ -13,21 +13,19 @@ public:
 
     void run(const QByteArray& script)
     {
-        const CMError failure(QStringLiteral("WpsError"), TrString("no router"));
-        const QStringList starts{QStringLiteral("performWpsPbc"), QStringLiteral("performWpsPin")};
-        const auto home = wpaNetwork(QStringLiteral("Home"));
-        const QMap<QByteArray, std::function<void()>> steps = {
-            {"pbc", [this] { replies << send(OrvaNetworkPerformWpsPbcPath()); }},
-            {"refuse", [&] { backend->refused = starts; }},
-            {"end", [&] { backend->wpsReply.finish(home); }},
-            {"fail", [&] { backend->wpsReply.setError(failure); }},
-            {"dropped", [this] { backend->wpsReply = {}; }},
-        };
         for (const QByteArray& word : script.split(' ')) {
-            const auto pin = [&] {
-                replies << send(OrvaNetworkPerformWpsPinPath(), toValue(QString::fromUtf8(word)));
-            };
-            steps.value(word, pin)();
+            if (word == "pbc")
+                replies << send(OrvaNetworkPerformWpsPbcPath());
+            else if (word == "refuse")
+                backend->refused = QStringList{"performWpsPbc"_s, "performWpsPin"_s};
+            else if (word == "end")
+                backend->wpsReply.finish(wpaNetwork("Home"_s));
+            else if (word == "fail")
+                backend->wpsReply.setError(CMError("WpsError"_s, "no router"_s));
+            else if (word == "dropped")
+                backend->wpsReply = {};
+            else
+                replies << send(OrvaNetworkPerformWpsPinPath(), text(word));
             settle();
         }
     }
@@ -56,25 +54,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("wps");
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("power");
-        const char* const runs = "WPS in progress...";
-        const char* const runsPin = "WPS PIN in progress...";
+        const auto row = [](const char* script, const char* answers, const char* wps,
+                            const char* message, const char* power) {
+            QTest::newRow(script) << answers << wps << message << power;
+        };
         const char* const done = "WPS finished successfully!";
-        const char* const failed = "WPS failed: no router";
-        const char* const refused = "error: WPS request failed.";
-        QTest::newRow("pbc") << "no answer"
-                             << "1 0 " << runs << "+";
-        QTest::newRow("12345678") << "no answer"
-                                  << "1 1 " << runsPin << "+";
-        QTest::newRow("pbc end") << "ok"
-                                 << "2 0 " << done << "+-";
-        QTest::newRow("pbc fail") << "WpsError: no router"
-                                  << "3 0 no router" << failed << "+-";
-        QTest::newRow("pbc fail 12345678 end") << "WpsError: no router; ok"
-                                               << "2 1 no router" << done << "++-";
-        QTest::newRow("refuse pbc") << refused << "1 0 " << runs << "+-";
-        QTest::newRow("pbc dropped 12345670 end")
-            << "Dropped: The request was dropped without an answer.; ok"
-            << "2 1 The request was dropped without an answer." << done << "++-";
+        row("pbc", "no answer", "1 0 ", "WPS in progress...", "+");
+        row("12345678", "no answer", "1 1 ", "WPS PIN in progress...", "+");
+        row("pbc end", "ok", "2 0 ", done, "+-");
+        row("pbc fail", "WpsError: no router", "3 0 no router", "WPS failed: no router", "+-");
+        row("pbc fail 12345678 end", "WpsError: no router; ok", "2 1 no router", done, "++-");
+        row("refuse pbc", "error: WPS request failed.", "1 0 ", "WPS in progress...", "+-");
+        row("pbc dropped 12345670 end", "Dropped: The request was dropped without an answer.; ok",
+            "2 1 The request was dropped without an answer.", done, "++-");
     }
 
     void runsOneSession()
@@ -83,10 +75,9 @@ private Q_SLOTS:
         user.run(QTest::currentDataTag());
         QTEST(outcomes(user.replies), "answers");
         const OrvaNetworkWps wps = user.info().wireless().wps();
-        QTEST(QStringLiteral("%1 %2 %3").arg(wps.status()).arg(wps.type()).arg(wps.lastError()),
-              "wps");
+        QTEST("%1 %2 %3"_s.arg(wps.status()).arg(wps.type()).arg(wps.lastError()), "wps");
         QTEST(user.value(OrvaNetworkConnectingMessage()).string_(), "message");
-        user.fire(QStringLiteral("m_releaseWifiResourceTimer"));
+        user.fire(releaseTimer);
         QTEST(powerRequests(user), "power");
     }
 
@@ -94,14 +85,14 @@ private Q_SLOTS:
     {
         WpsUser user;
         user.run("12345670 end");
-        QCOMPARE(user.backend->wpsPin, QStringLiteral("12345670"));
+        QCOMPARE(user.backend->wpsPin, "12345670"_s);
         const OrvaValue credentials(user.replies.first().value().toHash());
         QCOMPARE(user.request(OrvaNetworkApplyWpsPath(), credentials),
-                 QStringLiteral("error: Networking is not started."));
+                 "error: Networking is not started."_s);
         user.request(OrvaNetworkStartPath());
         QCOMPARE(user.request(OrvaNetworkApplyWpsPath(), credentials), QString());
         QCOMPARE(OrvaHash(user.backend->profiles.last().wireless()),
-                 OrvaHash(wpaNetwork(QStringLiteral("Home"))));
+                 OrvaHash(wpaNetwork("Home"_s)));
     }
 };
 

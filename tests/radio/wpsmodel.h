@@ -3,88 +3,70 @@
 #include "radioworld.h"
 
 /// WPS sessions: one at a time, refused, successful, failed.
-class WpsModel : public Model
+class WpsModel : public RadioModel
 {
 public:
-    explicit WpsModel(std::shared_ptr<RadioWorld> world)
-        : m_world(std::move(world))
-        , m_fixture(m_world->fixture)
-    {
-    }
+    using RadioModel::RadioModel;
 
-    QString step(Driver&, Rng& rng) override
-    {
-        const QString did = act(rng.below(6));
-        m_fixture.settle();
-        return did;
-    }
+    QString check() override { return world.check(); }
 
-    QString check(Driver&) override { return m_asks.check() + m_world->check(); }
-    void finish(Driver& driver) override
+    void finish() override
     {
-        act(0);
-        driver.fixture.settle();
+        fixture.backend->wpsReply.finish({});
+        end(QString());
+        fixture.settle();
     }
 
 private:
-    QString act(int what)
+    QString act(Rng& rng) override
     {
-        const QStringList starts{QStringLiteral("performWpsPbc"), QStringLiteral("performWpsPin")};
-        switch (what) {
+        switch (rng.below(6)) {
         case 0:
-            m_fixture.backend->wpsReply.finish(OrvaNetworkInterface());
+            fixture.backend->wpsReply.finish({});
             end(QString());
-            return QStringLiteral("WPS succeeds");
+            return "WPS succeeds"_s;
         case 1:
-            m_fixture.backend->wpsReply.setError(
-                CMError(QStringLiteral("WpsError"), TrString("no router")));
-            end(QStringLiteral("WpsError: no router"));
-            return QStringLiteral("WPS fails");
+            fixture.backend->wpsReply.setError(CMError("WpsError"_s, "no router"_s));
+            end("WpsError: no router"_s);
+            return "WPS fails"_s;
         case 2:
             m_refused = !m_refused;
-            for (const QString& start : starts) {
-                m_fixture.backend->refused.removeAll(start);
-                if (m_refused)
-                    m_fixture.backend->refused << start;
-            }
-            return QStringLiteral("WPS is refused: %1").arg(m_refused);
+            refuse({"performWpsPbc"_s, "performWpsPin"_s}, m_refused);
+            return "WPS is refused: %1"_s.arg(m_refused);
         case 3:
-            start(m_fixture.send(OrvaNetworkPerformWpsPbcPath()), true);
-            return QStringLiteral("WPS by button");
+            start(driver.ask(OrvaNetworkPerformWpsPbcPath()), true);
+            return "WPS by button"_s;
         }
-        const QString pin = what == 4 ? QStringLiteral("12345670") : QString(8, QChar(0x0661));
-        start(m_fixture.send(OrvaNetworkPerformWpsPinPath(), toValue(pin)), what == 4);
-        return QStringLiteral("WPS by PIN ") + pin;
+        const bool valid = rng.chance(50);
+        const QString pin = valid ? "12345670"_s : QString(8, QChar(0x0661));
+        start(driver.ask(OrvaNetworkPerformWpsPinPath(), toValue(pin)), valid);
+        return "WPS by PIN "_s + pin;
     }
 
-    void start(const CMReply<QVariant>& reply, bool valid)
+    void start(int ask, bool valid)
     {
-        const int id = m_asks.add(reply);
-        if (m_running >= 0)
-            return m_asks.end(id, QStringLiteral("error: WPS in progress, ignoring request."));
+        if (m_running)
+            return driver.end(ask, "error: WPS in progress, ignoring request."_s);
         if (!valid)
-            return m_asks.end(id, QStringLiteral("error: WPS PIN needs to be exactly 8 digits"));
-        m_world->claim(4, true);
+            return driver.end(ask, "error: WPS PIN needs to be exactly 8 digits"_s);
+        world.claim(4, true);
         if (!m_refused) {
-            m_running = id;
+            m_running = ask;
             return;
         }
-        m_world->claim(4, false);
-        m_asks.end(id, QStringLiteral("error: WPS request failed."));
+        world.claim(4, false);
+        driver.end(ask, "error: WPS request failed."_s);
     }
 
     void end(const QString& outcome)
     {
-        m_fixture.backend->wpsReply = {};
-        if (m_running < 0)
+        fixture.backend->wpsReply = {};
+        if (!m_running)
             return;
-        m_world->claim(4, false);
-        m_asks.end(std::exchange(m_running, -1), outcome);
+        world.claim(4, false);
+        driver.end(*std::exchange(m_running, std::nullopt), outcome);
     }
 
-    std::shared_ptr<RadioWorld> m_world;
-    WorkerFixture& m_fixture;
-    Asks m_asks;
-    int m_running = -1; ///< the session's request
+    std::optional<int> m_running; ///< the session's request
     bool m_refused = false;
 };
