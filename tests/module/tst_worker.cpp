@@ -182,13 +182,15 @@ private Q_SLOTS:
         row("start; up uap0", "", "softap 1; overall 0; link 0; mac FF");
         row("start; up uap0; leave uap0", "", "softap 2; overall 0");
         row("start; cable out", "", "wired status 0; wireless status 1");
+        row("start; cable out; cable in", "", "wired status 1");
         row("start; remove Office", "", "stored Home; known Home");
         row("start; remove Home; remove Office", "", "stored ; known ");
         row("start; remove Cafe", "error: Network is not configured", "known Home,Office");
         row("remove Home", "error: Networking is not started.", "stored Home,Office");
         row("start; wrong Home; wrong Home", "",
             "wireless status 2; message wrong key; backups 0; stored Home,Office");
-        row("start; wrong Home; up wlan0; wrong Home; wrong Home", "", "backups 0");
+        row("start; up wlan0; wrong Home; wrong Home; wrong Home", "", "backups 0");
+        row("start; wrong Home; wrong Home; wrong Home", "", "backups 1; stored ; known ");
         row("start; wrong Home; wrong Home; wrong Home; wrong Home; wrong Home; wrong Home", "",
             "backups 1; stored ; known ");
     }
