@@ -21,8 +21,8 @@ class PrivateBus:
         self.log = open(self.directory / "log", "w", encoding="utf-8")
         self.children = []
 
-    def start_bus(self):
-        bus = self.start("dbus-daemon", "--nofork", "--nopidfile", f"--config-file={self.directory}/bus.conf",
+    def start_bus(self, *under):
+        bus = self.start(*under, "dbus-daemon", "--nofork", "--nopidfile", f"--config-file={self.directory}/bus.conf",
                          "--address=" + self.address, "--print-address", stdout=subprocess.PIPE)
         bus.stdout.readline()  # printed once it listens
 

@@ -109,31 +109,6 @@ class TheDevice(Device):
         self.assertIn("ended by itself", result.stderr)
         self.assert_nothing_left()
 
-    @unittest.skipUnless(os.geteuid() == 0, "only root can be somebody else")
-    def test_lets_in_root_and_the_group_netdev_alone(self):
-        groups = self.home / "group"
-        groups.write_text("root:x:0:\nnogroup:x:65534:\nnetdev:x:4711:\n")
-        in_own_groups = ["unshare", "--mount", "sh", "-c",
-                         f'mount --bind {groups} /etc/group && exec "$@"', "sh"]
-        call = ("chmod 755 {}/orva-run.*; setpriv --reuid games --regid nogroup {} busctl call "
-                "org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s network/state/connected")
-        for option, inside in (("--clear-groups", False), ("--groups 4711", True)):
-            with self.subTest(option):
-                result = self.run_("--fake", "sh", "-c", call.format(self.runtime, option),
-                                   under=in_own_groups)
-                self.assertEqual(result.returncode == 0, inside, result.stderr)
-                self.assertEqual("Access denied" in result.stderr, not inside, result.stderr)
-
-    def test_shows_a_passphrase_in_no_line_of_its_log(self):
-        canary = "canary-passphrase"
-        profile = {"networkProfile": {"wireless": {"ssid": "Home", "encryption": 2, "key": canary}}}
-        self.out("--fake", "--log-level", "trace", "orvactl", "invoke", "network/profile/set",
-                 json.dumps(profile))
-        self.assertIn("Home", (self.state / "device.log").read_text())
-        holders = [f for f in self.state.iterdir() if f.is_file() and canary in f.read_text()]
-        self.assertEqual([f.stat().st_mode & 0o777 for f in holders], [0o600])
-        self.assertNotIn(canary, self.out("--fake", "orvactl", "get", "network/profile"))
-
 
 @unittest.skipUnless(os.geteuid() == 0, "network namespaces are root's")
 class TheFakeBackend(Device):

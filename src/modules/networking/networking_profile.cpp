@@ -2,6 +2,7 @@
 #include "networkInfoRules.h"
 #include "networkProfileRules.h"
 #include "networking.h"
+#include "networking_error.h"
 #include "networking_log.h"
 #include "nodeValues.h"
 
@@ -58,8 +59,9 @@ bool Networking::removeNetwork(const CMSetDataRequest& request)
     const OrvaNetworkProfile published = m_profileNode->value().networkProfile();
     const OrvaNetworkProfile shortened = withoutNetwork(published, request.value().string_());
     if (shortened.wirelessNetworks().size() == published.wirelessNetworks().size()) {
-        request.fail(CMError(QStringLiteral("error"),
-                             TrString(trExtractContext(Q_FUNC_INFO), "Network is not configured")));
+        constexpr auto context =
+            "void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest&)";
+        request.fail(networkingError(context, "Network is not configured"));
         return false;
     }
     const auto reply = CMReply<QVariant>::create();
