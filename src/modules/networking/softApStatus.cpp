@@ -1,6 +1,7 @@
 #include "softApStatus.h"
 
 #include "softApDeadline.h"
+#include "softApSettings.h"
 
 namespace {
 
@@ -11,7 +12,8 @@ OrvaNetworkSoftApRequestStatus statusOf(const OrvaNetworkProfileSoftApRequest& r
     OrvaNetworkSoftApRequestStatus status;
     status.setName(request.name());
     status.setInterface(interface);
-    status.setSettings(request.settings());
+    // The known fields alone: whatever else a requester sends along may be a key.
+    status.setSettings(mergeSoftApSettings(request.settings(), {}));
     status.setHold(request.holdSoftAp());
     status.setExpiresInMs(
         request.timeout() == 0 ? 0 : qMax(1, millisecondsTo(request.timeout(), nowMs)));
