@@ -106,20 +106,6 @@ private Q_SLOTS:
         QCOMPARE(device->info().wired().addresses().value(0).prefix(), 24);
     }
 
-    void whoDoesNotOwnTheNameIsNotHeard()
-    {
-        EVENTUALLY(currentCable());
-        auto forged =
-            QDBusMessage::createSignal("/org/orva/lumod"_s, "org.orva.lumod"_s, "CableStatus"_s);
-        forged << false;
-        QVERIFY(connection->send(forged));
-        emitSignal("Connected"_s, {"eth0"_s});
-        EVENTUALLY(device->worker->linkStatus());
-        QVERIFY(currentCable());
-        emitSignal("CableStatus"_s, {false}); // the same from the right one
-        EVENTUALLY(!currentCable());
-    }
-
     void aDaemonThatHangsCostsTwoSecondsOnce()
     {
         send(OrvaNetworkStartPath());

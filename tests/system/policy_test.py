@@ -89,7 +89,7 @@ class PolicyTest(unittest.TestCase):
                 self.write(path, profile)
                 self.assertIn(CANARY, self.call(*HOST, HOST[0], "GetValue", "s", path))
                 refused = self.call(*HOST, HOST[0], "GetValue", "s", path, user="netdev")
-                self.assertNotIn("networkProfile", refused)
+                self.assertIn("for root and the host's own user alone.", refused)
                 self.write(path, ["networkProfile", "a{sv}", "0"], user="netdev")
                 self.assertIn(CANARY, self.call(*HOST, HOST[0], "GetValue", "s", path))
 
@@ -108,6 +108,7 @@ class PolicyTest(unittest.TestCase):
         heard = {user: self.heard(ear) for user, ear in ears.items()}
         self.assertNotIn("Changed", heard["outside"].replace("NameOwnerChanged", ""))
         self.assertIn("ValueChanged network/state/cable", heard["netdev"])
+        self.assertIn(f"ValueChanged {SECRETS[0]} dbus.Dictionary({{}}", heard["netdev"])
         self.assertNotRegex(heard["netdev"], f"{CANARY}|CableStatus|InterfaceStatusChanged")
 
     def test_forged_signals(self):

@@ -91,10 +91,11 @@ bool orvaStrictlyEqual(const QVariant& left, const QVariant& right)
 
 bool orvaIsSecretKey(const QString& key)
 {
-    static const QStringList names = {QStringLiteral("key"),      QStringLiteral("wpa_psk"),
-                                      QStringLiteral("psk"),      QStringLiteral("passphrase"),
-                                      QStringLiteral("password"), QStringLiteral("wep_key")};
-    return names.contains(key);
+    static const QStringList names = {QStringLiteral("key"),           QStringLiteral("wpa_psk"),
+                                      QStringLiteral("psk"),           QStringLiteral("passphrase"),
+                                      QStringLiteral("password"),      QStringLiteral("wep_key"),
+                                      QStringLiteral("wpa_passphrase")};
+    return names.contains(key, Qt::CaseInsensitive);
 }
 
 QString orvaLogText(const QString& text)
