@@ -10,9 +10,10 @@ packages_run=(
 packages_test=(
     clang-format clang-tidy clang-tools doxygen
     python3 python3-dbus python3-gi
+    make # a plug-in author's CMake calls it unless told otherwise
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
-packages_fuzz=(clang) # beside those of packages_run
+packages_fuzz=(clang libclang-rt-14-dev) # beside those of packages_run
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
     {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev}:arm64
