@@ -217,6 +217,8 @@ void Daemon::SetNormalMode(const QString& mode)
     m_mode = mode;
     m_world.bringUp({*wanted, m_networks, wire::staticIp(m_wiredIpSettings),
                      wire::staticIp(m_wirelessIpSettings)});
+    // A client that started after us heard none of it.
+    m_world.announce();
 }
 
 void Daemon::SetOffMode()

@@ -165,6 +165,17 @@ private Q_SLOTS:
         EVENTUALLY(allAnswered());
     }
 
+    void aRestartedHostCanScan()
+    {
+        for (int i = 0; i < 2; ++i) {
+            device.reset();
+            createDevice();
+            requestUntilAnswered(OrvaNetworkStartPath());
+            EVENTUALLY(isConnectedTo("Home"_s));
+            requestUntilAnswered(OrvaNetworkScanPath());
+        }
+    }
+
     void aDaemonThatComesAfterTheHostIsHeard()
     {
         write("absent", {});

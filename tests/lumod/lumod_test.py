@@ -45,15 +45,23 @@ class LumodTest(unittest.TestCase):
         for signal in signals:
             self.p.wait(*signal.split())
 
+    def hear_any(self):
+        name, payload = self.p.next()
+        return name, payload["data"]
+
     def join(self, mode="wireless", **networks):
         self.p.set("WirelessNetworks", known(**networks))
         self.p.call("SetNormalMode", mode)
 
-    def test_greets_with_started_then_cable_then_statuses(self):
+    def test_tells_cable_and_statuses_at_its_start_and_after_each_mode(self):
+        told = [("CableStatus", [True]), ("InterfaceStatusChanged", ["eth0", 2]),
+                ("InterfaceStatusChanged", ["wlan0", 2]), ("InterfaceStatusChanged", ["uap0", 1])]
         self.p.call("InterfaceDetails", "eth0")  # the bus starts it
-        self.assertEqual([(name, payload["data"]) for name, payload in (self.p.next() for _ in range(5))], [
-            ("Started", []), ("CableStatus", [True]), ("InterfaceStatusChanged", ["eth0", 2]),
-            ("InterfaceStatusChanged", ["wlan0", 2]), ("InterfaceStatusChanged", ["uap0", 1])])
+        for heard in [("Started", []), *told]:
+            self.assertEqual(heard, self.hear_any())
+        self.p.call("SetNormalMode", "wireless")
+        for heard in told:
+            self.assertEqual(heard, self.hear_any())
 
     def test_properties_and_details_have_their_types(self):
         self.assertEqual({name: self.p.get(name)["type"] for name in PROPERTIES}, PROPERTIES)
