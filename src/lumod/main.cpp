@@ -1,7 +1,7 @@
 #include "log.h"
 #include "lumodadaptor.h"
+#include "world/played/worldcontrol.h"
 #include "worldadaptor.h"
-#include "worldcontrol.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -57,7 +57,7 @@ int main(int argc, char** argv)
             << "Cannot reach the system bus:" << QDBusConnection::systemBus().lastError().message();
         return 1;
     }
-    SimulatedWorld world(*description);
+    PlayedWorld world(*description);
     WorldControl daemon(world);
     new LumodAdaptor(&daemon);
     new WorldAdaptor(&daemon);

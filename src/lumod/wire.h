@@ -1,6 +1,6 @@
 #pragma once
 
-#include "worldtypes.h"
+#include "world/worldtypes.h"
 
 #include <QVariant>
 

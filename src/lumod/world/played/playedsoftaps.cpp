@@ -1,6 +1,6 @@
-#include "simulatedsoftaps.h"
+#include "world/played/playedsoftaps.h"
 
-SimulatedSoftAps::SimulatedSoftAps(World& world, const WorldDescription& description)
+PlayedSoftAps::PlayedSoftAps(World& world, const WorldDescription& description)
     : m_world(world)
     , m_description(description)
 {
@@ -8,7 +8,7 @@ SimulatedSoftAps::SimulatedSoftAps(World& world, const WorldDescription& descrip
         m_softAps.insert(interface, {});
 }
 
-void SimulatedSoftAps::start(const QString& interface, const SoftApSettings& settings)
+void PlayedSoftAps::start(const QString& interface, const SoftApSettings& settings)
 {
     auto& softAp = m_softAps[interface];
     dropStations(softAp);
@@ -19,7 +19,7 @@ void SimulatedSoftAps::start(const QString& interface, const SoftApSettings& set
                        [this, interface, start] { comeUp(interface, start); });
 }
 
-void SimulatedSoftAps::comeUp(const QString& interface, int start)
+void PlayedSoftAps::comeUp(const QString& interface, int start)
 {
     if (m_softAps[interface].start != start)
         return;
@@ -28,7 +28,7 @@ void SimulatedSoftAps::comeUp(const QString& interface, int start)
     Q_EMIT m_world.addressesChanged();
 }
 
-void SimulatedSoftAps::stop(const QString& interface)
+void PlayedSoftAps::stop(const QString& interface)
 {
     auto found = m_softAps.find(interface);
     if (found == m_softAps.end() || found->phase == Phase::Down)
@@ -41,20 +41,20 @@ void SimulatedSoftAps::stop(const QString& interface)
     Q_EMIT m_world.addressesChanged();
 }
 
-void SimulatedSoftAps::stopAll()
+void PlayedSoftAps::stopAll()
 {
     for (const auto& interface : m_softAps.keys())
         stop(interface);
 }
 
-void SimulatedSoftAps::dropStations(SoftAp& softAp)
+void PlayedSoftAps::dropStations(SoftAp& softAp)
 {
     const auto stations = std::exchange(softAp.stations, {});
     for (const auto& station : stations)
         Q_EMIT m_world.stationLeft(station);
 }
 
-void SimulatedSoftAps::setPhase(const QString& interface, Phase phase)
+void PlayedSoftAps::setPhase(const QString& interface, Phase phase)
 {
     const auto before = status(interface);
     m_softAps[interface].phase = phase;
@@ -62,13 +62,13 @@ void SimulatedSoftAps::setPhase(const QString& interface, Phase phase)
         Q_EMIT m_world.statusChanged(interface, status(interface));
 }
 
-void SimulatedSoftAps::announceStatus()
+void PlayedSoftAps::announceStatus()
 {
     for (const auto& interface : m_softAps.keys())
         Q_EMIT m_world.statusChanged(interface, status(interface));
 }
 
-InterfaceStatus SimulatedSoftAps::status(const QString& interface) const
+InterfaceStatus PlayedSoftAps::status(const QString& interface) const
 {
     const auto found = m_softAps.constFind(interface);
     if (found == m_softAps.constEnd())
@@ -84,12 +84,12 @@ InterfaceStatus SimulatedSoftAps::status(const QString& interface) const
     return InterfaceStatus::Absent;
 }
 
-QStringList SimulatedSoftAps::stations(const QString& interface) const
+QStringList PlayedSoftAps::stations(const QString& interface) const
 {
     return m_softAps.value(interface).stations;
 }
 
-InterfaceDetails SimulatedSoftAps::details(const QString& interface) const
+InterfaceDetails PlayedSoftAps::details(const QString& interface) const
 {
     InterfaceDetails details;
     const auto found = m_softAps.constFind(interface);
@@ -109,7 +109,7 @@ InterfaceDetails SimulatedSoftAps::details(const QString& interface) const
     return details;
 }
 
-bool SimulatedSoftAps::join(const QString& interface, const QString& hwAddress)
+bool PlayedSoftAps::join(const QString& interface, const QString& hwAddress)
 {
     if (!details(interface).connected)
         return false;
@@ -121,7 +121,7 @@ bool SimulatedSoftAps::join(const QString& interface, const QString& hwAddress)
     return true;
 }
 
-bool SimulatedSoftAps::leave(const QString& hwAddress)
+bool PlayedSoftAps::leave(const QString& hwAddress)
 {
     for (auto& softAp : m_softAps) {
         if (!softAp.stations.removeOne(hwAddress))

@@ -1,4 +1,4 @@
-#include "worldfile.h"
+#include "world/played/worldfile.h"
 
 #include "log.h"
 #include "wire.h"

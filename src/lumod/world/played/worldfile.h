@@ -1,6 +1,6 @@
 #pragma once
 
-#include "accesspoint.h"
+#include "world/played/accesspoint.h"
 
 #include <QMap>
 

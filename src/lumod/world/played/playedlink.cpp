@@ -1,28 +1,28 @@
-#include "simulatedlink.h"
+#include "world/played/playedlink.h"
 
-SimulatedLink::SimulatedLink(QString name, World& world, const WorldDescription& description)
+PlayedLink::PlayedLink(QString name, World& world, const WorldDescription& description)
     : m_name(std::move(name))
     , m_world(world)
     , m_description(description)
 {
     m_step.setSingleShot(true);
     m_step.setTimerType(Qt::PreciseTimer);
-    connect(&m_step, &QTimer::timeout, this, &SimulatedLink::step);
+    connect(&m_step, &QTimer::timeout, this, &PlayedLink::step);
 }
 
-bool SimulatedLink::isConnecting() const
+bool PlayedLink::isConnecting() const
 {
     return m_phase == Phase::Associating || m_phase == Phase::Configuring;
 }
 
-void SimulatedLink::enter(Phase phase, int delay)
+void PlayedLink::enter(Phase phase, int delay)
 {
     m_phase = phase;
     m_step.start(delay);
     updateStatus();
 }
 
-void SimulatedLink::step()
+void PlayedLink::step()
 {
     switch (m_phase) {
     case Phase::Down:
@@ -38,7 +38,7 @@ void SimulatedLink::step()
     }
 }
 
-void SimulatedLink::takeLease()
+void PlayedLink::takeLease()
 {
     if (const auto lease = askLease()) {
         m_lease = *lease;
@@ -53,13 +53,13 @@ void SimulatedLink::takeLease()
     Q_EMIT settled();
 }
 
-void SimulatedLink::leave()
+void PlayedLink::leave()
 {
     enter(Phase::Leaving, m_description.delays.of("leave"));
     Q_EMIT m_world.disconnecting(m_name);
 }
 
-void SimulatedLink::goDown()
+void PlayedLink::goDown()
 {
     abort();
     Q_EMIT m_world.disconnected(m_name);
@@ -68,26 +68,26 @@ void SimulatedLink::goDown()
     reconcile();
 }
 
-void SimulatedLink::abort()
+void PlayedLink::abort()
 {
     m_step.stop();
     m_phase = Phase::Down;
     updateStatus();
 }
 
-void SimulatedLink::announceUp()
+void PlayedLink::announceUp()
 {
     Q_EMIT m_world.connected(m_name);
     Q_EMIT m_world.addressesChanged();
 }
 
-void SimulatedLink::announceStatus()
+void PlayedLink::announceStatus()
 {
     m_status = currentStatus();
     Q_EMIT m_world.statusChanged(m_name, m_status);
 }
 
-void SimulatedLink::updateStatus()
+void PlayedLink::updateStatus()
 {
     if (currentStatus() != m_status)
         announceStatus();

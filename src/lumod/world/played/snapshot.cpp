@@ -1,5 +1,5 @@
-#include "simulatedworld.h"
 #include "wire.h"
+#include "world/played/playedworld.h"
 
 #include <QJsonArray>
 
@@ -39,7 +39,7 @@ QJsonArray toJson(const QVector<KnownNetwork>& networks)
 
 } // namespace
 
-QJsonObject SimulatedWorld::snapshot() const
+QJsonObject PlayedWorld::snapshot() const
 {
     QJsonObject interfacesJson;
     for (const auto& interface : interfaces()) {

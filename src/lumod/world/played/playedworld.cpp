@@ -1,23 +1,23 @@
-#include "simulatedworld.h"
+#include "world/played/playedworld.h"
 
-SimulatedWorld::SimulatedWorld(WorldDescription description, QObject* parent)
+PlayedWorld::PlayedWorld(WorldDescription description, QObject* parent)
     : World(parent)
     , m_description(std::move(description))
     , m_cable(m_description.wired, *this, m_description)
     , m_radio(m_description.wireless, *this, m_description)
     , m_softAps(*this, m_description)
 {
-    connect(&m_cable, &SimulatedLink::settled, this, [this] { m_radio.permit(permission()); });
+    connect(&m_cable, &PlayedLink::settled, this, [this] { m_radio.permit(permission()); });
 }
 
-QStringList SimulatedWorld::interfaces() const
+QStringList PlayedWorld::interfaces() const
 {
     QStringList names{m_description.wired, m_description.wireless};
     names.removeAll(QString());
     return hasRadio() ? names + m_description.softAps.keys() : names;
 }
 
-InterfaceDetails SimulatedWorld::details(const QString& interface) const
+InterfaceDetails PlayedWorld::details(const QString& interface) const
 {
     if (!interfaces().contains(interface))
         return {};
@@ -26,14 +26,14 @@ InterfaceDetails SimulatedWorld::details(const QString& interface) const
     return interface == m_description.wireless ? m_radio.details() : m_softAps.details(interface);
 }
 
-InterfaceStatus SimulatedWorld::status(const QString& interface) const
+InterfaceStatus PlayedWorld::status(const QString& interface) const
 {
     if (interface == m_description.wired)
         return m_cable.status();
     return interface == m_description.wireless ? m_radio.status() : m_softAps.status(interface);
 }
 
-void SimulatedWorld::announce()
+void PlayedWorld::announce()
 {
     if (!m_description.wired.isEmpty()) {
         Q_EMIT cableChanged(m_description.plugged);
@@ -45,9 +45,9 @@ void SimulatedWorld::announce()
     m_softAps.announceStatus();
 }
 
-SimulatedRadio::Permission SimulatedWorld::permission() const
+PlayedRadio::Permission PlayedWorld::permission() const
 {
-    using Permission = SimulatedRadio::Permission;
+    using Permission = PlayedRadio::Permission;
     if (m_off || !hasRadio())
         return Permission::Leave;
     switch (m_configuration.mode) {
@@ -63,7 +63,7 @@ SimulatedRadio::Permission SimulatedWorld::permission() const
     return m_cable.isConnecting() ? Permission::Keep : Permission::Join;
 }
 
-void SimulatedWorld::bringUp(const NetworkConfiguration& configuration)
+void PlayedWorld::bringUp(const NetworkConfiguration& configuration)
 {
     m_off = false;
     m_configuration = configuration;
@@ -73,7 +73,7 @@ void SimulatedWorld::bringUp(const NetworkConfiguration& configuration)
     m_radio.configure(configuration.networks, configuration.wireless, permission());
 }
 
-void SimulatedWorld::takeDown()
+void PlayedWorld::takeDown()
 {
     m_off = true;
     m_configuration = {};
@@ -82,7 +82,7 @@ void SimulatedWorld::takeDown()
     m_softAps.stopAll();
 }
 
-void SimulatedWorld::scan()
+void PlayedWorld::scan()
 {
     if (hasRadio())
         m_radio.scan();
@@ -90,12 +90,12 @@ void SimulatedWorld::scan()
         Q_EMIT failed(QStringLiteral("There is no wireless interface to scan with"));
 }
 
-void SimulatedWorld::reassociate()
+void PlayedWorld::reassociate()
 {
     m_radio.reassociate();
 }
 
-void SimulatedWorld::startWps(const QString& pin)
+void PlayedWorld::startWps(const QString& pin)
 {
     if (hasRadio())
         m_radio.wps().start(pin);
@@ -103,17 +103,17 @@ void SimulatedWorld::startWps(const QString& pin)
         Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
 }
 
-void SimulatedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)
+void PlayedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)
 {
     m_softAps.start(interface, settings);
 }
 
-void SimulatedWorld::stopSoftAp(const QString& interface)
+void PlayedWorld::stopSoftAp(const QString& interface)
 {
     m_softAps.stop(interface);
 }
 
-void SimulatedWorld::plug(bool plugged)
+void PlayedWorld::plug(bool plugged)
 {
     if (m_description.plugged == plugged)
         return;
@@ -125,7 +125,7 @@ void SimulatedWorld::plug(bool plugged)
     m_radio.permit(permission());
 }
 
-QString SimulatedWorld::addAccessPoint(const QVariantMap& settings, QString* bssid)
+QString PlayedWorld::addAccessPoint(const QVariantMap& settings, QString* bssid)
 {
     QString error;
     *bssid = m_description.addAccessPoint(settings, &error);
@@ -133,7 +133,7 @@ QString SimulatedWorld::addAccessPoint(const QVariantMap& settings, QString* bss
     return error;
 }
 
-QString SimulatedWorld::changeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
+QString PlayedWorld::changeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
 {
     QString error = QStringLiteral("No such access point: ") + accessPoint;
     const int index = m_description.find(accessPoint);
@@ -145,7 +145,7 @@ QString SimulatedWorld::changeAccessPoint(const QString& accessPoint, const QVar
     return error;
 }
 
-QString SimulatedWorld::removeAccessPoint(const QString& accessPoint)
+QString PlayedWorld::removeAccessPoint(const QString& accessPoint)
 {
     const int index = m_description.find(accessPoint);
     if (index < 0)
@@ -155,8 +155,8 @@ QString SimulatedWorld::removeAccessPoint(const QString& accessPoint)
     return {};
 }
 
-QString SimulatedWorld::withWpsOf(const QString& accessPoint,
-                                  const std::function<void(const QString&)>& act)
+QString PlayedWorld::withWpsOf(const QString& accessPoint,
+                               const std::function<void(const QString&)>& act)
 {
     const int index = m_description.find(accessPoint);
     if (index < 0)
@@ -167,18 +167,18 @@ QString SimulatedWorld::withWpsOf(const QString& accessPoint,
     return {};
 }
 
-QString SimulatedWorld::pressWps(const QString& accessPoint)
+QString PlayedWorld::pressWps(const QString& accessPoint)
 {
     return withWpsOf(accessPoint, [this](const QString& bssid) { m_radio.wps().press(bssid); });
 }
 
-QString SimulatedWorld::enterWpsPin(const QString& accessPoint, const QString& pin)
+QString PlayedWorld::enterWpsPin(const QString& accessPoint, const QString& pin)
 {
     return withWpsOf(accessPoint,
                      [this, pin](const QString& bssid) { m_radio.wps().enterPin(bssid, pin); });
 }
 
-QString SimulatedWorld::failWps(const QString& message)
+QString PlayedWorld::failWps(const QString& message)
 {
     if (!m_radio.wps().isRunning())
         return QStringLiteral("No WPS session runs");
@@ -186,7 +186,7 @@ QString SimulatedWorld::failWps(const QString& message)
     return {};
 }
 
-QString SimulatedWorld::joinStation(const QString& interface, const QString& hwAddress)
+QString PlayedWorld::joinStation(const QString& interface, const QString& hwAddress)
 {
     if (!isHardwareAddress(hwAddress))
         return QStringLiteral("Not a hardware address: ") + hwAddress;
@@ -195,12 +195,12 @@ QString SimulatedWorld::joinStation(const QString& interface, const QString& hwA
                : QStringLiteral("No soft access point is up on ") + interface;
 }
 
-QString SimulatedWorld::leaveStation(const QString& hwAddress)
+QString PlayedWorld::leaveStation(const QString& hwAddress)
 {
     return m_softAps.leave(hwAddress) ? QString() : QStringLiteral("No such station: ") + hwAddress;
 }
 
-QString SimulatedWorld::setDelay(const QString& step, int milliseconds)
+QString PlayedWorld::setDelay(const QString& step, int milliseconds)
 {
     const auto found = m_description.delays.values.find(step);
     if (found == m_description.delays.values.end())

@@ -1,4 +1,4 @@
-#include "simulatedradio.h"
+#include "world/played/playedradio.h"
 
 #include <algorithm>
 
@@ -36,21 +36,20 @@ bool isSame(const KnownNetwork& a, const KnownNetwork& b)
 
 } // namespace
 
-SimulatedRadio::SimulatedRadio(const QString& name, World& world,
-                               const WorldDescription& description)
-    : SimulatedLink(name, world, description)
+PlayedRadio::PlayedRadio(const QString& name, World& world, const WorldDescription& description)
+    : PlayedLink(name, world, description)
     , m_wps(world, description)
 {
     m_scan.setSingleShot(true);
-    connect(&m_scan, &QTimer::timeout, this, &SimulatedRadio::finishScan);
-    connect(&m_wps, &SimulatedWps::changed, this, [this] {
+    connect(&m_scan, &QTimer::timeout, this, &PlayedRadio::finishScan);
+    connect(&m_wps, &PlayedWps::changed, this, [this] {
         updateStatus();
         reconcile();
     });
 }
 
-void SimulatedRadio::configure(const QVector<KnownNetwork>& networks,
-                               const std::optional<StaticIp>& ip, Permission permission)
+void PlayedRadio::configure(const QVector<KnownNetwork>& networks,
+                            const std::optional<StaticIp>& ip, Permission permission)
 {
     const bool sameIp = m_ip == ip;
     m_networks = byPriority(networks);
@@ -66,13 +65,13 @@ void SimulatedRadio::configure(const QVector<KnownNetwork>& networks,
     reconcile();
 }
 
-void SimulatedRadio::permit(Permission permission)
+void PlayedRadio::permit(Permission permission)
 {
     m_permission = permission;
     reconcile();
 }
 
-void SimulatedRadio::accessPointsChanged()
+void PlayedRadio::accessPointsChanged()
 {
     const auto* point = target();
     const bool holds = point && matches(*point, m_choice.network) &&
@@ -84,13 +83,13 @@ void SimulatedRadio::accessPointsChanged()
     reconcile();
 }
 
-void SimulatedRadio::scan()
+void PlayedRadio::scan()
 {
     m_scanWanted = !m_scan.isActive();
     reconcile();
 }
 
-void SimulatedRadio::reassociate()
+void PlayedRadio::reassociate()
 {
     m_blocked.clear();
     if (isUp())
@@ -98,7 +97,7 @@ void SimulatedRadio::reassociate()
     reconcile();
 }
 
-void SimulatedRadio::reconcile()
+void PlayedRadio::reconcile()
 {
     if (m_permission == Permission::Leave && isUp())
         leave();
@@ -118,7 +117,7 @@ void SimulatedRadio::reconcile()
     }
 }
 
-InterfaceStatus SimulatedRadio::currentStatus() const
+InterfaceStatus PlayedRadio::currentStatus() const
 {
     if (m_wps.isRunning())
         return InterfaceStatus::Wps;
@@ -128,21 +127,21 @@ InterfaceStatus SimulatedRadio::currentStatus() const
                                                        : InterfaceStatus::Idle;
 }
 
-void SimulatedRadio::startScan()
+void PlayedRadio::startScan()
 {
     m_scanWanted = false;
     m_scan.start(description().delays.of("scan"));
     updateStatus();
 }
 
-void SimulatedRadio::finishScan()
+void PlayedRadio::finishScan()
 {
     Q_EMIT world().scanned(seenNetworks());
     updateStatus();
     reconcile();
 }
 
-QVector<ScannedNetwork> SimulatedRadio::seenNetworks() const
+QVector<ScannedNetwork> PlayedRadio::seenNetworks() const
 {
     QVector<ScannedNetwork> networks;
     for (const auto& point : description().accessPoints)
@@ -151,7 +150,7 @@ QVector<ScannedNetwork> SimulatedRadio::seenNetworks() const
     return networks;
 }
 
-void SimulatedRadio::associated()
+void PlayedRadio::associated()
 {
     const auto* point = target();
     if (point && !opens(m_choice.network, *point)) {
@@ -163,25 +162,25 @@ void SimulatedRadio::associated()
     configureAddress();
 }
 
-void SimulatedRadio::leaseRefused()
+void PlayedRadio::leaseRefused()
 {
     block();
     reconcile();
 }
 
-void SimulatedRadio::block()
+void PlayedRadio::block()
 {
     m_blocked.append(m_choice.network.ssid);
     abort();
 }
 
-void SimulatedRadio::retry()
+void PlayedRadio::retry()
 {
     m_blocked.clear();
     reconcile();
 }
 
-std::optional<Lease> SimulatedRadio::askLease() const
+std::optional<Lease> PlayedRadio::askLease() const
 {
     const auto* point = target();
     if (!point)
@@ -190,7 +189,7 @@ std::optional<Lease> SimulatedRadio::askLease() const
                    description().wirelessMac);
 }
 
-std::optional<SimulatedRadio::Choice> SimulatedRadio::choose() const
+std::optional<PlayedRadio::Choice> PlayedRadio::choose() const
 {
     for (const auto& network : m_networks) {
         const auto bssid = bestAccessPoint(network);
@@ -200,7 +199,7 @@ std::optional<SimulatedRadio::Choice> SimulatedRadio::choose() const
     return std::nullopt;
 }
 
-QString SimulatedRadio::bestAccessPoint(const KnownNetwork& network) const
+QString PlayedRadio::bestAccessPoint(const KnownNetwork& network) const
 {
     const AccessPoint* best = nullptr;
     for (const auto& point : description().accessPoints)
@@ -209,7 +208,7 @@ QString SimulatedRadio::bestAccessPoint(const KnownNetwork& network) const
     return best ? best->bssid : QString();
 }
 
-const AccessPoint* SimulatedRadio::target() const
+const AccessPoint* PlayedRadio::target() const
 {
     for (const auto& point : description().accessPoints)
         if (isSameBssid(point.bssid, m_choice.bssid))
@@ -217,14 +216,14 @@ const AccessPoint* SimulatedRadio::target() const
     return nullptr;
 }
 
-bool SimulatedRadio::isStill(const std::optional<Choice>& choice) const
+bool PlayedRadio::isStill(const std::optional<Choice>& choice) const
 {
     const auto* point = target();
     return choice && point && isSame(choice->network, m_choice.network) &&
            matches(*point, choice->network);
 }
 
-InterfaceDetails SimulatedRadio::details() const
+InterfaceDetails PlayedRadio::details() const
 {
     InterfaceDetails details;
     details.kind = InterfaceDetails::Kind::Wireless;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "worldtypes.h"
+#include "world/worldtypes.h"
 
 #include <QVariantMap>
 
-/// An access point of the simulated world.
+/// An access point of the played world.
 struct AccessPoint
 {
     QString ssid; ///< 1 to 32 bytes

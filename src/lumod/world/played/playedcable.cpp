@@ -1,10 +1,10 @@
-#include "simulatedcable.h"
+#include "world/played/playedcable.h"
 
 namespace {
 constexpr int hostNumber = 20;
 }
 
-void SimulatedCable::configure(bool enabled, const std::optional<StaticIp>& ip)
+void PlayedCable::configure(bool enabled, const std::optional<StaticIp>& ip)
 {
     const bool same = m_enabled == enabled && m_ip == ip;
     m_enabled = enabled;
@@ -18,7 +18,7 @@ void SimulatedCable::configure(bool enabled, const std::optional<StaticIp>& ip)
     reconcile();
 }
 
-void SimulatedCable::cableChanged()
+void PlayedCable::cableChanged()
 {
     const bool wasLinked = phase() == Phase::Up || phase() == Phase::Leaving;
     if (!description().plugged && wasLinked)
@@ -27,26 +27,26 @@ void SimulatedCable::cableChanged()
     reconcile();
 }
 
-void SimulatedCable::reconcile()
+void PlayedCable::reconcile()
 {
     if (phase() == Phase::Down && !isWaiting() && m_enabled && description().plugged)
         configureAddress();
 }
 
-InterfaceStatus SimulatedCable::currentStatus() const
+InterfaceStatus PlayedCable::currentStatus() const
 {
     if (!description().plugged)
         return InterfaceStatus::NoCarrier;
     return isConnecting() ? InterfaceStatus::Connecting : InterfaceStatus::Idle;
 }
 
-std::optional<Lease> SimulatedCable::askLease() const
+std::optional<Lease> PlayedCable::askLease() const
 {
     const auto& world = description();
     return ::lease(world.network(world.cableNetwork), m_ip, hostNumber, world.wiredMac);
 }
 
-InterfaceDetails SimulatedCable::details() const
+InterfaceDetails PlayedCable::details() const
 {
     InterfaceDetails details;
     details.kind = InterfaceDetails::Kind::Wired;

@@ -1,4 +1,4 @@
-#include "garbage.h"
+#include "world/played/garbage.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "accesspoint.h"
+#include "world/played/accesspoint.h"
 
 #include "wire.h"
 

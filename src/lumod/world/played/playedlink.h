@@ -1,20 +1,20 @@
 #pragma once
 
-#include "world.h"
-#include "worldfile.h"
+#include "world/played/worldfile.h"
+#include "world/world.h"
 
 #include <QTimer>
 
-/// What the wired and the wireless link of the simulated world have in common: the way from down
+/// What the wired and the wireless link of the played world have in common: the way from down
 /// over association and address to up, and back, each step with its delay. Who derives decides when
 /// to set out; the announcements are made here, on the world's signals.
-class SimulatedLink : public QObject
+class PlayedLink : public QObject
 {
     Q_OBJECT
 
 public:
     /// Both references outlive the link.
-    SimulatedLink(QString name, World& world, const WorldDescription& description);
+    PlayedLink(QString name, World& world, const WorldDescription& description);
 
     [[nodiscard]] bool isUp() const { return m_phase == Phase::Up; }
     /// On its way up.

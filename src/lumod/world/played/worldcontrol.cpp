@@ -1,4 +1,4 @@
-#include "worldcontrol.h"
+#include "world/played/worldcontrol.h"
 
 #include "log.h"
 #include "wire.h"
@@ -9,7 +9,7 @@
 #include <limits>
 #include <unistd.h>
 
-WorldControl::WorldControl(SimulatedWorld& world, QObject* parent)
+WorldControl::WorldControl(PlayedWorld& world, QObject* parent)
     : Daemon(world, parent)
     , m_world(world)
 {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "simulatedcable.h"
-#include "simulatedradio.h"
-#include "simulatedsoftaps.h"
+#include "world/played/playedcable.h"
+#include "world/played/playedradio.h"
+#include "world/played/playedsoftaps.h"
 
 #include <QJsonObject>
 
@@ -11,12 +11,12 @@
 /// A world that exists only here: a cable, access points, stations. It is what the world file
 /// describes, and is changed through the functions below; those that return text return why it
 /// could not be done, for a person, and nothing when it was.
-class SimulatedWorld : public World
+class PlayedWorld : public World
 {
     Q_OBJECT
 
 public:
-    explicit SimulatedWorld(WorldDescription description, QObject* parent = nullptr);
+    explicit PlayedWorld(WorldDescription description, QObject* parent = nullptr);
 
     [[nodiscard]] QStringList interfaces() const override;
     [[nodiscard]] InterfaceDetails details(const QString& interface) const override;
@@ -46,7 +46,7 @@ public:
     [[nodiscard]] QJsonObject snapshot() const;
 
 private:
-    [[nodiscard]] SimulatedRadio::Permission permission() const;
+    [[nodiscard]] PlayedRadio::Permission permission() const;
     [[nodiscard]] bool hasRadio() const { return !m_description.wireless.isEmpty(); }
     QString withWpsOf(const QString& accessPoint, const std::function<void(const QString&)>& act);
     [[nodiscard]] InterfaceStatus status(const QString& interface) const;
@@ -54,7 +54,7 @@ private:
     WorldDescription m_description;
     NetworkConfiguration m_configuration;
     bool m_off = true; ///< no mode has been set
-    SimulatedCable m_cable;
-    SimulatedRadio m_radio;
-    SimulatedSoftAps m_softAps;
+    PlayedCable m_cable;
+    PlayedRadio m_radio;
+    PlayedSoftAps m_softAps;
 };

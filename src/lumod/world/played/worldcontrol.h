@@ -1,10 +1,10 @@
 #pragma once
 
 #include "daemon.h"
-#include "garbage.h"
-#include "simulatedworld.h"
+#include "world/played/garbage.h"
+#include "world/played/playedworld.h"
 
-/// The daemon over a simulated world, with the interface by which that world is changed. Methods
+/// The daemon over a played world, with the interface by which that world is changed. Methods
 /// are named as on the wire; `dbus/org.orva.lumod.World.xml` describes them.
 class WorldControl : public Daemon
 {
@@ -12,7 +12,7 @@ class WorldControl : public Daemon
 
 public:
     /// Drives `world`, which it does not own and which outlives it.
-    explicit WorldControl(SimulatedWorld& world, QObject* parent = nullptr);
+    explicit WorldControl(PlayedWorld& world, QObject* parent = nullptr);
 
 public Q_SLOTS:
     QString Snapshot() const;
@@ -38,6 +38,6 @@ private:
     /// Answers the call with `error` unless that is empty.
     void answer(const QString& error) const;
 
-    SimulatedWorld& m_world;
+    PlayedWorld& m_world;
     Spoiler m_spoil = spoilerFor(QStringLiteral("none"));
 };

@@ -1,16 +1,16 @@
-#include "simulatedwps.h"
+#include "world/played/playedwps.h"
 
-SimulatedWps::SimulatedWps(World& world, const WorldDescription& description)
+PlayedWps::PlayedWps(World& world, const WorldDescription& description)
     : m_world(world)
     , m_description(description)
 {
     m_walk.setSingleShot(true);
     m_exchange.setSingleShot(true);
     connect(&m_walk, &QTimer::timeout, this, [this] { fail(QStringLiteral("WPS timed out")); });
-    connect(&m_exchange, &QTimer::timeout, this, &SimulatedWps::finish);
+    connect(&m_exchange, &QTimer::timeout, this, &PlayedWps::finish);
 }
 
-void SimulatedWps::start(const QString& pin)
+void PlayedWps::start(const QString& pin)
 {
     end();
     m_running = true;
@@ -21,21 +21,21 @@ void SimulatedWps::start(const QString& pin)
     match();
 }
 
-void SimulatedWps::press(const QString& bssid)
+void PlayedWps::press(const QString& bssid)
 {
     const int walk = m_description.delays.of("wpsWalk");
     m_pressed.insert(bssid, walk > 0 ? QDeadlineTimer(walk) : QDeadlineTimer::Forever);
     match();
 }
 
-void SimulatedWps::enterPin(const QString& bssid, const QString& pin)
+void PlayedWps::enterPin(const QString& bssid, const QString& pin)
 {
     m_pinBssid = bssid;
     m_enteredPin = pin;
     match();
 }
 
-void SimulatedWps::match()
+void PlayedWps::match()
 {
     if (!m_running || m_exchange.isActive())
         return;
@@ -45,7 +45,7 @@ void SimulatedWps::match()
         matchPin();
 }
 
-void SimulatedWps::matchButton()
+void PlayedWps::matchButton()
 {
     QStringList open;
     for (auto press = m_pressed.constBegin(); press != m_pressed.constEnd(); ++press)
@@ -57,7 +57,7 @@ void SimulatedWps::matchButton()
         exchange(open.first());
 }
 
-void SimulatedWps::matchPin()
+void PlayedWps::matchPin()
 {
     if (m_enteredPin.isEmpty())
         return;
@@ -67,14 +67,14 @@ void SimulatedWps::matchPin()
         fail(QStringLiteral("The access point was given another WPS PIN"));
 }
 
-void SimulatedWps::exchange(const QString& bssid)
+void PlayedWps::exchange(const QString& bssid)
 {
     m_target = bssid;
     m_walk.stop();
     m_exchange.start(m_description.delays.of("wps"));
 }
 
-void SimulatedWps::finish()
+void PlayedWps::finish()
 {
     const int index = m_description.find(m_target);
     if (index < 0)
@@ -88,7 +88,7 @@ void SimulatedWps::finish()
     end();
 }
 
-void SimulatedWps::fail(const QString& message)
+void PlayedWps::fail(const QString& message)
 {
     m_pressed.clear();
     m_enteredPin.clear();
@@ -96,7 +96,7 @@ void SimulatedWps::fail(const QString& message)
     end();
 }
 
-void SimulatedWps::end()
+void PlayedWps::end()
 {
     m_walk.stop();
     m_exchange.stop();

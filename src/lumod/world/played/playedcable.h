@@ -1,14 +1,14 @@
 #pragma once
 
-#include "simulatedlink.h"
+#include "world/played/playedlink.h"
 
 /// The wired interface, its cable and the network behind it.
-class SimulatedCable : public SimulatedLink
+class PlayedCable : public PlayedLink
 {
     Q_OBJECT
 
 public:
-    using SimulatedLink::SimulatedLink;
+    using PlayedLink::PlayedLink;
 
     /// Wants the link up or down, with DHCP or `ip`.
     void configure(bool enabled, const std::optional<StaticIp>& ip);

@@ -1,20 +1,20 @@
 #pragma once
 
-#include "world.h"
-#include "worldfile.h"
+#include "world/played/worldfile.h"
+#include "world/world.h"
 
 #include <QDeadlineTimer>
 #include <QTimer>
 
-/// The WPS sessions of the simulated radio: one runs at a time, and ends when an access point
+/// The WPS sessions of the played radio: one runs at a time, and ends when an access point
 /// answers, when it fails, or when the walk time is over.
-class SimulatedWps : public QObject
+class PlayedWps : public QObject
 {
     Q_OBJECT
 
 public:
     /// Both references outlive it.
-    SimulatedWps(World& world, const WorldDescription& description);
+    PlayedWps(World& world, const WorldDescription& description);
 
     [[nodiscard]] bool isRunning() const { return m_running; }
 

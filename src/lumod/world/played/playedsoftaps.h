@@ -1,18 +1,18 @@
 #pragma once
 
-#include "world.h"
-#include "worldfile.h"
+#include "world/played/worldfile.h"
+#include "world/world.h"
 
 #include <QTimer>
 
-/// The soft access points of the simulated world and the stations joined to them.
-class SimulatedSoftAps : public QObject
+/// The soft access points of the played world and the stations joined to them.
+class PlayedSoftAps : public QObject
 {
     Q_OBJECT
 
 public:
     /// Both references outlive it.
-    SimulatedSoftAps(World& world, const WorldDescription& description);
+    PlayedSoftAps(World& world, const WorldDescription& description);
 
     /// Starts the one of `interface`, again for one that runs; its stations have to join afresh.
     void start(const QString& interface, const SoftApSettings& settings);

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "simulatedlink.h"
-#include "simulatedwps.h"
+#include "world/played/playedlink.h"
+#include "world/played/playedwps.h"
 
 /// The wireless interface as a client: it scans, chooses among the known networks by priority,
 /// joins, fails with a wrong key as a real one does, and runs WPS. One thing at a time: a scan
 /// waits for a join and a join for a scan or a session; a link that is up stays up meanwhile.
-class SimulatedRadio : public SimulatedLink
+class PlayedRadio : public PlayedLink
 {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ public:
         Join,
     };
 
-    SimulatedRadio(const QString& name, World& world, const WorldDescription& description);
+    PlayedRadio(const QString& name, World& world, const WorldDescription& description);
 
     /// The networks to join and the address to take. A link that stays is reported up again.
     void configure(const QVector<KnownNetwork>& networks, const std::optional<StaticIp>& ip,
@@ -30,7 +30,7 @@ public:
     void reassociate();
     /// What a scan finds now.
     [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const;
-    [[nodiscard]] SimulatedWps& wps() { return m_wps; }
+    [[nodiscard]] PlayedWps& wps() { return m_wps; }
     [[nodiscard]] InterfaceDetails details() const;
 
 private:
@@ -64,5 +64,5 @@ private:
     QStringList m_blocked; ///< SSIDs that have just failed
     bool m_scanWanted = false;
     QTimer m_scan;
-    SimulatedWps m_wps;
+    PlayedWps m_wps;
 };
