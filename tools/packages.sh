@@ -10,6 +10,7 @@ packages_run=(
 packages_test=(
     clang-format clang-tidy clang-tools doxygen
     python3 python3-dbus python3-gi
+    python3-seccomp rfkill # the host's service runs rfkill under a filter
     make # a plug-in author's CMake calls it unless told otherwise
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
