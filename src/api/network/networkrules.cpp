@@ -1,5 +1,6 @@
 #include "networkrules.h"
 
+#include <QtCore/QRegularExpression>
 #include <QtNetwork/QHostAddress>
 
 namespace {
@@ -62,6 +63,20 @@ QString orvaPrefixToNetmask(qint32 prefix)
     const int bits = qBound(0, prefix, 32);
     const quint32 mask = bits == 0 ? 0 : ~quint32(0) << (32 - bits);
     return QHostAddress(mask).toString();
+}
+
+QString orvaIPv4Address(const QString& text)
+{
+    static const QRegularExpression dottedQuad(
+        QStringLiteral("\\A([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\z"));
+    const QStringList numbers = dottedQuad.match(text).capturedTexts().mid(1);
+    QStringList normal;
+    for (const QString& number : numbers) {
+        if (number.toInt() > 255)
+            return QString();
+        normal << QString::number(number.toInt());
+    }
+    return normal.join(QLatin1Char('.'));
 }
 
 QString orvaNetworkInfoToGateway4(const OrvaNetworkInfo& info)

@@ -13,5 +13,10 @@ orvaNetworkIsKeyValid(const QString& key, OrvaNetworkProfileWirelessEncryption e
 /// these.
 [[nodiscard]] ORVA_API QString orvaPrefixToNetmask(qint32 prefix);
 
+/// The IPv4 address that `text` is, without leading zeros; empty where it is none. Only four
+/// decimal numbers of one to three digits with dots between them are one: what else the C library
+/// takes for an address ("10", "127.1", "0x7f000001") was meant otherwise.
+[[nodiscard]] ORVA_API QString orvaIPv4Address(const QString& text);
+
 /// The first IPv4 gateway of `info`; empty when there is none.
 [[nodiscard]] ORVA_API QString orvaNetworkInfoToGateway4(const OrvaNetworkInfo& info);

@@ -2,6 +2,7 @@
 
 #include "lumo_border.h"
 #include "lumo_log.h"
+#include "network/networkrules.h"
 
 #include <QtNetwork/QHostAddress>
 
@@ -14,16 +15,19 @@ using Encryption = OrvaNetworkProfileWirelessEncryption;
 
 std::optional<OrvaNetworkAddressProtocol> protocolOf(const QString& ip)
 {
-    switch (QHostAddress(ip).protocol()) {
-    case QAbstractSocket::IPv4Protocol:
+    if (!orvaIPv4Address(ip).isEmpty())
         return OrvaNetworkAddressProtocol::IPv4;
-    case QAbstractSocket::IPv6Protocol:
+    if (QHostAddress(ip).protocol() == QAbstractSocket::IPv6Protocol)
         return OrvaNetworkAddressProtocol::IPv6;
-    case QAbstractSocket::AnyIPProtocol:
-    case QAbstractSocket::UnknownNetworkLayerProtocol:
-        break;
-    }
     return std::nullopt;
+}
+
+bool isAddress(const OrvaNetworkAddress& address, const QString& record)
+{
+    const bool known = address.__contains(OrvaNetworkAddress::Protocol());
+    if (!known)
+        LOG4CPLUS_WARN(lumoLogger(), "Got an address from LUMO that is none: " << record);
+    return known;
 }
 
 QStringList words(const QString& text)
@@ -48,7 +52,7 @@ OrvaNetworkAddress gateway(const QString& ip, OrvaNetworkAddressProtocol protoco
 OrvaList<OrvaNetworkAddress> parseGateways(const QVariantMap& details)
 {
     OrvaList<OrvaNetworkAddress> gateways;
-    const auto four = lumoField<QString>(details, "Gateway");
+    const auto four = orvaIPv4Address(lumoField<QString>(details, "Gateway"));
     if (!four.isEmpty())
         gateways.append(gateway(four, OrvaNetworkAddressProtocol::IPv4));
     const auto six = lumoField<QString>(details, "Gateway6");
@@ -61,8 +65,11 @@ OrvaList<OrvaNetworkAddress> parseNameServers(const QVariantMap& details)
 {
     OrvaList<OrvaNetworkAddress> servers;
     const QStringList records = words(lumoField<QString>(details, "Dns"));
-    for (const QString& record : records)
-        servers.append(parseIpRecord(record));
+    for (const QString& record : records) {
+        const OrvaNetworkAddress server = parseIpRecord(record);
+        if (isAddress(server, record))
+            servers.append(server);
+    }
     return servers;
 }
 
@@ -166,7 +173,9 @@ OrvaNetworkAddress parseIpRecord(const QString& record)
     OrvaNetworkAddress address;
     address.setScope(isLinkLocal ? OrvaNetworkAddressScope::LinkLocal
                                  : OrvaNetworkAddressScope::Global);
-    address.setIp(parts.first().toLower());
+    const QString ip = parts.first().toLower();
+    const QString normalIPv4 = orvaIPv4Address(ip);
+    address.setIp(normalIPv4.isEmpty() ? ip : normalIPv4);
     if (parts.size() > 1)
         address.setPrefix(parts.at(1).toInt());
     if (const auto protocol = protocolOf(address.ip()))
@@ -185,9 +194,9 @@ OrvaList<OrvaNetworkAddress> parseAddresses(const QVariantMap& details)
         const bool isGlobal = address.scope() == OrvaNetworkAddressScope::Global;
         if (isGlobal && dhcp)
             address.setDhcp(true);
-        if (!address.__contains(OrvaNetworkAddress::Protocol()))
-            LOG4CPLUS_WARN(lumoLogger(), "Got an address from LUMO that is none: " << record);
-        else if (address.protocol() == OrvaNetworkAddressProtocol::IPv4)
+        if (!isAddress(address, record))
+            continue;
+        if (address.protocol() == OrvaNetworkAddressProtocol::IPv4)
             four.prepend(address);
         else if (isGlobal)
             six.append(address);

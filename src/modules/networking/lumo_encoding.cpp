@@ -1,6 +1,7 @@
 #include "lumo_encoding.h"
 
 #include "lumo_log.h"
+#include "network/networkrules.h"
 
 #include <QtNetwork/QHostAddress>
 
@@ -30,6 +31,31 @@ QVariantMap encodeNetwork(const OrvaNetworkInterface& network, int priority)
     return map;
 }
 
+/// An IPv4 address in its normal form; empty, with a warning, where the text is another.
+QString ipv4(const char* what, const QString& text)
+{
+    QString address = orvaIPv4Address(text);
+    if (address.isEmpty() && !text.isEmpty())
+        LOG4CPLUS_WARN(lumoLogger(), "Not an IPv4 " << what << ", leaving it out: " << text);
+    return address;
+}
+
+/// A name server may have an IPv6 address too.
+QString nameServer(const QString& text)
+{
+    const QHostAddress address(text);
+    return address.protocol() == QAbstractSocket::IPv6Protocol ? address.toString()
+                                                               : ipv4("name server", text);
+}
+
+QString nameServers(const QStringList& texts)
+{
+    QStringList servers;
+    std::transform(texts.begin(), texts.end(), std::back_inserter(servers), nameServer);
+    servers.removeAll(QString());
+    return servers.join(QLatin1Char(' '));
+}
+
 } // namespace
 
 QVariantMap lumoWirelessNetworks(const OrvaList<OrvaNetworkInterface>& networks)
@@ -50,10 +76,11 @@ QVariantMap lumoIpSettings(const OrvaNetworkInterface& interface)
 {
     if (interface.dhcp() || interface.ip().isEmpty())
         return QVariantMap();
-    if (QHostAddress(interface.ip()).protocol() != QAbstractSocket::IPv4Protocol)
+    const QString ip = ipv4("address", interface.ip());
+    if (ip.isEmpty())
         return QVariantMap();
-    return {{QStringLiteral("Ip"), interface.ip()},
-            {QStringLiteral("Dns"), interface.dns().join(QLatin1Char(' '))},
-            {QStringLiteral("Gateway"), interface.gateway()},
-            {QStringLiteral("Netmask"), interface.netmask()}};
+    return {{QStringLiteral("Ip"), ip},
+            {QStringLiteral("Dns"), nameServers(interface.dns())},
+            {QStringLiteral("Gateway"), ipv4("gateway", interface.gateway())},
+            {QStringLiteral("Netmask"), ipv4("netmask", interface.netmask())}};
 }

@@ -4,8 +4,6 @@
 #include <network/networkpaths.h>
 #include <network/networkrules.h>
 
-#include <QHostAddress>
-
 namespace {
 
 constexpr int pingTimeoutMs = 5000;
@@ -53,7 +51,7 @@ void Pinger::on_timer_timeout()
     }
     const QString gateway = orvaNetworkInfoToGateway4(info);
     // Other text, from the daemon, would reach the program as an option or as a name to look up.
-    if (QHostAddress(gateway).protocol() != QAbstractSocket::IPv4Protocol) {
+    if (orvaIPv4Address(gateway).isEmpty()) {
         LOG4CPLUS_DEBUG(logger(), "No gateway available, not sending ping");
         return;
     }
