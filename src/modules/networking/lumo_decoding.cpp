@@ -223,13 +223,15 @@ OrvaNetworkInfo parseNetworkState(const QMap<QString, QVariantMap>& details,
     const QStringList names = inOrderOfPreference(details, wiredInterface, wirelessInterface);
     for (const QString& name : names) {
         const QVariantMap& interface = *details.constFind(name);
-        if (!parsePresent(interface))
+        const bool isSoftAp = name.startsWith(QLatin1String("uap"));
+        const bool isOurs = isSoftAp || name == wiredInterface || name == wirelessInterface;
+        if (!isOurs || !parsePresent(interface))
             continue;
         info.setDns(parseNameServers(interface));
         info.setGateways(parseGateways(interface));
         if (name == wiredInterface)
             info.setWired(parseWired(name, interface));
-        else if (name.startsWith(QLatin1String("uap")))
+        else if (isSoftAp)
             addSoftAp(info, name, interface);
         else
             info.setWireless(parseWireless(name, interface));

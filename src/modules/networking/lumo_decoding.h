@@ -20,8 +20,9 @@
 [[nodiscard]] bool parsePresent(const QVariantMap& details);
 
 /// The network state from the details of each interface that was asked, by its name. Interfaces
-/// that are not present are left out. Name servers and gateways are those of the wired interface
-/// when it is connected, else of the wireless one when that is. The soft-AP part is always there.
+/// that are not present, or none of ours, are left out. Name servers and gateways are those of the
+/// wired interface when it is connected, else of the wireless one when that is. The soft-AP part is
+/// always there.
 [[nodiscard]] OrvaNetworkInfo parseNetworkState(const QMap<QString, QVariantMap>& details,
                                                 const QString& wiredInterface,
                                                 const QString& wirelessInterface);
