@@ -30,7 +30,7 @@ void PlayedCable::cableChanged()
 void PlayedCable::reconcile()
 {
     if (phase() == Phase::Down && !isWaiting() && m_enabled && description().plugged)
-        configureAddress();
+        enter(Phase::Configuring);
 }
 
 InterfaceStatus PlayedCable::currentStatus() const

@@ -1,8 +1,7 @@
 #include "world/played/playedlink.h"
 
 PlayedLink::PlayedLink(QString name, World& world, const WorldDescription& description)
-    : m_name(std::move(name))
-    , m_world(world)
+    : Link(std::move(name), world)
     , m_description(description)
 {
     m_step.setSingleShot(true);
@@ -10,21 +9,31 @@ PlayedLink::PlayedLink(QString name, World& world, const WorldDescription& descr
     connect(&m_step, &QTimer::timeout, this, &PlayedLink::step);
 }
 
-bool PlayedLink::isConnecting() const
+void PlayedLink::entered(Phase phase)
 {
-    return m_phase == Phase::Associating || m_phase == Phase::Configuring;
+    const auto& delays = m_description.delays;
+    switch (phase) {
+    case Phase::Down:
+    case Phase::Up:
+        return m_step.stop();
+    case Phase::Associating:
+        return m_step.start(delays.of("associate"));
+    case Phase::Configuring:
+        return m_step.start(delays.of("dhcp"));
+    case Phase::Leaving:
+        return m_step.start(delays.of("leave"));
+    }
 }
 
-void PlayedLink::enter(Phase phase, int delay)
+void PlayedLink::wait()
 {
-    m_phase = phase;
-    m_step.start(delay);
-    updateStatus();
+    abort();
+    m_step.start(m_description.delays.of("retry"));
 }
 
 void PlayedLink::step()
 {
-    switch (m_phase) {
+    switch (phase()) {
     case Phase::Down:
         return retry();
     case Phase::Associating:
@@ -42,53 +51,9 @@ void PlayedLink::takeLease()
 {
     if (const auto lease = askLease()) {
         m_lease = *lease;
-        m_phase = Phase::Up;
-        updateStatus();
-        announceUp();
-        reconcile(); // a scan that was asked for meanwhile
-    } else {
-        Q_EMIT m_world.failed(QStringLiteral("No DHCP answer on ") + m_name);
-        leaseRefused();
+        return comeUp();
     }
+    reportNoAnswer();
+    leaseRefused();
     Q_EMIT settled();
-}
-
-void PlayedLink::leave()
-{
-    enter(Phase::Leaving, m_description.delays.of("leave"));
-    Q_EMIT m_world.disconnecting(m_name);
-}
-
-void PlayedLink::goDown()
-{
-    abort();
-    Q_EMIT m_world.disconnected(m_name);
-    Q_EMIT m_world.addressesChanged();
-    Q_EMIT settled();
-    reconcile();
-}
-
-void PlayedLink::abort()
-{
-    m_step.stop();
-    m_phase = Phase::Down;
-    updateStatus();
-}
-
-void PlayedLink::announceUp()
-{
-    Q_EMIT m_world.connected(m_name);
-    Q_EMIT m_world.addressesChanged();
-}
-
-void PlayedLink::announceStatus()
-{
-    m_status = currentStatus();
-    Q_EMIT m_world.statusChanged(m_name, m_status);
-}
-
-void PlayedLink::updateStatus()
-{
-    if (currentStatus() != m_status)
-        announceStatus();
 }

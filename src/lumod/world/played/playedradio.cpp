@@ -111,7 +111,7 @@ void PlayedRadio::reconcile()
         return;
     if (const auto choice = choose()) {
         m_choice = *choice;
-        associate();
+        enter(Phase::Associating);
     } else if (!m_blocked.isEmpty() && !isWaiting()) {
         wait();
     }
@@ -159,7 +159,7 @@ void PlayedRadio::associated()
         Q_EMIT world().authenticationFailed(ssid, QStringLiteral("Wrong key for ") + ssid);
         return reconcile();
     }
-    configureAddress();
+    enter(Phase::Configuring);
 }
 
 void PlayedRadio::leaseRefused()
