@@ -3,7 +3,8 @@
 
 Its directory holds: "calls", one line for each start and each call; "delay", seconds to wait before it owns
 its name; "crash", present when it is to end right after its start. Its answers use every width of integer. A
-test has it say something by Emit(member, argument...), fall silent for some ms by Hang, and end by Exit."""
+test has it say something by Emit(member, argument...), fall silent for some ms by Hang, keep its next answer to
+itself by Swallow, and end by Exit."""
 import os
 import sys
 import time
@@ -37,6 +38,7 @@ class Daemon:
         self.directory = directory
         self.bus = dbus.SystemBus(private=True, mainloop=dbus.mainloop.glib.DBusGMainLoop())
         self.loop = GLib.MainLoop()
+        self.swallows = False
         self.write("start")
         if os.path.exists(self.path("delay")):
             with open(self.path("delay"), encoding="ascii") as delay:
@@ -74,11 +76,15 @@ class Daemon:
             self.emit(*arguments, signature=message.get_signature()[1:])
         elif member == "Hang":
             time.sleep(arguments[0] / 1000)
+        elif member == "Swallow":
+            self.swallows = True
         elif member == "Exit":
             os._exit(1)
-        if member not in ("Emit", "Hang", "Get"):
+        if member not in ("Emit", "Hang", "Get", "Swallow"):
             self.write(f"{member}({', '.join(map(spell, arguments))})")
-        if not message.get_no_reply():
+        swallowed = self.swallows and member == "InterfaceDetails"
+        self.swallows = self.swallows and not swallowed
+        if not message.get_no_reply() and not swallowed:
             self.bus.send_message(reply)
         return dbus.lowlevel.HANDLER_RESULT_HANDLED
 

@@ -124,8 +124,25 @@ private Q_SLOTS:
         QVERIFY(clock.elapsed() < 8000);
 
         EVENTUALLY_EQUAL(refreshed.size(), 1);
+        QVERIFY(!backend->findChild<QTimer*>("giveUpTimer"_s)->isActive());
         QVERIFY(!backend->getEthernetMAC().isEmpty());
         EVENTUALLY_EQUAL(callsSinceStart().value(4), "ForceWifiReconnect()"_s);
+    }
+
+    void anAnswerThatNeverComesIsGivenUp()
+    {
+        QSignalSpy refreshed(backend, &Networking_LowLevel::AddressesChanged);
+        for (int lost = 1; lost <= 2; ++lost) {
+            tell("Swallow"_s);
+            QVERIFY(backend->getEthernetMAC().isEmpty());
+            auto* timer = backend->findChild<QTimer*>("giveUpTimer"_s);
+            QVERIFY(timer && timer->isActive());
+            QCOMPARE(timer->interval(), 28000); // after the 2 s of the question
+            timer->start(1);
+            EVENTUALLY_EQUAL(refreshed.size(), lost);
+            QVERIFY(!timer->isActive());
+            QVERIFY(!backend->getEthernetMAC().isEmpty());
+        }
     }
 
     void theStartWaitsForASlowDaemon()

@@ -4,13 +4,15 @@
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QThread>
-#include <QtCore/QTimer>
 #include <QtDBus/QDBusError>
 #include <QtDBus/QDBusPendingCallWatcher>
 
+#include <utility>
+
 namespace {
-constexpr int answerLimit = 2000; // ms
-constexpr int startLimit = 30000; // ms
+constexpr int answerLimit = 2000;  // ms
+constexpr int startLimit = 30000;  // ms
+constexpr int giveUpLimit = 30000; // ms
 
 /// A pending call has no bounded wait of its own; its reply is taken in by another thread.
 bool waitForFinished(const QDBusPendingCall& call, int limit)
@@ -37,6 +39,10 @@ BoundedCalls::BoundedCalls(const QDBusConnection& bus, const QString& service, Q
     , m_service(service)
 {
     m_clock.start();
+    m_giveUpTimer.setParent(this);
+    m_giveUpTimer.setObjectName(QStringLiteral("giveUpTimer"));
+    m_giveUpTimer.setSingleShot(true);
+    connect(&m_giveUpTimer, &QTimer::timeout, this, &BoundedCalls::on_giveUpTimer_timeout);
 }
 
 QDBusMessage BoundedCalls::ask(const Send& send)
@@ -72,6 +78,7 @@ QDBusMessage BoundedCalls::wait(const QDBusPendingCall& call, int limit)
         return call.reply();
     m_unanswered = new QDBusPendingCallWatcher(call, this);
     connect(m_unanswered, &QDBusPendingCallWatcher::finished, this, &BoundedCalls::on_lateReply);
+    m_giveUpTimer.start(giveUpLimit - limit);
     return noReply();
 }
 
@@ -97,24 +104,29 @@ bool BoundedCalls::isAnswer(const QDBusMessage& reply)
 
 QDBusMessage BoundedCalls::miss(const QDBusMessage& reply)
 {
-    if (!m_missed)
+    if (!m_silent)
         LOG4CPLUS_WARN(lumoLogger(), m_service << " does not answer, using defaults until it does: "
                                                << reply.errorName() << ", "
                                                << reply.errorMessage());
+    m_silent = true;
     m_missed = true;
     return reply;
 }
 
 void BoundedCalls::forgetUnanswered()
 {
-    delete m_unanswered;
+    m_giveUpTimer.stop();
+    qDeleteAll(findChildren<QDBusPendingCallWatcher*>());
 }
 
-void BoundedCalls::on_lateReply()
+void BoundedCalls::on_lateReply(QDBusPendingCallWatcher* late)
 {
-    const QDBusMessage reply = m_unanswered->reply();
-    m_unanswered->deleteLater();
-    m_unanswered.clear();
+    const QDBusMessage reply = late->reply();
+    late->deleteLater();
+    if (late == m_unanswered) {
+        m_unanswered.clear();
+        m_giveUpTimer.stop();
+    }
     if (isAnswer(reply))
         noteAnswer(m_lateBackoff.afterLoss(m_clock.elapsed()));
     else
@@ -123,11 +135,22 @@ void BoundedCalls::on_lateReply()
                                                         << reply.errorMessage());
 }
 
+void BoundedCalls::on_giveUpTimer_timeout()
+{
+    LOG4CPLUS_DEBUG(lumoLogger(), m_service << " has not answered for 30 s, asking again");
+    m_unanswered.clear();
+    scheduleAskAgain(m_lateBackoff.afterLoss(m_clock.elapsed()));
+}
+
 void BoundedCalls::noteAnswer(int pauseMs)
 {
-    if (!m_missed)
-        return;
-    m_missed = false;
-    LOG4CPLUS_INFO(lumoLogger(), m_service << " answers again");
-    QTimer::singleShot(pauseMs, this, &BoundedCalls::answersAgain);
+    if (std::exchange(m_silent, false))
+        LOG4CPLUS_INFO(lumoLogger(), m_service << " answers again");
+    scheduleAskAgain(pauseMs);
+}
+
+void BoundedCalls::scheduleAskAgain(int pauseMs)
+{
+    if (std::exchange(m_missed, false))
+        QTimer::singleShot(pauseMs, this, &BoundedCalls::askAgain);
 }

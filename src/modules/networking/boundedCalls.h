@@ -5,6 +5,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
+#include <QtCore/QTimer>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCall>
@@ -17,8 +18,9 @@ class QDBusPendingCallWatcher;
 ///
 /// Nobody knows whether a service that owns its name will answer, and whoever waits for it keeps
 /// the event loop waiting. So a question waits 2 s. While one is unanswered, further ones are not
-/// sent; they fail at once, until its answer has come. The first question of all has the bus start
-/// the service, for as long as the bus takes for that (30 s at most).
+/// sent; they fail at once, until its answer has come or it is given up, 30 s after it was sent.
+/// The first question of all has the bus start the service, for as long as the bus takes for that
+/// (30 s at most).
 ///
 /// Belongs to the thread of the event loop.
 class BoundedCalls : public QObject
@@ -42,24 +44,31 @@ public:
     void forgetUnanswered();
 
 Q_SIGNALS:
-    /// The service answers again after questions had failed: what was answered by a default may be
-    /// asked anew. Comes from the event loop; after a pause that grows where answers keep coming
-    /// too late, since a service that is merely slow would otherwise hold the event loop for most
-    /// of the time.
-    void answersAgain();
+    /// What was answered by a default may be asked anew: the service answers again after questions
+    /// had failed, or one was given up. Comes from the event loop; after a pause that grows where
+    /// answers keep coming too late, since a service that is merely slow would otherwise hold the
+    /// event loop for most of the time.
+    void askAgain();
 
 private:
     void startService();
     [[nodiscard]] QDBusMessage wait(const QDBusPendingCall& call, int limit);
     [[nodiscard]] QDBusMessage miss(const QDBusMessage& reply);
-    void on_lateReply();
+    void on_lateReply(QDBusPendingCallWatcher* late);
+    void on_giveUpTimer_timeout();
     void noteAnswer(int pauseMs);
+    /// Lets what a default answered be asked anew, once.
+    void scheduleAskAgain(int pauseMs);
 
     const QDBusConnection m_bus;
     const QString m_service;
     bool m_started = false;
-    bool m_missed = false;
+    bool m_silent = false; ///< It does not answer, which has been logged.
+    bool m_missed = false; ///< A default answered, and nobody was told yet to ask again.
+    /// The question that others wait for. Those given up are watched on: their answers, too, say
+    /// that the service lives.
     QPointer<QDBusPendingCallWatcher> m_unanswered;
+    QTimer m_giveUpTimer; ///< Runs while a question is unanswered.
     QElapsedTimer m_clock;
     RestartBackoff m_lateBackoff;
 };

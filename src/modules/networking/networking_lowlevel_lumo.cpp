@@ -55,8 +55,7 @@ Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(Networking* worker)
     m_restartTimer.setSingleShot(true);
     connect(&m_restartTimer, &QTimer::timeout, this,
             &Networking_LowLevel_LUMO::on_restartTimer_timeout);
-    connect(m_calls, &BoundedCalls::answersAgain, this,
-            &Networking_LowLevel_LUMO::on_daemon_answersAgain);
+    connect(m_calls, &BoundedCalls::askAgain, this, &Networking_LowLevel_LUMO::on_calls_askAgain);
     QTimer::singleShot(0, this, &Networking_LowLevel_LUMO::on_cableStatus_init);
 }
 
@@ -271,7 +270,7 @@ void Networking_LowLevel_LUMO::on_restartTimer_timeout()
                                       << " message: " << error.message());
 }
 
-void Networking_LowLevel_LUMO::on_daemon_answersAgain()
+void Networking_LowLevel_LUMO::on_calls_askAgain()
 {
     on_cableStatus_init();
     Q_EMIT AddressesChanged();

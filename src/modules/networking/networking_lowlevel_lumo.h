@@ -55,7 +55,7 @@ private Q_SLOTS:
     void on_cableStatus_init();
     void on_nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
     void on_restartTimer_timeout();
-    void on_daemon_answersAgain();
+    void on_calls_askAgain();
     void on_lumo_Started();
 
     // The daemon's signals (networking_lowlevel_lumo_events.cpp).
