@@ -34,6 +34,20 @@ class WireTest : public LumoTest
     {
         return device->send(path, value);
     }
+    /// What the daemon is told that comes after one that left, beside the profile.
+    QStringList toldNextDaemon()
+    {
+        const int started = starts();
+        tell("Exit"_s);
+        const auto profileIsTold = [&] {
+            return starts() > started && callsSinceStart().size() >= profileCalls().size();
+        };
+        (void)QTest::qWaitFor(profileIsTold, 20000);
+        send(OrvaNetworkForceWifiReconnectPath()); // comes after all that is told again
+        const auto isTold = [&] { return callsSinceStart().contains("ForceWifiReconnect()"_s); };
+        (void)QTest::qWaitFor(isTold, 20000);
+        return callsSinceStart().mid(profileCalls().size());
+    }
     bool currentCable() { return device->worker->currentCableStatus(); }
 
     static QStringList profileCalls()
@@ -168,6 +182,49 @@ private Q_SLOTS:
         QVERIFY(!device->worker->linkStatus());
         EVENTUALLY_EQUAL(callsSinceStart(), profileCalls() << softApCall());
         QCOMPARE(starts(), 2);
+    }
+
+    void aNewDaemonIsToldWhatIsStillWanted_data()
+    {
+        QTest::addColumn<CMPath>("asked");
+        QTest::addColumn<OrvaValue>("value");
+        QTest::addColumn<CMPath>("then");
+        QTest::addColumn<QString>("timer"); // whose time is up then
+        QTest::addColumn<QString>("told");
+        const CMPath softAp = OrvaNetworkRequestSoftApPath();
+        const CMPath scan = OrvaNetworkScanPath();
+        const CMPath nothing;
+        QTest::newRow("soft AP revoked")
+            << softAp << softApRequest() << OrvaNetworkRevokeSoftApPath() << ""
+            << "";
+        QTest::newRow("soft AP stopped") << softAp << softApRequest() << OrvaNetworkStopPath() << ""
+                                         << "";
+        QTest::newRow("scan") << scan << OrvaValue() << nothing << ""
+                              << "Scan()";
+        QTest::newRow("scan that timed out") << scan << OrvaValue() << nothing << "m_scanTimer"
+                                             << "";
+        QTest::newRow("scan before the stop") << scan << OrvaValue() << OrvaNetworkStopPath() << ""
+                                              << "";
+    }
+    void aNewDaemonIsToldWhatIsStillWanted()
+    {
+        QFETCH(CMPath, asked);
+        QFETCH(OrvaValue, value);
+        QFETCH(CMPath, then);
+        QFETCH(QString, timer);
+        QFETCH(QString, told);
+        send(OrvaNetworkStartPath());
+        emitSignal("InterfaceStatusChanged"_s, {"wlan0"_s, 2});
+        EVENTUALLY_EQUAL(backend->interfaceStatus("wlan0"_s), Networking_LowLevel::Idle);
+        send(asked, value);
+        EVENTUALLY_EQUAL(callsSinceStart().size(), profileCalls().size() + 1);
+        if (!then.isEmpty())
+            device->request(then, softApRequest());
+        QCOMPARE(device->fire(timer), !timer.isEmpty());
+        const QString last = "ForceWifiReconnect()"_s;
+        QCOMPARE(toldNextDaemon().join(QString()), told + last);
+        if (asked == OrvaNetworkScanPath()) // which may be what the daemon dies of
+            QCOMPARE(toldNextDaemon(), {last});
     }
 
     void aCrashLoopSlowsDown()

@@ -24,6 +24,9 @@ public:
 
     /// Starts a scan; its results come through `ScanResults`. False when none was started.
     [[nodiscard]] virtual bool scanNetworks() = 0;
+    /// Nobody waits any more for the results of the scan that runs: should it get lost, it need not
+    /// be started again.
+    virtual void forgetScan() {}
     /// Hands a profile to the network. False when that was refused.
     [[nodiscard]] virtual bool applyProfile(const OrvaNetworkProfile& profile) = 0;
     /// Asks for all interfaces to be taken down. False when that could not be sent.

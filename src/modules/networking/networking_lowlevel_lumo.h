@@ -35,6 +35,7 @@ public:
     ~Networking_LowLevel_LUMO() override;
 
     bool scanNetworks() override;
+    void forgetScan() override { m_scanning = false; }
     bool applyProfile(const OrvaNetworkProfile& profile) override;
     bool disconnect() override;
     bool forceWifiReconnect() override;

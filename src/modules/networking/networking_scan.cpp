@@ -127,6 +127,7 @@ void Networking::startQueuedScans()
 
 void Networking::on_scanTimer_timeout()
 {
+    m_lowlevel->forgetScan();
     auto cancelled = std::exchange(m_pendingScanReplies, {});
     const auto queued = std::exchange(m_queueScanRequests, {});
     for (const QueuedScan& scan : queued)
