@@ -15,6 +15,7 @@ packages_test=(
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
 packages_fuzz=(clang libclang-rt-14-dev) # beside those of packages_run
+packages_bare=(debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
     {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev}:arm64
