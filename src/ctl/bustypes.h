@@ -18,6 +18,9 @@ struct OrvaBusNode
 using OrvaBusNodes = QList<OrvaBusNode>;
 using OrvaBusRows = QList<QVariantMap>;
 
+/// A value as it goes to the bus: `a{sv}`.
+using OrvaBusValue = QVariantMap;
+
 Q_DECLARE_METATYPE(OrvaBusNode)
 
 QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node);

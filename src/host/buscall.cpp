@@ -11,6 +11,12 @@ bool isNameCharacter(QChar character)
            (ascii >= '0' && ascii <= '9');
 }
 
+CMError tooLarge()
+{
+    return {QStringLiteral("TooLarge"),
+            TrString(trExtractContext(Q_FUNC_INFO), "The answer is too large for the bus.")};
+}
+
 } // namespace
 
 BusCall::BusCall(const QDBusConnection& connection, const QDBusMessage& message)
@@ -36,10 +42,13 @@ CMReply<QVariant> BusCall::reply(const Encode& encode) const
     auto reply = CMReply<QVariant>::create();
     reply.addWatcher(
         [call = *this, encode](const CMReply<QVariant>& finished) {
-            if (finished.error().isEmpty())
-                call.answer(encode(finished.value()));
+            if (!finished.error().isEmpty())
+                return call.fail(finished.error());
+            const auto arguments = encode(finished.value());
+            if (arguments)
+                call.answer(*arguments);
             else
-                call.fail(finished.error());
+                call.fail(tooLarge());
         },
         Qt::DirectConnection);
     return reply;

@@ -6,14 +6,16 @@
 #include <QtDBus/QDBusMessage>
 
 #include <functional>
+#include <optional>
 
 /// A D-Bus method call that is answered later, or at once, but always here. A caller that has gone
 /// or wants no answer does no harm.
 class BusCall
 {
 public:
-    /// How the value of a finished request goes to the bus: as the arguments of the answer.
-    using Encode = std::function<QVariantList(const QVariant& value)>;
+    /// How the value of a finished request goes to the bus: as the arguments of the answer. Nothing
+    /// where it is too large for the bus.
+    using Encode = std::function<std::optional<QVariantList>(const QVariant& value)>;
 
     BusCall(const QDBusConnection& connection, const QDBusMessage& message);
 

@@ -1,5 +1,7 @@
 #include "bustypes.h"
 
+#include <core/orvaplainvalue.h>
+
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusMetaType>
 
@@ -19,9 +21,48 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node
     return argument;
 }
 
+QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusValue& value)
+{
+    return argument << OrvaPlain::toBus(value.plain);
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusValue& value)
+{
+    const auto plain = OrvaPlain::fromForeign(QVariant::fromValue(argument), &value.why);
+    value.plain = plain.value_or(QVariant()).toHash();
+    return argument;
+}
+
+qint64 orvaBusSize(const QVariant& plain)
+{
+    constexpr qint64 each = 16; // Signature, length and padding.
+    qint64 size = each;
+    switch (plain.userType()) {
+    case QMetaType::QString:
+        return size + plain.toString().toUtf8().size();
+    case QMetaType::QByteArray:
+        return size + plain.toByteArray().size();
+    case QMetaType::QVariantList: {
+        const auto items = plain.toList();
+        for (const QVariant& item : items)
+            size += orvaBusSize(item);
+        return size;
+    }
+    case QMetaType::QVariantHash: {
+        const auto entries = plain.toHash();
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry)
+            size += each + entry.key().toUtf8().size() + orvaBusSize(entry.value());
+        return size;
+    }
+    default:
+        return size;
+    }
+}
+
 void registerBusTypes()
 {
     qDBusRegisterMetaType<OrvaBusRows>();
     qDBusRegisterMetaType<OrvaBusNode>();
     qDBusRegisterMetaType<OrvaBusNodes>();
+    qDBusRegisterMetaType<OrvaBusValue>();
 }

@@ -20,12 +20,26 @@ struct OrvaBusNode
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 
+/// A value as it came from the bus, `a{sv}`: unpacked no further than the border's limits.
+struct OrvaBusValue
+{
+    QVariantHash plain;
+    QString why; ///< What is wrong with it, in words for a person; empty where nothing is.
+};
+
+/// About how many bytes a plain value takes on the bus.
+[[nodiscard]] qint64 orvaBusSize(const QVariant& plain);
+
 Q_DECLARE_METATYPE(OrvaBusRows)
 Q_DECLARE_METATYPE(OrvaBusNode)
 Q_DECLARE_METATYPE(OrvaBusNodes)
+Q_DECLARE_METATYPE(OrvaBusValue)
 
 QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node);
 const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node);
+
+QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusValue& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusValue& value);
 
 /// Makes the types known to QtDBus; to be called before the first of them goes to the bus.
 void registerBusTypes();

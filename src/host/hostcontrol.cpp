@@ -7,9 +7,13 @@
 
 namespace {
 
-QString serviceName()
+constexpr qint64 MaxValue = 1 << 20;   // bytes of what a node announces
+constexpr qint64 MaxAnswer = 16 << 20; // bytes; the bus throws off who sends it twice as much
+
+const log4cplus::Logger& logger()
 {
-    return QStringLiteral("org.orva.Host1");
+    static const auto instance = log4cplus::Logger::getInstance("HostControl");
+    return instance;
 }
 
 QString objectPath()
@@ -17,35 +21,50 @@ QString objectPath()
     return QStringLiteral("/org/orva/Host1");
 }
 
-QVariantList valueToBus(const QVariant& value)
+/// A value as an answer's arguments; nothing where it has more bytes than `limit`.
+std::optional<QVariantList> toBusWithin(qint64 limit, const QVariant& value)
 {
-    return {OrvaPlain::toBus(value.toHash())};
+    if (orvaBusSize(value) > limit)
+        return std::nullopt;
+    return QVariantList{OrvaPlain::toBus(value.toHash())};
 }
 
-QVariantList nothingToBus(const QVariant&)
+std::optional<QVariantList> valueToBus(const QVariant& value)
 {
-    return {};
+    return toBusWithin(MaxValue, value);
 }
 
-QVariantList rowsToBus(const QVariant& rows)
+std::optional<QVariantList> resultToBus(const QVariant& value)
 {
+    return toBusWithin(MaxAnswer, value);
+}
+
+std::optional<QVariantList> nothingToBus(const QVariant&)
+{
+    return QVariantList();
+}
+
+std::optional<QVariantList> rowsToBus(const QVariant& rows)
+{
+    if (orvaBusSize(rows) > MaxAnswer)
+        return std::nullopt;
     OrvaBusRows onBus;
     const QVariantList plain = rows.toList();
     for (const QVariant& row : plain)
         onBus << OrvaPlain::toBus(row.toHash());
-    return {QVariant::fromValue(onBus)};
+    return QVariantList{QVariant::fromValue(onBus)};
 }
 
 /// A value from the bus as a plain one, each known field of it of the right type; nothing, with
 /// the reason in `why`, where it is malformed.
-std::optional<OrvaValue> valueFromBus(const QVariantMap& foreign, QString* why)
+std::optional<OrvaValue> valueFromBus(const OrvaBusValue& foreign, QString* why)
 {
-    const auto plain = OrvaPlain::hashFromBus(foreign, why);
-    if (!plain)
+    *why = foreign.why;
+    if (!why->isEmpty())
         return std::nullopt;
-    const QString malformed = orvaMalformedField(OrvaValue::fields(), *plain);
+    const QString malformed = orvaMalformedField(OrvaValue::fields(), foreign.plain);
     if (malformed.isEmpty())
-        return OrvaValue(*plain);
+        return OrvaValue(foreign.plain);
     *why = QStringLiteral("its \"%1\" is, or holds, something of the wrong type or out of range")
                .arg(malformed);
     return std::nullopt;
@@ -68,12 +87,7 @@ HostControl::HostControl(CMAbstractWorker& root, const QDBusConnection& connecti
 {
     registerBusTypes();
     new Host1Adaptor(this);
-    connect(&root, &CMAbstractWorker::valueChanged, this,
-            [this](const CMPath& path, const OrvaValue& value) {
-                Q_EMIT ValueChanged(path.toString(), m_root.isSecret(path)
-                                                         ? QVariantMap()
-                                                         : OrvaPlain::toBus(value.__hash()));
-            });
+    connect(&root, &CMAbstractWorker::valueChanged, this, &HostControl::announce);
     connect(&root, &CMAbstractWorker::rowsChanged, this,
             [this](const CMPath& path) { Q_EMIT RowsChanged(path.toString()); });
 }
@@ -84,6 +98,11 @@ bool HostControl::start(QString* why)
         *why = QStringLiteral("there is no bus: ") + m_connection.lastError().message();
         return false;
     }
+    auto* sieve = BusSieve::install(m_connection);
+    connect(sieve, &BusSieve::heard, this, [this, sieve] {
+        sieve->listen();
+        Q_EMIT heard();
+    });
     m_connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(on_disconnected()));
@@ -94,6 +113,11 @@ bool HostControl::start(QString* why)
                ? m_connection.lastError().message()
                : QStringLiteral("another host has the name ") + serviceName();
     return false;
+}
+
+QString HostControl::serviceName()
+{
+    return QStringLiteral("org.orva.Host1");
 }
 
 QString HostControl::version() const
@@ -110,7 +134,7 @@ QVariantMap HostControl::GetValue(const QString& path)
     return {};
 }
 
-void HostControl::SetValue(const QString& path, const QVariantMap& value)
+void HostControl::SetValue(const QString& path, const OrvaBusValue& value)
 {
     const CMPath node(path);
     admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
@@ -121,11 +145,11 @@ void HostControl::SetValue(const QString& path, const QVariantMap& value)
     });
 }
 
-QVariantMap HostControl::Invoke(const QString& path, const QVariantMap& value)
+QVariantMap HostControl::Invoke(const QString& path, const OrvaBusValue& value)
 {
     const CMPath node(path);
     admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
-        m_root.invoke(node, plain, call.reply(valueToBus));
+        m_root.invoke(node, plain, call.reply(resultToBus));
     });
     return {};
 }
@@ -149,6 +173,16 @@ OrvaBusNodes HostControl::ListNodes()
     return nodes;
 }
 
+void HostControl::announce(const CMPath& path, const OrvaValue& value)
+{
+    QVariantMap shown;
+    if (orvaBusSize(value.__hash()) > MaxValue)
+        LOG4CPLUS_WARN(logger(), "The value at " << path << " is too large for the bus");
+    else if (!m_root.isSecret(path))
+        shown = OrvaPlain::toBus(value.__hash());
+    Q_EMIT ValueChanged(path.toString(), shown);
+}
+
 void HostControl::on_disconnected()
 {
     Q_EMIT busLost();
@@ -169,7 +203,7 @@ void HostControl::admit(const CMPath& path, const Action& action)
 }
 
 void HostControl::admitValue(
-    const CMPath& path, const QVariantMap& foreign,
+    const CMPath& path, const OrvaBusValue& foreign,
     const std::function<void(const BusCall& call, const OrvaValue& value)>& action)
 {
     admit(path, [path, foreign, action](const BusCall& call) {

@@ -2,6 +2,7 @@
 
 #include "buscall.h"
 #include "buscallers.h"
+#include "bussieve.h"
 #include "bustypes.h"
 
 #include <QtDBus/QDBusContext>
@@ -24,17 +25,22 @@ public:
     /// the reason in `why`, where the name is taken or the bus refuses it.
     [[nodiscard]] bool start(QString* why);
 
+    /// The name on the bus.
+    [[nodiscard]] static QString serviceName();
+
     [[nodiscard]] QString version() const;
 
     QVariantMap GetValue(const QString& path);
-    void SetValue(const QString& path, const QVariantMap& value);
-    QVariantMap Invoke(const QString& path, const QVariantMap& value);
+    void SetValue(const QString& path, const OrvaBusValue& value);
+    QVariantMap Invoke(const QString& path, const OrvaBusValue& value);
     OrvaBusRows GetRows(const QString& path);
     OrvaBusNodes ListNodes();
 
 Q_SIGNALS:
     void ValueChanged(const QString& path, const QVariantMap& value);
     void RowsChanged(const QString& path);
+    /// Something came from the bus, a while after the last time that this was told.
+    void heard();
     /// The bus has gone, and it does not come back to this process.
     void busLost();
 
@@ -46,8 +52,10 @@ private:
     /// Performs `action` with the current call if its caller may touch the node at `path`.
     void admit(const CMPath& path, const Action& action);
     /// The same for an action that takes a value from the bus.
-    void admitValue(const CMPath& path, const QVariantMap& foreign,
+    void admitValue(const CMPath& path, const OrvaBusValue& foreign,
                     const std::function<void(const BusCall& call, const OrvaValue& value)>& action);
+
+    void announce(const CMPath& path, const OrvaValue& value);
 
     CMAbstractWorker& m_root;
     QDBusConnection m_connection;

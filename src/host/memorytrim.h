@@ -2,8 +2,8 @@
 
 #include <QtCore/QTimer>
 
-/// Gives memory that a burst of work left unused back to the system, some seconds after the first
-/// change of the burst.
+/// Gives memory that a burst of work left unused back to the system, some seconds after the burst
+/// began.
 ///
 /// The allocator keeps what lies below its last block in use: without this, one message of ten
 /// megabytes that is long forgotten leaves tens of them resident.

@@ -2,6 +2,8 @@
 
 #include <core/orva.h>
 
+#include <QThread>
+
 /// A worker with a node for each way in which a request can end; none when it is told so.
 extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
 {
@@ -9,6 +11,7 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
         return nullptr;
     auto* worker = new CMNodesWorker(config, "Test"_s);
     CMValueNode::create(worker->nodes(), CMPath("test/unset"_s));
+    auto* large = CMValueNode::create(worker->nodes(), CMPath("test/large"_s));
     const auto add = [worker](const QString& path, const auto& action) {
         auto* node = CMActivateNode::create(worker->nodes(), CMPath(path));
         QObject::connect(node, &CMActivateNode::invoked, action);
@@ -16,6 +19,15 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
     add("test/echo"_s, [](const CMSetDataRequest& request) { request.answer(request.value()); });
     add("test/fail"_s, [](const CMSetDataRequest& request) {
         request.fail(CMError("7 odd-words!"_s, TrString("It went wrong.")));
+    });
+    add("test/block"_s, [](const CMSetDataRequest& request) {
+        QThread::msleep(static_cast<unsigned long>(request.value().i32_()));
+    });
+    add("test/grow"_s, [large](const CMSetDataRequest& request) {
+        OrvaValue value;
+        value.setString_(QString(request.value().i32_(), QLatin1Char('x')));
+        large->setValue(value);
+        request.answer(value);
     });
     add("test/drop"_s, [](const CMSetDataRequest&) {});
     return worker;

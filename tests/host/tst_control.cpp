@@ -105,10 +105,10 @@ private Q_SLOTS:
         QCOMPARE(plain(call("Invoke", {"test/echo"_s, nested(12)})), nested(12));
     }
 
-    void tenThousandRequestsAtOnceAreAllAnswered()
+    void aThousandRequestsAtOnceAreAllAnswered()
     {
         QVector<QDBusPendingCall> calls;
-        for (int i = 0; i < 10000; ++i)
+        for (int i = 0; i < 1000; ++i)
             calls << QDBusConnection::systemBus().asyncCall(
                 message("Invoke", {"test/echo"_s, QVariantMap{{"i32"_s, i}}}));
         for (int i = 0; i < calls.size(); ++i) {

@@ -1,0 +1,137 @@
+#include "busledger.h"
+#include "bustypes.h"
+#include "hostprocess.h"
+#include "privatebus.h"
+
+#include <core/orvaplainvalue.h>
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QDBusUnixFileDescriptor>
+#include <QtTest>
+
+/// A client that is let in and asks for too much.
+class LoadTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_bus.start());
+        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
+        QTRY_VERIFY(
+            QDBusConnection::systemBus().interface()->isServiceRegistered("org.orva.Host1"_s));
+    }
+
+    void init() { m_hostile = std::make_unique<QDBusConnection>(m_bus.connection("hostile"_s)); }
+
+    void cleanup()
+    {
+        QDBusConnection::disconnectFromBus("hostile"_s);
+        m_hostile.reset();
+        const auto answer = QDBusConnection::systemBus().call(
+            message("GetValue", {"webserver/port"_s}), QDBus::Block, 10000);
+        QCOMPARE(answer.type(), QDBusMessage::ReplyMessage);
+    }
+
+    void whatIsTooMuchIsRefused_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<int>("served"); // of all, how many are
+        QTest::newRow("5 times 30 MiB") << 5 << (30 << 20) << 0;
+        QTest::newRow("20 times 1 MiB") << 20 << (1 << 20) - 100 << 7;
+        QTest::newRow("2000 small ones") << 2000 << 10 << 1023;
+    }
+
+    /// They come while the host is busy, so that they would pile up.
+    void whatIsTooMuchIsRefused()
+    {
+        QFETCH(int, count);
+        QFETCH(int, size);
+        const QVariantMap value{{"string"_s, QString(size, QLatin1Char('x'))}};
+        m_hostile->asyncCall(message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 2000}}}));
+        QVector<QDBusPendingCall> calls;
+        for (int i = 0; i < count; ++i)
+            calls << m_hostile->asyncCall(message("Invoke", {"test/echo"_s, value}), 60000);
+        int served = 0;
+        for (QDBusPendingCall& call : calls) {
+            call.waitForFinished();
+            if (call.isError())
+                QCOMPARE(call.error().name(), "org.freedesktop.DBus.Error.LimitsExceeded"_s);
+            else
+                ++served;
+        }
+        QTEST(served, "served");
+    }
+
+    void whatTheBorderDoesNotTakeIsRefusedAtOnce()
+    {
+        QVariantMap many;
+        for (int i = 0; i < 100000; ++i)
+            many.insert(QString::number(i), i);
+        const auto answer = m_hostile->call(message("Invoke", {"test/echo"_s, many}));
+        QCOMPARE(answer.errorName(), "org.orva.Error.MalformedValue"_s);
+        const auto descriptor = QVariant::fromValue(QDBusUnixFileDescriptor(0));
+        QCOMPARE(m_hostile->call(message("GetValue", {descriptor})).errorName(),
+                 "org.freedesktop.DBus.Error.LimitsExceeded"_s);
+    }
+
+    void whatTheBusWouldNotTakeIsNeverSent_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<QString>("result");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("within") << 1000000 << QString() << QString();
+        QTest::newRow("value too large") << (1 << 20) << QString() << "org.orva.Error.TooLarge"_s;
+        QTest::newRow("all too large") << (130 << 20) << "org.orva.Error.TooLarge"_s
+                                       << "org.orva.Error.TooLarge"_s;
+    }
+
+    void whatTheBusWouldNotTakeIsNeverSent()
+    {
+        QFETCH(int, size);
+        const auto grown =
+            m_hostile->call(message("Invoke", {"test/grow"_s, QVariantMap{{"i32"_s, size}}}));
+        QTEST(grown.errorName(), "result");
+        QTEST(m_hostile->call(message("GetValue", {"test/large"_s})).errorName(), "value");
+    }
+
+    void theLedgerIsFairWhenAllIsTaken()
+    {
+        BusLimits limits;
+        limits.caller = 40000;
+        limits.all = 100000;
+        limits.share = 5000;
+        BusLedger ledger(limits);
+        for (int i = 0; i < 9; ++i)
+            QVERIFY(ledger.enter(QByteArray::number(i / 3), 10000).isEmpty());
+        QVERIFY(!ledger.enter("late", 10000).isEmpty());
+        QVERIFY(ledger.enter("late", 3000).isEmpty());
+        QVERIFY(!ledger.enter("0", 3000).isEmpty());
+        for (int i = 0; i < 9; ++i)
+            ledger.leave(QByteArray::number(i / 3), 10000);
+        QCOMPARE(ledger.callers(), 1);
+        QVERIFY(ledger.enter("0", 30000).isEmpty());
+        QVERIFY(!ledger.enter("0", 30000).isEmpty());
+    }
+
+private:
+    static QDBusMessage message(const char* method, const QVariantList& arguments)
+    {
+        auto message = QDBusMessage::createMethodCall("org.orva.Host1"_s, "/org/orva/Host1"_s,
+                                                      "org.orva.Host1"_s, QLatin1String(method));
+        message.setArguments(arguments);
+        return message;
+    }
+
+    PrivateBus m_bus;
+    HostProcess m_host;
+    std::unique_ptr<QDBusConnection> m_hostile;
+};
+
+QTEST_GUILESS_MAIN(LoadTest)
+#include "tst_load.moc"
