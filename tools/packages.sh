@@ -4,7 +4,7 @@
 packages_run=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtbase5-dev-tools libnl-3-dev libnl-route-3-dev liblog4cplus-dev libcli11-dev
-    libdbus-1-dev
+    libdbus-1-dev libsystemd-dev
     dbus-daemon systemd # systemd brings busctl
     iproute2 iputils-ping jq procps util-linux
 )
@@ -19,7 +19,7 @@ packages_fuzz=(clang libclang-rt-14-dev) # beside those of packages_run
 packages_bare=(debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
-    {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev,libdbus-1-dev}:arm64
+    {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev}:arm64
 )
 
 # missing_packages NAME...: those of NAME... that are not installed, one a line.

@@ -18,11 +18,18 @@ const log4cplus::Logger& logger()
 Host::Host(const HostConfig& config, const QDBusConnection& connection)
     : m_config(config)
     , m_control(m_root, connection)
+    , m_watchdog(HostControl::serviceName())
 {
     connect(&m_control, &HostControl::busLost, this, [this] {
         LOG4CPLUS_ERROR(logger(), "The system bus has gone, the host ends");
         Q_EMIT failed();
     });
+    connect(&m_watchdog, &BusWatchdog::deaf, this, [this] {
+        LOG4CPLUS_ERROR(logger(), "The host hears nothing from the bus any more, it ends");
+        Q_EMIT failed();
+    });
+    connect(&m_control, &HostControl::heard, &m_watchdog, &BusWatchdog::note);
+    connect(&m_control, &HostControl::heard, &m_memory, &MemoryTrim::note);
     connect(&m_root, &CMAbstractWorker::valueChanged, &m_memory, &MemoryTrim::note);
     connect(&m_root, &CMAbstractWorker::rowsChanged, &m_memory, &MemoryTrim::note);
 }
@@ -36,6 +43,7 @@ bool Host::start()
         LOG4CPLUS_ERROR(logger(), "Couldn't take the host's name on the system bus: " << why);
         return false;
     }
+    m_watchdog.start();
     addStandIns();
     if (!addLibraries())
         return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "buswatchdog.h"
 #include "hostconfig.h"
 #include "hostcontrol.h"
 #include "memorytrim.h"
@@ -33,4 +34,5 @@ private:
     RootWorker m_root;
     HostControl m_control;
     MemoryTrim m_memory;
+    BusWatchdog m_watchdog;
 };

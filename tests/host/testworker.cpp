@@ -2,7 +2,10 @@
 
 #include <core/orva.h>
 
+#include <QDBusConnection>
 #include <QThread>
+
+#include <dbus/dbus.h>
 
 /// A worker with a node for each way in which a request can end; none when it is told so.
 extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
@@ -22,6 +25,12 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
     });
     add("test/block"_s, [](const CMSetDataRequest& request) {
         QThread::msleep(static_cast<unsigned long>(request.value().i32_()));
+    });
+    // As when more waits than libdbus takes in.
+    add("test/deaf"_s, [](const CMSetDataRequest&) {
+        const auto bus = QDBusConnection::systemBus();
+        dbus_connection_set_max_received_size(static_cast<DBusConnection*>(bus.internalPointer()),
+                                              0);
     });
     add("test/grow"_s, [large](const CMSetDataRequest& request) {
         OrvaValue value;

@@ -119,6 +119,25 @@ private Q_SLOTS:
         QVERIFY(!ledger.enter("0", 30000).isEmpty());
     }
 
+    void aDeafHostEnds()
+    {
+        m_host.kill();
+        QCOMPARE(m_host.ended(), -1);
+        HostProcess host;
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("WATCHDOG_USEC"_s, "2000000"_s);
+        host.setProcessEnvironment(environment);
+        host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
+        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+        QTest::qWait(2500); // It lives as long as it hears.
+        QCOMPARE(host.state(), QProcess::Running);
+        m_hostile->asyncCall(message("Invoke", {"test/deaf"_s, QVariantMap()}));
+        QCOMPARE(host.ended(), 1);
+        QVERIFY(host.readAll().contains("hears nothing from the bus"));
+        m_host.start("{}");
+        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+    }
+
 private:
     static QDBusMessage message(const char* method, const QVariantList& arguments)
     {

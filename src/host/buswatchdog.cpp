@@ -1,0 +1,91 @@
+#include "buswatchdog.h"
+
+#include <QtDBus/QDBusMessage>
+#include <QtDBus/QDBusPendingCallWatcher>
+
+#include <systemd/sd-daemon.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int MaxPatience = 30000; // ms
+
+QString connectionName()
+{
+    return QStringLiteral("watchdog");
+}
+
+/// Half of the time in which the service manager wants to hear from the host, in ms; 0 where it
+/// does not.
+int managerInterval()
+{
+    uint64_t limit = 0;
+    if (sd_watchdog_enabled(0, &limit) <= 0)
+        return 0;
+    return int(std::min<uint64_t>(limit / 2000, std::numeric_limits<int>::max()));
+}
+
+} // namespace
+
+BusWatchdog::BusWatchdog(const QString& service)
+    : m_service(service)
+    , m_connection(QDBusConnection::connectToBus(QDBusConnection::SystemBus, connectionName()))
+    , m_interval(managerInterval())
+    , m_patience(m_interval > 0 ? std::min(m_interval / 2, MaxPatience) : MaxPatience)
+{
+    for (QTimer* timer : {&m_next, &m_limit}) {
+        timer->setSingleShot(true); // Coarse, as every timer of this length.
+    }
+    connect(&m_next, &QTimer::timeout, this, &BusWatchdog::ask);
+    connect(&m_limit, &QTimer::timeout, this, &BusWatchdog::judge);
+}
+
+BusWatchdog::~BusWatchdog()
+{
+    QDBusConnection::disconnectFromBus(connectionName());
+}
+
+void BusWatchdog::start()
+{
+    if (m_interval > 0)
+        ask();
+}
+
+void BusWatchdog::note()
+{
+    const bool soon = m_next.isActive() && m_next.remainingTime() <= m_patience;
+    if (!m_ping && !soon)
+        m_next.start(m_patience);
+}
+
+void BusWatchdog::ask()
+{
+    // Answered by the thread that reads, even while this one is busy.
+    m_ping = m_connection.asyncCall(QDBusMessage::createMethodCall(
+        m_service, QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Peer"),
+        QStringLiteral("Ping")));
+    auto* answer = new QDBusPendingCallWatcher(*m_ping, this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        answer->deleteLater();
+        judge();
+    });
+    m_limit.start(m_patience);
+}
+
+void BusWatchdog::judge()
+{
+    if (!m_ping)
+        return;
+    const bool answered = m_ping->isFinished() && !m_ping->isError();
+    m_ping.reset();
+    m_limit.stop();
+    if (!answered) {
+        Q_EMIT deaf();
+        return;
+    }
+    sd_notify(0, "WATCHDOG=1");
+    if (m_interval > 0)
+        m_next.start(m_interval);
+}
