@@ -7,6 +7,7 @@
 
 #include <csignal>
 
+#include <sys/prctl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -39,6 +40,8 @@ int main(int argc, char** argv)
 {
     // Whatever this process or one that it starts writes is nobody else's.
     ::umask(S_IRWXG | S_IRWXO);
+    // The keys are in this process's memory: no core dump, and nobody but root looks in.
+    ::prctl(PR_SET_DUMPABLE, 0);
     ::signal(SIGPIPE, SIG_IGN);
     MemoryTrim::prepareProcess();
     // Qt's own event loop does all that is needed, in less memory than GLib's.

@@ -3,12 +3,35 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QLibrary>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// Whether nobody but root and the host's own user decides what the library does. A group counts
+/// as its user's own where it is root's or the host's.
+bool isTrusted(const QString& library)
+{
+    struct stat file = {};
+    if (::stat(library.toLocal8Bit().constData(), &file) != 0)
+        return true; // The loader says what is wrong with it.
+    const bool ownGroup = file.st_gid == 0 || file.st_gid == ::getegid();
+    const mode_t others = ownGroup ? S_IWOTH : S_IWOTH | S_IWGRP;
+    return (file.st_uid == 0 || file.st_uid == ::geteuid()) && (file.st_mode & others) == 0;
+}
+
+} // namespace
+
 std::unique_ptr<CMAbstractWorker> createWorker(const QString& library, const QVariantHash& config,
                                                QString* why)
 {
     // A bare name would be searched for, and what is found need not be what was meant.
     if (!QFileInfo(library).isAbsolute()) {
         *why = QStringLiteral("\"%1\" is not an absolute path").arg(library);
+        return nullptr;
+    }
+    if (!isTrusted(library)) {
+        *why = QStringLiteral("others than root and the host's user may change it");
         return nullptr;
     }
     QLibrary file(library);

@@ -2,6 +2,7 @@
 #include "privatebus.h"
 
 #include <QDBusConnectionInterface>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class StartTest : public QObject
@@ -22,6 +23,7 @@ private Q_SLOTS:
         };
         row("/nowhere.so", library("/nowhere.so"));
         row("worker_create", library(ORVA_NO_WORKER));
+        row("others than root", library(foreignLibrary()));
         row("made no worker", library(ORVA_TEST_WORKER, R"(, "config": {"none": true})"));
         row("not an absolute path", library("libc.so.6"));
         row("Couldn't use the configuration", "workers: none");
@@ -71,6 +73,15 @@ private Q_SLOTS:
     }
 
 private:
+    /// A library that everybody may write.
+    QByteArray foreignLibrary()
+    {
+        const QString copy = m_directory.filePath("worker.so"_s);
+        if (!QFile::copy(QStringLiteral(ORVA_TEST_WORKER), copy) ||
+            !QFile::setPermissions(copy, QFile::Permissions(0x6666)))
+            qFatal("no copy");
+        return copy.toLocal8Bit();
+    }
     [[nodiscard]] bool isRunning() const
     {
         const auto connection = m_bus.connection("test"_s);
@@ -78,6 +89,7 @@ private:
     }
 
     PrivateBus m_bus;
+    QTemporaryDir m_directory;
 };
 
 QTEST_GUILESS_MAIN(StartTest)
