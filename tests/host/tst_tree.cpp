@@ -80,6 +80,34 @@ private Q_SLOTS:
         QVERIFY(!OrvaValue(m_root->getValue(path("power/resource/wifi")).toHash()).bool_());
     }
 
+    void thePowerManagerServesARegisteredModuleInACrowd()
+    {
+        m_root->addWorker(std::make_unique<PowerManager>());
+        const auto ask = [this](const CMPath& node, const QString& name) {
+            OrvaPowerManagerResourceRequest wanted;
+            wanted.setModuleName(name);
+            if (node == OrvaPowerManagerResourceRequestPath()) {
+                wanted.setResource(OrvaPowerManagerResources::Wifi);
+                wanted.setAction(OrvaPowerModuleActions::Request);
+            }
+            const auto reply = CMReply<QVariant>::create();
+            m_root->invoke(node, wanted, reply);
+            while (!reply.isFinished())
+                QCoreApplication::processEvents();
+            return reply.error().name();
+        };
+        const CMPath enter = OrvaPowerManagerModuleRegisterPath();
+        const CMPath hold = OrvaPowerManagerResourceRequestPath();
+        for (int i = 0; i < 100; ++i) {
+            QCOMPARE(ask(enter, QString::number(i)), QString());
+            QCOMPARE(ask(hold, "other"_s + QString::number(i)), QString());
+        }
+        QCOMPARE(ask(enter, "late"_s), "TooMany"_s);
+        QCOMPARE(ask(hold, "late"_s), "TooMany"_s);
+        QCOMPARE(ask(enter, "99"_s), QString());
+        QCOMPARE(ask(hold, "99"_s), QString());
+    }
+
 private:
     std::unique_ptr<RootWorker> m_root;
 };

@@ -2,10 +2,13 @@
 
 #include <power/powerrecords.h>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int MaxRequests = 100; // A thousand rows are most of a megabyte.
 constexpr int MaxModuleName = 64;
+constexpr int MaxModules = 100;
 
 const log4cplus::Logger& logger()
 {
@@ -41,6 +44,12 @@ bool refuseModuleName(const CMSetDataRequest& request, const QString& name)
     request.fail(CMError::malformedValue(
         request.path(), QStringLiteral("a module's name has 1 to %1 letters").arg(MaxModuleName)));
     return true;
+}
+
+CMError tooMany()
+{
+    return {QStringLiteral("TooMany"),
+            TrString(trExtractContext(Q_FUNC_INFO), "There are %1 modules already.", {MaxModules})};
 }
 
 CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& first)
@@ -87,6 +96,8 @@ void PowerManager::on_register(const CMSetDataRequest& request)
     const auto module = take<OrvaPowerManagerModuleRegister>(request);
     if (!module || refuseModuleName(request, module->moduleName()))
         return;
+    if (m_modules->rows().size() >= MaxModules && !isRegistered(module->moduleName()))
+        return request.fail(tooMany());
     OrvaRoles row;
     row.setId(module->moduleName());
     row.setTitle(module->moduleName());
@@ -100,6 +111,9 @@ void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
     const auto wanted = take<OrvaPowerManagerResourceRequest>(request);
     if (!wanted || refuseModuleName(request, wanted->moduleName()))
         return;
+    // Whoever registered in time is served even in a crowd.
+    if (m_wifiHolders.size() >= MaxModules && !isRegistered(wanted->moduleName()))
+        return request.fail(tooMany());
     record(QStringLiteral("resource"), *wanted);
     if (wanted->resource() == OrvaPowerManagerResources::Wifi) {
         if (wanted->action() != OrvaPowerModuleActions::None)
@@ -119,6 +133,13 @@ void PowerManager::on_targetRequest(const CMSetDataRequest& request)
     record(QStringLiteral("target"), *wanted);
     m_target->setValue(number(wanted->target()));
     request.answer();
+}
+
+bool PowerManager::isRegistered(const QString& module) const
+{
+    const auto& rows = m_modules->rows();
+    return std::any_of(rows.begin(), rows.end(),
+                       [&module](const OrvaRoles& row) { return row.id() == module; });
 }
 
 void PowerManager::record(const QString& what, const OrvaHash& request)

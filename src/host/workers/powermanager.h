@@ -20,6 +20,7 @@ private:
     void on_register(const CMSetDataRequest& request);
     void on_resourceRequest(const CMSetDataRequest& request);
     void on_targetRequest(const CMSetDataRequest& request);
+    [[nodiscard]] bool isRegistered(const QString& module) const;
     void record(const QString& what, const OrvaHash& request);
 
     CMListRowsNode* m_modules;
