@@ -27,15 +27,20 @@ class Playground(PrivateBus):
     def __init__(self, world):
         super().__init__()
         self.environment["ORVA_LUMOD_WORLD"] = self.write("world.json", "// a test's world\n" + json.dumps(world))
-        self.signals = queue.Queue()
+        self.signals, self.overhears = queue.Queue(), threading.Event()
         self.start_bus()
-        monitor = self.start("busctl", "--address=" + self.address, "--json=short", "monitor",
-                             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        monitor.stderr.readline()  # it says when it listens
+        monitor = self.start("busctl", "--address=" + self.address, "--json=short", "monitor", stdout=subprocess.PIPE)
         threading.Thread(target=self.overhear, args=(monitor.stdout,), daemon=True).start()
+        self.until(self.overheard, "busctl's monitor does not hear what is said on the bus")
+
+    # Whether what is said now is overheard, and so all that follows.
+    def overheard(self):
+        self.busctl("call", "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId")
+        return self.overhears.wait(0.2)
 
     def overhear(self, stream):
         for line in stream:
+            self.overhears.set()
             message = json.loads(line)
             if message["type"] == "signal" and message["path"] == OBJECT[1]:
                 self.signals.put((message["member"], message["payload"]))

@@ -42,10 +42,10 @@ class PrivateBus:
         return subprocess.run(command, env=self.environment, text=True, capture_output=True, timeout=LIMIT,
                               check=False, **more)
 
-    def until(self, condition):
+    def until(self, condition, otherwise="waited in vain"):
         end = time.monotonic() + LIMIT
         while not condition():
-            assert time.monotonic() < end, "waited in vain; the log says: " + self.logged()
+            assert time.monotonic() < end, f"{otherwise}; the log says: {self.logged()}"
             time.sleep(0.02)
 
     def close(self):
