@@ -9,18 +9,25 @@ packages_run=(
     iproute2 iputils-ping jq procps util-linux
 )
 packages_test=(
-    clang-format clang-tidy clang-tools doxygen
+    git doxygen
     python3 python3-dbus python3-gi
     python3-seccomp rfkill # the host's service runs rfkill under a filter
     make # a plug-in author's CMake calls it unless told otherwise
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
-packages_fuzz=(clang libclang-rt-14-dev) # beside those of packages_run
+[ "$(. /etc/os-release && echo "${VERSION_ID-}")" != 12 ] || # no other release has the version that is asked
+    packages_test+=(clang-format-14 clang-tidy-14)
+packages_package=(file dpkg-dev) # beside those of packages_run
 packages_bare=(debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
-    {libc6-dev,libstdc++-12-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev}:arm64
+    {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev}:arm64
 )
+
+# install_clang: clang with the sanitizers' runtime, which it only recommends and which bears its version.
+install_clang() {
+    install_packages clang && install_packages "libclang-rt-$(clang -dumpversion | sed 's/\..*//')-dev"
+}
 
 # missing_packages NAME...: those of NAME... that are not installed, one a line.
 missing_packages() {

@@ -114,6 +114,7 @@ bare_debootstrap() {
         >"$log" 2>&1 || { tail -n 20 "$log" >&2 && return 1; }
     bare_sources "$codename" >"$bare_root/etc/apt/sources.list"
     bare_apt_settings >"$bare_root/etc/apt/apt.conf.d/90machine"
+    echo force-unsafe-io >"$bare_root/etc/dpkg/dpkg.cfg.d/throwaway" # no root outlives a crash of the machine
     rm -rf "$bare_root"/var/cache/apt/archives/*.deb
     tar -C "$bare_root" --numeric-owner --xattrs -cf "$tar.new" . && mv "$tar.new" "$tar"
     rm -rf --one-file-system "$bare_root"
