@@ -1,4 +1,5 @@
-# Debian packages, one a component: `cpack -G DEB` in a build directory configured for the prefix /usr.
+# Debian packages, one a component, as ./package makes them: `cpack -G DEB` in a build directory configured
+# for the prefix /usr.
 
 set(CPACK_PACKAGE_NAME orva-networking)
 set(CPACK_PACKAGE_CONTACT "orva-networking maintainers <maintainers@localhost>")
@@ -35,4 +36,5 @@ set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME orva-lumod)
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "connection daemon that plays a network instead of driving one")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS "dbus")
 
+set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/OrvaPackageTools.cmake")
 include(CPack)
