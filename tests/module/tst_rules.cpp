@@ -154,6 +154,13 @@ void addKeyRows()
     row(restore, "restore from the network in use where none is listed",
         "{'wireless':{'ssid':'A','key':'****'}}", "{'wireless':{'ssid':'A','key':'a'}}",
         "{'wireless':{'ssid':'A','key':'a'}}");
+    row(restore, "restore from the network in use that is not listed",
+        "{'wireless':{'ssid':'A','key':'****'}}",
+        "{'wireless':{'ssid':'A','key':'a'},'wirelessNetworks':[{'ssid':'B','key':'b'}]}",
+        "{'wireless':{'ssid':'A','key':'a'}}");
+    row(restore, "restore from the list first", "{'wireless':{'ssid':'A','key':'****'}}",
+        "{'wireless':{'ssid':'A','key':'a'},'wirelessNetworks':[{'ssid':'A','key':'b'}]}",
+        "{'wireless':{'ssid':'A','key':'b'}}");
     row(restore, "restore no key of an SSID that is new", "{'wireless':{'ssid':'N','key':'****'}}",
         "{'wireless':{'ssid':'A','key':'a'}}", "{'wireless':{'ssid':'N','key':'****'}}");
     row(restore, "restore the wired key", "{'wired':{'key':'****'}}", "{'wired':{'key':'w'}}",

@@ -60,15 +60,13 @@ OrvaNetworkInterface withSecretsOf(const OrvaNetworkInterface& network,
     return OrvaNetworkInterface(hash);
 }
 
-/// Networks by their SSID; of two with one SSID the first.
+/// Networks by their SSID; of two with one SSID the first of the list.
 using KnownNetworks = QHash<QString, OrvaNetworkInterface>;
 
 KnownNetworks storedNetworks(const OrvaNetworkProfile& profile)
 {
-    auto networks = profile.wirelessNetworks();
-    if (networks.isEmpty())
-        networks.append(profile.wireless());
-    KnownNetworks known;
+    const auto networks = profile.wirelessNetworks();
+    KnownNetworks known = {{profile.wireless().ssid(), profile.wireless()}};
     for (auto network = networks.crbegin(); network != networks.crend(); ++network)
         known.insert(network->ssid(), *network);
     return known;

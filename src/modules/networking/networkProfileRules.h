@@ -13,7 +13,7 @@
 [[nodiscard]] OrvaNetworkProfile hidePassword(const OrvaNetworkProfile& profile);
 
 /// A copy with every key "****" replaced by the one that `stored` has for the SSID: that of the
-/// first network of its list with the SSID, or of its `wireless` where the list is empty. A masked
+/// first network of its list with the SSID, or of its `wireless` where the list has none. A masked
 /// wired key comes from the stored wired interface. An SSID that is not stored keeps "****".
 [[nodiscard]] OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
                                                  const OrvaNetworkProfile& stored);
