@@ -46,6 +46,8 @@ ValueStore::ValueStore(const NodeValues& values)
 
 void ValueStore::setDataRequest(const CMSetDataRequest& request)
 {
+    if (full)
+        return request.fail(CMError("NotStored"_s, "full"_s));
     writes.append({request.path(), request.value()});
     CMNodesWorker::setDataRequest(request);
 }

@@ -22,6 +22,8 @@ public:
 
     /// Every write in order, those that change nothing too.
     QVector<QPair<CMPath, OrvaValue>> writes;
+    /// Whether writes are refused, as on a full disk.
+    bool full = false;
 
     void setDataRequest(const CMSetDataRequest& request) override;
 };

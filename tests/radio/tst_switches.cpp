@@ -30,6 +30,19 @@ private Q_SLOTS:
         QTEST(fixture.rfkillCalls().join(", "_s), "calls");
     }
 
+    void refusesWhatCannotBeStored()
+    {
+        WorkerFixture fixture;
+        fixture.store->full = true;
+        const auto reply = CMReply<QVariant>::create();
+        fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(true), reply);
+        fixture.settle();
+        QCOMPARE(WorkerFixture::outcome(reply), "NotStored: full"_s);
+        QVERIFY(!fixture.value(OrvaNetworkAirplaneModePath()).bool_());
+        QVERIFY(!fixture.info().airplaneMode());
+        QCOMPARE(fixture.rfkillCalls(), QStringList("unblock all"_s));
+    }
+
     void switchesAlsoWhereRfkillFails_data()
     {
         QTest::addColumn<QByteArray>("rfkill");

@@ -73,6 +73,9 @@ public:
 
     [[nodiscard]] static OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info);
 
+    /// Airplane mode is taken over only when it is stored.
+    void setDataRequest(const CMSetDataRequest& request) override;
+
 public Q_SLOTS:
     // Life cycle.
     void on_start_req(const CMSetDataRequest& request);

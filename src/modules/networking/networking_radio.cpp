@@ -82,12 +82,33 @@ void Networking::on_releaseWifiResource_timeout()
     askPowerManager(OrvaPowerModuleActions::Release);
 }
 
+void Networking::setDataRequest(const CMSetDataRequest& request)
+{
+    const bool switchesAirplaneMode = request.path() == OrvaNetworkAirplaneModePath() &&
+                                      request.role() == OrvaRoles::Value() &&
+                                      request.value().typeKey() == OrvaValue::Bool();
+    if (!switchesAirplaneMode)
+        return CMNodesWorker::setDataRequest(request);
+    const auto stored = CMReply<QVariant>::create();
+    stored.addWatcher(
+        this,
+        [this, request](const CMReply<QVariant>& reply) {
+            if (reply.error().isEmpty())
+                CMNodesWorker::setDataRequest(request);
+            else
+                request.fail(reply.error());
+        },
+        Qt::QueuedConnection);
+    CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), request.value(), stored);
+}
+
 void Networking::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
     LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
-    CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), toValue(on),
-                       CMReply<QVariant>::create());
+    if (readValue(OrvaNetworkAirplaneModeSettingPath()).bool_() != on)
+        CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), toValue(on),
+                           CMReply<QVariant>::create());
     runRfkill(rfkillArguments(on, m_airplaneModeType));
     OrvaNetworkInfo published = info();
     published.setAirplaneMode(on);
