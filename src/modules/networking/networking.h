@@ -146,13 +146,29 @@ private:
     [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
     bool applyProfile(const OrvaNetworkProfile& profile);
     void publishKnownNetworks(const OrvaNetworkProfile& profile);
-    /// Starts the first pending removal that has something to remove.
-    void removeNextNetwork();
-    /// False when there is nothing to remove, which the request is told.
-    bool removeNetwork(const CMSetDataRequest& request);
+    /// What the worker itself wants of the profile in use: changes it, or says why it stays.
+    using ProfileChange = std::function<CMError(OrvaNetworkProfile& profile)>;
+    /// Asks for a change through the node that sets a profile, as a client would for a profile of
+    /// its own. It is made of the profile that is in use when the request's turn has come, so that
+    /// what others set until then stays.
+    CMReply<QVariant> requestProfileChange(const ProfileChange& change);
+    /// Starts the first waiting request for a profile that is not refused.
+    void setNextProfile();
+    /// False when the request was refused, which it is told.
+    bool setProfile(const CMSetDataRequest& request);
+    /// The profile that the request asks for; the reason where there is none.
+    [[nodiscard]] CMError requestedProfile(const CMSetDataRequest& request,
+                                           OrvaNetworkProfile& profile) const;
+    /// The first waiting request's profile is on the disk, or not.
+    void profileStored(const OrvaNetworkProfile& before, const CMError& error);
+    void restoreProfile(const OrvaNetworkProfile& before);
+    /// Applies a profile that is stored.
+    void useProfile(const OrvaNetworkProfile& profile);
+    void adoptProfile(const OrvaNetworkProfile& profile);
     /// Backs the profile up and goes on without wireless networks, so that the device can be set up
     /// again.
     void dropWirelessNetworks();
+    [[nodiscard]] CMError withoutWirelessNetworks(OrvaNetworkProfile& profile);
 
     // State (networking_state.cpp).
     [[nodiscard]] OrvaNetworkInfo info() const;
@@ -227,6 +243,8 @@ private:
     bool m_started = false;
     bool m_shutdownInProgress = false;
     QTimer m_shutdownTimer;
+    /// The interfaces that the shutdown shows as in between, as nothing else does.
+    QSet<QString> m_downByShutdown;
 
     // Profile. What is configured is said of the profile last applied; both are false after a stop.
     OrvaNetworkProfile m_profile;

@@ -18,15 +18,13 @@ void Networking::on_start_req(const CMSetDataRequest& request)
     cancelShutdown();
     m_started = true;
 
+    // A profile that is still being stored is in use.
     const OrvaNetworkProfile stored =
-        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+        m_profileRequests.isEmpty()
+            ? readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile()
+            : m_profile;
     LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
-    const OrvaNetworkProfile profile = withNetworkList(stored);
-    applyProfile(profile);
-    restartSoftApTimer(profile, m_profile);
-    m_profile = profile;
-    m_authFailureCount = 0;
-    m_profileNode->setValue(toValue(hidePassword(profile)));
+    useProfile(withNetworkList(stored));
     request.answer();
 }
 

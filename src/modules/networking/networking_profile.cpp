@@ -1,3 +1,4 @@
+#include "answerAs.h"
 #include "network/networkpaths.h"
 #include "networkInfoRules.h"
 #include "networkProfileRules.h"
@@ -6,78 +7,148 @@
 #include "networking_log.h"
 #include "nodeValues.h"
 
+namespace {
+
+constexpr auto setProfileContext =
+    "void Networking::on_setNetworkProfile_req(const CMSetDataRequest&)";
+constexpr auto removeNetworkContext =
+    "void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest&)";
+
+CMError forgetNetwork(OrvaNetworkProfile& profile, const QString& ssid)
+{
+    const int known = profile.wirelessNetworks().size();
+    profile = withoutNetwork(profile, ssid);
+    return profile.wirelessNetworks().size() < known
+               ? CMError()
+               : networkingError(removeNetworkContext, "Network is not configured");
+}
+
+} // namespace
+
 void Networking::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
-    if (!m_started) {
-        LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
-        return request.fail(
-            CMError(QStringLiteral("error"),
-                    TrString(trExtractContext(Q_FUNC_INFO), "Networking is not started.")));
-    }
-    const OrvaNetworkProfile profile = extractNetworkProfile(request);
-    LOG4CPLUS_INFO(networkingLogger(), "New profile: " << profile);
-    const QString why = verifyProfile(profile);
-    if (!why.isEmpty())
-        return request.fail(CMError(QStringLiteral("error"), why));
+    m_profileRequests.enqueue(request);
+    // One at a time: where the disk refuses a profile the one before holds, and none is built on
+    // it.
+    if (m_profileRequests.size() == 1)
+        setNextProfile();
+}
 
+void Networking::setNextProfile()
+{
+    while (!m_profileRequests.isEmpty() && !setProfile(m_profileRequests.head()))
+        m_profileRequests.dequeue();
+}
+
+bool Networking::setProfile(const CMSetDataRequest& request)
+{
+    OrvaNetworkProfile profile;
+    const CMError error = requestedProfile(request, profile);
+    if (!error.isEmpty()) {
+        request.fail(error);
+        return false;
+    }
     const qint32 maximum = readValue(OrvaNetworkMaxNumberWifiNetworks()).i32_();
-    const OrvaNetworkProfile merged = computeNewNetworkProfile(profile, m_profile, maximum);
+    const OrvaNetworkProfile before = m_profile;
+    const OrvaNetworkProfile merged = computeNewNetworkProfile(profile, before, maximum);
     LOG4CPLUS_INFO(networkingLogger(), "Profile data changed. Loading...");
     applyProfile(merged);
-    restartSoftApTimer(merged, m_profile);
+    restartSoftApTimer(merged, before);
     const auto stored = CMReply<QVariant>::create();
+    stored.addWatcher(
+        this,
+        [this, before](const CMReply<QVariant>& reply) { profileStored(before, reply.error()); },
+        Qt::QueuedConnection);
     CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), toValue(merged), stored);
-    m_profileNode->setValue(toValue(hidePassword(merged)));
-    m_authFailureCount = 0;
-    m_profile = merged;
-    // The profile is in use by now; whoever set it must still hear that a restart will not find it.
-    if (stored.error().isEmpty())
+    adoptProfile(merged);
+    return true;
+}
+
+CMError Networking::requestedProfile(const CMSetDataRequest& request,
+                                     OrvaNetworkProfile& profile) const
+{
+    if (!m_started) {
+        LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
+        return networkingError(setProfileContext, "Networking is not started.");
+    }
+    if (const auto change = m_profileChanges.value(request.reply().data())) {
+        profile = m_profile;
+        const CMError error = change(profile);
+        if (!error.isEmpty())
+            return error;
+    } else {
+        profile = extractNetworkProfile(request);
+    }
+    LOG4CPLUS_INFO(networkingLogger(), "New profile: " << profile);
+    const QString why = verifyProfile(profile);
+    return why.isEmpty() ? CMError() : CMError(QStringLiteral("error"), why);
+}
+
+void Networking::profileStored(const OrvaNetworkProfile& before, const CMError& error)
+{
+    const CMSetDataRequest request = m_profileRequests.dequeue();
+    if (error.isEmpty()) {
         request.answer();
-    else
-        request.fail(stored.error());
+    } else {
+        restoreProfile(before);
+        request.fail(error);
+    }
+    setNextProfile();
+}
+
+void Networking::restoreProfile(const OrvaNetworkProfile& before)
+{
+    LOG4CPLUS_WARN(networkingLogger(),
+                   "The profile could not be stored, going back to the one before");
+    if (m_started)
+        return useProfile(before);
+    OrvaNetworkInfo updated = info();
+    updated.setWirelessNetworks(knownNetworks(before));
+    publishInfo(updated);
+    adoptProfile(before);
+}
+
+void Networking::useProfile(const OrvaNetworkProfile& profile)
+{
+    applyProfile(profile);
+    restartSoftApTimer(profile, m_profile);
+    adoptProfile(profile);
+}
+
+void Networking::adoptProfile(const OrvaNetworkProfile& profile)
+{
+    m_profileNode->setValue(toValue(hidePassword(profile)));
+    m_authFailureCount = 0;
+    m_profile = profile;
+}
+
+CMReply<QVariant> Networking::requestProfileChange(const ProfileChange& change)
+{
+    const auto reply = CMReply<QVariant>::create();
+    const CMReplyData* const key = reply.data();
+    m_profileChanges.insert(key, change);
+    reply.addWatcher(
+        this, [this, key](const CMReply<QVariant>&) { m_profileChanges.remove(key); },
+        Qt::DirectConnection);
+    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(OrvaNetworkProfile()), reply);
+    return reply;
 }
 
 void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_INFO(networkingLogger(), "ssid: " << request.value().string_());
-    m_pendingRemovals.enqueue(request);
-    if (m_pendingRemovals.size() == 1)
-        removeNextNetwork();
-}
-
-void Networking::removeNextNetwork()
-{
-    while (!m_pendingRemovals.isEmpty() && !removeNetwork(m_pendingRemovals.head()))
-        m_pendingRemovals.dequeue();
-}
-
-bool Networking::removeNetwork(const CMSetDataRequest& request)
-{
-    const OrvaNetworkProfile published = m_profileNode->value().networkProfile();
-    const OrvaNetworkProfile shortened = withoutNetwork(published, request.value().string_());
-    if (shortened.wirelessNetworks().size() == published.wirelessNetworks().size()) {
-        constexpr auto context =
-            "void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest&)";
-        request.fail(networkingError(context, "Network is not configured"));
-        return false;
-    }
-    const auto reply = CMReply<QVariant>::create();
-    reply.addWatcher(
-        this,
-        [this](const CMReply<QVariant>& finished) {
-            const CMSetDataRequest done = m_pendingRemovals.dequeue();
-            removeNextNetwork();
-            if (finished.error().isEmpty())
-                done.answer();
-            else
-                done.fail(finished.error());
-        },
-        Qt::QueuedConnection);
-    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(unhidePassword(shortened)), reply);
-    return true;
+    const QString ssid = request.value().string_();
+    LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
+    OrvaNetworkProfile published = m_profileNode->value().networkProfile();
+    const CMError error = forgetNetwork(published, ssid);
+    // A profile that still waits may have the network.
+    if (!error.isEmpty() && m_profileRequests.isEmpty())
+        return request.fail(error);
+    const auto removed = requestProfileChange(
+        [ssid](OrvaNetworkProfile& profile) { return forgetNetwork(profile, ssid); });
+    answerAs(removed, request);
 }
 
 OrvaNetworkProfile Networking::unhidePassword(const OrvaNetworkProfile& profile) const
@@ -108,7 +179,7 @@ bool Networking::applyProfile(const OrvaNetworkProfile& profile)
 
 void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
 {
-    OrvaNetworkInfo updated = info();
+    OrvaNetworkInfo updated = withUnconfiguredIdle(info(), m_wiredConfigured, m_wirelessConfigured);
     updated.setWirelessNetworks(knownNetworks(profile));
     if (profile.wireless().ssid().isEmpty())
         return publishInfo(updated);

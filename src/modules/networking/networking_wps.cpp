@@ -1,3 +1,4 @@
+#include "answerAs.h"
 #include "network/networkpaths.h"
 #include "networking.h"
 #include "networking_error.h"
@@ -133,15 +134,11 @@ void Networking::wpsFailed(const CMError& error)
 void Networking::on_applyWps_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const OrvaNetworkProfile profile = withWpsCredentials(m_profileNode->value().networkProfile(),
-                                                          request.value().networkInterface());
-    LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << profile);
-    const auto applied = CMReply<QVariant>::create();
-    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(profile), applied);
-    applied.addWatcher(this, [request](const CMReply<QVariant>& reply) {
-        if (reply.error().isEmpty())
-            request.answer();
-        else
-            request.fail(reply.error());
+    const OrvaNetworkInterface credentials = request.value().networkInterface();
+    const auto applied = requestProfileChange([credentials](OrvaNetworkProfile& profile) {
+        profile = withWpsCredentials(profile, credentials);
+        LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << profile);
+        return CMError();
     });
+    answerAs(applied, request);
 }
