@@ -174,12 +174,16 @@ private Q_SLOTS:
         send(OrvaNetworkRequestSoftApPath(), softApRequest());
         const auto wps = send(OrvaNetworkPerformWpsPbcPath());
         emitSignal("Connected"_s, {"eth0"_s});
-        EVENTUALLY(device->worker->linkStatus());
+        emitSignal("Disconnecting"_s, {"wlan0"_s}); // It never was connected.
+        emitSignal("Disconnecting"_s, {"uap0"_s});
+        EVENTUALLY_EQUAL(device->info().softAp().state(), OrvaNetworkState::Disconnecting);
 
         tell("Exit"_s);
         EVENTUALLY(wps.isFinished());
         QCOMPARE(WorkerFixture::outcome(wps), "WpsError: Networking restarted!"_s);
         QVERIFY(!device->worker->linkStatus());
+        QCOMPARE(device->info().wireless().state(), OrvaNetworkState::Disconnected);
+        QCOMPARE(device->info().softAp().state(), OrvaNetworkState::Disconnected);
         EVENTUALLY_EQUAL(callsSinceStart(), profileCalls() << softApCall());
         QCOMPARE(starts(), 2);
     }

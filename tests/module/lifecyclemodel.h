@@ -21,7 +21,8 @@ public:
     QString step(Rng& rng) override
     {
         const QString did = act(rng);
-        if (rng.chance(80))
+        m_settled = rng.chance(80);
+        if (m_settled)
             m_fixture.settle();
         return did;
     }
@@ -39,6 +40,10 @@ public:
             return "the overall state is not %1"_s.arg(overall);
         if (m_fixture.worker->linkStatus() == m_linksUp.isEmpty())
             return "the link node does not follow the links"_s;
+        if (m_settled &&
+            ssidsOf(profileInUse()) !=
+                ssidsOf(m_fixture.value(OrvaNetworkCurrentProfileSettingsPath()).networkProfile()))
+            return "the profile in use is not the one stored"_s;
         for (const auto& [path, value] : std::exchange(m_fixture.store->writes, {})) {
             const OrvaNetworkProfile stored = value.networkProfile();
             if (stored.__contains(OrvaNetworkProfile::Wireless()) && !ssidsOf(stored).isEmpty() &&
@@ -70,10 +75,12 @@ private:
             return "remove "_s + ssid;
         case 4:
         case 5:
-            return setProfile(on ? randomProfile(rng) : published(), rng.chance(10));
+            return setProfile(on ? randomProfile(rng) : profileInUse(), rng.chance(10),
+                              rng.chance(10));
         case 6:
             if (m_states.contains(interface))
                 m_states[interface] = 2;
+            m_downByShutdown.remove(interface);
             m_fixture.worker->setDisconnecting(interface);
             return "disconnecting "_s + interface;
         case 7:
@@ -146,8 +153,10 @@ private:
     {
         if (std::exchange(m_shuttingDown, true))
             return "error: Shutdown in progress"_s;
-        for (qint32& state : m_states)
-            state = state == 1 ? 2 : state;
+        const QStringList connected = m_states.keys(1);
+        m_downByShutdown = QSet<QString>(connected.begin(), connected.end());
+        for (const QString& interface : connected)
+            m_states[interface] = 2;
         return QString();
     }
 
@@ -155,12 +164,12 @@ private:
     {
         if (!std::exchange(m_shuttingDown, false))
             return;
-        for (const QString& link : qAsConst(m_linksUp))
-            if (m_states.value(link) == 2)
-                m_states[link] = 1;
+        for (const QString& interface : qAsConst(m_downByShutdown))
+            if (m_states.value(interface) == 2)
+                m_states[interface] = 1;
     }
 
-    OrvaNetworkProfile published()
+    OrvaNetworkProfile profileInUse()
     {
         return m_fixture.value(OrvaNetworkProfilePath()).networkProfile();
     }
@@ -181,9 +190,10 @@ private:
         return profile;
     }
 
-    QString setProfile(const OrvaNetworkProfile& profile, bool refused)
+    QString setProfile(const OrvaNetworkProfile& profile, bool refused, bool diskFull)
     {
         m_fixture.backend->refused = refused ? QStringList("applyProfile"_s) : QStringList();
+        m_fixture.store->full = diskFull;
         m_driver.send(OrvaNetworkSetNetworkProfilePath(), toValue(profile));
         return "set "_s + orvaToLog(profile.__variant());
     }
@@ -248,6 +258,9 @@ private:
     WorkerFixture& m_fixture;
     bool m_started = false;
     bool m_shuttingDown = false;
+    bool m_settled = false;
+    /// Those that the shutdown alone shows as in between.
+    QSet<QString> m_downByShutdown;
     QStringList m_linksUp; ///< those of other than soft APs
     /// Of the wired and the wireless interface.
     QHash<QString, qint32> m_states{{"eth0"_s, 0}, {"wlan0"_s, 0}};

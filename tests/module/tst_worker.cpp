@@ -17,6 +17,13 @@ OrvaNetworkProfile storedProfile(WorkerFixture& fixture)
     return fixture.value(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
 }
 
+/// What the backend was told last.
+OrvaNetworkProfile usedProfile(const WorkerFixture& fixture)
+{
+    const auto& profiles = fixture.backend->profiles;
+    return profiles.isEmpty() ? OrvaNetworkProfile() : profiles.last();
+}
+
 /// A node as its path below "network", "()" of an activate node, "rows", "r" of a read-only one,
 /// its permission and its title.
 QString textOf(const CMNodeInfo& node)
@@ -31,37 +38,85 @@ QString textOf(const CMNodeInfo& node)
     return node.title.isEmpty() ? text : text + " \"%1\""_s.arg(node.title);
 }
 
-/// Does one step of a sequence; the outcome where it is a request.
-QString play(WorkerFixture& fixture, const QString& step)
+/// The profile that sets a network with a key of its own, as a client does that knows no list.
+/// `what` is its SSID, and the number of the profile's type if it has one.
+OrvaValue setting(const QString& what)
+{
+    OrvaNetworkInterface network = wpaNetwork(what.section(" "_s, 0, 0));
+    network.setKey("secret-new"_s);
+    OrvaNetworkProfile profile;
+    profile.setWireless(network);
+    profile.setType(static_cast<OrvaNetworkProfileType::Value>(what.section(" "_s, 1).toInt()));
+    return toValue(profile);
+}
+
+OrvaValue credentials(const QString& ssid)
+{
+    OrvaValue value;
+    value.setNetworkInterface(wpaNetwork(ssid));
+    return value;
+}
+
+/// Whether the backend answers with the MACs.
+void hear(ScriptedBackend& backend, bool answers)
+{
+    backend.ethernetMac = answers ? "00:11:22:aa:bb:cc"_s : QString();
+    backend.wirelessMac = answers ? "00:11:22:dd:ee:ff"_s : QString();
+}
+
+/// Begins one step of a sequence; its reply where it is a request.
+CMReply<QVariant> begin(WorkerFixture& fixture, const QString& step)
 {
     const QString verb = step.section(" "_s, 0, 0);
     const QString what = step.section(" "_s, 1);
-    if (verb == "fire"_s)
-        return fixture.fire(what) ? QString() : "stands still"_s;
     if (verb == "remove"_s)
-        return fixture.request(OrvaNetworkRemoveWirelessNetworkPath(), toValue(what));
+        return fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), toValue(what));
+    if (verb == "set"_s)
+        return fixture.send(OrvaNetworkSetNetworkProfilePath(), setting(what));
+    if (verb == "wps"_s)
+        return fixture.send(OrvaNetworkApplyWpsPath(), credentials(what));
     if (what.isEmpty())
-        return fixture.request(CMPath("network/"_s + verb));
+        return fixture.send(CMPath("network/"_s + verb));
     const QHash<QString, std::function<void()>> events = {
         {"up"_s, [&] { fixture.worker->setLinkStatus(what, true); }},
         {"down"_s, [&] { fixture.worker->setLinkStatus(what, false); }},
         {"leave"_s, [&] { fixture.worker->setDisconnecting(what); }},
         {"cable"_s, [&] { fixture.worker->setCurrentCableStatus(what == "in"_s); }},
         {"refuse"_s, [&] { fixture.backend->refused << what; }},
-        {"refresh"_s, [&] { Q_EMIT fixture.backend->AddressesChanged(); }},
-        {"wrong"_s, [&] {
-             Q_EMIT fixture.backend->AuthError(what, "wrong key"_s);
-             fixture.settle();
-         }}};
+        {"disk"_s, [&] { fixture.store->full = what == "full"_s; }},
+        {"deaf"_s, [&] { hear(*fixture.backend, what == "off"_s); }},
+        {"refresh"_s,
+         [&] {
+             OrvaNetworkWirelessInterface wireless;
+             wireless.setSsid(what);
+             fixture.backend->state.setWireless(wireless);
+             Q_EMIT fixture.backend->AddressesChanged();
+         }},
+        {"wrong"_s, [&] { Q_EMIT fixture.backend->AuthError(what, "wrong key"_s); }}};
     events[verb]();
-    return QString();
+    return {};
+}
+
+/// Does one step of a sequence; the outcome where it is a request. One that begins with "send" does
+/// not wait for what comes of it.
+QString play(WorkerFixture& fixture, const QString& step)
+{
+    if (step.startsWith("fire "_s))
+        return fixture.fire(step.mid(5)) ? QString() : "stands still"_s;
+    if (step.startsWith("send "_s)) {
+        begin(fixture, step.mid(5));
+        return QString();
+    }
+    const auto reply = begin(fixture, step);
+    fixture.settle();
+    return reply ? WorkerFixture::outcome(reply) : QString();
 }
 
 /// What is published, as facts by their names; "-" where a list is absent.
 QStringList picture(WorkerFixture& fixture)
 {
     const OrvaNetworkInfo info = fixture.info();
-    const bool known = info.__contains(OrvaNetworkInfo::WirelessNetworks());
+    const bool isKnown = info.__contains(OrvaNetworkInfo::WirelessNetworks());
     const QVector<QPair<const char*, int>> numbers = {
         {"wired", info.wired().state()},
         {"wireless", info.wireless().state()},
@@ -72,15 +127,26 @@ QStringList picture(WorkerFixture& fixture)
         {"wired status", info.wired().connectingStatus()},
         {"wireless status", info.wireless().connectingStatus()},
         {"timer", fixture.timer("m_softApTimer"_s)->isActive()},
+        {"delay", fixture.timer("m_softApTimer"_s)->interval()},
+        {"shutdown", fixture.timer("m_shutdownTimer"_s)->interval()},
         {"backups", fixture.writes(OrvaNetworkBackupProfileSettingsPath()).size()},
     };
     QStringList facts = {
-        "known "_s + (known ? ssidsOf(info).join(","_s) : "-"_s),
+        "known "_s + (isKnown ? ssidsOf(info).join(","_s) : "-"_s),
         "stored "_s + ssidsOf(storedProfile(fixture)).join(","_s),
         "mac "_s + fixture.value(OrvaNetworkStateCurrentMAC()).string_().right(2),
         "message "_s + fixture.value(OrvaNetworkConnectingMessage()).string_(),
         "asked "_s + fixture.backend->commands.join(","_s),
+        "used "_s + ssidsOf(usedProfile(fixture)).join(","_s),
     };
+    QStringList suspects;
+    const auto known = info.wirelessNetworks();
+    for (const auto& network : known)
+        if (network.__hash().value("credentialsSuspect"_s).toBool())
+            suspects << network.ssid();
+    const auto& softAps = fixture.backend->startedSoftAps;
+    facts << "suspects "_s + suspects.join(","_s)
+          << "ssid "_s + (softAps.isEmpty() ? QString() : softAps.last().ssid());
     for (const auto& [name, number] : numbers)
         facts << "%1 %2"_s.arg(QLatin1String(name)).arg(number);
     return facts;
@@ -148,7 +214,8 @@ private Q_SLOTS:
         QVERIFY(picture(fixture).contains("mac FF"_s));
     }
 
-    /// Each begins with the networks Home and Office stored and a limit of three wrong keys.
+    /// Each begins with the networks Home and Office stored, and a limit of three wrong keys and of
+    /// ten networks; a first step "failures" or "networks" sets another.
     void playsSequences_data()
     {
         QTest::addColumn<QString>("steps");
@@ -165,7 +232,7 @@ private Q_SLOTS:
         row("start; refuse disconnect; restart", "", "asked applyProfile,disconnect");
         row("start; up wlan0; up uap0; shutdown", "",
             "wireless 2; softap 2; wired 0; overall 2; state 2; known -; asked applyProfile");
-        row("start; up wlan0; shutdown; refresh once", "", "wireless 2; known -");
+        row("start; up wlan0; shutdown; refresh Home", "", "wireless 2; known -");
         row("start; shutdown; fire m_shutdownTimer", "", "asked applyProfile,disconnect");
         row("start; shutdown; stop; fire m_shutdownTimer", "stands still",
             "asked applyProfile,disconnect");
@@ -187,6 +254,54 @@ private Q_SLOTS:
         row("start; remove Home; remove Office", "", "stored ; known ");
         row("start; remove Cafe", "error: Network is not configured", "known Home,Office");
         row("remove Home", "error: Networking is not started.", "stored Home,Office");
+        row("start; send remove Home; set Cafe", "", "stored Cafe,Office; used Cafe,Office");
+        row("start; send set Cafe; remove Cafe", "", "stored Home,Office; used Home,Office");
+        row("start; send remove Home; send set Cafe; send remove Office; set Attic", "",
+            "stored Attic,Cafe");
+        row("start; send remove Home; remove Home", "error: Network is not configured",
+            "stored Office");
+        row("start; send remove Home; send stop; set Cafe", "error: Networking is not started.",
+            "stored Home,Office");
+        row("start; send wps Cafe; set Attic", "", "stored Cafe,Attic,Home,Office");
+        row("start; wrong Home; wrong Home; send set Home; wrong Home", "",
+            "stored Home,Office; used Home,Office");
+        row("start; wrong Home; wrong Home; send wrong Home; up wlan0", "", "stored Home,Office");
+        row("start; wrong Home; wrong Home; send wrong Home; wrong Home", "", "backups 1; stored ");
+        row("start; disk full; set Cafe", "NotStored: full",
+            "stored Home,Office; used Home,Office; known Home,Office; "
+            "asked applyProfile,applyProfile,applyProfile");
+        row("start; disk full; send set Cafe; set Attic", "NotStored: full", "used Home,Office");
+        row("start; disk full; send set Cafe; stop", "",
+            "known Home,Office; "
+            "asked applyProfile,applyProfile,disconnect");
+        row("start; disk full; remove Home", "NotStored: full", "used Home,Office");
+        row("start; disk full; wrong Home; wrong Home; wrong Home; disk good; wrong Home", "",
+            "used Home,Office; backups 0");
+        row("networks 2; start; set Cafe", "", "stored Cafe,Home");
+        row("start; stop", "", "wired status 0; wireless status 0");
+        row("start; remove Home; remove Office", "", "wired status 1; wireless status 0");
+        row("start; set Home 1", "", "wired status 1; wireless status 0");
+        row("start; set Home 2", "", "wired status 0; wireless status 1");
+        row("start; refuse disconnect; stop; up eth0; down eth0", "",
+            "wired status 1; wireless status 1");
+        row("start; up wlan0; leave wlan0; shutdown; start", "", "wireless 2");
+        row("start; up wlan0; shutdown; leave wlan0; start", "", "wireless 2");
+        row("start; shutdown; refuse disconnect; fire m_shutdownTimer", "",
+            "known Home,Office; shutdown 2000");
+        row("start; cable out; set Home 1; fire m_softApTimer; set Home 2", "",
+            "asked applyProfile,applyProfile,startSoftAp,applyProfile,stopSoftAp");
+        row("start; cable out; wrong Home; wrong Home; wrong Home", "", "timer 1; delay 0");
+        row("start; cable out; remove Home; remove Office", "", "timer 1; delay 10000");
+        row("start; up eth0; wrong Home; wrong Home; wrong Home", "", "backups 1");
+        row("failures 0; start; wrong Home; wrong Home", "", "backups 0; stored Home,Office");
+        row("start; refresh Home; wrong Home; wrong Office; refresh Office", "", "suspects Office");
+        row("start; fire m_softApTimer", "", "ssid Speaker_001122AABBCC");
+        row("deaf on; start; deaf off; refresh Home; fire m_softApTimer", "",
+            "mac CC; ssid Speaker_001122AABBCC");
+        row("deaf on; start; deaf off; up uap0; refresh Home; fire m_softApTimer", "",
+            "mac FF; ssid Speaker_001122DDEEFF");
+        row("start; deaf on; up uap0; deaf off; refresh Home; fire m_softApTimer", "",
+            "mac ; ssid Speaker_001122AABBCC");
         row("start; wrong Home; wrong Home", "",
             "wireless status 2; message wrong key; backups 0; stored Home,Office");
         row("start; up wlan0; wrong Home; wrong Home; wrong Home", "", "backups 0");
@@ -200,9 +315,17 @@ private Q_SLOTS:
         QFETCH(QString, outcome);
         QFETCH(QString, facts);
         LogCapture& log = LogCapture::install();
-        WorkerFixture fixture(withNetworks({home, "Office"_s}));
+        QStringList all = steps.split("; "_s);
+        NodeValues values = withNetworks({home, "Office"_s});
+        if (all.first().startsWith("failures "_s))
+            values.insert(OrvaNetworkMaxAuthFailuresSettingsPath(),
+                          number(all.takeFirst().mid(9).toInt()));
+        else if (all.first().startsWith("networks "_s))
+            values.insert(OrvaNetworkMaxNumberWifiNetworks(),
+                          number(all.takeFirst().mid(9).toInt()));
+        const bool deaf = all.first() == "deaf on"_s;
+        WorkerFixture fixture(values, [&](ScriptedBackend& backend) { hear(backend, !deaf); });
         QString last;
-        const QStringList all = steps.split("; "_s);
         for (const QString& step : all)
             last = play(fixture, step);
         QCOMPARE(last, outcome);

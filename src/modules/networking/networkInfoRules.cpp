@@ -132,6 +132,16 @@ OrvaNetworkInfo withInterfaceState(OrvaNetworkInfo info, const QString& interfac
     return info;
 }
 
+QSet<QString> interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state)
+{
+    QSet<QString> names;
+    if (info.wired().state() == state)
+        names << info.wired().name();
+    if (info.wireless().state() == state)
+        names << info.wireless().name();
+    return names;
+}
+
 OrvaNetworkInfo withSoftApState(OrvaNetworkInfo info, OrvaNetworkState state)
 {
     OrvaNetworkSoftApInterface softAp = info.softAp();
@@ -173,6 +183,20 @@ OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp, bool wir
     info.setWireless(wireless);
     const bool idle = wireless.connectingStatus() == OrvaNetworkConnectingStatus::Idle;
     return idle ? withoutWpsSession(info) : info;
+}
+
+OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, bool wiredConfigured,
+                                     bool wirelessConfigured)
+{
+    const auto idle = [](auto interface) {
+        interface.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
+        return interface;
+    };
+    if (!wiredConfigured)
+        info.setWired(idle(info.wired()));
+    if (!wirelessConfigured)
+        info.setWireless(idle(info.wireless()));
+    return info;
 }
 
 OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid, bool suspect)
@@ -227,11 +251,11 @@ OrvaNetworkInfo shuttingDown(OrvaNetworkInfo info)
     return info;
 }
 
-OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& linksUp)
+OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& marked)
 {
     const auto comeBack = [&](auto interface) {
         if (interface.state() == OrvaNetworkState::Disconnecting &&
-            linksUp.contains(interface.name()))
+            marked.contains(interface.name()))
             interface.setState(OrvaNetworkState::Connected);
         return interface;
     };

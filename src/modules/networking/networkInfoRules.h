@@ -15,6 +15,9 @@
 [[nodiscard]] OrvaNetworkInfo withInterfaceState(OrvaNetworkInfo info, const QString& interface,
                                                  OrvaNetworkState state);
 
+/// The names of the wired and the wireless interface, of those that are in the state.
+[[nodiscard]] QSet<QString> interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state);
+
 /// The info with the state of the soft access points set.
 [[nodiscard]] OrvaNetworkInfo withSoftApState(OrvaNetworkInfo info, OrvaNetworkState state);
 
@@ -31,6 +34,10 @@
 [[nodiscard]] OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp,
                                                    bool wiredConfigured, bool wirelessConfigured);
 
+/// The info with nothing in progress on the interfaces that are not configured.
+[[nodiscard]] OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, bool wiredConfigured,
+                                                   bool wirelessConfigured);
+
 /// The info with the suspicion that the credentials of the network `ssid` are wrong set or cleared:
 /// in the wireless interface if it is on that network, and in the first known network of that SSID.
 [[nodiscard]] OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid,
@@ -45,9 +52,10 @@
 /// is known. Leaves the overall state to be calculated.
 [[nodiscard]] OrvaNetworkInfo shuttingDown(OrvaNetworkInfo info);
 
-/// The info after a shutdown that was called off: an interface in between whose link is up is
-/// connected again. Leaves the overall state and that of the soft access points to be calculated.
-[[nodiscard]] OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& linksUp);
+/// The info after a shutdown that was called off: those of the interfaces `marked` that are in
+/// between are connected again. Leaves the overall state and that of the soft access points to be
+/// calculated.
+[[nodiscard]] OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& marked);
 
 /// One entry for each network of the profile, with its SSID.
 [[nodiscard]] OrvaList<OrvaNetworkWirelessInterface>

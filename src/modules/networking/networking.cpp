@@ -145,6 +145,7 @@ void Networking::createValueNodes(const QString& ethernetMac, const QString& wir
     m_wirelessMacNode = createValueNode(OrvaNetworkStateWirelessMAC(), toValue(wirelessMac));
     m_currentMacNode = createValueNode(OrvaNetworkStateCurrentMAC(),
                                        toValue(ethernetMac.isEmpty() ? wirelessMac : ethernetMac));
+    m_macMissed = m_currentMacNode->value().string_().isEmpty();
     m_cableStatusNode =
         createValueNode(OrvaNetworkStateCurrentCableStatus(), toValue(m_lowlevel->cableStatus()),
                         QStringLiteral("Current cable status"));

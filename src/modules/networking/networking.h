@@ -64,6 +64,8 @@ public:
     void setLinkStatus(const QString& interface, bool up);
     /// An interface is being taken down.
     void setDisconnecting(const QString& interface);
+    /// The wired, wireless and soft-AP interfaces that are in between.
+    [[nodiscard]] QStringList disconnectingInterfaces() const;
     /// The cable was plugged in or pulled.
     void setCurrentCableStatus(bool connected);
     /// What the nodes publish: whether some link other than a soft AP is up, and whether a cable is
@@ -253,13 +255,17 @@ private:
     qint32 m_authFailureCount = -1;
     qint32 m_maxAuthFailures = 0;
     bool m_authFailureFallback = false;
-    /// Removals of networks; the first one is waiting for its inner request.
-    QQueue<CMSetDataRequest> m_pendingRemovals;
+    /// Requests for a profile; that of the first one is in use and being stored.
+    QQueue<CMSetDataRequest> m_profileRequests;
+    /// The worker's own ones among them and among those on their way, by their replies: nobody else
+    /// can send one.
+    QHash<const CMReplyData*, ProfileChange> m_profileChanges;
 
     // State.
     QString m_wiredInterfaceName;
     QString m_wirelessInterfaceName;
     QString m_webserverPortSuffix;
+    bool m_macMissed = false; ///< The backend had none at the construction.
     QSet<QString> m_linksUp;
 
     // Scanning. Whenever the timer stands still, both lists are empty.

@@ -41,6 +41,7 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
         return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(Q_FUNC_INFO),
                                                                       "Unable to disconnect!")));
     }
+    publishInfo(withUnconfiguredIdle(info(), false, false));
     clearSoftAp();
     deactivateLocalSoftAp();
     stopSoftApTimer();
@@ -68,6 +69,7 @@ void Networking::on_shutdown_req(const CMSetDataRequest& request)
         return request.fail(
             CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
     m_shutdownInProgress = true;
+    m_downByShutdown = interfacesIn(info(), OrvaNetworkState::Connected);
     publishInfoAndState(shuttingDown(info()));
     m_shutdownTimer.start();
     request.answer();
@@ -88,7 +90,7 @@ void Networking::cancelShutdown()
     if (!std::exchange(m_shutdownInProgress, false))
         return;
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
-    OrvaNetworkInfo updated = shutdownCancelled(info(), m_linksUp);
+    OrvaNetworkInfo updated = shutdownCancelled(info(), m_downByShutdown);
     updated.setWirelessNetworks(knownNetworks(m_profile));
     publishInfoAndState(withSoftApState(updated, calculateSoftApState()));
 }

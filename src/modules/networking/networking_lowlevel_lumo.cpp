@@ -287,8 +287,10 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
     const QScopedValueRollback<bool> replaying(m_replaying, true);
     if (m_appliedProfile != OrvaNetworkProfile())
         (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
-    const QStringList connected = connectedInterfaces();
-    for (const QString& interface : connected)
+    // It takes nothing down any more, whether that had been up or not.
+    QStringList down = connectedInterfaces() + m_worker->disconnectingInterfaces();
+    down.removeDuplicates();
+    for (const QString& interface : qAsConst(down))
         on_lumo_Disconnected(interface);
     if (m_wpsRunning)
         on_lumo_WpsError(QStringLiteral("Networking restarted!"));

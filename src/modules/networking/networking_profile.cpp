@@ -206,9 +206,28 @@ void Networking::dropWirelessNetworks()
     // A late error finds the profile emptied, which must not overwrite the backup.
     if (!hasNetwork(stored))
         return;
-    CMRoot()->setValue(OrvaNetworkBackupProfileSettingsPath(), toValue(stored),
-                       CMReply<QVariant>::create());
+    const auto backup = CMReply<QVariant>::create();
+    backup.addWatcher(this, [this](const CMReply<QVariant>& reply) {
+        if (reply.error().isEmpty()) {
+            requestProfileChange(
+                [this](OrvaNetworkProfile& profile) { return withoutWirelessNetworks(profile); });
+            return;
+        }
+        LOG4CPLUS_ERROR(networkingLogger(),
+                        "Keeping the wireless networks, no backup: " << reply.error());
+        m_authFailureCount = 0;
+    });
+    CMRoot()->setValue(OrvaNetworkBackupProfileSettingsPath(), toValue(stored), backup);
+}
+
+CMError Networking::withoutWirelessNetworks(OrvaNetworkProfile& profile)
+{
+    if (m_authFailureCount < m_maxAuthFailures) {
+        const QString text = QStringLiteral("The wireless networks changed, they stay.");
+        LOG4CPLUS_INFO(networkingLogger(), text);
+        return CMError(QStringLiteral("error"), text);
+    }
     m_authFailureFallback = true;
-    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(withoutNetworks(stored)),
-                     CMReply<QVariant>::create());
+    profile = withoutNetworks(profile);
+    return CMError();
 }

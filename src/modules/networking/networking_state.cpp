@@ -121,6 +121,7 @@ void Networking::updateCurrentMac()
 void Networking::setDisconnecting(const QString& interface)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    m_downByShutdown.remove(interface);
     OrvaNetworkInfo updated = info();
     if (interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName) {
         updated = withInterfaceState(updated, interface, OrvaNetworkState::Disconnecting);
@@ -132,6 +133,12 @@ void Networking::setDisconnecting(const QString& interface)
     }
     publishInfoAndState(updated);
     updateConnectingMessage(QString());
+}
+
+QStringList Networking::disconnectingInterfaces() const
+{
+    return interfacesIn(info(), OrvaNetworkState::Disconnecting).values() +
+           m_softApLinks.keys(OrvaNetworkState::Disconnecting);
 }
 
 void Networking::setCurrentCableStatus(bool connected)
@@ -170,13 +177,14 @@ void Networking::on_lowlevel_AddressesChanged()
 }
 
 /// A backend that did not answer at the construction left no MAC, nor one for the soft AP's own
-/// SSID.
+/// SSID. One that does not later must not rename the soft AP.
 void Networking::recoverCurrentMac()
 {
-    if (!m_currentMacNode->value().string_().isEmpty())
+    if (!m_macMissed)
         return;
     updateCurrentMac();
-    if (!m_currentMacNode->value().string_().isEmpty())
+    m_macMissed = m_currentMacNode->value().string_().isEmpty();
+    if (!m_macMissed)
         readSoftApConfiguration();
 }
 
