@@ -1,6 +1,7 @@
 #include "hostlog.h"
 
 #include <core/dbglog.h>
+#include <core/orvahash.h>
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
@@ -31,7 +32,8 @@ log4cplus::LogLevel levelOf(QtMsgType type)
 
 void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    log4cplus::Logger::getInstance("Qt").log(levelOf(type), text.toStdString());
+    log4cplus::Logger::getInstance("Qt").log(levelOf(type),
+                                             orvaLogLine(orvaLogText(text)).toStdString());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "../support/values.h"
 
+#include <core/dbglog.h>
 #include <core/model/cmerror.h>
 #include <core/orvaroles.h>
 #include <network/networkrecords.h>
@@ -138,6 +139,35 @@ private Q_SLOTS:
         QCOMPARE(
             log.str(),
             std::string(R"({m: {key: "", wpa_psk: ****}, n: [{key: ****, ssid: "Ho\u000ame"}]})"));
+    }
+
+    void whatATerminalObeysIsEscaped_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char* name, const char16_t* text, const char* shown) {
+            QTest::newRow(name) << QString::fromUtf16(text) << QString::fromUtf8(shown);
+        };
+        row("an 8-bit control", u"\u009b31m", R"(\u009b31m)");
+        row("delete", u"a\u007f", R"(a\u007f)");
+        row("marks of direction", u"\u061c\u200e\u200f", R"(\u061c\u200e\u200f)");
+        row("an override", u"\u202dab\u202e", R"(\u202dab\u202e)");
+        row("embeddings", u"\u202a\u202b\u202c", R"(\u202a\u202b\u202c)");
+        row("isolates", u"\u2066\u2067\u2068\u2069", R"(\u2066\u2067\u2068\u2069)");
+        row("separators", u"\u2028\u2029", R"(\u2028\u2029)");
+        row("what only joins", u"Café \u200d\u2065\u206a 😀", "Café \u200d\u2065\u206a 😀");
+    }
+
+    void whatATerminalObeysIsEscaped()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, shown);
+        std::ostringstream log;
+        log << text << '|' << CMPath(text) << '|' << OrvaHash({{text, text}});
+        QCOMPARE(QString::fromStdString(log.str()), "%1|%1|{%1: \"%1\"}"_s.replace("%1"_s, shown));
+        const QByteArray written = OrvaPlain::toJson(QVariantHash{{text, text}});
+        QCOMPARE(QString::fromUtf8(written), R"({"%1":"%1"})"_s.replace("%1"_s, shown));
+        QCOMPARE(OrvaPlain::fromJson(written)->toHash().value(text).toString(), text);
     }
 
     void theBorderRefuses_data()

@@ -1,4 +1,6 @@
 #include "hostconfig.h"
+#include "hostlog.h"
+#include "logcapture.h"
 #include "settingsfile.h"
 #include "values.h"
 
@@ -38,6 +40,14 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void whatQtSaysIsOneLine()
+    {
+        const HostLog hostLog;
+        LogCapture& log = LogCapture::install();
+        qWarning("no \"%s\"", "\n\u009b");
+        QCOMPARE(log.count("no \"\\u000a\\u009b\""_s), 1);
+    }
+
     void init()
     {
         m_home = std::make_unique<QTemporaryDir>();

@@ -9,7 +9,7 @@
 
 #include <iosfwd>
 
-/// Text in a log line, as UTF-8, its control characters escaped: no text can forge a line.
+/// Text in a log line, as UTF-8, escaped by `orvaLogText`: no text can forge a line.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 
 /// Traces a function: "Enter " with its signature when created, "Leave " with it when destroyed.

@@ -53,6 +53,22 @@ QString hashToLog(const QVariantHash& hash)
     return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
 }
 
+/// Whether the character turns the direction of the text around it.
+bool turnsText(QChar character)
+{
+    const ushort code = character.unicode();
+    return code == 0x061c || code == 0x200e || code == 0x200f ||
+           (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
+}
+
+/// Whether the character does something to a line or to its terminal beside being shown.
+bool rulesTheTerminal(QChar character)
+{
+    return character.category() == QChar::Other_Control ||
+           character.category() == QChar::Separator_Line ||
+           character.category() == QChar::Separator_Paragraph || turnsText(character);
+}
+
 QVariantHash toHash(const QVariantMap& map)
 {
     QVariantHash hash;
@@ -100,16 +116,11 @@ bool orvaIsSecretKey(const QString& key)
 
 QString orvaLogText(const QString& text)
 {
-    const auto isControl = [](QChar character) {
-        return character.category() == QChar::Other_Control ||
-               character.category() == QChar::Separator_Line ||
-               character.category() == QChar::Separator_Paragraph;
-    };
-    if (std::none_of(text.begin(), text.end(), isControl))
+    if (std::none_of(text.begin(), text.end(), rulesTheTerminal))
         return text;
     QString escaped;
     for (const QChar character : text) {
-        if (isControl(character))
+        if (rulesTheTerminal(character))
             escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
         else
             escaped += character;

@@ -59,7 +59,9 @@ protected:
 /// Whether a field of this name holds a key or passphrase, which no log may show.
 [[nodiscard]] ORVA_API bool orvaIsSecretKey(const QString& key);
 
-/// Text as it may stand in one line of a log: control characters escaped as in C.
+/// Text as it may stand in one line of a log or on a terminal: control characters (the 8-bit ones
+/// too), separators of lines and marks that turn the direction of text as `\u` and four hexadecimal
+/// digits, as JSON has them.
 [[nodiscard]] ORVA_API QString orvaLogText(const QString& text);
 
 /// What one line of a log takes of a text: all of it up to 65536 characters, else its beginning and

@@ -1,5 +1,7 @@
 #include "orvaplainvalue.h"
 
+#include "orvahash.h"
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -326,7 +328,9 @@ QByteArray OrvaPlain::toJson(const QVariant& plain)
 {
     const QByteArray wrapped =
         QJsonDocument(QJsonArray{toJsonValue(plain)}).toJson(QJsonDocument::Compact);
-    return wrapped.mid(1, wrapped.size() - 2);
+    const QByteArray json = wrapped.mid(1, wrapped.size() - 2);
+    // Such characters stand only within texts, where an escape means the same.
+    return orvaLogText(QString::fromUtf8(json)).toUtf8();
 }
 
 QVariantMap OrvaPlain::toBus(const QVariantHash& plain)

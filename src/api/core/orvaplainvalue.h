@@ -38,7 +38,7 @@ hashFromBus(const QVariantMap& foreign, QString* why = nullptr, Limits limits = 
 fromJson(const QByteArray& json, QString* why = nullptr, Limits limits = Limits());
 
 /// A plain value as compact JSON on one line, keys in alphabetical order. Bytes become hexadecimal
-/// text.
+/// text; what `orvaLogText` escapes is escaped.
 [[nodiscard]] ORVA_API QByteArray toJson(const QVariant& plain);
 
 /// A plain hash as it goes to the bus: `a{sv}`, lists as `av`. An invalid variant, which would
