@@ -1,5 +1,7 @@
 #include "orvaprocesshandler.h"
 
+#include "core/dbglog.h"
+
 #include <QtCore/QProcess>
 
 #include <csignal>
@@ -74,7 +76,9 @@ std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& r
     stream << nameOf(result.end());
     if (result.end() == End::Exited)
         stream << " with status " << result.exitCode();
-    return stream << ", output: " << result.getData().toUtf8().constData();
+    if (result.end() == End::NotStarted)
+        stream << ": " << result.getData();
+    return stream;
 }
 
 OrvaProcessHandler::OrvaProcessHandler(QObject* parent)

@@ -46,10 +46,15 @@ private:
     QByteArray m_data;
 };
 
-/// Writes how the run ended and what the program wrote: not for programs that print secrets.
+/// Writes how the run ended, in one line, without what the program wrote.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& result);
 
-/// Runs one program at a time. No program outlives its handler, nor the process of its handler.
+/// Runs one program at a time. No program outlives its handler.
+///
+/// Where the process of the handler dies without its destructor, the kernel kills the program by
+/// its parent death signal. A program that has privileges of its file (set-user-ID, or capabilities
+/// as Debian's `ping` has) loses that signal where the process is not root's: it then ends with the
+/// service's cgroup, or by itself.
 class ORVA_API OrvaProcessHandler : public QObject
 {
     Q_OBJECT

@@ -4,6 +4,8 @@
 
 #include <QtTest>
 
+#include <sstream>
+
 using End = OrvaProcessHandlerResult::End;
 
 Q_DECLARE_METATYPE(End)
@@ -54,6 +56,9 @@ private Q_SLOTS:
             QCOMPARE(result.finishedOk(), qstrcmp(QTest::currentDataTag(), "success") == 0);
             if (end == End::Exited)
                 QCOMPARE(result.getData(), "both\nboth\n"_s);
+            std::ostringstream log;
+            log << result;
+            QVERIFY(log.str().find('\n') == std::string::npos);
         }
         QVERIFY(!handler.isRunning());
     }

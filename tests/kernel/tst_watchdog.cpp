@@ -200,6 +200,9 @@ private Q_SLOTS:
         QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
         QCOMPARE(logged("ping: 1 packets transmitted, 1 received"), 1);
         QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));
+        QCOMPARE(logged("gateway ping failed: exited with status 2"), 1);
+        QCOMPARE(logged("\n") + logged("\\u000a"), 0);
+        QCOMPARE(logged("ping: /bin/ping: connect: Network is unreachable"), 1);
     }
 
     void leavesNoPingBehind()

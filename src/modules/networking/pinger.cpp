@@ -16,13 +16,18 @@ const log4cplus::Logger& logger()
 
 void log(const OrvaProcessHandlerResult& result)
 {
-    if (result.finishedOk())
+    const bool ok = result.finishedOk();
+    if (ok)
         LOG4CPLUS_DEBUG(logger(), "gateway ping ok");
     else
         LOG4CPLUS_WARN(logger(), "gateway ping failed: " << result);
     const QStringList lines = result.getData().split(QLatin1Char('\n'));
-    for (const QString& line : lines)
-        LOG4CPLUS_DEBUG(logger(), "ping: " << line);
+    for (const QString& line : lines) {
+        if (ok)
+            LOG4CPLUS_DEBUG(logger(), "ping: " << line);
+        else
+            LOG4CPLUS_WARN(logger(), "ping: " << line);
+    }
 }
 
 } // namespace

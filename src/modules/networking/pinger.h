@@ -10,7 +10,9 @@ class CMValueItem;
 /// Pings the IPv4 gateway at an interval while Wi-Fi is connected, for the log only. A gateway that
 /// is no IPv4 address counts as none.
 ///
-/// At most one ping runs at a time, and none outlives the object. Lives on the host's event-loop
+/// At most one ping runs at a time, and none outlives the object. One whose host was killed ends
+/// with the service's cgroup, by its parent death signal where it still has it (see
+/// OrvaProcessHandler), or by its own waiting time of 3 seconds. Lives on the host's event-loop
 /// thread.
 class Pinger : public QObject
 {
