@@ -2,32 +2,21 @@
 
 namespace ctl {
 
-void Wait::addTo(CLI::App& command, const std::string& description)
-{
-    setSeconds(*command.add_option("--wait", seconds, description));
-}
-
-QDeadlineTimer Wait::deadline() const
-{
-    return seconds ? secondsFromNow(*seconds) : QDeadlineTimer(QDeadlineTimer::Forever);
-}
-
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
-                            const QDeadlineTimer& deadline)
+                            std::chrono::seconds atMost)
 {
-    auto answer = context.host.invoke(path, value, deadline);
+    auto answer = context.host.invoke(path, value, atMost);
     if (answer)
         context.out.document(answer->__hash());
     return answer;
 }
 
-Result waitForInfo(Context& context, const Wait& wait, const QDeadlineTimer& deadline,
-                   const InfoVerdict& verdict)
+Result waitForInfo(Context& context, const InfoVerdict& verdict)
 {
-    if (!wait.seconds)
+    if (context.bus.deadline().isForever())
         return {};
     const auto judge = [&verdict](const OrvaValue& value) { return verdict(value.networkInfo()); };
-    return context.host.waitFor(OrvaNetworkInfoPath(), judge, deadline);
+    return context.host.waitFor(OrvaNetworkInfoPath(), judge);
 }
 
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
@@ -38,11 +27,10 @@ InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
 }
 
 Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& value,
-                       const Wait& wait, const InfoVerdict& verdict)
+                       const InfoVerdict& verdict)
 {
-    const QDeadlineTimer deadline = wait.deadline();
-    const auto answer = activate(context, path, value, deadline);
-    return answer ? waitForInfo(context, wait, deadline, verdict) : answer.failure();
+    const auto answer = activate(context, path, value);
+    return answer ? waitForInfo(context, verdict) : answer.failure();
 }
 
 } // namespace ctl

@@ -4,6 +4,7 @@
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QTimer>
+#include <QUuid>
 
 namespace ctl {
 
@@ -43,9 +44,17 @@ Result fromBusError(const QDBusError& error)
 
 } // namespace
 
-Bus::Bus()
-    : m_connection(QDBusConnection::systemBus())
+// A name of its own: one that failed to connect is never tried again under the same name.
+Bus::Bus(const QDeadlineTimer& deadline)
+    : m_name(QUuid::createUuid().toString())
+    , m_connection(QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name))
+    , m_deadline(deadline)
 {
+}
+
+Bus::~Bus()
+{
+    QDBusConnection::disconnectFromBus(m_name);
 }
 
 Result Bus::check() const
@@ -71,8 +80,9 @@ bool Bus::runUntil(const std::function<bool()>& done, const QDeadlineTimer& dead
     return true;
 }
 
-Result Bus::finish(const QDBusPendingCall& call, const QDeadlineTimer& deadline)
+Result Bus::finish(const QDBusPendingCall& call, std::chrono::seconds atMost) const
 {
+    const QDeadlineTimer deadline = m_deadline.isForever() ? QDeadlineTimer(atMost) : m_deadline;
     const QDBusPendingCallWatcher watcher(call);
     if (!runUntil([&watcher] { return watcher.isFinished(); }, deadline))
         return {ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};

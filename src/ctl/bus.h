@@ -5,6 +5,7 @@
 #include <QDBusConnection>
 #include <QDBusPendingReply>
 #include <QDeadlineTimer>
+#include <chrono>
 #include <functional>
 
 namespace ctl {
@@ -16,12 +17,21 @@ namespace ctl {
 class Bus
 {
 public:
-    Bus();
+    /// How long a call may take where the person gave no time.
+    static constexpr std::chrono::seconds patience{25};
+
+    /// Connects. What is awaited later ends with @p deadline.
+    explicit Bus(const QDeadlineTimer& deadline);
+    ~Bus();
+    Q_DISABLE_COPY(Bus)
 
     [[nodiscard]] const QDBusConnection& connection() const { return m_connection; }
 
     /// Fails where there is no system bus to talk to.
     Result check() const;
+
+    /// When the time that the person gave is over; never, where none was given.
+    [[nodiscard]] const QDeadlineTimer& deadline() const { return m_deadline; }
 
     /// Runs the event loop until @p done says true or @p deadline expires; false if it expired.
     [[nodiscard]] static bool runUntil(const std::function<bool()>& done,
@@ -29,19 +39,20 @@ public:
 
     /// Waits for the answer to @p call and gives its first argument.
     template <typename T>
-    static Outcome<T> await(const QDBusPendingReply<T>& call,
-                            const QDeadlineTimer& deadline = QDeadlineTimer::Forever)
+    Outcome<T> await(const QDBusPendingReply<T>& call, std::chrono::seconds atMost = patience) const
     {
-        const Result result = finish(call, deadline);
+        const Result result = finish(call, atMost);
         return result.ok() ? Outcome<T>(QDBusPendingReply<T>(call).value()) : Outcome<T>(result);
     }
 
-    /// Waits for the answer to @p call, whatever it holds.
-    static Result finish(const QDBusPendingCall& call,
-                         const QDeadlineTimer& deadline = QDeadlineTimer::Forever);
+    /// Waits for the answer to @p call, whatever it holds: until the deadline, and @p atMost where
+    /// there is none.
+    Result finish(const QDBusPendingCall& call, std::chrono::seconds atMost = patience) const;
 
 private:
+    QString m_name; ///< of the connection, in this process
     QDBusConnection m_connection;
+    QDeadlineTimer m_deadline;
 };
 
 } // namespace ctl

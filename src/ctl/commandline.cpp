@@ -10,6 +10,9 @@ const char footer[] =
     R"(Values are JSON, as one key that names the type: {"bool":true}. A plain word or number is enough where
 the node's present value tells the type; "-" reads the value from standard input.
 
+What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
+where it is given no time; with one, all of it ends in that time.
+
 Exit status: 0 done, 1 other fault, 2 usage, 3 timed out, 4 the request failed, 5 not allowed,
 6 no such node, 8 the host or the bus is not running.
 
@@ -44,6 +47,25 @@ CommandLine::CommandLine()
     addWorldCommands(*this);
 }
 
+QDeadlineTimer CommandLine::deadline() const
+{
+    // A day is for ever here, and keeps the milliseconds inside an int.
+    constexpr double day = 86400;
+    return m_seconds ? QDeadlineTimer(qint64(std::min(*m_seconds, day) * 1000))
+                     : QDeadlineTimer(QDeadlineTimer::Forever);
+}
+
+void CommandLine::addTime(CLI::App& command, const std::string& option,
+                          const std::string& description)
+{
+    setSeconds(*command.add_option(option, m_seconds, description));
+}
+
+void CommandLine::makePatient(CLI::App& command)
+{
+    command.parse_complete_callback([this] { m_patient = true; });
+}
+
 CLI::App& CommandLine::group(CLI::App& parent, const std::string& name,
                              const std::string& description)
 {
@@ -62,13 +84,6 @@ void setSeconds(CLI::Option& option)
 {
     option.type_name("SECONDS");
     option.check(CLI::PositiveNumber.description(""));
-}
-
-QDeadlineTimer secondsFromNow(double seconds)
-{
-    // A day is for ever here, and keeps the milliseconds inside an int.
-    constexpr double day = 86400;
-    return QDeadlineTimer(qint64(std::min(seconds, day) * 1000));
 }
 
 } // namespace ctl

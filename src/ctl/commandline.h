@@ -12,7 +12,7 @@ namespace ctl {
 /// What a command works with.
 struct Context
 {
-    Bus& bus;
+    const Bus& bus;
     Host& host;
     Output& out;
 };
@@ -37,6 +37,10 @@ public:
     [[nodiscard]] CLI::App& app() { return m_app; }
     [[nodiscard]] const Run& run() const { return m_run; }
     [[nodiscard]] bool json() const { return m_json; }
+    /// The time that the person gave for all of it, where one was given.
+    [[nodiscard]] QDeadlineTimer deadline() const;
+    /// Whether the command waits for a bus and a host that are not there yet.
+    [[nodiscard]] bool isPatient() const { return m_patient; }
     /// What to generate in place of running a command: "completion", "man" or nothing.
     [[nodiscard]] const std::string& generate() const { return m_generate; }
 
@@ -61,6 +65,11 @@ public:
         return {command, options.get()};
     }
 
+    /// Adds an option that gives the time for all of a command, in seconds.
+    void addTime(CLI::App& command, const std::string& option, const std::string& description);
+    /// Lets a command wait for a bus and a host that are not there yet.
+    void makePatient(CLI::App& command);
+
     /// Adds a group of commands below @p parent, one of which must be named.
     static CLI::App& group(CLI::App& parent, const std::string& name,
                            const std::string& description);
@@ -68,6 +77,8 @@ public:
 private:
     CLI::App m_app;
     Run m_run;
+    std::optional<double> m_seconds;
+    bool m_patient = false;
     bool m_json = false;
     std::string m_generate;
 };
@@ -83,9 +94,6 @@ inline QString text(const std::string& argument)
 {
     return QString::fromStdString(argument);
 }
-
-/// A deadline so many seconds from now.
-QDeadlineTimer secondsFromNow(double seconds);
 
 // One family of commands each.
 void addGenericCommands(CommandLine& commands);

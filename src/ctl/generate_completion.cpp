@@ -24,7 +24,7 @@ const char body[] = R"sh(    esac
 
 _orvactl_paths()
 {
-    COMPREPLY=($(compgen -W "$(orvactl nodes --paths "$@" 2>/dev/null)" -- "$cur"))
+    COMPREPLY=($(compgen -W "$(orvactl nodes --paths --wait 2 "$@" 2>/dev/null)" -- "$cur"))
 }
 
 _orvactl()

@@ -66,9 +66,9 @@ Result nodes(Context& context, const NodesOptions& options)
                               {QStringLiteral("permission"), node.permission},
                               {QStringLiteral("readOnly"), node.readOnly}});
         const QString access = node.readOnly ? QStringLiteral("read-only") : QString();
-        table.append(options.paths
-                         ? QStringList{node.path}
-                         : QStringList{node.path, node.kind, access, printable(node.title)});
+        table.append(options.paths ? QStringList{printable(node.path)}
+                                   : QStringList{printable(node.path), node.kind, access,
+                                                 printable(node.title)});
     }
     context.out.table(table);
     return {};
@@ -164,26 +164,32 @@ void addPath(CLI::App& command, std::string& path, const std::string& kind)
 void addGenericCommands(CommandLine& commands)
 {
     CLI::App& app = commands.app();
+    const char* answerTime = "Wait at most SECONDS for the answer";
 
     const auto list = commands.add(app, "nodes", "Lists the host's nodes", &nodes);
     setChoices(*list.app->add_option("--kind", list.options->kind, "Only nodes of this kind"),
                {"value", "activate", "rows"});
     list.app->add_flag("--paths", list.options->paths, "Only the paths");
+    commands.addTime(*list.app, "--wait", answerTime);
 
     const auto getter = commands.add(app, "get", "Shows a node's value", &get);
+    commands.addTime(*getter.app, "--wait", answerTime);
     addPath(*getter.app, getter.options->path, "VALUE-NODE");
 
     const auto setter = commands.add(app, "set", "Writes a node's value", &set);
+    commands.addTime(*setter.app, "--wait", answerTime);
     addPath(*setter.app, setter.options->path, "VALUE-NODE");
     setter.app->add_option("VALUE", setter.options->value, "The value; - reads standard input")
         ->required();
 
     const auto action =
         commands.add(app, "invoke", "Activates a node and shows its answer", &invoke);
+    commands.addTime(*action.app, "--wait", answerTime);
     addPath(*action.app, action.options->path, "ACTION-NODE");
     action.app->add_option("VALUE", action.options->value, "The value; - reads standard input");
 
     const auto lister = commands.add(app, "rows", "Shows the rows of a list node", &rows);
+    commands.addTime(*lister.app, "--wait", answerTime);
     addPath(*lister.app, lister.options->path, "ROWS-NODE");
 }
 

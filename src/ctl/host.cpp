@@ -38,7 +38,8 @@ Result lostHost()
 } // namespace
 
 Host::Host(const Bus& bus)
-    : m_proxy(std::make_unique<OrgOrvaHost1Interface>(
+    : m_bus(bus)
+    , m_proxy(std::make_unique<OrgOrvaHost1Interface>(
           QStringLiteral("org.orva.Host1"), QStringLiteral("/org/orva/Host1"), bus.connection()))
 {
     m_proxy->setTimeout(std::numeric_limits<int>::max());
@@ -59,24 +60,24 @@ Host::~Host() = default;
 
 Outcome<OrvaValue> Host::value(const CMPath& path)
 {
-    return plainValue(Bus::await<QVariantMap>(m_proxy->GetValue(path.toString())));
+    return plainValue(m_bus.await<QVariantMap>(m_proxy->GetValue(path.toString())));
 }
 
 Result Host::setValue(const CMPath& path, const OrvaValue& value)
 {
-    return Bus::finish(m_proxy->SetValue(path.toString(), OrvaPlain::toBus(value.__hash())));
+    return m_bus.finish(m_proxy->SetValue(path.toString(), OrvaPlain::toBus(value.__hash())));
 }
 
 Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
-                                const QDeadlineTimer& deadline)
+                                std::chrono::seconds atMost)
 {
     const auto call = m_proxy->Invoke(path.toString(), OrvaPlain::toBus(value.__hash()));
-    return plainValue(Bus::await<QVariantMap>(call, deadline));
+    return plainValue(m_bus.await<QVariantMap>(call, atMost));
 }
 
 Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
 {
-    const auto answer = Bus::await<OrvaBusRows>(m_proxy->GetRows(path.toString()));
+    const auto answer = m_bus.await<OrvaBusRows>(m_proxy->GetRows(path.toString()));
     if (!answer)
         return answer.failure();
     QVector<OrvaRoles> rows;
@@ -91,10 +92,10 @@ Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
 
 Outcome<OrvaBusNodes> Host::nodes()
 {
-    return Bus::await<OrvaBusNodes>(m_proxy->ListNodes());
+    return m_bus.await<OrvaBusNodes>(m_proxy->ListNodes());
 }
 
-Result Host::waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline)
+Result Host::waitFor(const CMPath& path, const Verdict& verdict)
 {
     std::optional<Result> end;
     // Connected before the first look: a change between the two must not be missed.
@@ -108,7 +109,7 @@ Result Host::waitFor(const CMPath& path, const Verdict& verdict, const QDeadline
         return now.failure();
     if (!end)
         end = verdict(*now);
-    if (!Bus::runUntil([&] { return end || isGone(); }, deadline))
+    if (!Bus::runUntil([&] { return end || isGone(); }, m_bus.deadline()))
         return {ExitStatus::TimedOut,
                 QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
     return end ? *end : lostHost();

@@ -28,17 +28,18 @@ public:
 
     Outcome<OrvaValue> value(const CMPath& path);
     Result setValue(const CMPath& path, const OrvaValue& value);
-    /// Answers when the request is answered, however long that takes, or when @p deadline expires.
+    /// Answers when the request is answered; @p atMost where the person gave no time.
     Outcome<OrvaValue> invoke(const CMPath& path, const OrvaValue& value,
-                              const QDeadlineTimer& deadline = QDeadlineTimer::Forever);
+                              std::chrono::seconds atMost = Bus::patience);
     Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
     Outcome<OrvaBusNodes> nodes();
 
     /// Judges a value: nothing means wait on, a result is what to end with.
     using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;
 
-    /// Looks at the node's value now and at each change until @p verdict has a result.
-    Result waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline);
+    /// Looks at the node's value now and at each change until @p verdict has a result or the bus's
+    /// deadline is over.
+    Result waitFor(const CMPath& path, const Verdict& verdict);
 
     /// Delivers signals until the host or the bus goes away.
     Result follow();
@@ -51,6 +52,7 @@ Q_SIGNALS:
 private:
     [[nodiscard]] bool isGone() const;
 
+    const Bus& m_bus;
     std::unique_ptr<OrgOrvaHost1Interface> m_proxy;
     QSet<CMPath> m_changedRows;
     bool m_lost = false;

@@ -1,5 +1,6 @@
 #include "bus.h"
 #include "commandline.h"
+#include "connectalarm.h"
 #include "generate.h"
 
 #include <QCoreApplication>
@@ -30,16 +31,38 @@ std::optional<int> generateIfAsked(CommandLine& commands)
     return 0;
 }
 
-Result runCommand(const CommandLine& commands, Output& out)
+Result runOnce(const CommandLine& commands, Output& out, const QDeadlineTimer& deadline)
 {
-    registerBusTypes();
-    Bus bus;
+    std::optional<ConnectAlarm> alarm;
+    if (!deadline.isForever() || !commands.isPatient())
+        alarm.emplace(deadline);
+    const Bus bus(deadline);
     const Result connected = bus.check();
     if (!connected.ok())
         return connected;
     Host host(bus);
+    alarm.reset();
     Context context{bus, host, out};
     return commands.run()(context);
+}
+
+Result runCommand(const CommandLine& commands, Output& out)
+{
+    constexpr std::chrono::milliseconds pause{200};
+    registerBusTypes();
+    const QDeadlineTimer deadline = commands.deadline();
+    Result result = runOnce(commands, out, deadline);
+    while (commands.isPatient() && result.status == ExitStatus::NotRunning) {
+        if (deadline.hasExpired())
+            return {ExitStatus::TimedOut, QStringLiteral("Timed out: %1").arg(result.text)};
+        const QDeadlineTimer next(
+            deadline.isForever()
+                ? pause
+                : std::min(pause, std::chrono::milliseconds(deadline.remainingTime())));
+        static_cast<void>(Bus::runUntil([] { return false; }, next));
+        result = runOnce(commands, out, deadline);
+    }
+    return result;
 }
 
 } // namespace

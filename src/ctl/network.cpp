@@ -17,7 +17,6 @@ struct SwitchOptions
 {
     CMPath path;
     OrvaNetworkState state;
-    Wait wait;
 };
 
 Result flip(Context& context, const SwitchOptions& options)
@@ -25,7 +24,7 @@ Result flip(Context& context, const SwitchOptions& options)
     const auto reached = [&options](const OrvaNetworkInfo& info) {
         return info.state() == options.state;
     };
-    return activateAndWait(context, options.path, {}, options.wait, whenInfo(reached));
+    return activateAndWait(context, options.path, {}, whenInfo(reached));
 }
 
 } // namespace
@@ -46,8 +45,9 @@ void addNetworkCommands(CommandLine& commands)
         added.options->path = row.path;
         added.options->state = row.state;
         const bool up = row.state == OrvaNetworkState::Connected;
-        added.options->wait.addTo(*added.app, up ? "Also wait until connected, at most SECONDS"
-                                                 : "Also wait until disconnected, at most SECONDS");
+        commands.addTime(*added.app, "--wait",
+                         up ? "Also wait until connected, at most SECONDS"
+                            : "Also wait until disconnected, at most SECONDS");
     }
 }
 

@@ -14,7 +14,6 @@ struct SetOptions
     std::string netmask;
     std::string gateway;
     std::vector<std::string> dns;
-    Wait wait;
 
     [[nodiscard]] bool hasAddress() const
     {
@@ -118,7 +117,7 @@ Result set(Context& context, const SetOptions& options)
         profile.setWireless(withAddress(profile.wireless(), options));
     else if (options.hasAddress())
         profile.setWired(withAddress(profile.wired(), options));
-    return setProfile(context, profile, options.wait, whenInfo([](const OrvaNetworkInfo& info) {
+    return setProfile(context, profile, whenInfo([](const OrvaNetworkInfo& info) {
                           return info.state() == OrvaNetworkState::Connected;
                       }));
 }
@@ -150,12 +149,10 @@ Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
     return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.failure();
 }
 
-Result setProfile(Context& context, const OrvaNetworkProfile& profile, const Wait& wait,
-                  const InfoVerdict& verdict)
+Result setProfile(Context& context, const OrvaNetworkProfile& profile, const InfoVerdict& verdict)
 {
     return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(),
-                           valueOf(OrvaValue::NetworkProfile(), profile.__variant()), wait,
-                           verdict);
+                           valueOf(OrvaValue::NetworkProfile(), profile.__variant()), verdict);
 }
 
 void addProfileCommands(CommandLine& commands)
@@ -169,7 +166,7 @@ void addProfileCommands(CommandLine& commands)
                                        "Which interface the profile configures"),
                {"auto", "wired", "wireless"});
     addAddressOptions(*setter.app, *setter.options);
-    setter.options->wait.addTo(*setter.app, "Also wait until connected, at most SECONDS");
+    commands.addTime(*setter.app, "--wait", "Also wait until connected, at most SECONDS");
 }
 
 } // namespace ctl

@@ -9,7 +9,6 @@ Outcome<OrvaNetworkProfile> publishedProfile(Host& host);
 
 /// Sets the whole profile, so that nothing that was not named is dropped; masked keys stay as they
 /// are.
-Result setProfile(Context& context, const OrvaNetworkProfile& profile, const Wait& wait,
-                  const InfoVerdict& verdict);
+Result setProfile(Context& context, const OrvaNetworkProfile& profile, const InfoVerdict& verdict);
 
 } // namespace ctl

@@ -7,7 +7,6 @@ namespace {
 struct AirplaneOptions
 {
     std::string state;
-    Wait wait;
 };
 
 struct WakeOptions
@@ -30,14 +29,12 @@ Result airplane(Context& context, const AirplaneOptions& options)
     if (options.state.empty())
         return showAirplane(context);
     const bool on = options.state == "on";
-    const QDeadlineTimer deadline = options.wait.deadline();
     Result set =
         context.host.setValue(OrvaNetworkAirplaneModePath(), valueOf(OrvaValue::Bool(), on));
     if (!set.ok())
         return set;
-    return waitForInfo(context, options.wait, deadline, whenInfo([on](const OrvaNetworkInfo& info) {
-                           return info.airplaneMode() == on;
-                       }));
+    return waitForInfo(
+        context, whenInfo([on](const OrvaNetworkInfo& info) { return info.airplaneMode() == on; }));
 }
 
 Result wakeOnLan(Context& context, const WakeOptions& options)
@@ -54,7 +51,7 @@ void addRadioCommands(CommandLine& commands)
         commands.add(commands.app(), "airplane", "Switches airplane mode, or shows it", &airplane);
     setChoices(*switcher.app->add_option("STATE", switcher.options->state, "on or off"),
                {"on", "off"});
-    switcher.options->wait.addTo(*switcher.app, "Also wait until it is in force, at most SECONDS");
+    commands.addTime(*switcher.app, "--wait", "Also wait until it is in force, at most SECONDS");
 
     const auto waker = commands.add(commands.app(), "wol", "Switches wake-on-LAN", &wakeOnLan);
     setChoices(*waker.app->add_option("STATE", waker.options->state, "on or off")->required(),

@@ -53,11 +53,14 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
     return {};
 }
 
-Result scan(Context& context, const Wait& wait)
+/// The host gives a scan 30 seconds.
+constexpr std::chrono::seconds scanPatience{35};
+
+Result scan(Context& context, const NoOptions&)
 {
     if (Output::stderrIsTerminal())
         context.out.note(QStringLiteral("Scanning…"));
-    const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, wait.deadline());
+    const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, scanPatience);
     return answer ? showNetworks(context, answer->networkScanResults()) : answer.failure();
 }
 
@@ -78,7 +81,7 @@ void addScanCommands(CommandLine& commands, CLI::App& wifi)
 {
     const auto scanner = commands.add(
         wifi, "scan", "Scans and lists what it found; * is connected, + is known", &scan);
-    scanner.options->addTo(*scanner.app, "Wait at most SECONDS for the results");
+    commands.addTime(*scanner.app, "--wait", "Wait at most SECONDS for the results");
     commands.add(wifi, "list", "Lists what the last scan found", &list);
 }
 

@@ -14,7 +14,6 @@ struct RequestOptions
     std::optional<int> channel;
     std::optional<double> timeout;
     bool hold = false;
-    Wait wait;
 };
 
 struct RevokeOptions
@@ -46,8 +45,7 @@ Result request(Context& context, const RequestOptions& options)
 {
     const OrvaValue value =
         valueOf(OrvaValue::NetworkSoftApRequest(), requestOf(options).__variant());
-    return activate(context, OrvaNetworkRequestSoftApPath(), value, options.wait.deadline())
-        .result();
+    return activate(context, OrvaNetworkRequestSoftApPath(), value).result();
 }
 
 Result revoke(Context& context, const RevokeOptions& options)
@@ -150,7 +148,7 @@ void addSoftApCommands(CommandLine& commands)
                                       "When the request expires; never where not given"));
     asker.app->add_flag("--hold", asker.options->hold,
                         "Keep other requests from changing it; needs --timeout");
-    asker.options->wait.addTo(*asker.app, "Wait at most SECONDS for the answer");
+    commands.addTime(*asker.app, "--wait", "Wait at most SECONDS for the answer");
 
     const auto revoker = commands.add(softap, "revoke", "Takes a request back", &revoke);
     revoker.app->add_option("NAME", revoker.options->name, "Who asked")->required();

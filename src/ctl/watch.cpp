@@ -15,14 +15,14 @@ struct PathsOptions
 struct WaitOptions
 {
     std::string condition;
-    std::optional<double> timeout;
 };
 
 void showChange(const Output& out, const CMPath& path, const OrvaValue& value)
 {
     out.document(
         {{QStringLiteral("path"), path.toString()}, {QStringLiteral("value"), value.__variant()}});
-    out.line(QStringLiteral("%1 %2").arg(path.toString(), printable(toJson(value.__variant()))));
+    out.line(QStringLiteral("%1 %2").arg(printable(path.toString()),
+                                         printable(toJson(value.__variant()))));
 }
 
 Result showRows(Context& context, const CMPath& path)
@@ -35,7 +35,8 @@ Result showRows(Context& context, const CMPath& path)
         list.append(row.__variant());
     context.out.document(
         {{QStringLiteral("path"), path.toString()}, {QStringLiteral("rows"), list}});
-    context.out.line(QStringLiteral("%1 %2").arg(path.toString(), printable(toJson(list))));
+    context.out.line(
+        QStringLiteral("%1 %2").arg(printable(path.toString()), printable(toJson(list))));
     return {};
 }
 
@@ -109,9 +110,7 @@ Result wait(Context& context, const WaitOptions& options)
         return holds(value.__variant(), wanted->__variant()) ? std::optional(Result())
                                                              : std::nullopt;
     };
-    const QDeadlineTimer deadline = options.timeout ? secondsFromNow(*options.timeout)
-                                                    : QDeadlineTimer(QDeadlineTimer::Forever);
-    return context.host.waitFor(CMPath(condition.left(split)), verdict, deadline);
+    return context.host.waitFor(CMPath(condition.left(split)), verdict);
 }
 
 } // namespace
@@ -125,14 +124,15 @@ void addWatchCommands(CommandLine& commands)
         ->add_option("PATH", watcher.options->paths, "The nodes; all changes where none is named")
         ->type_name("NODE");
 
-    const auto waiter = commands.add(app, "wait", "Waits until a node has a value", &wait);
+    const auto waiter = commands.add(
+        app, "wait", "Waits until a node has a value, for the host and the bus too", &wait);
     waiter.app
         ->add_option("CONDITION", waiter.options->condition,
                      "PATH==VALUE; of a map, the fields that VALUE names")
         ->required()
         ->type_name("VALUE-NODE");
-    setSeconds(*waiter.app->add_option("--timeout", waiter.options->timeout,
-                                       "Give up after so many seconds"));
+    commands.addTime(*waiter.app, "--timeout", "Give up after so many seconds");
+    commands.makePatient(*waiter.app);
 }
 
 } // namespace ctl

@@ -50,9 +50,9 @@ Result status(Context& context, const NoOptions&)
     return {};
 }
 
-Result restart(Context& context, const Wait& wait)
+Result restart(Context& context, const NoOptions&)
 {
-    return activate(context, OrvaNetworkRequestWifiRestartPath(), {}, wait.deadline()).result();
+    return activate(context, OrvaNetworkRequestWifiRestartPath(), {}).result();
 }
 
 Result write(Context& context, const Criteria& criteria)
@@ -106,7 +106,7 @@ void addWatchdogCommands(CommandLine& commands)
 
     commands.add(watchdog, "off", "Switches it off and keeps the other criteria", &off);
     const auto restarter = commands.add(watchdog, "restart", "Restarts Wi-Fi now", &restart);
-    restarter.options->addTo(*restarter.app, "Wait at most SECONDS for the answer");
+    commands.addTime(*restarter.app, "--wait", "Wait at most SECONDS for the answer");
 }
 
 } // namespace ctl

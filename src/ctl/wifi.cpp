@@ -12,7 +12,6 @@ struct ConnectOptions
     std::string ssid;
     std::string keyFile;
     bool askKey = false;
-    Wait wait;
 };
 
 struct SsidOptions
@@ -106,7 +105,7 @@ Result connectTo(Context& context, const ConnectOptions& options)
     if (profile.type() == OrvaNetworkProfileType::Wired)
         context.out.note(QStringLiteral("The profile is for the wired interface alone; \"orvactl "
                                         "profile set --type auto\" lets the network be joined."));
-    return setProfile(context, profile, options.wait,
+    return setProfile(context, profile,
                       [ssid](const OrvaNetworkInfo& info) { return judgeJoining(info, ssid); });
 }
 
@@ -154,9 +153,9 @@ Result rssi(Context& context, const NoOptions&)
     return {};
 }
 
-Result reconnect(Context& context, const Wait& wait)
+Result reconnect(Context& context, const NoOptions&)
 {
-    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {}, wait,
+    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {},
                            whenInfo([](const OrvaNetworkInfo& info) {
                                return info.wireless().state() == OrvaNetworkState::Connected;
                            }));
@@ -173,7 +172,7 @@ void addConnectCommand(CommandLine& commands, CLI::App& wifi)
         ->type_name("FILE");
     joiner.app->add_flag("--ask-key", joiner.options->askKey,
                          "Ask for the key also where the network is known");
-    joiner.options->wait.addTo(*joiner.app, "Also wait until it is joined, at most SECONDS");
+    commands.addTime(*joiner.app, "--wait", "Also wait until it is joined, at most SECONDS");
 }
 
 } // namespace
@@ -190,7 +189,7 @@ void addWifiCommands(CommandLine& commands)
     commands.add(wifi, "rssi", "Shows the signal level of the network in use", &rssi);
     const auto again =
         commands.add(wifi, "reconnect", "Leaves the network and joins again", &reconnect);
-    again.options->addTo(*again.app, "Also wait until connected, at most SECONDS");
+    commands.addTime(*again.app, "--wait", "Also wait until connected, at most SECONDS");
 }
 
 } // namespace ctl

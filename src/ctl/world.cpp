@@ -25,7 +25,7 @@ public:
 
 Result show(Context& context, const NoOptions&)
 {
-    const auto snapshot = Bus::await<QString>(World(context).Snapshot());
+    const auto snapshot = context.bus.await<QString>(World(context).Snapshot());
     if (!snapshot)
         return snapshot.failure();
     const auto state = parseObject(snapshot->toUtf8());
@@ -97,26 +97,27 @@ Result addPoint(Context& context, const AccessPoint& point)
         return given.failure();
     QVariantMap settings = *given;
     settings.insert(QStringLiteral("ssid"), text(point.name));
-    const auto bssid = Bus::await<QString>(World(context).AddAccessPoint(settings));
+    const auto bssid = context.bus.await<QString>(World(context).AddAccessPoint(settings));
     if (!bssid)
         return bssid.failure();
     context.out.document({{QStringLiteral("bssid"), *bssid}});
-    context.out.line(*bssid);
+    context.out.line(printable(*bssid));
     return {};
 }
 
 Result changePoint(Context& context, const AccessPoint& point)
 {
     const auto settings = settingsOf(point);
-    return settings ? Bus::finish(World(context).ChangeAccessPoint(text(point.name), *settings))
-                    : settings.failure();
+    return settings
+               ? context.bus.finish(World(context).ChangeAccessPoint(text(point.name), *settings))
+               : settings.failure();
 }
 
 Result setKey(Context& context, const AccessPoint& point)
 {
     const auto key = readKey(text(point.keyFile), QStringLiteral("New key: "));
-    return key ? Bus::finish(World(context).ChangeAccessPoint(text(point.name),
-                                                              {{QStringLiteral("key"), *key}}))
+    return key ? context.bus.finish(World(context).ChangeAccessPoint(
+                     text(point.name), {{QStringLiteral("key"), *key}}))
                : key.failure();
 }
 
@@ -128,12 +129,13 @@ struct JoinOptions
 
 Result joinStation(Context& context, const JoinOptions& options)
 {
-    return Bus::finish(World(context).JoinStation(text(options.interface), text(options.mac)));
+    return context.bus.finish(
+        World(context).JoinStation(text(options.interface), text(options.mac)));
 }
 
 Result crash(Context& context, const NoOptions&)
 {
-    const Result result = Bus::finish(World(context).Crash());
+    const Result result = context.bus.finish(World(context).Crash());
     // The daemon is gone without an answer: that is what was asked for.
     return result.status == ExitStatus::NotRunning ? Result() : result;
 }
@@ -206,7 +208,8 @@ Result callMethod(Context& context, const MethodOptions& options)
     for (const unsigned argument : options.numbers)
         arguments.append(argument);
     World world(context);
-    return Bus::finish(world.asyncCallWithArgumentList(QLatin1String(options.method), arguments));
+    return context.bus.finish(
+        world.asyncCallWithArgumentList(QLatin1String(options.method), arguments));
 }
 
 void addMethod(CommandLine& commands, CLI::App& parent, const MethodRow& row)

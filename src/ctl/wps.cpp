@@ -6,11 +6,13 @@ namespace ctl {
 
 namespace {
 
+/// A session lasts two minutes: the time to walk to the router.
+constexpr std::chrono::seconds sessionPatience{130};
+
 struct SessionOptions
 {
     std::string pin;
     bool apply = false;
-    Wait wait;
 };
 
 /// What a session brought, for a person; the key is shown to a machine only.
@@ -25,14 +27,13 @@ void showCredentials(const Output& out, const OrvaNetworkInterface& network, boo
 Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
                   const SessionOptions& options)
 {
-    const QDeadlineTimer deadline = options.wait.deadline();
-    const auto credentials = activate(context, path, value, deadline);
+    const auto credentials = activate(context, path, value, sessionPatience);
     if (!credentials)
         return credentials.failure();
     showCredentials(context.out, credentials->networkInterface(), options.apply);
     if (!options.apply)
         return {};
-    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials, deadline).result();
+    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials).result();
 }
 
 Result pushButton(Context& context, const SessionOptions& options)
@@ -53,7 +54,8 @@ Result pinSession(Context& context, const SessionOptions& options)
     const auto pin = pinOf(context.host, options);
     if (!pin)
         return pin.failure();
-    context.out.note(QStringLiteral("Enter the PIN %1 at the router.").arg(pin->string_()));
+    context.out.note(
+        QStringLiteral("Enter the PIN %1 at the router.").arg(printable(pin->string_())));
     return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, options);
 }
 
@@ -62,14 +64,14 @@ Result generate(Context& context, const NoOptions&)
     const auto pin = activate(context, OrvaNetworkGenerateWpsPinPath(), {});
     if (!pin)
         return pin.failure();
-    context.out.line(pin->string_());
+    context.out.line(printable(pin->string_()));
     return {};
 }
 
-void addSessionOptions(CLI::App& command, SessionOptions& options)
+void addSessionOptions(CommandLine& commands, CLI::App& command, SessionOptions& options)
 {
     command.add_flag("--apply", options.apply, "Join the network with the credentials received");
-    options.wait.addTo(command, "Wait at most SECONDS for the session's end");
+    commands.addTime(command, "--wait", "Wait at most SECONDS for the session's end");
 }
 
 } // namespace
@@ -79,10 +81,10 @@ void addWpsCommands(CommandLine& commands, CLI::App& wifi)
     CLI::App& wps = CommandLine::group(wifi, "wps", "Wi-Fi Protected Setup");
     const auto button =
         commands.add(wps, "pbc", "Runs a session by the router's push button", &pushButton);
-    addSessionOptions(*button.app, *button.options);
+    addSessionOptions(commands, *button.app, *button.options);
     const auto pin = commands.add(wps, "pin", "Runs a session by PIN", &pinSession);
     pin.app->add_option("PIN", pin.options->pin, "8 digits; a fresh one where not given");
-    addSessionOptions(*pin.app, *pin.options);
+    addSessionOptions(commands, *pin.app, *pin.options);
     commands.add(wps, "generate", "Shows a fresh PIN", &generate);
 }
 
