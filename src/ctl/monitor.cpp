@@ -110,8 +110,8 @@ private:
         const QString none = QStringLiteral("(none)");
         m_context.out.line(
             QStringLiteral("%1  %2%3  %4 → %5")
-                .arg(Output::styled(time, Output::Style::Dim), path.toString(),
-                     place.isEmpty() ? QString() : QLatin1Char(' ') + place,
+                .arg(Output::styled(time, Output::Style::Dim), printable(path.toString()),
+                     place.isEmpty() ? QString() : QLatin1Char(' ') + printable(place),
                      from.isEmpty() ? none : printable(from),
                      Output::styled(to.isEmpty() ? none : printable(to), Output::Style::Bold)));
     }

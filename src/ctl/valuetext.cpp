@@ -130,7 +130,10 @@ QString toJson(const QVariant& value)
 QString toIndentedJson(const QVariantHash& value)
 {
     const QJsonDocument document(QJsonObject::fromVariantHash(value));
-    return QString::fromUtf8(document.toJson(QJsonDocument::Indented).trimmed());
+    QStringList lines = QString::fromUtf8(document.toJson(QJsonDocument::Indented).trimmed())
+                            .split(QLatin1Char('\n'));
+    std::transform(lines.begin(), lines.end(), lines.begin(), orvaLogText);
+    return lines.join(QLatin1Char('\n'));
 }
 
 bool holds(const QVariant& actual, const QVariant& wanted)

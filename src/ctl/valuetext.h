@@ -19,10 +19,10 @@ Outcome<QVariantHash> parseObject(const QByteArray& text);
 /// Fails where the bus would cut or change the text.
 Result checkText(const QString& text);
 
-/// JSON in one line.
+/// JSON in one line, harmless for a terminal.
 [[nodiscard]] QString toJson(const QVariant& value);
 
-/// JSON over several indented lines, keys in alphabetical order.
+/// JSON over several indented lines, keys in alphabetical order, harmless for a terminal.
 [[nodiscard]] QString toIndentedJson(const QVariantHash& value);
 
 /// Whether @p actual holds everything that @p wanted names: maps field by field, all else as a
