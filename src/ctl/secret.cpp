@@ -91,10 +91,7 @@ Outcome<QString> promptForKey(const QString& prompt)
     QFile terminal;
     if (!terminal.open(STDIN_FILENO, QIODevice::ReadOnly))
         return Result{ExitStatus::Other, QStringLiteral("The terminal cannot be read.")};
-    const QByteArray line = terminal.readLine(maximumInput);
-    if (line.isEmpty())
-        return Result{ExitStatus::Other, QStringLiteral("No key was given.")};
-    return toText(line);
+    return toText(terminal.readLine(maximumInput));
 }
 
 } // namespace
@@ -111,7 +108,10 @@ Outcome<QString> readText(const QString& file)
 
 Outcome<QString> readKey(const QString& file, const QString& prompt)
 {
-    return file.isEmpty() ? promptForKey(prompt) : readText(file);
+    auto key = file.isEmpty() ? promptForKey(prompt) : readText(file);
+    if (key && key->isEmpty())
+        return Result{ExitStatus::Usage, QStringLiteral("The key is empty.")};
+    return key;
 }
 
 } // namespace ctl

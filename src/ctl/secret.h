@@ -9,7 +9,7 @@ namespace ctl {
 Outcome<QString> readText(const QString& file);
 
 /// A key from the file @p file, from standard input where it is "-", or, where it is empty, from a
-/// prompt on the terminal that shows nothing of what is typed.
+/// prompt on the terminal that shows nothing of what is typed. An empty key is an error.
 Outcome<QString> readKey(const QString& file, const QString& prompt);
 
 } // namespace ctl

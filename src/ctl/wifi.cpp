@@ -12,6 +12,7 @@ struct ConnectOptions
     std::string ssid;
     std::string keyFile;
     bool askKey = false;
+    bool open = false;
 };
 
 struct SsidOptions
@@ -44,15 +45,16 @@ std::optional<OrvaNetworkProfileWirelessEncryption> seenEncryption(Host& host, c
     return std::nullopt;
 }
 
-/// The network with its key: a known one keeps its key unless another is given, and an open one
-/// needs none.
+/// The network with its key: a known one keeps its key unless another is given, and one that the
+/// scan or the person calls open needs none.
 Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkProfile& profile,
                                             const ConnectOptions& options)
 {
     using Encryption = OrvaNetworkProfileWirelessEncryption;
     const QString ssid = text(options.ssid);
     const auto known = knownNetwork(profile, ssid);
-    if (known && options.keyFile.empty() && !options.askKey)
+    const bool keyIsGiven = !options.keyFile.empty() || options.askKey;
+    if (known && !keyIsGiven && !options.open)
         return *known;
 
     OrvaNetworkInterface network = known.value_or(OrvaNetworkInterface());
@@ -61,19 +63,18 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
         network.setDhcp(true);
     }
     const auto seen = seenEncryption(context.host, ssid);
-    const bool isOpen = seen && *seen == Encryption::None;
-    if (isOpen && options.keyFile.empty() && !options.askKey) {
+    const bool seenOpen = seen && *seen == Encryption::None;
+    if (options.open || (seenOpen && !keyIsGiven)) {
+        network.setKey({});
         network.setEncryption(Encryption::None);
         return network;
     }
     const auto key =
-        readKey(text(options.keyFile),
-                QStringLiteral("Key of \"%1\" (empty for an open network): ").arg(printable(ssid)));
+        readKey(text(options.keyFile), QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
     if (!key)
         return key.failure();
-    const Encryption secured = seen && !isOpen ? *seen : Encryption(Encryption::WpaPsk);
     network.setKey(*key);
-    network.setEncryption(key->isEmpty() ? Encryption(Encryption::None) : secured);
+    network.setEncryption(seen && !seenOpen ? *seen : Encryption(Encryption::WpaPsk));
     return network;
 }
 
@@ -166,12 +167,15 @@ void addConnectCommand(CommandLine& commands, CLI::App& wifi)
     const auto joiner = commands.add(
         wifi, "connect", "Joins a network; asks for the key of an unknown one", &connectTo);
     joiner.app->add_option("SSID", joiner.options->ssid, "Name of the network")->required();
+    CLI::Option* keyFile = joiner.app->add_option("--key-file", joiner.options->keyFile,
+                                                  "File with the key; - reads standard input");
+    keyFile->type_name("FILE");
+    CLI::Option* askKey = joiner.app->add_flag("--ask-key", joiner.options->askKey,
+                                               "Ask for the key also where the network is known");
     joiner.app
-        ->add_option("--key-file", joiner.options->keyFile,
-                     "File with the key; - reads standard input")
-        ->type_name("FILE");
-    joiner.app->add_flag("--ask-key", joiner.options->askKey,
-                         "Ask for the key also where the network is known");
+        ->add_flag("--open", joiner.options->open, "Join it without a key, as an open network")
+        ->excludes(keyFile)
+        ->excludes(askKey);
     commands.addTime(*joiner.app, "--wait", "Also wait until it is joined, at most SECONDS");
 }
 

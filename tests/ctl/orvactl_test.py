@@ -1,5 +1,5 @@
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import json, os, pty, subprocess, termios, threading, unittest
+import json, os, pty, signal, subprocess, termios, threading, time, unittest
 
 from privatebus import BUILD, LIMIT, PrivateBus
 
@@ -15,8 +15,13 @@ class Device(PrivateBus):
 
     def __init__(self, **configuration):
         super().__init__(DEVICE_BACKEND="fake", NO_COLOR="1")
+        self.write("host.json", json.dumps(configuration))
         self.start_bus()
-        self.host = self.start(BUILD / "bin/orva-host", "--config", self.write("host.json", json.dumps(configuration)),
+        self.bus = self.children[-1]
+        self.start_host()
+
+    def start_host(self):
+        self.host = self.start(BUILD / "bin/orva-host", "--config", self.directory / "host.json",
                                "--state-dir", self.directory / "state", "--log-level", "trace")
         self.until(lambda: self.shell("orvactl nodes").returncode == 0)
 
@@ -43,6 +48,11 @@ class WithDevice(unittest.TestCase):
 
     def get(self, path, kind):
         return self.json(f"orvactl --json get {path}")[0][kind]
+
+
+def complete(test, words):
+    return test.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1))\n'
+                        '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"').split()
 
 
 class Nodes(WithDevice):
@@ -82,6 +92,19 @@ class Nodes(WithDevice):
         self.ends(0, f"orvactl set {SSID} -", stdin="from\x1bstdin\n")
         self.assertEqual(self.ends(0, f"orvactl get {SSID}"), "from\\u{1b}stdin\n")  # harmless on a terminal
 
+    def test_no_text_rules_the_terminal(self):
+        watcher = self.device.start("orvactl", "monitor", CRITERIA, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        for stream in watcher.stdout, watcher.stderr:
+            self.addCleanup(stream.close)
+        watcher.stderr.readline()
+        evil = json.dumps("\u009b\u202e\u001b")
+        self.ends(0, f"""orvactl set {CRITERIA} '{{"wifiRestartCriteria":{{"a":[{{"ssid":{evil}}}],{evil}:{evil}}}}}'""")
+        shown = "".join(watcher.stdout.readline() for _ in range(2))
+        for command in f"get {CRITERIA}", f"--json get {CRITERIA}", f"watch {CRITERIA} & sleep 0.3; kill $!":
+            shown += self.ends(0, "orvactl " + command)
+        self.assertEqual([character for character in shown if not character.isprintable() and character != "\n"], [])
+        self.assertIn(r"\u009b\u202e\u001b", shown)
+
     def test_integers_travel_as_32_bits(self):
         self.ends(0, f"orvactl set {PROFILE} '{{\"networkProfile\":{{\"type\":2,\"x\":5000000000}}}}'")
         raw = self.json(f"busctl --json=short call org.orva.Host1 /org/orva/Host1 org.orva.Host1 GetValue s {PROFILE}")
@@ -118,9 +141,7 @@ class Nodes(WithDevice):
                 ("get power/", ["power/resource/wifi", "power/target"]), ("rows ''", ["power/modules", "power/requests"]),
                 ("invoke wifi", ["wifi-restart/restart"]), ("nodes --kind r", ["rows"]), ("get --j", ["--json"])]:
             with self.subTest(words):
-                done = self.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1))\n'
-                                    '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"')
-                self.assertEqual(done.split(), expected)
+                self.assertEqual(complete(self, words), expected)
 
 
 class Network(WithDevice):
@@ -148,6 +169,19 @@ class Network(WithDevice):
             self.assertNotIn(secret, self.device.logged())
         self.ends(0, "orvactl wifi forget First")
         self.assertNotIn("First", self.ends(0, "orvactl wifi known"))
+
+    def test_an_empty_key_is_an_error_and_open_is_said(self):
+        self.ends(0, "orvactl wifi connect Café --key-file -", stdin="long enough")
+        for command in "connect Café --key-file -", "connect Café --open --ask-key", "connect Café --open --key-file -":
+            self.ends(2, "orvactl wifi " + command, stdin="\n")
+        self.assertIn(("Café", "long enough"), self.stored())
+        self.ends(0, "orvactl wifi connect Café --open")
+        self.assertIn(("Café", ""), self.stored())
+        open_ones = [row["networkScanResult"]["ssid"] for row in self.json("orvactl --json wifi scan")
+                     if not row["networkScanResult"].get("encryption")]
+        for ssid in open_ones[:1]:  # what the backend finds is random
+            self.ends(0, f"orvactl wifi connect '{ssid}'")
+            self.assertIn((ssid, ""), self.stored())
 
     def connect_by_prompt(self, ssid, key):
         pid, terminal = pty.fork()
@@ -193,10 +227,53 @@ class Network(WithDevice):
 
 
 class LostHost(WithDevice):
-    def test_a_host_that_leaves_ends_who_waits_for_it(self):
-        threading.Timer(0.5, self.device.host.kill).start()
-        self.ends(8, f"orvactl wait {MAXIMUM}==77")
+    def test_who_watches_ends_with_the_host_and_who_waits_waits_for_it(self):
+        watcher, waiter = (self.device.start("orvactl", *words, stdout=subprocess.PIPE) for words in [
+            ["watch", MAXIMUM], ["wait", f"{MAXIMUM}==9", "--timeout", str(LIMIT)]])
+        for stream in watcher.stdout, waiter.stdout:
+            self.addCleanup(stream.close)
+        watcher.stdout.readline()
+        self.device.host.kill()
+        self.assertEqual(watcher.wait(LIMIT), 8)
         self.ends(8, "orvactl nodes")
+        self.ends(3, f"orvactl wait {MAXIMUM}==9 --timeout 0.5")
+        self.device.start_host()
+        self.ends(0, f"orvactl set {MAXIMUM} 9")
+        self.assertEqual(waiter.wait(LIMIT), 0)
+
+    def test_who_waits_waits_for_the_bus(self):
+        nowhere = self.device.directory / "later"
+        waiter = self.device.start("env", f"DBUS_SYSTEM_BUS_ADDRESS=unix:path={nowhere}",
+                                   "orvactl", "wait", "webserver/port==80", "--timeout", str(LIMIT))
+        time.sleep(0.3)
+        nowhere.symlink_to(self.device.address.partition("=")[2])
+        self.assertEqual(waiter.wait(LIMIT), 0)
+
+
+class StoppedHost(WithDevice):
+    """A host that hears nothing, and then a bus that does not."""
+
+    def stopped(self, command):
+        began = time.monotonic()
+        self.ends(3, command)
+        self.assertLess(time.monotonic() - began, 10, command)
+
+    def test_deadlines_hold(self):
+        self.device.host.send_signal(signal.SIGSTOP)
+        began = time.monotonic()
+        patient = self.device.start("orvactl", "get", MAXIMUM)
+        for command in [f"wait {MAXIMUM}==77 --timeout 1", "airplane on --wait 1", f"get {MAXIMUM} --wait 1",
+                        "nodes --wait 1", "wifi connect Home --wait 1", "wifi scan --wait 1", "network start --wait 1"]:
+            with self.subTest(command):
+                self.stopped("orvactl " + command)
+        self.assertEqual(complete(self, "get ''"), [])
+        self.assertLess(time.monotonic() - began, 23)
+        self.assertEqual(patient.wait(LIMIT), 3)
+        self.assertGreater(time.monotonic() - began, 24)
+        self.device.bus.send_signal(signal.SIGSTOP)
+        for command in f"wait {MAXIMUM}==77 --timeout 1", f"get {MAXIMUM} --wait 1":
+            with self.subTest("no bus: " + command):
+                self.stopped("orvactl " + command)
 
 
 if __name__ == "__main__":
