@@ -21,7 +21,8 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
     };
     add("test/echo"_s, [](const CMSetDataRequest& request) { request.answer(request.value()); });
     add("test/fail"_s, [](const CMSetDataRequest& request) {
-        request.fail(CMError("7 odd-words!"_s, TrString("It went wrong.")));
+        const QString name = request.value().string_();
+        request.fail(CMError(name.isEmpty() ? "7 odd-words!"_s : name, TrString("It went wrong.")));
     });
     add("test/block"_s, [](const CMSetDataRequest& request) {
         QThread::msleep(static_cast<unsigned long>(request.value().i32_()));

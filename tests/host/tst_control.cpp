@@ -1,3 +1,4 @@
+#include "buscallers.h"
 #include "bustypes.h"
 #include "hostprocess.h"
 #include "privatebus.h"
@@ -77,6 +78,10 @@ private Q_SLOTS:
             QTest::addRow("%s %s %s", method, path, value)
                 << QString::fromLatin1(method) << QString::fromLatin1(path) << json(value)
                 << QString::fromLatin1(refusal);
+        const QString longName(300, QLatin1Char('x'));
+        QTest::newRow("an error's long name")
+            << "Invoke"_s
+            << "test/fail"_s << QVariantMap{{"string"_s, longName}} << longName.left(128);
         QTest::newRow("too deep") << "Invoke"_s
                                   << "test/echo"_s << nested(13) << "MalformedValue"_s;
     }
@@ -105,6 +110,33 @@ private Q_SLOTS:
         QCOMPARE(plain(call("Invoke", {"test/echo"_s, nested(12)})), nested(12));
     }
 
+    void aChangeOfRowsIsTold()
+    {
+        const auto add = json(R"({"moduleName": "m"})");
+        const auto changed = [this] { return m_rows.contains("power/modules"_s); };
+        QVERIFY(QDBusConnection::systemBus().connect("org.orva.Host1"_s, "/org/orva/Host1"_s,
+                                                     "org.orva.Host1"_s, "RowsChanged"_s, this,
+                                                     SLOT(on_rowsChanged(QString))));
+        QCOMPARE(call("Invoke", {"power/module/register"_s, add}).errorName(), QString());
+        QTRY_VERIFY(changed());
+    }
+
+    void aCallerIsTrustedAsLongAsTheBusKnowsIt()
+    {
+        BusCallers callers(QDBusConnection::systemBus());
+        const auto trusted = [&callers](const QString& caller) {
+            std::optional<bool> answer;
+            callers.askTrusted(caller, [&answer](bool is) { answer = is; });
+            [&answer] { QTRY_VERIFY(answer); }();
+            return answer.value_or(true);
+        };
+        const QString caller = m_bus.connection("caller"_s).baseService();
+        QVERIFY(trusted(caller));
+        QVERIFY(!trusted(":1.999999"_s));
+        QDBusConnection::disconnectFromBus("caller"_s);
+        QTRY_VERIFY(!trusted(caller));
+    }
+
     void aThousandRequestsAtOnceAreAllAnswered()
     {
         QVector<QDBusPendingCall> calls;
@@ -124,6 +156,8 @@ private Q_SLOTS:
             leaving.asyncCall(message("Invoke", {"test/echo"_s, QVariantMap()}));
         QDBusConnection::disconnectFromBus("leaving"_s);
     }
+
+    void on_rowsChanged(const QString& path) { m_rows << path; }
 
 private:
     static QDBusMessage message(const char* method, const QVariantList& arguments)
@@ -151,6 +185,7 @@ private:
 
     PrivateBus m_bus;
     HostProcess m_host;
+    QStringList m_rows;
 };
 
 QTEST_GUILESS_MAIN(ControlTest)

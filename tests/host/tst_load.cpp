@@ -21,7 +21,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_bus.start());
-        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
+        m_host.start(config());
         QTRY_VERIFY(
             QDBusConnection::systemBus().interface()->isServiceRegistered("org.orva.Host1"_s));
     }
@@ -119,6 +119,24 @@ private Q_SLOTS:
         QVERIFY(!ledger.enter("0", 30000).isEmpty());
     }
 
+    void aSecondEndSignalEndsABusyHostAtOnce()
+    {
+        HostProcess host;
+        m_host.terminate();
+        QCOMPARE(m_host.ended(), 0);
+        host.start(config());
+        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+        m_hostile->asyncCall(message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 8000}}}));
+        QTest::qWait(200);
+        host.terminate();
+        QVERIFY(!host.waitForFinished(300)); // It is busy yet.
+        host.terminate();
+        QVERIFY(host.waitForFinished(4000));
+        QCOMPARE(host.exitStatus(), QProcess::CrashExit);
+        m_host.start(config());
+        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+    }
+
     void aDeafHostEnds()
     {
         m_host.kill();
@@ -127,7 +145,7 @@ private Q_SLOTS:
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert("WATCHDOG_USEC"_s, "2000000"_s);
         host.setProcessEnvironment(environment);
-        host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
+        host.start(config());
         QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
         QTest::qWait(2500); // It lives as long as it hears.
         QCOMPARE(host.state(), QProcess::Running);
@@ -139,6 +157,10 @@ private Q_SLOTS:
     }
 
 private:
+    static QByteArray config()
+    {
+        return "{\"workers\": [{\"library\": \"" ORVA_TEST_WORKER "\"}]}";
+    }
     static QDBusMessage message(const char* method, const QVariantList& arguments)
     {
         auto message = QDBusMessage::createMethodCall("org.orva.Host1"_s, "/org/orva/Host1"_s,

@@ -49,6 +49,25 @@ private Q_SLOTS:
         QCOMPARE(valueAt("a/one/two"), 3);
     }
 
+    void aWorkerThatWentHasNoPaths()
+    {
+        struct Asker : CMNodesWorker
+        {
+            explicit Asker(QVariant* answer)
+                : CMNodesWorker(QVariantHash(), QString())
+                , m_answer(answer)
+            {
+            }
+            ~Asker() override { *m_answer = CMRoot()->getValue(path("later")); }
+            QVariant* m_answer;
+        };
+        QVariant answer = QVariantHash{{"unasked"_s, true}};
+        m_root->addWorker(std::make_unique<Asker>(&answer));
+        m_root->addWorker(workerWith("later", number(1)));
+        m_root.reset(); // The last goes first.
+        QVERIFY(answer.toHash().isEmpty());
+    }
+
     void whoWaitsForANodeIsToldWhenItsWorkerComes()
     {
         const CMValueItem item(nullptr, path("late"));
