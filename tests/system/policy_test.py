@@ -93,6 +93,23 @@ class PolicyTest(unittest.TestCase):
                 self.write(path, ["networkProfile", "a{sv}", "0"], user="netdev")
                 self.assertIn(CANARY, self.call(*HOST, HOST[0], "GetValue", "s", path))
 
+    def test_limits(self):
+        silent = PYTHON + """
+for member, words in (("SetValue", ("interfaces/wired", {"string": "x"})), ("Invoke", ("network/scan", {})),
+                      ("GetValue", ("network/info",))):
+    call = dbus.lowlevel.MethodCallMessage("org.orva.Host1", "/org/orva/Host1", "org.orva.Host1", member)
+    call.append(*words, signature="sa{sv}"[:1 + 5 * (len(words) - 1)]); call.set_no_reply(True)
+    bus.send_message(call)
+bus.flush(); host = dbus.Interface(bus.get_object("org.orva.Host1", "/org/orva/Host1"), "org.orva.Host1")
+print(host.GetValue("network/state/connected"))
+bus.call_blocking("org.orva.Host1", "/org/orva/Host1", "org.orva.Host1", "GetValue", "h", [dbus.types.UnixFd(0)])"""
+        done = self.python("netdev", silent)
+        self.assertIn("dbus.Boolean", done.stdout)
+        self.assertIn("AccessDenied", done.stderr)
+        rejected = [line for line in self.device.logged().splitlines() if "Rejected send message" in line]
+        self.assertEqual([line for line in rejected if "type=\"method_call\"" not in line and
+                          "bin/orva-host" in line.split("destination")[0]], [])
+
     def test_names(self):
         for user in USERS:
             for name in (HOST[0], LUMOD[0]):
