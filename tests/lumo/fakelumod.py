@@ -4,7 +4,7 @@
 Its directory holds: "calls", one line for each start and each call; "delay", seconds to wait before it owns
 its name; "crash", present when it is to end right after its start. Its answers use every width of integer. A
 test has it say something by Emit(member, argument...), fall silent for some ms by Hang, keep its next answer to
-itself by Swallow, and end by Exit."""
+itself by Swallow, answer questions with an error by Fail(its name, or "" for none), and end by Exit."""
 import os
 import sys
 import time
@@ -39,6 +39,7 @@ class Daemon:
         self.bus = dbus.SystemBus(private=True, mainloop=dbus.mainloop.glib.DBusGMainLoop())
         self.loop = GLib.MainLoop()
         self.swallows = False
+        self.error = ""
         self.write("start")
         if os.path.exists(self.path("delay")):
             with open(self.path("delay"), encoding="ascii") as delay:
@@ -68,7 +69,9 @@ class Daemon:
             return dbus.lowlevel.HANDLER_RESULT_NOT_YET_HANDLED
         member, arguments = message.get_member(), message.get_args_list()
         reply = dbus.lowlevel.MethodReturnMessage(message)
-        if member == "InterfaceDetails":
+        if member == "InterfaceDetails" and self.error:
+            reply = dbus.lowlevel.ErrorMessage(message, self.error, "told so")
+        elif member == "InterfaceDetails":
             reply.append(DETAILS.get(arguments[0], {}), signature="a{sv}")
         elif member == "Get":
             reply.append("NormalMode", signature="v")
@@ -78,9 +81,11 @@ class Daemon:
             time.sleep(arguments[0] / 1000)
         elif member == "Swallow":
             self.swallows = True
+        elif member == "Fail":
+            self.error = str(arguments[0])
         elif member == "Exit":
             os._exit(1)
-        if member not in ("Emit", "Hang", "Get", "Swallow"):
+        if member not in ("Emit", "Fail", "Hang", "Get", "Swallow"):
             self.write(f"{member}({', '.join(map(spell, arguments))})")
         swallowed = self.swallows and member == "InterfaceDetails"
         self.swallows = self.swallows and not swallowed

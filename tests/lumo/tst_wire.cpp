@@ -159,6 +159,27 @@ private Q_SLOTS:
         }
     }
 
+    /// Whether an error is an answer: after none, everything is asked again.
+    void readsErrors_data()
+    {
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<int>("refreshes");
+        QTest::newRow("the bus's policy") << "org.freedesktop.DBus.Error.AccessDenied"_s << 1;
+        QTest::newRow("the bus's limits") << "org.freedesktop.DBus.Error.LimitsExceeded"_s << 1;
+        QTest::newRow("the daemon's own") << "org.orva.lumod.Error"_s << 0;
+    }
+    void readsErrors()
+    {
+        QFETCH(QString, error);
+        QSignalSpy refreshed(backend, &Networking_LowLevel::AddressesChanged);
+        tell("Fail"_s, {error});
+        QVERIFY(backend->getEthernetMAC().isEmpty());
+        tell("Fail"_s, {QString()});
+        QVERIFY(!backend->getEthernetMAC().isEmpty());
+        QTest::qWait(50);
+        QTEST(refreshed.size(), "refreshes");
+    }
+
     void theStartWaitsForASlowDaemon()
     {
         cleanup();
@@ -242,7 +263,12 @@ private Q_SLOTS:
         clock.start();
         EVENTUALLY_EQUAL(starts(), 5);
         QVERIFY(clock.elapsed() > 2500); // 1 s, then 2 s
+        auto* timer = backend->findChild<QTimer*>("restartTimer"_s);
+        EVENTUALLY(timer->isActive());
+        timer->start(3600000);
         QFile::remove(path("crash"));
+        connection->interface()->startService("org.orva.lumod"_s);
+        EVENTUALLY(!timer->isActive());
         EVENTUALLY_EQUAL(callsSinceStart(), profileCalls());
     }
 

@@ -52,6 +52,7 @@ Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(Networking* worker)
     m_wpsTimer.setObjectName(QStringLiteral("wpsTimer"));
     m_wpsTimer.setSingleShot(true);
     connect(&m_wpsTimer, &QTimer::timeout, this, &Networking_LowLevel_LUMO::on_wpsTimer_timeout);
+    m_restartTimer.setObjectName(QStringLiteral("restartTimer"));
     m_restartTimer.setSingleShot(true);
     connect(&m_restartTimer, &QTimer::timeout, this,
             &Networking_LowLevel_LUMO::on_restartTimer_timeout);
