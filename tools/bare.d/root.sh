@@ -7,6 +7,7 @@
 #   bare_clone ROOT     the project's committed tree in ROOT's $bare_tree, and nothing beside it
 #   bare_in ROOT CMD... runs CMD in ROOT, in that tree where there is one, with namespaces of its own for
 #                       mounts and processes; returns CMD's status
+#   bare_install ROOT DEB...   installs these packages there, with what they depend on
 #   bare_end            ends what runs in the roots and removes them; also done when the shell ends
 
 bare_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -32,7 +33,7 @@ bare_clone() {
     local changes
     changes=$(bare_git status --porcelain)
     [ -z "$changes" ] || echo "What is not committed stays out of the bare root." >&2
-    bare_git bundle create --quiet "$1/clone.bundle" HEAD &&
+    bare_git bundle create --quiet "$1/clone.bundle" HEAD --tags &&
         git -c advice.detachedHead=false clone --quiet "$1/clone.bundle" "$1$bare_tree" && rm "$1/clone.bundle"
 }
 
@@ -40,6 +41,16 @@ bare_in() {
     local root=$1
     shift
     bare_apart bash -euc "$bare_enter" "$root" "$bare_tree" "$@"
+}
+
+bare_install() {
+    local root=$1 names=("${@:2}")
+    mkdir -p "$root/root/packages" && cp "${names[@]}" "$root/root/packages" || return 1
+    names=("${names[@]##*/}")
+    # shellcheck disable=SC2016
+    bare_in "$root" sh -euc 'export DEBIAN_FRONTEND=noninteractive; log=$(mktemp)
+        { apt-get update && apt-get install -y "$@"; } >"$log" 2>&1 </dev/null || { tail -n 30 "$log"; exit 1; }' \
+        sh "${names[@]/#//root/packages/}"
 }
 
 bare_end() {
