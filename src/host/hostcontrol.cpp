@@ -128,7 +128,7 @@ QString HostControl::version() const
 QVariantMap HostControl::GetValue(const QString& path)
 {
     const CMPath node(path);
-    admit(node, [this, node](const BusCall& call) {
+    admit(node, CallerTurns::Work::AtOnce, [this, node](const BusCall& call) {
         m_root.request(CMGetDataRequest{node, call.reply(valueToBus)});
     });
     return {};
@@ -137,27 +137,30 @@ QVariantMap HostControl::GetValue(const QString& path)
 void HostControl::SetValue(const QString& path, const OrvaBusValue& value)
 {
     const CMPath node(path);
-    admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
+    const auto set = [this, node](const BusCall& call, const OrvaValue& plain) {
         if (plain.typeKey().isEmpty())
             return call.fail(CMError::malformedValue(
                 node, QStringLiteral("it does not have one key that names its type")));
         m_root.setValue(node, plain, call.reply(nothingToBus));
-    });
+    };
+    admitValue(node, CallerTurns::Work::AtOnce, value, set);
 }
 
 QVariantMap HostControl::Invoke(const QString& path, const OrvaBusValue& value)
 {
     const CMPath node(path);
-    admitValue(node, value, [this, node](const BusCall& call, const OrvaValue& plain) {
+    const auto invoke = [this, node](const BusCall& call, const OrvaValue& plain) {
         m_root.invoke(node, plain, call.reply(resultToBus));
-    });
+    };
+    // An activate node's slot runs from the event loop.
+    admitValue(node, CallerTurns::Work::Later, value, invoke);
     return {};
 }
 
 OrvaBusRows HostControl::GetRows(const QString& path)
 {
     const CMPath node(path);
-    admit(node, [this, node](const BusCall& call) {
+    admit(node, CallerTurns::Work::AtOnce, [this, node](const BusCall& call) {
         m_root.request(CMGetRowsRequest{node, call.reply(rowsToBus)});
     });
     return {};
@@ -188,25 +191,27 @@ void HostControl::on_disconnected()
     Q_EMIT busLost();
 }
 
-void HostControl::admit(const CMPath& path, const Action& action)
+void HostControl::admit(const CMPath& path, CallerTurns::Work work, const Action& action)
 {
     setDelayedReply(true);
     const BusCall call(m_connection, message());
-    if (!m_root.isSecret(path))
-        return action(call);
-    m_callers.askTrusted(call.caller(), [path, action, call](bool trusted) {
-        if (trusted)
-            action(call);
-        else
-            call.fail(accessDenied(path));
+    m_turns.add(call.caller(), work, [this, path, action, call] {
+        if (!m_root.isSecret(path))
+            return action(call);
+        m_callers.askTrusted(call.caller(), [path, action, call](bool trusted) {
+            if (trusted)
+                action(call);
+            else
+                call.fail(accessDenied(path));
+        });
     });
 }
 
 void HostControl::admitValue(
-    const CMPath& path, const OrvaBusValue& foreign,
+    const CMPath& path, CallerTurns::Work work, const OrvaBusValue& foreign,
     const std::function<void(const BusCall& call, const OrvaValue& value)>& action)
 {
-    admit(path, [path, foreign, action](const BusCall& call) {
+    admit(path, work, [path, foreign, action](const BusCall& call) {
         QString why;
         const auto value = valueFromBus(foreign, &why);
         if (value)

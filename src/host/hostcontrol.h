@@ -4,6 +4,7 @@
 #include "buscallers.h"
 #include "bussieve.h"
 #include "bustypes.h"
+#include "callerturns.h"
 
 #include <QtDBus/QDBusContext>
 
@@ -49,10 +50,11 @@ private Q_SLOTS:
 
 private:
     using Action = std::function<void(const BusCall& call)>;
-    /// Performs `action` with the current call if its caller may touch the node at `path`.
-    void admit(const CMPath& path, const Action& action);
+    /// Performs `action` with the current call when it is its caller's turn, if the caller may
+    /// touch the node at `path`.
+    void admit(const CMPath& path, CallerTurns::Work work, const Action& action);
     /// The same for an action that takes a value from the bus.
-    void admitValue(const CMPath& path, const OrvaBusValue& foreign,
+    void admitValue(const CMPath& path, CallerTurns::Work work, const OrvaBusValue& foreign,
                     const std::function<void(const BusCall& call, const OrvaValue& value)>& action);
 
     void announce(const CMPath& path, const OrvaValue& value);
@@ -60,4 +62,5 @@ private:
     CMAbstractWorker& m_root;
     QDBusConnection m_connection;
     BusCallers m_callers;
+    CallerTurns m_turns;
 };

@@ -149,6 +149,22 @@ private Q_SLOTS:
         }
     }
 
+    void nobodyWaitsForAllThatAnotherSends()
+    {
+        const QDBusConnection flooder = m_bus.connection("flooder"_s);
+        QVector<QDBusPendingCall> calls;
+        for (int i = 0; i < 50; ++i)
+            calls << flooder.asyncCall(
+                message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 20}}}));
+        calls << flooder.asyncCall(message("GetValue", {"webserver/port"_s}));
+        calls.first().waitForFinished();
+        QCOMPARE(value("webserver/port"), json(R"({"i32": 80})"));
+        QVERIFY(!calls.at(25).isFinished());
+        // The order of one caller stays.
+        calls.last().waitForFinished();
+        QVERIFY(calls.at(49).isFinished());
+    }
+
     void aClientThatLeavesWithRequestsOpenDoesNoHarm()
     {
         const QDBusConnection leaving = m_bus.connection("leaving"_s);

@@ -1,0 +1,57 @@
+#include "callerturns.h"
+
+#include <QtCore/QElapsedTimer>
+
+namespace {
+
+constexpr qint64 TurnMs = 4;
+
+} // namespace
+
+void CallerTurns::add(const QString& caller, Work work, const Start& start)
+{
+    if (!std::exchange(m_scheduled, true))
+        schedule();
+    QQueue<Call>& calls = m_calls[caller];
+    if (calls.isEmpty())
+        m_callers.enqueue(caller);
+    calls.enqueue({work, start});
+}
+
+void CallerTurns::schedule()
+{
+    QMetaObject::invokeMethod(this, &CallerTurns::takeTurn, Qt::QueuedConnection);
+}
+
+void CallerTurns::takeTurn()
+{
+    QElapsedTimer turn;
+    turn.start();
+    // Behind those who came since, but before all who come from now on.
+    m_callers += std::exchange(m_served, {});
+    while (!m_calls.isEmpty()) {
+        const Call call = next();
+        call.start();
+        if (call.work == Work::Later)
+            // What comes in while the work is done, which begins from the event loop, goes first.
+            return void(
+                QMetaObject::invokeMethod(this, &CallerTurns::schedule, Qt::QueuedConnection));
+        if (turn.elapsed() >= TurnMs)
+            return schedule();
+    }
+    m_scheduled = false;
+}
+
+CallerTurns::Call CallerTurns::next()
+{
+    if (m_callers.isEmpty())
+        m_callers.swap(m_served);
+    const QString caller = m_callers.dequeue();
+    const auto calls = m_calls.find(caller);
+    Call call = calls->dequeue();
+    if (calls->isEmpty())
+        m_calls.erase(calls);
+    else
+        m_served.enqueue(caller);
+    return call;
+}
