@@ -40,6 +40,7 @@ void CMReplyData::finish(const QVariant& value, const CMError& error)
         return;
     }
     m_finished = true;
+    m_hurry = nullptr;
     m_value = value;
     m_error = error;
     const auto watchers = std::move(m_watchers);
@@ -73,6 +74,8 @@ void CMReplyData::call(const Watcher& watcher)
 
 bool CMReplyData::waitForFinished(int timeout)
 {
+    if (const auto hurry = std::exchange(m_hurry, nullptr))
+        hurry();
     if (m_finished)
         return true;
     QEventLoop loop;

@@ -37,9 +37,13 @@ public:
     /// event loop of `context` for a queued connection. A context that is gone is not called.
     void addWatcher(QObject* context, const Callback& callback, Qt::ConnectionType type);
 
-    /// Runs the event loop until the reply finishes. False after `timeout` milliseconds without an
-    /// answer.
+    /// Runs the event loop until the reply finishes; not where whoever put the answer off gives it
+    /// at once. False after `timeout` milliseconds without an answer.
     [[nodiscard]] bool waitForFinished(int timeout);
+
+    /// For whoever puts an answer off, to have work done together: `hurry` is called when somebody
+    /// waits for the reply, and may finish it. Forgotten when the reply finishes.
+    void setHurry(const std::function<void()>& hurry) { m_hurry = hurry; }
 
 private:
     struct Watcher
@@ -58,6 +62,7 @@ private:
     QVariant m_value;
     CMError m_error;
     QVector<Watcher> m_watchers;
+    std::function<void()> m_hurry;
 };
 
 /// A handle to a reply that carries no value. Copies share the reply; a default-constructed handle
