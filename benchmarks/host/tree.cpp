@@ -112,7 +112,7 @@ void measureSettings()
     measure("a setting stored and synced", 500, [&](int i) {
         value.setI32_(i);
         QString why;
-        if (!file.store(CMPath(QStringLiteral("setting")), value, &why))
+        if (!file.put(CMPath(QStringLiteral("setting")), value, &why) || !file.commit(&why))
             qFatal("%s", qPrintable(why));
     });
 }

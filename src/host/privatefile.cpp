@@ -57,6 +57,27 @@ bool writeFresh(QByteArray* path, const QByteArray& bytes)
            file.close();
 }
 
+QString errorText()
+{
+    return QString::fromLocal8Bit(std::strerror(errno));
+}
+
+/// Why a file is not to be read; empty where it may.
+QString findFault(int file, const QString& directory, qint64 limit)
+{
+    struct stat own = {};
+    struct stat parent = {};
+    if (::fstat(file, &own) != 0 || ::stat(QFile::encodeName(directory).constData(), &parent) != 0)
+        return errorText();
+    if (!S_ISREG(own.st_mode))
+        return QStringLiteral("it is no regular file");
+    if (own.st_uid != ::geteuid() && own.st_uid != parent.st_uid)
+        return QStringLiteral("it belongs to the user %1").arg(own.st_uid);
+    if (own.st_size > limit)
+        return QStringLiteral("it is larger than %1 bytes").arg(limit);
+    return {};
+}
+
 bool syncDirectory(const QByteArray& path)
 {
     const Descriptor directory(::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -84,9 +105,32 @@ bool PrivateFile::replace(const QString& directory, const QString& name, const Q
     if (writeFresh(&fresh, bytes) && ::rename(fresh.constData(), target.constData()) == 0 &&
         syncDirectory(folder))
         return true;
-    *why = QString::fromLocal8Bit(std::strerror(errno));
+    *why = errorText();
     ::unlink(fresh.constData());
     return false;
+}
+
+std::optional<QByteArray> PrivateFile::read(const QString& directory, const QString& name,
+                                            qint64 limit, QString* why)
+{
+    const Descriptor descriptor(
+        ::open(QFile::encodeName(QDir(directory).filePath(name)).constData(),
+               O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!descriptor.isOpen()) {
+        *why = errno == ENOENT  ? QString()
+               : errno == ELOOP ? QStringLiteral("it is a symbolic link")
+                                : errorText();
+        return std::nullopt;
+    }
+    *why = findFault(descriptor.number(), directory, limit);
+    if (!why->isEmpty())
+        return std::nullopt;
+    (void)::fchmod(descriptor.number(), S_IRUSR | S_IWUSR);
+    QFile file;
+    if (file.open(descriptor.number(), QIODevice::ReadOnly))
+        return file.read(limit);
+    *why = file.errorString();
+    return std::nullopt;
 }
 
 int PrivateFile::sweep(const QString& directory, const QString& name)

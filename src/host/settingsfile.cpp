@@ -5,6 +5,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 
 #include <cstdio>
@@ -63,32 +64,36 @@ std::optional<OrvaValue> SettingsFile::take(const CMPath& path, const OrvaValue&
     return value;
 }
 
-bool SettingsFile::store(const CMPath& path, const OrvaValue& value, QString* why)
+bool SettingsFile::put(const CMPath& path, const OrvaValue& value, QString* why)
 {
-    if (!m_blocked.isEmpty()) {
-        *why = m_blocked;
+    const QJsonObject entry = QJsonObject::fromVariantHash(value.__hash());
+    if (!decode(entry, value.typeKey(), why))
         return false;
-    }
+    m_put.insert(path.toString(), entry);
+    return true;
+}
+
+bool SettingsFile::commit(QString* why)
+{
+    const QJsonObject put = std::exchange(m_put, {});
     QJsonObject entries = m_entries;
-    entries.insert(path.toString(), QJsonObject::fromVariantHash(value.__hash()));
-    return write(entries, why);
+    for (auto entry = put.begin(); entry != put.end(); ++entry)
+        entries.insert(entry.key(), entry.value());
+    return entries == m_entries || write(entries, why);
 }
 
 void SettingsFile::read()
 {
-    QFile file(filePath());
-    if (!file.exists()) {
+    QString why;
+    const auto bytes = PrivateFile::read(m_directory, fileName(), MaxFileSize, &why);
+    if (!why.isEmpty())
+        return setAside(why);
+    if (!bytes) {
         LOG4CPLUS_INFO(logger(), "No settings are stored in " << m_directory << " yet");
         return;
     }
-    if (!file.open(QIODevice::ReadOnly))
-        return setAside(file.errorString());
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    if (file.size() > MaxFileSize)
-        return setAside(QStringLiteral("it is larger than %1 bytes").arg(MaxFileSize));
     QJsonParseError error;
-    const auto document = QJsonDocument::fromJson(file.readAll(), &error);
-    file.close();
+    const auto document = QJsonDocument::fromJson(*bytes, &error);
     if (error.error != QJsonParseError::NoError)
         return setAside(error.errorString());
     if (!document.isObject())
@@ -135,10 +140,22 @@ void SettingsFile::drop(const CMPath& path, const QString& reason)
 
 bool SettingsFile::write(const QJsonObject& entries, QString* why)
 {
-    if (!PrivateFile::replace(m_directory, fileName(), QJsonDocument(entries).toJson(), why))
+    const QByteArray bytes = QJsonDocument(entries).toJson();
+    if (bytes.size() > MaxFileSize)
+        *why = QStringLiteral("the file would be larger than %1 bytes").arg(MaxFileSize);
+    else
+        *why = m_blocked;
+    if (!why->isEmpty())
         return false;
-    m_entries = entries;
-    return true;
+    if (PrivateFile::replace(m_directory, fileName(), bytes, why)) {
+        m_entries = entries;
+        return true;
+    }
+    // What was refused may be in place, though nobody knows for how long.
+    QString ignored;
+    (void)PrivateFile::replace(m_directory, fileName(), QJsonDocument(m_entries).toJson(),
+                               &ignored);
+    return false;
 }
 
 QString SettingsFile::filePath() const

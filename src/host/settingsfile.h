@@ -8,8 +8,8 @@
 /// key.
 ///
 /// A file that cannot be used, or an entry of it, is set aside under another name
-/// (`settings.json.damaged-…`) and logged. Entries that nobody knows survive. Everything is
-/// synchronous: an answer means that the disk has it.
+/// (`settings.json.damaged-…`) and logged. Entries that nobody knows survive. What is put is
+/// written by the next commit, all of it or nothing.
 class SettingsFile
 {
 public:
@@ -20,9 +20,17 @@ public:
     /// or what is stored does not suit, which is set aside.
     [[nodiscard]] std::optional<OrvaValue> take(const CMPath& path, const OrvaValue& expected);
 
-    /// Stores a setting. False, with the reason in `why`, when the disk does not have it; what was
-    /// stored before stays then.
-    [[nodiscard]] bool store(const CMPath& path, const OrvaValue& value, QString* why);
+    /// Puts a setting among those that the next commit writes. False, with the reason in `why`,
+    /// when it could not be read back.
+    [[nodiscard]] bool put(const CMPath& path, const OrvaValue& value, QString* why);
+
+    /// Writes what was put since the last commit, where it differs from what is stored. False, with
+    /// the reason in `why`, when the disk does not have it; what was stored before stays then, and
+    /// what was put is forgotten.
+    [[nodiscard]] bool commit(QString* why);
+
+    /// What is stored.
+    [[nodiscard]] QStringList paths() const { return m_entries.keys(); }
 
 private:
     void read();
@@ -36,6 +44,8 @@ private:
 
     QString m_directory;
     QJsonObject m_entries;
+    /// What was put since the last commit.
+    QJsonObject m_put;
     bool m_copied = false;
     QString m_blocked;
 };

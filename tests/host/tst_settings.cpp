@@ -1,3 +1,4 @@
+#include "diskcalls.h"
 #include "hostconfig.h"
 #include "hostlog.h"
 #include "logcapture.h"
@@ -11,9 +12,15 @@
 
 #include <csignal>
 
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+/// Puts something in the place of a file; 0 where it is done.
+using Make = std::function<int(const char* file)>;
+Q_DECLARE_METATYPE(Make)
+/// Ends the wait of a write.
+using End = std::function<void(Settings& settings, const CMVoidReply& last)>;
+Q_DECLARE_METATYPE(End)
 
 namespace {
 
@@ -28,7 +35,7 @@ CMPath maxFailures()
     ::umask(0);
     SettingsFile file(directory);
     QString why;
-    for (qint32 i = 1; file.store(maxFailures(), number(i), &why); ++i)
+    for (qint32 i = 1; file.put(maxFailures(), number(i), &why) && file.commit(&why); ++i)
         (void)!::write(acknowledge, &i, sizeof i);
     ::_exit(1);
 }
@@ -53,6 +60,8 @@ private Q_SLOTS:
         m_home = std::make_unique<QTemporaryDir>();
         m_directory = m_home->filePath("a/state"_s);
         m_file = m_directory + "/settings.json"_s;
+        DiskCalls::refused.clear();
+        DiskCalls::made.clear();
     }
 
     void aKilledWriteLosesNothingThatWasReported()
@@ -84,11 +93,33 @@ private Q_SLOTS:
         }
     }
 
-    void aFileThatCannotBeReadIsSetAside()
+    void aFileThatIsNotOursIsSetAside_data()
     {
-        QVERIFY(QDir().mkpath(m_file));
+        QTest::addColumn<Make>("make");
+        const auto row = [](const char* what, const Make& make) { QTest::newRow(what) << make; };
+        row("a directory", [](const char* file) { return ::mkdir(file, S_IRWXU); });
+        row("a pipe", [](const char* file) { return ::mkfifo(file, S_IRWXU); });
+        row("a link", [](const char* file) {
+            const QByteArray other = file + QByteArray(".other");
+            return ::rename(file, other) == 0 ? ::symlink(other, file) : -1;
+        });
+        if (::geteuid() == 0)
+            row("another user's", [](const char* file) { return ::chown(file, 12345, 12345); });
+    }
+
+    void aFileThatIsNotOursIsSetAside()
+    {
+        QFETCH(Make, make);
+        put(R"({"settings/network/max-auth-failures": {"i32": 7}})");
+        const QByteArray path = QFile::encodeName(m_file);
+        if (make(path) != 0)
+            QVERIFY(::unlink(path) == 0 && make(path) == 0);
         Settings settings(networkSettingDefaults(), m_directory);
-        QVERIFY(write(settings, maxFailures(), number(7)).error().isEmpty());
+        QCOMPARE(valueOf(settings, maxFailures()), number(3));
+        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        QCOMPARE(
+            QDir(m_directory).entryList({"*damaged*"_s}, QDir::AllEntries | QDir::System).size(),
+            1);
     }
 
     void aDamagedFileIsSetAside_data()
@@ -101,6 +132,7 @@ private Q_SLOTS:
         QTest::newRow("truncated") << entry("{\"i3").chopped(1);
         QTest::newRow("not JSON") << QByteArray("\177ELF\0\1", 6);
         QTest::newRow("a list") << QByteArray("[1, 2]");
+        QTest::newRow("too large") << entry(R"({"i32": 7})") + QByteArray(64 << 20, ' ');
         QTest::newRow("10 000 levels") << QByteArray(10000, '[') + QByteArray(10000, ']');
         for (const char* value :
              {"5", R"({"i32": null})", R"({"string": "5"})", R"({"i32": 3000000000})",
@@ -121,31 +153,132 @@ private Q_SLOTS:
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), content);
 
-        QVERIFY(write(settings, maxFailures(), number(7)).error().isEmpty());
+        QCOMPARE(write(settings, maxFailures(), number(7)), QString());
         const Settings next(networkSettingDefaults(), m_directory);
         QCOMPARE(files().size(), 2);
     }
 
-    void oneDamagedEntryLeavesTheOthersAndTheUnknown()
+    void whatIsDamagedAndCannotBeKeptIsNotOverwritten_data()
     {
-        put(R"({"settings/network/max-auth-failures": 1, "settings/network/airplane-mode": {"bool": true},
-                "settings/of/another": {"secret": [1]}})");
-        Settings settings(networkSettingDefaults(), m_directory);
-        QVERIFY(write(settings, maxFailures(), number(8)).error().isEmpty());
-        const Settings next(networkSettingDefaults(), m_directory);
-        QVERIFY(valueOf(settings, OrvaNetworkAirplaneModeSettingPath()).bool_());
-        QFile file(m_file);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll().contains("settings/of/another"));
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("rename") << QByteArray("not JSON");
+        QTest::newRow("link") << QByteArray(R"({"settings/network/max-auth-failures": 5})");
     }
 
-    void aWriteThatCannotBeStoredFailsAndChangesNothing()
+    void whatIsDamagedAndCannotBeKeptIsNotOverwritten()
+    {
+        QFETCH(QByteArray, content);
+        put(content);
+        DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
+        Settings settings(networkSettingDefaults(), m_directory);
+        DiskCalls::refused.clear();
+        QCOMPARE(write(settings, maxFailures(), number(7)), "NotStored"_s);
+        QCOMPARE(stored(), content);
+    }
+
+    void oneDamagedEntryLeavesTheOthersAndTheUnknown()
+    {
+        put(R"({"settings/network/max-auth-failures": 1,
+                "settings/network/backup-profile": {"networkProfile": {"later": [1]}},
+                "settings/of/another": {"secret": [1]}})");
+        const LogCapture& log = LogCapture::install();
+        Settings settings(networkSettingDefaults(), m_directory);
+        QCOMPARE(log.count("settings/of/another"_s), 1);
+        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        Settings next(networkSettingDefaults(), m_directory);
+        QCOMPARE(valueOf(next, OrvaNetworkBackupProfileSettingsPath()),
+                 json(R"({"networkProfile": {"later": [1]}})"));
+        QVERIFY(stored().contains("settings/of/another"));
+    }
+
+    void aWriteThatTheDiskRefusesChangesNothing_data()
+    {
+        QTest::addColumn<int>("calls");
+        const QStringList calls{"open"_s, "write"_s, "sync file"_s, "rename"_s, "sync directory"_s};
+        for (int i = 0; i < calls.size(); ++i)
+            QTest::addRow("%s", qPrintable(calls.at(i))) << i + 1;
+    }
+
+    void aWriteThatTheDiskRefusesChangesNothing()
+    {
+        QFETCH(int, calls);
+        Settings settings(networkSettingDefaults(), m_directory);
+        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        QCOMPARE(DiskCalls::made,
+                 QStringList({"open"_s, "write"_s, "sync file"_s, "rename"_s, "sync directory"_s}));
+        DiskCalls::made.clear();
+        DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
+        QCOMPARE(write(settings, maxFailures(), number(9)), "NotStored"_s);
+        QCOMPARE(DiskCalls::made.mid(0, calls).last(), DiskCalls::refused);
+        QCOMPARE(valueOf(settings, maxFailures()), number(8));
+        QCOMPARE(files(), QStringList("settings.json"_s));
+        QCOMPARE(afterRestart(), number(8));
+        DiskCalls::refused.clear();
+        QCOMPARE(write(settings, OrvaNetworkMaxNumberWifiNetworks(), number(4)), QString());
+        QCOMPARE(afterRestart(), number(8));
+    }
+
+    void whatCouldNotBeReadBackIsRefused_data()
+    {
+        QTest::addColumn<OrvaValue>("value");
+        QVariant deep = 1;
+        for (int i = 0; i < 11; ++i)
+            deep = QVariantHash{{"x"_s, deep}};
+        const auto row = [](const char* what, const QVariant& more) {
+            QTest::newRow(what) << OrvaValue(
+                QVariantHash{{"networkProfile"_s, QVariantHash{{"x"_s, more}}}});
+        };
+        row("too deep", deep);
+        row("too large", QString(1 << 20, QLatin1Char('x')));
+        row("half a character", QString(QChar(0xd800)));
+    }
+
+    void whatCouldNotBeReadBackIsRefused()
+    {
+        QFETCH(OrvaValue, value);
+        Settings settings(networkSettingDefaults(), m_directory);
+        const CMPath profile = OrvaNetworkBackupProfileSettingsPath();
+        const OrvaValue before = valueOf(settings, profile);
+        QCOMPARE(write(settings, profile, value), "NotStored"_s);
+        QCOMPARE(valueOf(settings, profile), before);
+        QVERIFY(DiskCalls::made.isEmpty());
+    }
+
+    void aDefaultThatWasSetIsStored()
     {
         Settings settings(networkSettingDefaults(), m_directory);
-        QVERIFY(QDir(m_directory).removeRecursively());
-        QCOMPARE(write(settings, maxFailures(), number(9)).error().name(), "NotStored"_s);
-        QCOMPARE(valueOf(settings, maxFailures()), number(3));
-        QVERIFY(write(settings, maxFailures(), number(3)).error().isEmpty());
+        QCOMPARE(write(settings, maxFailures(), number(3)), QString());
+        Settings next({{maxFailures(), number(5)}}, m_directory);
+        QCOMPARE(valueOf(next, maxFailures()), number(3));
+    }
+
+    void whatIsWrittenTogetherIsStoredTogetherAndThenAnswered_data()
+    {
+        QTest::addColumn<End>("end");
+        QTest::newRow("the turn ends")
+            << End([](Settings&, const CMVoidReply&) { QCoreApplication::processEvents(); });
+        QTest::newRow("somebody waits") << End(
+            [](Settings&, const CMVoidReply& last) { QVERIFY(last.data()->waitForFinished(0)); });
+        QTest::newRow("somebody reads") << End([](Settings& settings, const CMVoidReply&) {
+            QCOMPARE(valueOf(settings, maxFailures()), number(8));
+        });
+    }
+
+    void whatIsWrittenTogetherIsStoredTogetherAndThenAnswered()
+    {
+        QFETCH(End, end);
+        Settings settings(networkSettingDefaults(), m_directory);
+        CMReply<QVariant> last;
+        for (const qint32 value : {7, 3, 8}) {
+            last = CMReply<QVariant>::create();
+            last.addWatcher([](const auto&) { DiskCalls::made << "answer"_s; });
+            settings.setValue(maxFailures(), number(value), last);
+        }
+        QVERIFY(DiskCalls::made.isEmpty());
+        end(settings, last);
+        QCOMPARE(DiskCalls::made.mid(4),
+                 QStringList({"sync directory"_s, "answer"_s, "answer"_s, "answer"_s}));
+        QCOMPARE(valueOf(settings, maxFailures()), number(8));
     }
 
     void theExampleShowsTheDefaults()
@@ -170,15 +303,26 @@ private:
     {
         return QDir(m_directory).entryList(QDir::Files | QDir::Hidden);
     }
+    [[nodiscard]] QByteArray stored() const
+    {
+        QFile file(m_file);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    [[nodiscard]] OrvaValue afterRestart() const
+    {
+        Settings next(networkSettingDefaults(), m_directory);
+        return valueOf(next, maxFailures());
+    }
     static OrvaValue valueOf(Settings& settings, const CMPath& path)
     {
         return OrvaValue(settings.getValue(path).toHash());
     }
-    static CMReply<QVariant> write(Settings& settings, const CMPath& path, const OrvaValue& value)
+    /// The name of the error that a write ends with.
+    static QString write(Settings& settings, const CMPath& path, const OrvaValue& value)
     {
         const auto reply = CMReply<QVariant>::create();
         settings.setValue(path, value, reply);
-        return reply;
+        return reply.data()->waitForFinished(0) ? reply.error().name() : "no answer"_s;
     }
 
     std::unique_ptr<QTemporaryDir> m_home;

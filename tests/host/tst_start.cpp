@@ -49,6 +49,9 @@ private Q_SLOTS:
         first.start(
             "// a comment\n{\"workers\": [{\"library\": \"/nowhere.so\", \"required\": false}]}");
         QTRY_VERIFY(isRunning());
+        // What it or a program of its makes is nobody else's.
+        QFile status("/proc/%1/status"_s.arg(first.processId()));
+        QVERIFY(status.open(QIODevice::ReadOnly) && status.readAll().contains("Umask:\t0077"));
         HostProcess second;
         second.start("{}");
         QCOMPARE(second.ended(), 1);

@@ -1,5 +1,15 @@
 #include "settings.h"
 
+namespace {
+
+const log4cplus::Logger& logger()
+{
+    static const auto instance = log4cplus::Logger::getInstance("Settings");
+    return instance;
+}
+
+} // namespace
+
 Settings::Settings(const QVector<SettingDefault>& defaults, const QString& directory)
     : CMNodesWorker(QVariantHash(), QStringLiteral("Settings"))
     , m_file(directory)
@@ -9,25 +19,71 @@ Settings::Settings(const QVector<SettingDefault>& defaults, const QString& direc
         node->setSecret(setting.value.typeKey() == OrvaValue::NetworkProfile());
         node->setValue(m_file.take(setting.path, setting.value).value_or(setting.value));
     }
+    QStringList unknown = m_file.paths();
+    const auto isKnown = [this](const QString& path) { return nodes().find(CMPath(path)); };
+    unknown.erase(std::remove_if(unknown.begin(), unknown.end(), isKnown), unknown.end());
+    if (!unknown.isEmpty())
+        LOG4CPLUS_INFO(logger(), "Kept, though nobody here knows them, are the stored settings "
+                                     << unknown.join(QStringLiteral(", ")));
+}
+
+Settings::~Settings()
+{
+    commit();
+}
+
+void Settings::getDataRequest(const CMGetDataRequest& request)
+{
+    // Whoever wrote before reads what was written.
+    if (std::any_of(m_waiting.cbegin(), m_waiting.cend(),
+                    [&](const auto& waiting) { return waiting.path() == request.path; }))
+        commit();
+    CMNodesWorker::getDataRequest(request);
 }
 
 void Settings::setDataRequest(const CMSetDataRequest& request)
 {
+    if (!suits(request))
+        return CMNodesWorker::setDataRequest(request);
     QString why;
-    if (changes(request) && !m_file.store(request.path(), request.value(), &why)) {
-        LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Settings"),
-                        "Couldn't store " << request.path() << ": " << why);
-        return request.fail(CMError(QStringLiteral("NotStored"),
-                                    TrString(trExtractContext(Q_FUNC_INFO),
-                                             "The setting \"%1\" could not be stored: %2.",
-                                             {request.path().toString(), why})));
-    }
-    CMNodesWorker::setDataRequest(request);
+    if (!m_file.put(request.path(), request.value(), &why))
+        return refuse(request, why);
+    if (m_waiting.isEmpty())
+        QMetaObject::invokeMethod(this, &Settings::commit, Qt::QueuedConnection);
+    m_waiting.append(request);
+    if (request.reply())
+        request.reply().data()->setHurry([this] { commit(); });
 }
 
-bool Settings::changes(const CMSetDataRequest& request) const
+bool Settings::suits(const CMSetDataRequest& request) const
 {
     const auto* node = qobject_cast<const CMValueNode*>(nodes().find(request.path()));
     return node && request.role() == OrvaRoles::Value() &&
-           request.value().typeKey() == node->value().typeKey() && request.value() != node->value();
+           request.value().typeKey() == node->value().typeKey();
+}
+
+void Settings::commit()
+{
+    const auto written = std::exchange(m_waiting, {});
+    QString why;
+    if (!written.isEmpty() && !m_file.commit(&why)) {
+        for (const CMSetDataRequest& request : written)
+            refuse(request, why);
+        return;
+    }
+    for (const CMSetDataRequest& request : written)
+        m_stored.enqueue(request);
+    // Whoever is told of one may write another and wait for it: the older ones come first then,
+    // too.
+    while (!m_stored.isEmpty())
+        CMNodesWorker::setDataRequest(m_stored.dequeue());
+}
+
+void Settings::refuse(const CMSetDataRequest& request, const QString& why) const
+{
+    LOG4CPLUS_ERROR(logger(), "Couldn't store " << request.path() << ": " << why);
+    request.fail(
+        CMError(QStringLiteral("NotStored"), TrString(trExtractContext(Q_FUNC_INFO),
+                                                      "The setting \"%1\" could not be stored: %2.",
+                                                      {request.path().toString(), why})));
 }

@@ -2,6 +2,8 @@
 
 #include "../settingsfile.h"
 
+#include <QtCore/QQueue>
+
 /// A setting's path and the value that it has until one is stored, which fixes its type.
 struct SettingDefault
 {
@@ -11,8 +13,9 @@ struct SettingDefault
 
 /// The settings: a value node for each, whose writes are on the disk before they are answered.
 ///
-/// A write that cannot be stored is refused and changes nothing; one that changes nothing is
-/// answered without touching the disk. Profiles are secret nodes: they hold keys.
+/// What one turn of the event loop writes is stored together, at its end or as soon as somebody
+/// waits for the answer to one of the writes. A write that cannot be stored is refused and changes
+/// nothing. Profiles are secret nodes: they hold keys.
 class Settings : public CMNodesWorker
 {
     Q_OBJECT
@@ -20,11 +23,23 @@ public:
     /// Values are kept in a file of `directory`.
     Settings(const QVector<SettingDefault>& defaults, const QString& directory);
 
+    /// Stores what is still waiting.
+    ~Settings() override;
+    Q_DISABLE_COPY(Settings)
+
+    void getDataRequest(const CMGetDataRequest& request) override;
     void setDataRequest(const CMSetDataRequest& request) override;
 
 private:
-    /// Whether the node at the request's path would take its value and be changed by it.
-    [[nodiscard]] bool changes(const CMSetDataRequest& request) const;
+    /// Whether the node at the request's path would take its value.
+    [[nodiscard]] bool suits(const CMSetDataRequest& request) const;
+    /// Stores the waiting writes and answers them.
+    void commit();
+    void refuse(const CMSetDataRequest& request, const QString& why) const;
 
     SettingsFile m_file;
+    /// Writes that the disk does not have yet.
+    QVector<CMSetDataRequest> m_waiting;
+    /// Writes that the disk has and the nodes do not have yet.
+    QQueue<CMSetDataRequest> m_stored;
 };
