@@ -100,6 +100,8 @@ void Networking::setDataRequest(const CMSetDataRequest& request)
         },
         Qt::QueuedConnection);
     CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), request.value(), stored);
+    // Many that were stored together would run rfkill in a row.
+    stored.data()->hurry();
 }
 
 void Networking::on_airplaneMode_changed(const OrvaValue& value)

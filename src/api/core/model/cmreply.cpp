@@ -72,10 +72,15 @@ void CMReplyData::call(const Watcher& watcher)
         receiver, [self, callback = watcher.callback] { callback(self); }, Qt::QueuedConnection);
 }
 
-bool CMReplyData::waitForFinished(int timeout)
+void CMReplyData::hurry()
 {
     if (const auto hurry = std::exchange(m_hurry, nullptr))
         hurry();
+}
+
+bool CMReplyData::waitForFinished(int timeout)
+{
+    hurry();
     if (m_finished)
         return true;
     QEventLoop loop;

@@ -44,6 +44,8 @@ public:
     /// For whoever puts an answer off, to have work done together: `hurry` is called when somebody
     /// waits for the reply, and may finish it. Forgotten when the reply finishes.
     void setHurry(const std::function<void()>& hurry) { m_hurry = hurry; }
+    /// Has an answer that was put off given at once, where whoever did so can.
+    void hurry();
 
 private:
     struct Watcher
