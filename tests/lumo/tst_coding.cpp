@@ -101,6 +101,23 @@ private Q_SLOTS:
         QCOMPARE(plain, QVariantMap({{"a"_s, 1}, {"e"_s, 7}}));
     }
 
+    void textsAreCut()
+    {
+        const QString x = QString(4094, QLatin1Char('x'));
+        const QString pair = QString::fromUtf8("\xF0\x9F\x98\x80");
+        const QVariantMap plain = lumoPlainMap(
+            {{x + "abcd"_s, 1},
+             {"b"_s, QVariantMap{{"c"_s, QStringList{x + "abc"_s, x + "a"_s + pair}}}}});
+        QCOMPARE(plain, QVariantMap(
+                            {{x + "ab"_s, 1},
+                             {"b"_s, QVariantHash{{"c"_s, QVariantList{x + "ab"_s, x + "a"_s}}}}}));
+        // The last of many addresses may have been cut into another one.
+        const QString many = "10.0.0.1/8 "_s.repeated(372) + "10.0.0.255"_s;
+        const QVariantMap details = lumoPlainMap({{"Ips"_s, many}});
+        for (const auto& address : parseAddresses(details))
+            QCOMPARE(address.ip(), "10.0.0.1"_s);
+    }
+
     void aScanOfTenMegabytesIsCut()
     {
         QVariantMap networks;

@@ -104,7 +104,7 @@ private Q_SLOTS:
         EVENTUALLY_EQUAL(callsSinceStart(), expected);
     }
 
-    void everyWidthOfIntegerReadsAlike()
+    void everyWidthOfIntegerReadsAlikeAndTextsAreCut()
     {
         const OrvaNetworkInfo info = device->info();
         QCOMPARE(info.wired().mac(), "02:00:00:00:00:01"_s);
@@ -117,7 +117,15 @@ private Q_SLOTS:
         QCOMPARE(wireless.channel(), 1);
         QCOMPARE(wireless.mac(), QString());
         QVERIFY(wireless.addresses().isEmpty());
-        QCOMPARE(device->info().wired().addresses().value(0).prefix(), 24);
+
+        const QString longText(5000, QLatin1Char('x'));
+        emitSignal("AuthError"_s, {"Home"_s, longText});
+        EVENTUALLY_EQUAL(device->value(OrvaNetworkConnectingMessage()).string_(),
+                         longText.left(4096));
+        emitSignal("StationConnected"_s, {longText});
+        const QStringList stations{longText.left(4096).toUpper()};
+        EVENTUALLY_EQUAL(device->value(OrvaNetworkConnectedSoftApStationsPath()).stringList(),
+                         stations);
     }
 
     void aDaemonThatHangsCostsTwoSecondsOnce()

@@ -1,5 +1,6 @@
 #include "boundedCalls.h"
 
+#include "lumo_border.h"
 #include "lumo_log.h"
 
 #include <QtCore/QDeadlineTimer>
@@ -69,7 +70,8 @@ void BoundedCalls::startService()
     // Who cannot be started may run all the same.
     if (reply.type() == QDBusMessage::ErrorMessage &&
         QDBusError(reply).type() != QDBusError::ServiceUnknown)
-        LOG4CPLUS_WARN(lumoLogger(), m_service << " does not start: " << reply.errorMessage());
+        LOG4CPLUS_WARN(lumoLogger(),
+                       m_service << " does not start: " << lumoText(reply.errorMessage()));
 }
 
 QDBusMessage BoundedCalls::wait(const QDBusPendingCall& call, int limit)
@@ -107,7 +109,7 @@ QDBusMessage BoundedCalls::miss(const QDBusMessage& reply)
     if (!m_silent)
         LOG4CPLUS_WARN(lumoLogger(), m_service << " does not answer, using defaults until it does: "
                                                << reply.errorName() << ", "
-                                               << reply.errorMessage());
+                                               << lumoText(reply.errorMessage()));
     m_silent = true;
     m_missed = true;
     return reply;
@@ -132,7 +134,7 @@ void BoundedCalls::on_lateReply(QDBusPendingCallWatcher* late)
     else
         LOG4CPLUS_WARN(lumoLogger(), "Late request to " << m_service
                                                         << " failed: " << reply.errorName() << ", "
-                                                        << reply.errorMessage());
+                                                        << lumoText(reply.errorMessage()));
 }
 
 void BoundedCalls::on_giveUpTimer_timeout()

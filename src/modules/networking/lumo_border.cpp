@@ -35,7 +35,37 @@ qint64 weight(const QVariant& value)
         return 8;
     }
 }
+QVariant withTextsCut(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return lumoText(value.toString());
+    case QMetaType::QVariantList: {
+        QVariantList items = value.toList();
+        for (QVariant& item : items)
+            item = withTextsCut(item);
+        return items;
+    }
+    case QMetaType::QVariantHash: {
+        QVariantHash cut;
+        const QVariantHash hash = value.toHash();
+        for (auto entry = hash.begin(); entry != hash.end(); ++entry)
+            cut.insert(lumoText(entry.key()), withTextsCut(entry.value()));
+        return cut;
+    }
+    default:
+        return value;
+    }
+}
 } // namespace
+
+QString lumoText(const QString& text)
+{
+    if (text.size() <= lumoTextLimit)
+        return text;
+    const bool splitsPair = text.at(lumoTextLimit - 1).isHighSurrogate();
+    return text.left(splitsPair ? lumoTextLimit - 1 : lumoTextLimit);
+}
 
 const log4cplus::Logger& lumoLogger()
 {
@@ -62,7 +92,7 @@ QVariantMap lumoPlainMap(const QVariantMap& foreign)
             continue;
         }
         budget -= cost;
-        map.insert(entry.key(), *plain);
+        map.insert(lumoText(entry.key()), withTextsCut(*plain));
     }
     if (dropped > 0)
         LOG4CPLUS_WARN(lumoLogger(), "Dropped " << dropped << " of " << foreign.size()

@@ -4,9 +4,14 @@
 
 #include <QtCore/QVariantMap>
 
-/// A map that the connection daemon sent, as plain values. An entry that is too deep, too large
-/// (64 KiB, and 4 MiB in all) or otherwise unfit is dropped with a warning and does no harm to the
-/// others.
+/// A text that the connection daemon sent, cut after its first 4096 characters: it is published and
+/// logged.
+constexpr int lumoTextLimit = 4096;
+[[nodiscard]] QString lumoText(const QString& text);
+
+/// A map that the connection daemon sent, as plain values, its texts cut. An entry that is too
+/// deep, too large (64 KiB, and 4 MiB in all) or otherwise unfit is dropped with a warning and does
+/// no harm to the others.
 [[nodiscard]] QVariantMap lumoPlainMap(const QVariantMap& foreign);
 
 /// Says, once for each key, that the daemon sent a value of a wrong type.

@@ -30,9 +30,13 @@ bool isAddress(const OrvaNetworkAddress& address, const QString& record)
     return known;
 }
 
+/// The last word of a text that was cut may be half of one, and is left out.
 QStringList words(const QString& text)
 {
-    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (text.size() >= lumoTextLimit - 1 && !words.isEmpty())
+        words.removeLast();
+    return words;
 }
 
 OrvaNetworkState state(const QVariantMap& details, const char* key)

@@ -28,6 +28,16 @@ QString daemonPath()
     return QLatin1Char('/') + daemonService().replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
+QString cut(const QString& text)
+{
+    return lumoText(text);
+}
+
+int cut(int number)
+{
+    return number;
+}
+
 QString busService()
 {
     return QString::fromLatin1(org_freedesktop_dbus::staticInterfaceName());
@@ -66,21 +76,25 @@ void Networking_LowLevel_LUMO::connectDaemon()
 {
     using Self = Networking_LowLevel_LUMO;
     using Daemon = WifiDaemonProxy;
+    const auto withTextsCut = [this](auto slot) {
+        return [this, slot](const auto&... arguments) { (this->*slot)(cut(arguments)...); };
+    };
     connect(m_bus, &org_freedesktop_dbus::NameOwnerChanged, this, &Self::on_nameOwnerChanged);
     connect(m_daemon, &Daemon::Started, this, &Self::on_lumo_Started);
-    connect(m_daemon, &Daemon::Connected, this, &Self::on_lumo_Connected);
-    connect(m_daemon, &Daemon::Disconnecting, this, &Self::on_lumo_Disconnecting);
-    connect(m_daemon, &Daemon::Disconnected, this, &Self::on_lumo_Disconnected);
-    connect(m_daemon, &Daemon::AuthError, this, &Self::on_lumo_AuthError);
-    connect(m_daemon, &Daemon::Error, this, &Self::on_lumo_Error);
-    connect(m_daemon, &Daemon::InterfaceStatusChanged, this, &Self::on_lumo_InterfaceStatus);
+    connect(m_daemon, &Daemon::Connected, this, withTextsCut(&Self::on_lumo_Connected));
+    connect(m_daemon, &Daemon::Disconnecting, this, withTextsCut(&Self::on_lumo_Disconnecting));
+    connect(m_daemon, &Daemon::Disconnected, this, withTextsCut(&Self::on_lumo_Disconnected));
+    connect(m_daemon, &Daemon::AuthError, this, withTextsCut(&Self::on_lumo_AuthError));
+    connect(m_daemon, &Daemon::Error, this, withTextsCut(&Self::on_lumo_Error));
+    connect(m_daemon, &Daemon::InterfaceStatusChanged, this,
+            withTextsCut(&Self::on_lumo_InterfaceStatus));
     connect(m_daemon, &Daemon::CableStatus, this, &Self::on_lumo_CableStatus);
     connect(m_daemon, &Daemon::ScanResults, this, &Self::on_lumo_ScanResults);
     connect(m_daemon, &Daemon::WpsCredentials, this, &Self::on_lumo_WpsCredentials);
-    connect(m_daemon, &Daemon::WpsError, this, &Self::on_lumo_WpsError);
+    connect(m_daemon, &Daemon::WpsError, this, withTextsCut(&Self::on_lumo_WpsError));
     connect(m_daemon, &Daemon::AddressesChanged, this, &Self::AddressesChanged);
-    connect(m_daemon, &Daemon::StationConnected, this, &Self::StationConnected);
-    connect(m_daemon, &Daemon::StationDisconnected, this, &Self::StationDisconnected);
+    connect(m_daemon, &Daemon::StationConnected, this, withTextsCut(&Self::StationConnected));
+    connect(m_daemon, &Daemon::StationDisconnected, this, withTextsCut(&Self::StationDisconnected));
 }
 
 QString Networking_LowLevel_LUMO::propertiesInterface()
@@ -268,7 +282,7 @@ void Networking_LowLevel_LUMO::on_restartTimer_timeout()
     const QDBusError error(reply);
     LOG4CPLUS_ERROR(lumoLogger(), "Request to lumod failed, errorType: "
                                       << error.type() << " error name: " << error.name()
-                                      << " message: " << error.message());
+                                      << " message: " << lumoText(error.message()));
 }
 
 void Networking_LowLevel_LUMO::on_calls_askAgain()

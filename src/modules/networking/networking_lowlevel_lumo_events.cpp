@@ -27,7 +27,7 @@ std::optional<QVariantMap> Networking_LowLevel_LUMO::askDetails(const QString& i
         return std::nullopt;
     if (reply.type() == QDBusMessage::ErrorMessage) {
         LOG4CPLUS_DEBUG(lumoLogger(), "No details of " << interface << ": " << reply.errorName()
-                                                       << ", " << reply.errorMessage());
+                                                       << ", " << lumoText(reply.errorMessage()));
         return QVariantMap();
     }
     if (reply.signature() != QLatin1String("a{sv}"))
