@@ -81,6 +81,18 @@ private Q_SLOTS:
         QCOMPARE(stickySoftApSettings(result), expected);
     }
 
+    void namesTheDevicesOwnSoftAp()
+    {
+        const QString mac = "00:11:22:AA:BB:CC"_s;
+        const QString e(1, QChar(0xe9)); // of 2 bytes
+        QCOMPARE(ownSoftApSsid("Box"_s, mac), "Box_001122AABBCC"_s);
+        QCOMPARE(ownSoftApSsid("x"_s + e.repeated(9), mac),
+                 "x"_s + e.repeated(9) + "_001122AABBCC"_s);
+        QCOMPARE(ownSoftApSsid(e.repeated(10), mac), e.repeated(9) + "_001122AABBCC"_s);
+        QCOMPARE(ownSoftApSsid("Box"_s, QString(40, QLatin1Char('m'))),
+                 "_"_s + QString(31, QLatin1Char('m')));
+    }
+
     void setsDeadlinesAcrossTheWraps()
     {
         const qint64 halfWrap = Q_INT64_C(1) << 31;

@@ -10,6 +10,7 @@
 #include "networking_lowlevel_lumo.h"
 #include "nodeValues.h"
 #include "power/powerrecords.h"
+#include "softApSettings.h"
 #include "wakeOnLan.h"
 #include "wifiRestart.h"
 
@@ -269,8 +270,10 @@ void Networking::readSoftApAutoEnabled()
 void Networking::readSoftApConfiguration()
 {
     const QString defaultSsid = readValue(OrvaNetworkSoftApDefaultSsidSettingsPath()).string_();
-    const QString ownSsid = defaultSsid + QLatin1Char('_') +
-                            m_currentMacNode->value().string_().remove(QLatin1Char(':'));
+    const QString ownSsid = ownSoftApSsid(defaultSsid, m_currentMacNode->value().string_());
+    if (!ownSsid.startsWith(defaultSsid + QLatin1Char('_')))
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "The default SSID of the soft AP is too long, cut to: " << ownSsid);
     const auto configuration =
         readValue(OrvaNetworkSoftApConfigSettingsPath()).networkProfile().softApSettings();
     for (OrvaNetworkProfileSoftApSettings settings : configuration) {

@@ -20,7 +20,25 @@ void copyFields(const QStringList& fields, const Settings& from, QVariantHash& t
     }
 }
 
+/// As much of the text's beginning as fits into `bytes` of UTF-8.
+QString leftBytes(const QString& text, int bytes)
+{
+    const QByteArray whole = text.toUtf8();
+    int end = qBound(0, bytes, whole.size());
+    const auto isInside = [&] { return end < whole.size() && (whole.at(end) & 0xc0) == 0x80; };
+    while (end > 0 && isInside())
+        --end;
+    return QString::fromUtf8(whole.left(end));
+}
+
 } // namespace
+
+QString ownSoftApSsid(const QString& configured, const QString& mac)
+{
+    constexpr int longest = 32; // bytes
+    const QString suffix = QLatin1Char('_') + QString(mac).remove(QLatin1Char(':'));
+    return leftBytes(leftBytes(configured, longest - suffix.toUtf8().size()) + suffix, longest);
+}
 
 Settings mergeSoftApSettings(const Settings& first, const Settings& second)
 {

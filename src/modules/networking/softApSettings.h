@@ -13,6 +13,10 @@ mergeSoftApSettings(const OrvaNetworkProfileSoftApSettings& first,
 [[nodiscard]] OrvaNetworkProfileSoftApSettings
 stickySoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
+/// The SSID of a device's own soft AP: the configured one with the device's MAC behind it. What
+/// would pass the 32 bytes of an SSID is cut before the MAC, between characters.
+[[nodiscard]] QString ownSoftApSsid(const QString& configured, const QString& mac);
+
 /// What the live requests of one interface come to.
 struct SoftApFold
 {
