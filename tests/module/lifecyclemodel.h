@@ -223,6 +223,7 @@ private:
 
     QString refresh(const OrvaNetworkInfo& snapshot)
     {
+        m_fixture.settle();
         const QVariantList before = workerFields(m_fixture.info());
         QStringList changed;
         const auto watch = QObject::connect(
@@ -230,6 +231,7 @@ private:
             [&](const CMPath& path, const OrvaValue&) { changed << path.toString(); });
         m_fixture.backend->state = snapshot;
         Q_EMIT m_fixture.backend->AddressesChanged();
+        m_fixture.settle();
         QObject::disconnect(watch);
         if (!orvaStrictlyEqual(workerFields(m_fixture.info()), before))
             m_refreshFault = "a refresh changed a field of the worker's own"_s;

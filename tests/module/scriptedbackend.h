@@ -22,6 +22,7 @@ public:
     QVector<SoftAp> startedSoftAps;
     QVector<SoftAp> stoppedSoftAps;
     QString wpsPin;
+    int readouts = 0; ///< of the network's state
     /// The reply of the WPS session that runs; the test finishes it.
     WpsReply wpsReply;
 
@@ -68,7 +69,11 @@ public:
     }
     QString getEthernetMAC() override { return ethernetMac; }
     QString getWirelessMAC() override { return wirelessMac; }
-    OrvaNetworkInfo getNetworkState() override { return state; }
+    OrvaNetworkInfo getNetworkState() override
+    {
+        ++readouts;
+        return state;
+    }
     bool cableStatus() override { return cable; }
     bool hasWireless() override { return wireless; }
     double getWirelessRssi() override { return rssi; }

@@ -194,6 +194,7 @@ private Q_SLOTS:
             WorkerFixture fixture({{OrvaWebserverPortPath(), number(row.key())}});
             QCOMPARE(fixture.value(OrvaNetworkLocalWebserverLocalhostUrlPath()).string_(), *row);
             Q_EMIT fixture.backend->AddressesChanged();
+            fixture.settle();
             QCOMPARE(fixture.value(OrvaNetworkLocalWebserverUrlPath()).string_(), *row);
         }
     }
@@ -393,9 +394,14 @@ private Q_SLOTS:
         const OrvaValue snapshot = json(R"({"networkInfo": {"wired": {
             "state": 1, "mac": "00:11:22:AA:BB:CC", "addresses": [{"ip": "192.0.2.1"}]}}})");
         fixture.backend->state = snapshot.networkInfo();
-        Q_EMIT fixture.backend->AddressesChanged();
+        const int before = fixture.backend->readouts;
+        for (int i = 0; i < 1000; ++i)
+            Q_EMIT fixture.backend->AddressesChanged();
+        fixture.settle();
+        QCOMPARE(fixture.backend->readouts, before + 2); // one for the URL
         QCOMPARE(changed.join(" "_s), "network/state/profile network/info network/webserver/url"_s);
         Q_EMIT fixture.backend->AddressesChanged();
+        fixture.settle();
         QCOMPARE(changed.size(), 3);
     }
 };

@@ -179,6 +179,8 @@ private:
     void publishInfoAndState(OrvaNetworkInfo info);
     void setNetworkLinkStatus(const QString& interface, bool up);
     void setSoftApLinkStatus(const QString& interface, bool up);
+    /// Reads the backend's picture and publishes it.
+    void readNetworkState();
     void updateCurrentMac();
     void recoverCurrentMac();
     void updateWebserverUrl();
@@ -271,6 +273,7 @@ private:
     // Scanning. Whenever the timer stands still, both lists are empty.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
     QVector<QueuedScan> m_queueScanRequests;
+    bool m_addressesChanged = false; ///< and to be read when the event loop has done what is queued
     QTimer m_scanTimer;
 
     // WPS: the session in progress.

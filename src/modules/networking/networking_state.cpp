@@ -5,6 +5,8 @@
 #include "networking_log.h"
 #include "nodeValues.h"
 
+#include <utility>
+
 OrvaNetworkState Networking::calculateNetworkInfoState(const OrvaNetworkInfo& info)
 {
     return ::calculateNetworkInfoState(info);
@@ -164,6 +166,14 @@ void Networking::on_lowlevel_AddressesChanged()
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const OrvaNetworkInfo snapshot = m_lowlevel->getNetworkState();
     OrvaNetworkInfo merged = info();
+    if (std::exchange(m_addressesChanged, true))
+        return;
+    QMetaObject::invokeMethod(this, &Networking::readNetworkState, Qt::QueuedConnection);
+}
+
+void Networking::readNetworkState()
+{
+    m_addressesChanged = false;
     merged.__mergeWith(snapshot);
     m_currentStateNode->setValue(toValue(currentStateProfile(merged)));
 
