@@ -281,7 +281,6 @@ private:
 
     // Soft access point.
     bool m_softApAutoEnabled = false;
-    bool m_softApAutoChecked = false;
     bool m_localSoftApActive = false;
     bool m_softApHold = false;
     QHash<QString, OrvaNetworkProfileSoftApSettings> m_softApSettings;

@@ -244,7 +244,9 @@ void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
 
 void Networking::restoreLocalSoftAp()
 {
-    if (m_softApAutoChecked || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_())
+    // The wireless interface may have been missing at the start; a status alone is no proof of it.
+    if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
+        !m_lowlevel->hasWireless())
         return;
     m_softApAutoChecked = true;
     m_softApAutoEnabled = true; // The wireless interface may have been missing at the start.
