@@ -12,12 +12,10 @@ QString orvaMalformedField(const QVector<OrvaField>& fields, const QVariantHash&
     return QString();
 }
 
-std::optional<qint32> orvaDecodeInt(const QVariant& value)
+std::optional<qint64> orvaDecodeInt64(const QVariant& value)
 {
-    using Limits = std::numeric_limits<qint32>;
     switch (value.userType()) {
     case QMetaType::Int:
-        return value.toInt();
     case QMetaType::SChar:
     case QMetaType::Char:
     case QMetaType::UChar:
@@ -25,22 +23,27 @@ std::optional<qint32> orvaDecodeInt(const QVariant& value)
     case QMetaType::UShort:
     case QMetaType::UInt:
     case QMetaType::Long:
-    case QMetaType::LongLong: {
-        const qlonglong number = value.toLongLong();
-        if (number < Limits::min() || number > Limits::max())
-            return std::nullopt;
-        return static_cast<qint32>(number);
-    }
+    case QMetaType::LongLong:
+        return value.toLongLong();
     case QMetaType::ULong:
     case QMetaType::ULongLong: {
         const qulonglong number = value.toULongLong();
-        if (number > static_cast<qulonglong>(Limits::max()))
+        if (number > static_cast<qulonglong>(std::numeric_limits<qint64>::max()))
             return std::nullopt;
-        return static_cast<qint32>(number);
+        return static_cast<qint64>(number);
     }
     default:
         return std::nullopt;
     }
+}
+
+std::optional<qint32> orvaDecodeInt(const QVariant& value)
+{
+    using Limits = std::numeric_limits<qint32>;
+    const auto number = orvaDecodeInt64(value);
+    if (!number || *number < Limits::min() || *number > Limits::max())
+        return std::nullopt;
+    return static_cast<qint32>(*number);
 }
 
 QString orvaFieldKey(const char* accessor)

@@ -59,6 +59,9 @@ private:
 [[nodiscard]] ORVA_API QString orvaMalformedField(const QVector<OrvaField>& fields,
                                                   const QVariantHash& hash);
 
+/// An integer of any width, if it fits into 64 bits.
+[[nodiscard]] ORVA_API std::optional<qint64> orvaDecodeInt64(const QVariant& value);
+
 /// An integer of any width, if it fits into 32 bits.
 [[nodiscard]] ORVA_API std::optional<qint32> orvaDecodeInt(const QVariant& value);
 
@@ -78,6 +81,19 @@ struct OrvaCodec<qint32>
 {
     static std::optional<qint32> decode(const QVariant& value) { return orvaDecodeInt(value); }
     static QVariant encode(qint32 value) { return value; }
+    static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+};
+
+template <>
+struct OrvaCodec<qint64>
+{
+    static std::optional<qint64> decode(const QVariant& value) { return orvaDecodeInt64(value); }
+    /// A plain integer has 32 bits where those do.
+    static QVariant encode(qint64 value)
+    {
+        const auto narrow = orvaDecodeInt(QVariant(value));
+        return narrow ? QVariant(*narrow) : QVariant(value);
+    }
     static bool accepts(const QVariant& value) { return decode(value).has_value(); }
 };
 
