@@ -104,17 +104,30 @@ private Q_SLOTS:
         QCOMPARE(millisecondsTo(5, 2 * halfWrap + 10), -5);
     }
 
-    void findsTheNextExpiryAcrossTheWrap()
+    void findsTheNextExpiry_data()
     {
-        const qint64 now = (Q_INT64_C(1) << 31) - 10;
+        QTest::addColumn<qint64>("now");
+        QTest::addColumn<QVector<int>>("timeouts"); // of a, b, ...
+        QTest::addColumn<QString>("next");
+        const qint64 halfWrap = Q_INT64_C(1) << 31;
+        QTest::newRow("none") << halfWrap << QVector<int>{0, 0} << "";
+        QTest::newRow("the first of equal ones") << halfWrap << QVector<int>{0, 7, 9, 7} << "b";
+        QTest::newRow("where the sign changes") << halfWrap - 10 << QVector<int>{20, 5} << "b";
+        QTest::newRow("where the clock wraps") << 2 * halfWrap - 10 << QVector<int>{20, 5} << "b";
+    }
+
+    void findsTheNextExpiry()
+    {
+        QFETCH(qint64, now);
+        QFETCH(QVector<int>, timeouts);
         SoftApTable table;
-        for (const int timeout : {20, 5}) {
+        for (int i = 0; i < timeouts.size(); ++i) {
             OrvaNetworkProfileSoftApRequest request;
-            request.setName(QString::number(timeout));
-            request.setTimeout(static_cast<qint32>(softApDeadline(now, timeout)));
+            request.setName(QString(QChar('a' + i)));
+            request.setTimeout(softApDeadline(now, timeouts.at(i)));
             table.set(request);
         }
-        QCOMPARE(nextExpiringSoftApRequest({{"uap0"_s, table}}).name(), "5"_s);
+        QTEST(nextExpiringSoftApRequest({{"uap0"_s, table}}).name(), "next");
     }
 };
 
