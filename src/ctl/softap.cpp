@@ -1,5 +1,7 @@
 #include "action.h"
 
+#include <chrono>
+
 namespace ctl {
 
 namespace {
@@ -66,17 +68,26 @@ QString yes(bool value)
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
+QString timeLeft(const OrvaNetworkSoftApRequestStatus& status)
+{
+    using namespace std::chrono;
+    if (status.expiresAtMs() == 0)
+        return QStringLiteral("never");
+    const milliseconds now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
+    const qint64 left = qMax<qint64>(0, status.expiresAtMs() - now.count());
+    return QStringLiteral("%1 s").arg((left + 999) / 1000);
+}
+
 QStringList tableRow(const OrvaNetworkSoftApRequestStatus& status)
 {
     const Settings settings = status.settings();
-    const int left = status.expiresInMs();
     return {printable(status.name()),
             printable(status.interface()),
             printable(settings.ssid()),
             settings.channel() > 0 ? QString::number(settings.channel()) : QString(),
             yes(status.running()),
             yes(status.hold()),
-            left > 0 ? QStringLiteral("%1 s").arg((left + 999) / 1000) : QStringLiteral("never")};
+            timeLeft(status)};
 }
 
 Result list(Context& context, const NoOptions&)

@@ -28,6 +28,7 @@ QPair<QVariant, QVariant> samplesOf(const QString& kind)
     static const QHash<QString, QPair<QVariant, QVariant>> samples = {
         {"text"_s, {QString(), 5}},
         {"int"_s, {-1, Q_INT64_C(3000000000)}},
+        {"long"_s, {Q_INT64_C(3000000000), 1.5}},
         {"number"_s, {-1.5, "1"_s}},
         {"flag"_s, {false, 0}},
         {"enum"_s, {0, 99}},
@@ -68,7 +69,7 @@ private Q_SLOTS:
         addRecord<OrvaNetworkScanResult>("scan result", "ssid text, bssid text, channel int, frequency int, signal int, snr int, encryption enum, ies text");
         addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
         addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag");
-        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, hold flag, expiresInMs int, running flag");
+        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, hold flag, expiresAtMs long, running flag");
         addRecord<OrvaNetworkWps>("WPS", "status enum, type enum, lastError text");
         addRecord<OrvaNetworkWifiRestartCriteria>("restart criteria", "checkIntervalMs int, maxTxIncreaseNoRxIncreaseThreshold int, restartActivatePath text");
         addRecord<OrvaPowerManagerModuleRegister>("power module", "moduleName text");

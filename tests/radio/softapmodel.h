@@ -64,6 +64,9 @@ private:
         QVariantHash configured;
         QVector<Request> requests;
         QVariantHash active;
+        QVariantHash sent; ///< differs from `active` while the interface is held
+        bool held = false;
+        bool up = false;
         QVector<int> pending;
     };
 
@@ -77,9 +80,7 @@ private:
         case 1:
             return setLink(rng.chance(50) ? "eth0"_s : "wlan0"_s, rng.chance(50));
         case 2:
-            fixture.worker->setLinkStatus(interface, true);
-            driver.end(m_aps[interface].pending);
-            return interface + " up"_s;
+            return setSoftApLink(interface, rng.below(3));
         case 3:
             if (fixture.fire(fallbackTimer))
                 activateLocal();
@@ -105,7 +106,7 @@ private:
         if (rng.chance(30))
             settings["vendorSpecificData"_s] = "w"_s;
         if (rng.chance(30))
-            settings["channel"_s] = rng.below(3);
+            settings["channel"_s] = 1 + rng.below(3);
         const int timeout = rng.chance(50) ? (1 + rng.below(200)) * 10 : 0;
         const bool hold = timeout > 0 && rng.chance(40);
 
@@ -147,10 +148,8 @@ private:
             return;
         Ap& ap = m_aps[request.interface()];
         const auto old = find(ap.requests, request.name);
-        if (old != ap.requests.end()) {
+        if (old != ap.requests.end())
             ap.requests.erase(old);
-            m_hold = m_hold && !ap.requests.isEmpty();
-        }
         apply(request.interface());
         driver.end(ap.pending, "error: SoftAp request revoked"_s);
     }
@@ -166,6 +165,8 @@ private:
         Ap& ap = m_aps[interface];
         if (ap.requests.isEmpty()) {
             const bool ran = !std::exchange(ap.active, {}).isEmpty();
+            ap.sent.clear();
+            ap.held = false;
             m_stops += ran ? 1 : 0;
             if (m_aps["uap0"_s].active.isEmpty() && m_aps["uap1"_s].active.isEmpty())
                 world.claim(2, false);
@@ -175,13 +176,15 @@ private:
         QVariantHash sticky = ap.active;
         sticky.remove("vendorSpecificData"_s);
         folded.insert(sticky);
-        const bool held = std::exchange(m_hold, false);
+        const bool held = std::exchange(ap.held, false);
         for (const Request& request : qAsConst(ap.requests)) {
             folded.insert(request.settings);
-            m_hold = m_hold || request.hold;
+            ap.held = ap.held || request.hold;
         }
-        if (orvaStrictlyEqual(folded, std::exchange(ap.active, folded)) || held)
+        ap.active = folded;
+        if ((held && ap.held) || orvaStrictlyEqual(folded, ap.sent))
             return false;
+        ap.sent = folded;
         world.claim(2, true);
         ++m_starts;
         m_lastStart = folded;
@@ -250,9 +253,10 @@ private:
         for (Ap& ap : m_aps) {
             m_stops += std::exchange(ap.active, {}).isEmpty() ? 0 : 1;
             ap.requests.clear();
+            ap.sent.clear();
+            ap.held = false;
             driver.end(ap.pending, "Error: Cannot start softAp, stopping all softAps"_s);
         }
-        m_hold = false;
         deactivateLocal();
         m_started = false;
         m_fallbackDue = false;
@@ -260,6 +264,18 @@ private:
             world.claim(submodule, false);
         fixture.settle();
         return "stop"_s;
+    }
+
+    QString setSoftApLink(const QString& interface, int state)
+    {
+        m_aps[interface].up = state == 1;
+        if (state == 2)
+            fixture.worker->setDisconnecting(interface);
+        else
+            fixture.worker->setLinkStatus(interface, state == 1);
+        if (state == 1)
+            driver.end(m_aps[interface].pending);
+        return "%1 in state %2"_s.arg(interface).arg(state);
     }
 
     QString setLink(const QString& interface, bool up)
@@ -282,7 +298,7 @@ private:
         QStringList rows;
         for (auto ap = m_aps.begin(); ap != m_aps.end(); ++ap)
             for (const Request& request : ap->requests)
-                rows << ap.key() + request.name + QString::number(!ap->active.isEmpty());
+                rows << ap.key() + request.name + QString::number(ap->up);
         return rows;
     }
 
@@ -292,7 +308,6 @@ private:
     QVariantHash m_lastStart;
     int m_starts = 0;
     int m_stops = 0;
-    bool m_hold = false;
     bool m_started = false;
     bool m_startedOnce = false;
     bool m_localActive = false;

@@ -13,13 +13,17 @@ OrvaValue ssid(const QString& name, const QString& ssid, int timeout = 0)
 class SoftAps : public WorkerFixture
 {
 public:
-    qint64 now = 1000;
+    qint64 now = Q_INT64_C(3000000000); // more than 32 bits hold
 
-    SoftAps()
+    explicit SoftAps(const Prepare& prepare = {})
         : WorkerFixture({{OrvaNetworkSoftApConfigSettingsPath(),
                           json(R"({"networkProfile": {"softApSettings": [
                               {"apInterface": "uap0", "ssid": "Box"}, {"apInterface": "uap1"}]}})")}},
-                        [](ScriptedBackend& backend) { backend.cable = false; })
+                        [&](ScriptedBackend& backend) {
+                            backend.cable = false;
+                            if (prepare)
+                                prepare(backend);
+                        })
     {
         worker->setClock([this] { return now; });
     }
@@ -30,13 +34,15 @@ public:
         settle();
         return reply;
     }
-    /// The live requests, "name" and the time that is left.
+    /// The live requests, "name" and how many ms from now they expire.
     QString live()
     {
         QStringList rows;
         const auto requests = value(OrvaNetworkSoftApRequestsPath()).softApRequests();
         for (const auto& row : requests)
-            rows << row.name() + QString::number(row.expiresInMs());
+            rows << row.name() + (row.expiresAtMs() == 0
+                                      ? QString()
+                                      : QString::number(row.expiresAtMs() - now));
         return rows.join(" "_s);
     }
 };
@@ -76,8 +82,32 @@ private Q_SLOTS:
         QTest::newRow("too long") << with("ssid", QString(17, QChar(0xe9))) << refusedSsid;
         QTest::newRow("no SSID") << with("ssid", QString()) << refusedSsid;
         QTest::newRow("newlines") << ssid("a\nb"_s, "c\nd"_s) << open;
-        QTest::newRow("huge") << ssid(huge, huge) << refusedSsid;
-        QTest::newRow("odd channel") << with("channel", -7) << open;
+        QTest::newRow("33 bytes") << with("ssid", huge.left(33)) << refusedSsid;
+        QTest::newRow("longest name") << ssid(huge.left(64), "A"_s) << open;
+        QTest::newRow("longer name")
+            << ssid(huge.left(65), "A"_s)
+            << "error: SoftAp requester name needs to have at most 64 characters";
+        for (const char* field : {"bssid", "countryCode", "domainName", "vendorSpecificData"})
+            QTest::newRow(field) << with(field, huge)
+                                 << "error: SoftAp %1 is too long"_s.arg(QLatin1String(field));
+        for (const int channel : {1, 14, 36, 64, 100, 144, 165, 233})
+            QTest::addRow("channel %d", channel) << with("channel", channel) << open;
+        for (const int channel : {-7, 0, 15, 34, 68, 96, 148, 237})
+            QTest::addRow("channel %d", channel)
+                << with("channel", channel)
+                << "error: SoftAp channel needs to be one of the 2.4, 5 or 6 GHz band";
+        for (const char* field : {"apAddress", "apNetmask", "dhcpRangeFrom", "dhcpRangeTo"}) {
+            const bool isMask = qstrcmp(field, "apNetmask") == 0;
+            QTest::addRow("good %s", field) << with(field, "255.255.0.0"_s) << open;
+            for (const QString& bad : {QString(), "10"_s, "::1"_s, "255.255.0.256"_s})
+                QTest::addRow("%s \"%s\"", field, qPrintable(bad))
+                    << with(field, bad)
+                    << "error: SoftAp %1 needs to be an IPv4 %2"_s.arg(
+                           QLatin1String(field), isMask ? "netmask"_s : "address"_s);
+        }
+        QTest::newRow("netmask with a hole")
+            << with("apNetmask", "255.0.255.0"_s)
+            << "error: SoftAp apNetmask needs to be an IPv4 netmask";
     }
 
     void refusesWhatItCannotDo()
@@ -121,17 +151,71 @@ private Q_SLOTS:
         QCOMPARE(device.live(), QString());
     }
 
-    void tellsTheTimeThatIsLeft()
+    void tellsWhenRequestsExpire()
     {
         SoftAps device;
         device.request(OrvaNetworkStartPath());
         device.ask(ssid("a"_s, "A"_s, 1000));
         device.now += 600;
         device.ask(ssid("b"_s, "B"_s));
-        QCOMPARE(device.live(), "a400 b0"_s);
+        QCOMPARE(device.live(), "a400 b"_s);
         device.now += 600;
-        device.ask(ssid("c"_s, "C"_s));
-        QCOMPARE(device.live(), "a1 b0 c0"_s); // overdue
+        QCOMPARE(device.live(), "a-200 b"_s); // overdue; the moment stands
+    }
+
+    void sixtyFourMayAsk()
+    {
+        SoftAps device;
+        device.request(OrvaNetworkStartPath());
+        QVector<CMReply<QVariant>> replies;
+        for (int i = 0; i < 65; ++i)
+            replies << device.send(OrvaNetworkRequestSoftApPath(),
+                                   ssid("n%1"_s.arg(i), "A%1"_s.arg(i)));
+        int published = 0;
+        connect(device.worker, &CMAbstractWorker::valueChanged, this, [&](const CMPath& path) {
+            published += path == OrvaNetworkSoftApRequestsPath() ? 1 : 0;
+        });
+        device.settle();
+        QCOMPARE(published, 1); // at the turn's end
+        QCOMPARE(device.live().split(QLatin1Char(' ')).size(), 64);
+        QCOMPARE(outcomes(replies.mid(63)),
+                 open + "; error: SoftAp interface has 64 requesters already"_s);
+        QCOMPARE(outcomes({device.ask(ssid("n0"_s, "B"_s)),
+                           device.ask(softApRequest("n"_s, {{"apInterface"_s, "uap1"_s}}))}),
+                 "ok; "_s + open);
+        QVERIFY(device.fire(fallbackTimer)); // the device itself
+        QVERIFY(device.live().contains("Networking"_s));
+    }
+
+    void aHoldBelongsToItsInterface()
+    {
+        SoftAps device;
+        const auto lastSsid = [&] { return device.backend->startedSoftAps.last().ssid(); };
+        const auto other = [&](const QString& ssid) {
+            device.ask(softApRequest("a"_s, {{"apInterface"_s, "uap1"_s}, {"ssid"_s, ssid}}));
+        };
+        device.request(OrvaNetworkStartPath());
+        device.ask(softApRequest("holder"_s, {}, 1000, true));
+        other("A"_s);
+        QCOMPARE(lastSsid(), "A"_s); // not blocked
+        other("B"_s);
+        device.ask(ssid("b"_s, "C"_s));
+        QCOMPARE(lastSsid(), "B"_s); // not freed
+        device.now += 1000;
+        QVERIFY(device.fire(expiryTimer));
+        QCOMPARE(lastSsid(), "C"_s); // recorded meanwhile
+        QCOMPARE(device.backend->startedSoftAps.size(), 4);
+    }
+
+    void aStopEndsTheExpiry()
+    {
+        // Without a wireless interface the stop revokes no soft AP of the device's own.
+        SoftAps device([](ScriptedBackend& backend) { backend.wireless = false; });
+        device.request(OrvaNetworkStartPath());
+        device.ask(ssid("a"_s, "A"_s, 1000));
+        QVERIFY(device.timer(expiryTimer)->isActive());
+        device.request(OrvaNetworkStopPath());
+        QVERIFY(!device.timer(expiryTimer)->isActive());
     }
 
     /// A device without network offers its soft AP, again and again.
@@ -160,6 +244,35 @@ private Q_SLOTS:
         }
     }
 
+    void fallsBackAtOnceAfterWrongKeys()
+    {
+        WorkerFixture device(
+            {{OrvaNetworkMaxAuthFailuresSettingsPath(), number(1)},
+             {OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith({"Home"_s}))}},
+            [](ScriptedBackend& backend) { backend.cable = false; });
+        device.request(OrvaNetworkStartPath());
+        Q_EMIT device.backend->AuthError("Home"_s, "wrong key"_s);
+        device.settle();
+        QCOMPARE(device.timer(fallbackTimer)->interval(), 0);
+    }
+
+    void fallsBackOnceTheWirelessInterfaceIsThere()
+    {
+        SoftAps device([](ScriptedBackend& backend) { backend.wireless = false; });
+        const auto tell = [&] {
+            Q_EMIT device.backend->InterfaceStatusChanged("wlan0"_s, Networking_LowLevel::Idle);
+        };
+        device.request(OrvaNetworkStartPath());
+        QVERIFY(device.fire(fallbackTimer));
+        tell();
+        QCOMPARE(device.backend->startedSoftAps.size(), 0);
+        device.backend->wireless = true;
+        tell();
+        QCOMPARE(device.backend->startedSoftAps.size(), 1);
+        tell();
+        QCOMPARE(device.backend->startedSoftAps.size(), 1);
+    }
+
     void listsStationsOnce()
     {
         SoftAps device;
@@ -170,6 +283,9 @@ private Q_SLOTS:
         Q_EMIT device.backend->StationConnected(lower);
         Q_EMIT device.backend->StationConnected(lower.toUpper());
         QCOMPARE(stations(), {lower.toUpper()});
+        device.worker->setLinkStatus("uap0"_s, true); // a new one has no stations yet
+        QCOMPARE(stations(), QStringList());
+        Q_EMIT device.backend->StationConnected(lower);
         Q_EMIT device.backend->StationDisconnected(lower);
         QCOMPARE(stations(), QStringList());
     }

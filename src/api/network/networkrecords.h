@@ -59,7 +59,7 @@ class ORVA_API OrvaNetworkProfileSoftApSettings : public OrvaHash
     ORVA_FIELD(QString, ssid, Ssid);
     /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
-    /// Wi-Fi channel number.
+    /// Wi-Fi channel number of the 2.4, 5 or 6 GHz band.
     ORVA_FIELD(qint32, channel, Channel);
     /// The country whose radio rules hold: two letters, ISO 3166-1.
     ORVA_FIELD(QString, countryCode, CountryCode);
@@ -83,7 +83,7 @@ class ORVA_API OrvaNetworkProfileSoftApSettings : public OrvaHash
 class ORVA_API OrvaNetworkProfileSoftApRequest : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkProfileSoftApRequest)
-    /// The requesting submodule.
+    /// The requesting submodule, at most 64 characters.
     ORVA_FIELD(QString, name, Name);
     /// What the requester asks for; only fields that are present count.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
@@ -105,9 +105,9 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
     /// Whether the request holds the running settings.
     ORVA_FIELD(bool, hold, Hold);
-    /// Milliseconds from the time of publishing to the expiry; 0 when it does not expire.
-    ORVA_FIELD(qint32, expiresInMs, ExpiresInMs);
-    /// Whether the access point of the interface runs.
+    /// When it expires, in milliseconds on the system's monotonic clock; 0 when it does not.
+    ORVA_FIELD(qint64, expiresAtMs, ExpiresAtMs);
+    /// Whether the link of the interface is up.
     ORVA_FIELD(bool, running, Running);
 };
 

@@ -208,7 +208,11 @@ private:
     /// with success where the error is empty.
     void answerPendingSoftAp(const QString& interface, const CMError& error = CMError());
     void scheduleSoftApTimeoutTimer();
+    /// Why a request is not taken, in words for a person; null where it is.
+    [[nodiscard]] const char* softApRefusal(const OrvaNetworkProfileSoftApRequest& request) const;
+    /// Publishes the live requests once, when the event loop has done what is queued.
     void publishSoftApRequests();
+    void publishSoftApRequestsNow();
     [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
     void setConnectedStations(const QStringList& macs);
 
@@ -269,11 +273,11 @@ private:
     QString m_webserverPortSuffix;
     bool m_macMissed = false; ///< The backend had none at the construction.
     QSet<QString> m_linksUp;
+    bool m_addressesChanged = false; ///< and to be read when the event loop has done what is queued
 
     // Scanning. Whenever the timer stands still, both lists are empty.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
     QVector<QueuedScan> m_queueScanRequests;
-    bool m_addressesChanged = false; ///< and to be read when the event loop has done what is queued
     QTimer m_scanTimer;
 
     // WPS: the session in progress.
@@ -282,11 +286,15 @@ private:
     // Soft access point.
     bool m_softApAutoEnabled = false;
     bool m_localSoftApActive = false;
-    bool m_softApHold = false;
     QHash<QString, OrvaNetworkProfileSoftApSettings> m_softApSettings;
     QStringList m_softApInterfaces;
     QMap<QString, SoftApTable> m_softApRequests;
+    /// By interface, what the requests come to, and what of it the backend was told last: the two
+    /// differ while the interface is held.
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_activeSoftApSettings;
+    QMap<QString, OrvaNetworkProfileSoftApSettings> m_sentSoftApSettings;
+    QSet<QString> m_softApHold;
+    bool m_softApRequestsChanged = false;
     QMap<QString, QVector<CMSetDataRequest>> m_pendingSoftApRequests;
     QHash<QString, OrvaNetworkState> m_softApLinks;
     OrvaNetworkProfileSoftApRequest m_nextExpiringSoftApRequest;

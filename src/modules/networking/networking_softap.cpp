@@ -4,6 +4,7 @@
 #include "networking_log.h"
 #include "nodeValues.h"
 #include "softApActivation.h"
+#include "softApCheck.h"
 #include "softApDeadline.h"
 #include "softApSettings.h"
 #include "softApStatus.h"
@@ -71,14 +72,6 @@ CMError timeoutError(const Request& request, const char* signature)
     return {};
 }
 
-/// An SSID that no access point can have: no link would ever come up and answer the request.
-bool isImpossibleSsid(const Settings& settings)
-{
-    constexpr int longestSsid = 32; // bytes
-    const int length = settings.ssid().toUtf8().size();
-    return settings.__contains(Settings::Ssid()) && (length == 0 || length > longestSsid);
-}
-
 } // namespace
 
 void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
@@ -101,11 +94,12 @@ void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
         request.fail(unknownInterface(interface));
         return;
     }
-    if (isImpossibleSsid(softAp.settings())) {
-        LOG4CPLUS_WARN(networkingLogger(), "Requested an SSID that does not have 1 to 32 bytes");
-        request.fail(networkingError(Q_FUNC_INFO, "SoftAp SSID needs to have 1 to 32 bytes"));
+    if (const char* refusal = softApRefusal(softAp)) {
+        LOG4CPLUS_WARN(networkingLogger(), "Refused a request for a soft AP: " << refusal);
+        request.fail(networkingError(Q_FUNC_INFO, refusal));
         return;
     }
+    softAp.setSettings(normalSoftApSettings(softAp.settings()));
     softAp.setTimeout(softApDeadline(m_clock(), softAp.timeout()));
     // The request waits before the backend is asked, whose interface may come up at once.
     m_pendingSoftApRequests[interface].append(request);
@@ -113,6 +107,18 @@ void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
         return;
     m_pendingSoftApRequests[interface].removeLast();
     request.answer();
+}
+
+const char* Networking::softApRefusal(const Request& request) const
+{
+    if (request.name().size() > longestSoftApRequester)
+        return "SoftAp requester name needs to have at most 64 characters";
+    const SoftApTable table = m_softApRequests.value(request.settings().apInterface());
+    // The device's own soft AP must not depend on how many others ask.
+    if (table.size() >= mostSoftApRequesters && !table.contains(request.name()) &&
+        request.name() != name())
+        return "SoftAp interface has 64 requesters already";
+    return softApSettingsError(request.settings());
 }
 
 void Networking::on_revokeSoftAp_req(const CMSetDataRequest& request)
@@ -139,17 +145,12 @@ bool Networking::setSoftAp(const Request& request, bool enable)
 {
     const QString interface = request.settings().apInterface();
     SoftApTable& table = m_softApRequests[interface];
-    const bool wasEmpty = table.isEmpty();
     if (enable)
         table.set(request);
     else
         table.remove(request.name());
-    const bool stop = table.isEmpty();
-    // A hold lives as long as its holder; a revoke of nobody leaves another interface's hold alone.
-    if (stop && !wasEmpty)
-        m_softApHold = false;
     scheduleSoftApTimeoutTimer();
-    const bool changed = stop ? stopSoftAp(request.settings()) : updateSoftAp(interface);
+    const bool changed = table.isEmpty() ? stopSoftAp(request.settings()) : updateSoftAp(interface);
     publishSoftApRequests();
     return changed;
 }
@@ -159,19 +160,23 @@ bool Networking::updateSoftAp(const QString& interface)
     const Settings current = m_activeSoftApSettings.value(interface);
     const SoftApFold fold = foldSoftApRequests(current, m_softApSettings.value(interface),
                                                m_softApRequests.value(interface).requests());
-    const bool wasHeld = std::exchange(m_softApHold, fold.hold);
-    if (fold.settings == current)
-        return false;
     m_activeSoftApSettings.insert(interface, fold.settings);
-    if (wasHeld) {
+    const bool staysHeld = m_softApHold.contains(interface) && fold.hold;
+    if (fold.hold)
+        m_softApHold.insert(interface);
+    else
+        m_softApHold.remove(interface);
+    if (staysHeld && fold.settings != current)
         LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
                                                << interface << ". SoftAp is on hold.");
+    // What was recorded in a hold differs from what was sent, and goes out when the hold has ended.
+    if (staysHeld || fold.settings == m_sentSoftApSettings.value(interface))
         return false;
-    }
     LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
     LOG4CPLUS_DEBUG(networkingLogger(),
                     "New SoftAp settings for interface " << interface << ": " << fold.settings);
     requestWifiResource(SoftAp, true);
+    m_sentSoftApSettings.insert(interface, fold.settings);
     m_lowlevel->startSoftAp(fold.settings);
     return true;
 }
@@ -183,6 +188,8 @@ bool Networking::stopSoftAp(const Settings& settings)
     if (runs) {
         LOG4CPLUS_INFO(networkingLogger(), "Stopping SoftAp on interface " << interface);
         m_activeSoftApSettings.insert(interface, Settings());
+        m_sentSoftApSettings.remove(interface);
+        m_softApHold.remove(interface);
         m_lowlevel->stopSoftAp(settings);
     }
     if (!isSoftApRunning())
@@ -209,16 +216,25 @@ void Networking::answerPendingSoftAp(const QString& interface, const CMError& er
 
 void Networking::publishSoftApRequests()
 {
+    if (std::exchange(m_softApRequestsChanged, true))
+        return;
+    QMetaObject::invokeMethod(
+        this, [this] { publishSoftApRequestsNow(); }, Qt::QueuedConnection);
+}
+
+void Networking::publishSoftApRequestsNow()
+{
+    m_softApRequestsChanged = false;
     OrvaValue value;
-    value.setSoftApRequests(
-        softApRequestStatuses(m_softApRequests, m_activeSoftApSettings, m_clock()));
+    value.setSoftApRequests(softApRequestStatuses(m_softApRequests, m_softApLinks, m_clock()));
     m_softApRequestsNode->setValue(value);
 }
 
 void Networking::clearSoftAp()
 {
     m_softApRequests.clear();
-    m_softApHold = false;
+    m_softApHold.clear();
+    m_sentSoftApSettings.clear();
     scheduleSoftApTimeoutTimer();
     const auto active = std::exchange(m_activeSoftApSettings, {});
     for (const Settings& settings : active) {

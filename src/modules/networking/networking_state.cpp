@@ -82,6 +82,7 @@ void Networking::setSoftApLinkStatus(const QString& interface, bool up)
     m_softApLinks.insert(interface,
                          up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
     publishInfo(withSoftApState(info(), calculateSoftApState()));
+    publishSoftApRequests();
     if (up)
         answerPendingSoftAp(interface);
     m_connectedStationsNode->setValue(toValue(QStringList()));
@@ -129,6 +130,7 @@ void Networking::setDisconnecting(const QString& interface)
         updated = withInterfaceState(updated, interface, OrvaNetworkState::Disconnecting);
     } else if (isSoftApInterface(interface)) {
         m_softApLinks.insert(interface, OrvaNetworkState::Disconnecting);
+        publishSoftApRequests();
         updated = withSoftApState(updated, calculateSoftApState());
     } else {
         LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
@@ -161,11 +163,9 @@ void Networking::setCurrentCableStatus(bool connected)
         requestWifiResource(WirelessConnection, true);
 }
 
+// Many may come at once, and each readout asks the backend and waits.
 void Networking::on_lowlevel_AddressesChanged()
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const OrvaNetworkInfo snapshot = m_lowlevel->getNetworkState();
-    OrvaNetworkInfo merged = info();
     if (std::exchange(m_addressesChanged, true))
         return;
     QMetaObject::invokeMethod(this, &Networking::readNetworkState, Qt::QueuedConnection);
@@ -174,6 +174,9 @@ void Networking::on_lowlevel_AddressesChanged()
 void Networking::readNetworkState()
 {
     m_addressesChanged = false;
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const OrvaNetworkInfo snapshot = m_lowlevel->getNetworkState();
+    OrvaNetworkInfo merged = info();
     merged.__mergeWith(snapshot);
     m_currentStateNode->setValue(toValue(currentStateProfile(merged)));
 
@@ -248,8 +251,7 @@ void Networking::restoreLocalSoftAp()
     if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
         !m_lowlevel->hasWireless())
         return;
-    m_softApAutoChecked = true;
-    m_softApAutoEnabled = true; // The wireless interface may have been missing at the start.
+    m_softApAutoEnabled = true;
     if (m_localSoftApActive)
         activateLocalSoftAp();
 }

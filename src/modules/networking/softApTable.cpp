@@ -19,6 +19,11 @@ void SoftApTable::set(const OrvaNetworkProfileSoftApRequest& request)
         m_requests.append(request);
 }
 
+bool SoftApTable::contains(const QString& name) const
+{
+    return std::any_of(m_requests.begin(), m_requests.end(), hasName(name));
+}
+
 void SoftApTable::remove(const QString& name)
 {
     m_requests.erase(std::remove_if(m_requests.begin(), m_requests.end(), hasName(name)),

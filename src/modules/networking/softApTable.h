@@ -14,6 +14,8 @@ public:
     void remove(const QString& name);
 
     [[nodiscard]] bool isEmpty() const { return m_requests.isEmpty(); }
+    [[nodiscard]] int size() const { return m_requests.size(); }
+    [[nodiscard]] bool contains(const QString& name) const;
     [[nodiscard]] const QVector<OrvaNetworkProfileSoftApRequest>& requests() const
     {
         return m_requests;
