@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr int MaxPause = 5000;     // ms
 constexpr int MaxPatience = 30000; // ms
 
 QString connectionName()
@@ -55,9 +56,10 @@ void BusWatchdog::start()
 
 void BusWatchdog::note()
 {
-    const bool soon = m_next.isActive() && m_next.remainingTime() <= m_patience;
+    const int pause = std::min(m_patience, MaxPause);
+    const bool soon = m_next.isActive() && m_next.remainingTime() <= pause;
     if (!m_ping && !soon)
-        m_next.start(m_patience);
+        m_next.start(pause);
 }
 
 void BusWatchdog::ask()

@@ -8,7 +8,7 @@
 
 /// Notices that the host hears nothing any more: pings its name over a connection of its own.
 ///
-/// A host that is left alone cannot go deaf, so half a minute after something was heard is when it
+/// A host that is left alone cannot go deaf, so some seconds after something was heard is when it
 /// asks. Where the service manager wants to be told that the host is well (`WatchdogSec`), it asks
 /// as often as that needs too, and passes the answer on.
 class BusWatchdog : public QObject
@@ -36,7 +36,7 @@ private:
     const QString m_service;
     QDBusConnection m_connection;
     int m_interval = 0; ///< ms between two pings for the service manager; 0 where it wants none.
-    int m_patience;     ///< ms from what is heard to the ping, and from that to its answer.
+    int m_patience;     ///< ms from a ping to its answer.
     QTimer m_next;
     QTimer m_limit;
     std::optional<QDBusPendingCall> m_ping;
