@@ -40,7 +40,13 @@ BusWatchdog::BusWatchdog(const QString& service)
         timer->setSingleShot(true); // Coarse, as every timer of this length.
     }
     connect(&m_next, &QTimer::timeout, this, &BusWatchdog::ask);
-    connect(&m_limit, &QTimer::timeout, this, &BusWatchdog::judge);
+    connect(&m_limit, &QTimer::timeout, this, [this] {
+        // The answer may have come while this thread was busy.
+        if (m_ping && m_ping->isFinished() && !m_ping->isError())
+            judge(true);
+        else
+            Q_EMIT deaf();
+    });
 }
 
 BusWatchdog::~BusWatchdog()
@@ -71,23 +77,23 @@ void BusWatchdog::ask()
     auto* answer = new QDBusPendingCallWatcher(*m_ping, this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
-        judge();
+        judge(!answer->isError());
     });
-    m_limit.start(m_patience);
+    if (!m_limit.isActive())
+        m_limit.start(m_patience);
 }
 
-void BusWatchdog::judge()
+void BusWatchdog::judge(bool answered)
 {
-    if (!m_ping)
-        return;
-    const bool answered = m_ping->isFinished() && !m_ping->isError();
     m_ping.reset();
-    m_limit.stop();
     if (!answered) {
-        Q_EMIT deaf();
+        // The bus refuses for a moment what goes to a crowded host.
+        m_next.start(std::min(m_patience / 4, MaxPause));
         return;
     }
+    m_limit.stop();
     sd_notify(0, "WATCHDOG=1");
+    m_next.stop();
     if (m_interval > 0)
         m_next.start(m_interval);
 }

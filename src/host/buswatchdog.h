@@ -31,7 +31,7 @@ Q_SIGNALS:
 
 private:
     void ask();
-    void judge();
+    void judge(bool answered);
 
     const QString m_service;
     QDBusConnection m_connection;
