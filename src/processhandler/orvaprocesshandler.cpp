@@ -1,13 +1,9 @@
 #include "orvaprocesshandler.h"
 
+#include "boundprocess.h"
 #include "core/dbglog.h"
 
-#include <QtCore/QProcess>
-
-#include <csignal>
 #include <ostream>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -15,22 +11,6 @@ using End = OrvaProcessHandlerResult::End;
 
 /// How long a killed program may take to go.
 constexpr int KillGraceMs = 1000;
-
-/// A program that the kernel kills when this process dies without having ended it.
-class BoundProcess : public QProcess
-{
-protected:
-    void setupChildProcess() override
-    {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        // The parent may have died before the line above.
-        if (getppid() != m_parent)
-            _exit(127);
-    }
-
-private:
-    pid_t m_parent = getpid();
-};
 
 End endOf(const QProcess& process)
 {
@@ -179,7 +159,7 @@ void OrvaProcessHandler::readChannel(Channel channel)
     QList<QByteArray> pieces = partial.split('\n');
     partial = pieces.takeLast();
     QStringList lines;
-    for (const QByteArray& piece : qAsConst(pieces))
+    for (const QByteArray& piece : std::as_const(pieces))
         lines << QString::fromLocal8Bit(piece);
     if (!lines.isEmpty())
         m_onOutput(lines, channel);

@@ -4,9 +4,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <csignal>
-#include <sys/prctl.h>
-
 namespace {
 constexpr int startLimit = 10000; // ms
 
@@ -17,11 +14,6 @@ void write(const QString& fileName, const QString& text)
         qFatal("cannot write %s", qPrintable(fileName));
 }
 } // namespace
-
-void PrivateBus::Child::setupChildProcess()
-{
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-}
 
 PrivateBus::PrivateBus()
 {

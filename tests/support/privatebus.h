@@ -1,7 +1,8 @@
 #pragma once
 
+#include <boundprocess.h>
+
 #include <QDBusConnection>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -38,15 +39,9 @@ public:
     [[nodiscard]] QDBusConnection connection(const QString& label) const;
 
 private:
-    /// A child that the kernel kills when its parent dies.
-    class Child : public QProcess
-    {
-        void setupChildProcess() override;
-    };
-
     [[nodiscard]] QString path(const char* name) const;
     void writeConfiguration() const;
 
     QTemporaryDir m_directory;
-    Child m_daemon;
+    BoundProcess m_daemon;
 };

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QtCore/QProcess>
+
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+/// A program that the kernel kills when this process dies without having ended it.
+///
+/// The only place that asks which Qt it is built with: Qt 5 has a child prepare itself by
+/// overriding, Qt 6 by a function that is set.
+class BoundProcess : public QProcess
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+protected:
+    void setupChildProcess() override
+    {
+        bind(m_parent);
+    }
+#else
+public:
+    BoundProcess()
+    {
+        setChildProcessModifier([parent = m_parent] { bind(parent); });
+    }
+#endif
+
+private:
+    static void bind(pid_t parent)
+    {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // The parent may have died before the line above.
+        if (getppid() != parent)
+            _exit(127);
+    }
+
+    pid_t m_parent = getpid();
+};
