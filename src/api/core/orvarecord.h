@@ -132,27 +132,30 @@ struct OrvaCodec<QVariant>
     static bool accepts(const QVariant&) { return true; }
 };
 
-template <class T>
-struct OrvaCodec<QVector<T>>
+/// Lists of any container, which `OrvaCodec` has for its own two.
+template <class List>
+struct OrvaListCodec
 {
+    using Item = typename List::value_type;
+
     /// An element of the wrong type reads as its type's default and does no harm to its neighbours.
-    static std::optional<QVector<T>> decode(const QVariant& value)
+    static std::optional<List> decode(const QVariant& value)
     {
         if (value.userType() != QMetaType::QVariantList)
             return std::nullopt;
         const QVariantList items = value.toList();
-        QVector<T> list;
+        List list;
         list.reserve(items.size());
         for (const QVariant& item : items)
-            list.append(OrvaCodec<T>::decode(item).value_or(T()));
+            list.append(OrvaCodec<Item>::decode(item).value_or(Item()));
         return list;
     }
-    static QVariant encode(const QVector<T>& list)
+    static QVariant encode(const List& list)
     {
         QVariantList items;
         items.reserve(list.size());
-        for (const T& item : list)
-            items.append(OrvaCodec<T>::encode(item));
+        for (const Item& item : list)
+            items.append(OrvaCodec<Item>::encode(item));
         return items;
     }
     static bool accepts(const QVariant& value)
@@ -160,26 +163,19 @@ struct OrvaCodec<QVector<T>>
         if (value.userType() != QMetaType::QVariantList)
             return false;
         const QVariantList items = value.toList();
-        return std::all_of(items.begin(), items.end(), OrvaCodec<T>::accepts);
+        return std::all_of(items.begin(), items.end(), OrvaCodec<Item>::accepts);
     }
 };
 
-template <>
-struct OrvaCodec<QStringList>
+template <class T>
+struct OrvaCodec<QVector<T>> : OrvaListCodec<QVector<T>>
 {
-    static std::optional<QStringList> decode(const QVariant& value)
-    {
-        const auto list = OrvaCodec<QVector<QString>>::decode(value);
-        return list ? std::optional(QStringList(list->begin(), list->end())) : std::nullopt;
-    }
-    static QVariant encode(const QStringList& list)
-    {
-        return OrvaCodec<QVector<QString>>::encode(list.toVector());
-    }
-    static bool accepts(const QVariant& value)
-    {
-        return OrvaCodec<QVector<QString>>::accepts(value);
-    }
+};
+
+/// A type of its own in Qt 5, and the vector of text in Qt 6.
+template <>
+struct OrvaCodec<QStringList> : OrvaListCodec<QStringList>
+{
 };
 
 /// Records stand inside records as bare hashes.
