@@ -98,7 +98,7 @@ private:
         case 11:
             return depth < 30 ? QVariant(takeList(depth)) : QVariant();
         case 12:
-            return QString::fromUtf16(reinterpret_cast<const ushort*>(u"\xd800x"));
+            return QString::fromUtf16(u"\xd800x");
         default:
             return QString::fromUtf8(takeBytes());
         }

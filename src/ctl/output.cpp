@@ -81,7 +81,7 @@ bool Output::stderrIsTerminal()
 QString printable(const QString& text)
 {
     QString shown;
-    for (const uint code : text.toUcs4()) {
+    for (const char32_t code : text.toUcs4()) {
         if (QChar::isPrint(code))
             shown += QString::fromUcs4(&code, 1);
         else

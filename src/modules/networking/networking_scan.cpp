@@ -107,7 +107,8 @@ void Networking::guardQueuedScans()
     if (m_queueScanRequests.isEmpty())
         return;
     const qint64 waitedMs = m_clock() - m_queueScanRequests.first().arrivedMs;
-    m_scanTimer.start(static_cast<int>(qBound<qint64>(0, scanTimeoutMs - waitedMs, scanTimeoutMs)));
+    m_scanTimer.start(
+        static_cast<int>(qBound(qint64{0}, scanTimeoutMs - waitedMs, qint64{scanTimeoutMs})));
 }
 
 void Networking::startQueuedScans()
@@ -136,6 +137,6 @@ void Networking::on_scanTimer_timeout()
         return;
     LOG4CPLUS_ERROR(networkingLogger(),
                     "Scan request timed out, cancelling " << cancelled.size() << " requests");
-    for (const CMReply<QVariant>& reply : qAsConst(cancelled))
+    for (const CMReply<QVariant>& reply : std::as_const(cancelled))
         reply.setError(networkingError(Q_FUNC_INFO, "Scan request timed out"));
 }

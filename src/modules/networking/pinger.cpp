@@ -14,7 +14,7 @@ const log4cplus::Logger& logger()
     return instance;
 }
 
-void log(const OrvaProcessHandlerResult& result)
+void logResult(const OrvaProcessHandlerResult& result)
 {
     const bool ok = result.finishedOk();
     if (ok)
@@ -67,6 +67,6 @@ void Pinger::ping(const QString& gateway)
 {
     const QStringList arguments{QStringLiteral("-c"), QStringLiteral("1"), QStringLiteral("-W"),
                                 QStringLiteral("3"), gateway};
-    m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, log);
+    m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, logResult);
     LOG4CPLUS_DEBUG(logger(), "ping process started");
 }

@@ -1,6 +1,6 @@
 #include "wpsPin.h"
 
-#include <QtCore/QRegExp>
+#include <algorithm>
 
 int wpsPinChecksum(quint32 number)
 {
@@ -21,5 +21,7 @@ QString wpsPin(quint32 number)
 
 bool isWpsPin(const QString& text)
 {
-    return QRegExp(QStringLiteral("[0-9]{8}"), Qt::CaseSensitive).exactMatch(text);
+    return text.size() == 8 && std::all_of(text.begin(), text.end(), [](QChar character) {
+               return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+           });
 }
