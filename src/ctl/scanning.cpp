@@ -45,7 +45,7 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
     QVector<QStringList> table = {{QString(), QStringLiteral("SSID"), QStringLiteral("SECURITY"),
                                    QStringLiteral("CHANNEL"), QStringLiteral("BAND"),
                                    QStringLiteral("SIGNAL")}};
-    for (const OrvaNetworkScanResult& network : qAsConst(networks)) {
+    for (const OrvaNetworkScanResult& network : std::as_const(networks)) {
         context.out.document({{OrvaValue::NetworkScanResult(), network.__variant()}});
         table.append(tableRow(markOf(network.ssid(), info->networkInfo(), *profile), network));
     }

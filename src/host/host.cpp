@@ -47,7 +47,7 @@ bool Host::start()
     addStandIns();
     if (!addLibraries())
         return false;
-    for (const CMPath& path : qAsConst(m_config.activate))
+    for (const CMPath& path : std::as_const(m_config.activate))
         activate(path);
     LOG4CPLUS_INFO(logger(), "The host runs, with " << m_root.nodeInfos().size() << " nodes");
     return true;
@@ -64,7 +64,7 @@ void Host::addStandIns()
 
 bool Host::addLibraries()
 {
-    for (const WorkerConfig& config : qAsConst(m_config.workers)) {
+    for (const WorkerConfig& config : std::as_const(m_config.workers)) {
         QString why;
         auto worker = createWorker(config.library, config.config, &why);
         if (worker) {

@@ -51,7 +51,7 @@ void RootWorker::addWorker(std::unique_ptr<CMAbstractWorker> worker)
             claimed << info.path;
     }
     // Only when all its nodes can be reached: who is told of one may ask for another.
-    for (const CMPath& path : qAsConst(claimed)) {
+    for (const CMPath& path : std::as_const(claimed)) {
         const OrvaValue value(getValue(path).toHash());
         if (!value.isEmpty())
             announce(path, value);

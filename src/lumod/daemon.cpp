@@ -186,7 +186,7 @@ void Daemon::setWirelessNetworks(const QVariantMap& networks)
     const auto received = wire::plain(networks);
     m_networks = wire::knownNetworks(received);
     m_wirelessNetworks.clear();
-    for (const auto& network : qAsConst(m_networks))
+    for (const auto& network : std::as_const(m_networks))
         m_wirelessNetworks.insert(network.ssid, received.value(network.ssid));
     qCInfo(lcLumod).noquote() << "Networks:" << summary(m_networks);
 }

@@ -51,7 +51,7 @@ private Q_SLOTS:
         handler.startAsync(program, script(text), limit,
                            [&results](const auto& result) { results << result; });
         QTRY_COMPARE(results.size(), 2);
-        for (const auto& result : qAsConst(results)) {
+        for (const auto& result : std::as_const(results)) {
             QCOMPARE(result.end(), end);
             QCOMPARE(result.finishedOk(), qstrcmp(QTest::currentDataTag(), "success") == 0);
             if (end == End::Exited)

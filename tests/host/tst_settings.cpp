@@ -84,7 +84,7 @@ private Q_SLOTS:
 
             auto made = QDir(m_directory).entryInfoList(QDir::Files | QDir::Hidden);
             made << QFileInfo(m_directory);
-            for (const QFileInfo& file : qAsConst(made))
+            for (const QFileInfo& file : std::as_const(made))
                 QVERIFY(!(file.permissions() & QFile::Permissions(0x0077)));
             const auto stored = SettingsFile(m_directory).take(maxFailures(), number(0));
             QVERIFY(stored.has_value());

@@ -151,7 +151,7 @@ private Q_SLOTS:
         QFETCH(QVector<int>, losses);
         RestartBackoff backoff;
         QVector<int> delays;
-        for (const int loss : qAsConst(losses))
+        for (const int loss : std::as_const(losses))
             delays.append(backoff.afterLoss(loss));
         QTEST(delays, "delays");
     }

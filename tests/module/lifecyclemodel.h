@@ -164,7 +164,7 @@ private:
     {
         if (!std::exchange(m_shuttingDown, false))
             return;
-        for (const QString& interface : qAsConst(m_downByShutdown))
+        for (const QString& interface : std::as_const(m_downByShutdown))
             if (m_states.value(interface) == 2)
                 m_states[interface] = 1;
     }

@@ -85,7 +85,7 @@ OrvaNetworkInfo WorkerFixture::info()
 QVector<OrvaValue> WorkerFixture::writes(const CMPath& path) const
 {
     QVector<OrvaValue> values;
-    for (const auto& [written, value] : qAsConst(store->writes)) {
+    for (const auto& [written, value] : std::as_const(store->writes)) {
         if (written == path)
             values << value;
     }

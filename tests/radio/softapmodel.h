@@ -177,7 +177,7 @@ private:
         sticky.remove("vendorSpecificData"_s);
         folded.insert(sticky);
         const bool held = std::exchange(ap.held, false);
-        for (const Request& request : qAsConst(ap.requests)) {
+        for (const Request& request : std::as_const(ap.requests)) {
             folded.insert(request.settings);
             ap.held = ap.held || request.hold;
         }

@@ -48,7 +48,7 @@ QString hashToLog(const QVariantHash& hash)
     QStringList keys = hash.keys();
     keys.sort();
     QStringList fields;
-    for (const QString& key : qAsConst(keys))
+    for (const QString& key : std::as_const(keys))
         fields << fieldToLog(key, hash.value(key));
     return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
 }

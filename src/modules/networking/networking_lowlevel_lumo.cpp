@@ -305,11 +305,11 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
     // It takes nothing down any more, whether that had been up or not.
     QStringList down = connectedInterfaces() + m_worker->disconnectingInterfaces();
     down.removeDuplicates();
-    for (const QString& interface : qAsConst(down))
+    for (const QString& interface : std::as_const(down))
         on_lumo_Disconnected(interface);
     if (m_wpsRunning)
         on_lumo_WpsError(QStringLiteral("Networking restarted!"));
-    for (const OrvaNetworkProfileSoftApSettings& settings : qAsConst(m_softAps))
+    for (const OrvaNetworkProfileSoftApSettings& settings : std::as_const(m_softAps))
         sendStartSoftAp(settings);
     // Once: a scan that crashes the daemon must not do so for ever.
     if (std::exchange(m_scanning, false))

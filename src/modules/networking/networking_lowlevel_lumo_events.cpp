@@ -92,7 +92,7 @@ OrvaNetworkInfo Networking_LowLevel_LUMO::getNetworkState()
     names << m_worker->wiredInterface() << m_worker->wirelessInterface();
     names.removeDuplicates();
     QMap<QString, QVariantMap> answers;
-    for (const QString& name : qAsConst(names)) {
+    for (const QString& name : std::as_const(names)) {
         answers[name] = details(name);
         LOG4CPLUS_TRACE(lumoLogger(),
                         "Interface: " << name << " \tdetails: " << orvaToLog(answers.value(name)));

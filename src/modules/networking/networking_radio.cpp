@@ -17,7 +17,7 @@ QString toLog(const QSet<Networking::ResourceRequestSubmodule>& submodules)
     QList<int> sorted(submodules.begin(), submodules.end());
     std::sort(sorted.begin(), sorted.end());
     QStringList numbers;
-    for (const int number : qAsConst(sorted))
+    for (const int number : std::as_const(sorted))
         numbers << QString::number(number);
     return QStringLiteral("QSet(%1)").arg(numbers.join(QStringLiteral(", ")));
 }

@@ -57,7 +57,7 @@ CMValueItem* CMInitWatcher::newCMValueItem(const CMPath& path,
 void CMInitWatcher::done()
 {
     m_done = true;
-    for (const CMValueItem* item : qAsConst(m_missing)) {
+    for (const CMValueItem* item : std::as_const(m_missing)) {
         if (item->value().isEmpty())
             LOG4CPLUS_DEBUG(log4cplus::Logger::getInstance("CMInitWatcher"),
                             m_name << " waits for " << item->path());
