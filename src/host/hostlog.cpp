@@ -1,15 +1,19 @@
 #include "hostlog.h"
 
+#include <common/journalstream.h>
 #include <core/dbglog.h>
 #include <core/orvahash.h>
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
+#include <log4cplus/spi/loggingevent.h>
 
 #include <QtCore/QHash>
 
 #include <iostream>
+
+#include <syslog.h>
 
 namespace {
 
@@ -36,6 +40,38 @@ void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text
                                              orvaLogLine(orvaLogText(text)).toStdString());
 }
 
+/// The journal's own form: the priority of syslog(3) first, and no time.
+class JournalLayout : public log4cplus::Layout
+{
+public:
+    void formatAndAppend(log4cplus::tostream& output,
+                         const log4cplus::spi::InternalLoggingEvent& event) override
+    {
+        output << '<' << priorityOf(event.getLogLevel()) << '>' << event.getLoggerName() << ": "
+               << event.getMessage() << '\n';
+    }
+
+private:
+    static int priorityOf(log4cplus::LogLevel level)
+    {
+        if (level >= log4cplus::FATAL_LOG_LEVEL)
+            return LOG_CRIT;
+        if (level >= log4cplus::ERROR_LOG_LEVEL)
+            return LOG_ERR;
+        if (level >= log4cplus::WARN_LOG_LEVEL)
+            return LOG_WARNING;
+        return level >= log4cplus::INFO_LOG_LEVEL ? LOG_INFO : LOG_DEBUG;
+    }
+};
+
+std::unique_ptr<log4cplus::Layout> layout()
+{
+    if (leadsToJournal())
+        return std::make_unique<JournalLayout>();
+    return std::make_unique<log4cplus::PatternLayout>(
+        LOG4CPLUS_TEXT("%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c: %m%n"));
+}
+
 } // namespace
 
 HostLog::HostLog()
@@ -46,8 +82,7 @@ HostLog::HostLog()
     // Nothing is logged asynchronously; the smallest pool is one idle thread.
     log4cplus::setThreadPoolSize(0);
     log4cplus::SharedAppenderPtr appender(new log4cplus::ConsoleAppender(true, true));
-    appender->setLayout(std::make_unique<log4cplus::PatternLayout>(
-        LOG4CPLUS_TEXT("%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c: %m%n")));
+    appender->setLayout(layout());
     log4cplus::Logger::getRoot().addAppender(appender);
     setLevel(log4cplus::INFO_LOG_LEVEL);
     qInstallMessageHandler(logQtMessage);

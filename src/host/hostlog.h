@@ -7,8 +7,8 @@
 
 #include <optional>
 
-/// Logs to standard error for as long as it lives: a line an event, with time and level. Qt's own
-/// messages go there too.
+/// Logs to standard error for as long as it lives: a line an event, with time and level; where
+/// that is the journal, with its priority instead. Qt's own messages go there too.
 class HostLog
 {
 public:

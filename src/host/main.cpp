@@ -9,6 +9,8 @@
 
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sysexits.h>
+#include <systemd/sd-daemon.h>
 
 namespace {
 
@@ -29,6 +31,7 @@ int run(const HostConfig& config)
     QObject::connect(&host, &Host::failed, qApp, [] { QCoreApplication::exit(Failure); });
     if (!host.start())
         return Failure;
+    ::sd_notify(0, "READY=1");
     const int status = QCoreApplication::exec();
     LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "The host ends");
     return status;
@@ -87,7 +90,7 @@ int main(int argc, char** argv)
         LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"), "Couldn't use the configuration "
                                                                     << parser.value(configFile)
                                                                     << ": " << why);
-        return Failure;
+        return EX_CONFIG;
     }
     if (parser.isSet(stateDirectory))
         config->stateDirectory = parser.value(stateDirectory);

@@ -3,6 +3,8 @@
 #include "world/played/worldcontrol.h"
 #include "worldadaptor.h"
 
+#include <common/journalstream.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -29,6 +31,15 @@ QString worldFileName(const QCoreApplication& application)
     return parser.isSet(world) ? parser.value(world) : qEnvironmentVariable("ORVA_LUMOD_WORLD");
 }
 
+/// With the journal, which has a time of its own, the priority of syslog(3) instead.
+QString messagePattern()
+{
+    if (!leadsToJournal())
+        return QStringLiteral("%{time hh:mm:ss.zzz} %{category} %{type}: %{message}");
+    return QStringLiteral("%{if-debug}<7>%{endif}%{if-info}<6>%{endif}%{if-warning}<4>%{endif}"
+                          "%{if-critical}<3>%{endif}%{if-fatal}<2>%{endif}%{message}");
+}
+
 std::optional<WorldDescription> describe(const QString& fileName)
 {
     if (fileName.isEmpty())
@@ -47,7 +58,7 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("lumod"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVA_VERSION));
-    qSetMessagePattern(QStringLiteral("%{time hh:mm:ss.zzz} %{category} %{type}: %{message}"));
+    qSetMessagePattern(messagePattern());
 
     const auto description = describe(worldFileName(application));
     if (!description)

@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+#include <sysexits.h>
+
 class StartTest : public QObject
 {
     Q_OBJECT
@@ -15,8 +18,10 @@ private Q_SLOTS:
     void aHostThatCannotDoItsWorkSaysWhy_data()
     {
         QTest::addColumn<QByteArray>("config");
-        const auto row = [](const char* said, const QByteArray& config) {
-            QTest::newRow(said) << config;
+        QTest::addColumn<int>("status");
+        // A worker may be there the next time; a configuration would be refused again.
+        const auto row = [](const char* said, const QByteArray& config, int status = 1) {
+            QTest::newRow(said) << config << status;
         };
         const auto library = [](const QByteArray& file, const QByteArray& more = "") {
             return QByteArray("{\"workers\": [{\"library\": \"" + file + "\"" + more + "}]}");
@@ -26,21 +31,48 @@ private Q_SLOTS:
         row("others than root", library(foreignLibrary()));
         row("made no worker", library(ORVA_TEST_WORKER, R"(, "config": {"none": true})"));
         row("not an absolute path", library("libc.so.6"));
-        row("Couldn't use the configuration", "workers: none");
-        row("not an object", "[]");
-        row("\"webserver\"", R"({"webserver": {"port": "80"}})");
+        row("Couldn't use the configuration", "workers: none", EX_CONFIG);
+        row("not an object", "[]", EX_CONFIG);
+        row("\"webserver\"", R"({"webserver": {"port": "80"}})", EX_CONFIG);
         row("network/airplane-mode",
-            R"({"settings": {"settings/network/airplane-mode": {"i32": 1}}})");
+            R"({"settings": {"settings/network/airplane-mode": {"i32": 1}}})", EX_CONFIG);
     }
 
     void aHostThatCannotDoItsWorkSaysWhy()
     {
         QFETCH(QByteArray, config);
+        QFETCH(int, status);
         HostProcess host;
         host.start(config);
-        QCOMPARE(host.ended(), 1);
+        QCOMPARE(host.ended(), status);
         const QByteArray log = host.readAll();
         QVERIFY2(log.contains(" ERROR ") && log.contains(QTest::currentDataTag()), log.constData());
+    }
+
+    void theJournalGetsThePriorityAndNoTime_data()
+    {
+        QTest::addColumn<bool>("isJournal");
+        QTest::addColumn<QString>("begin");
+        QTest::newRow("journal") << true << "^<3>Host: There is no"_s;
+        QTest::newRow("elsewhere") << false << "^[-0-9]+ [:.0-9]+ ERROR Host: There is no"_s;
+    }
+
+    void theJournalGetsThePriorityAndNoTime()
+    {
+        QFETCH(bool, isJournal);
+        QFETCH(QString, begin);
+        QTemporaryFile log;
+        struct stat stream = {};
+        QVERIFY(log.open() && ::fstat(log.handle(), &stream) == 0);
+        const auto inode = stream.st_ino + (isJournal ? 0 : 1);
+        qputenv("JOURNAL_STREAM", "%1:%2"_s.arg(stream.st_dev).arg(inode).toLatin1());
+        QProcess host;
+        host.setStandardErrorFile(log.fileName());
+        host.start(QStringLiteral(ORVA_HOST), {"--log-level"_s, "loud"_s});
+        QVERIFY(host.waitForFinished());
+        qunsetenv("JOURNAL_STREAM");
+        const QString line = QString::fromUtf8(log.readAll());
+        QVERIFY2(line.contains(QRegularExpression(begin)), qPrintable(line));
     }
 
     void aSecondHostEndsAtOnceAndTheFirstWhenAsked()
