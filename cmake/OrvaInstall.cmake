@@ -15,7 +15,7 @@ file(RELATIVE_PATH ORVA_PC_TO_PREFIX
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
-        examples/host.json dist/orva-host.service dist/orva.sysusers dist/orva.pc)
+        examples/host.json dist/lumod.service dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
     configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
 endforeach()
 configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
@@ -35,6 +35,7 @@ install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.Host1.conf"
 install(FILES dbus/org.orva.Host1.xml
     DESTINATION "${ORVA_DBUS_DATADIR}/interfaces" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/dist/orva-host.service"
+              "${CMAKE_BINARY_DIR}/dist/orva-wait-online.service"
     DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/dist/orva.sysusers"
     DESTINATION lib/sysusers.d RENAME orva.conf COMPONENT runtime)
@@ -65,4 +66,6 @@ install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.conf"
     DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT simulator)
 install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
     DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT simulator)
+install(FILES "${CMAKE_BINARY_DIR}/dist/lumod.service"
+    DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT simulator)
 install(FILES examples/world.json DESTINATION "${CMAKE_INSTALL_DATADIR}/orva" COMPONENT simulator)
