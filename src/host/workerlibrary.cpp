@@ -1,5 +1,7 @@
 #include "workerlibrary.h"
 
+#include "workerqt.h"
+
 #include <QtCore/QFileInfo>
 #include <QtCore/QLibrary>
 
@@ -34,6 +36,9 @@ std::unique_ptr<CMAbstractWorker> createWorker(const QString& library, const QVa
         *why = QStringLiteral("others than root and the host's user may change it");
         return nullptr;
     }
+    *why = foreignQtOf(library);
+    if (!why->isEmpty())
+        return nullptr;
     QLibrary file(library);
     file.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     const auto create = reinterpret_cast<OrvaWorkerCreate>(file.resolve("worker_create"));

@@ -30,6 +30,7 @@ private Q_SLOTS:
         row("worker_create", library(ORVA_NO_WORKER));
         row("others than root", library(foreignLibrary()));
         row("made no worker", library(ORVA_TEST_WORKER, R"(, "config": {"none": true})"));
+        row("it is built with Qt", library(ORVA_OTHER_WORKER));
         row("not an absolute path", library("libc.so.6"));
         row("Couldn't use the configuration", "workers: none", EX_CONFIG);
         row("not an object", "[]", EX_CONFIG);
