@@ -3,7 +3,8 @@
 
 set(CPACK_PACKAGE_NAME orva-networking)
 set(CPACK_PACKAGE_CONTACT "orva-networking maintainers <maintainers@localhost>")
-set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+# Workers of other packages are built for one Qt: they depend on orva-api-qt5 or orva-api-qt6.
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}+qt${ORVA_QT}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development simulator)
@@ -21,6 +22,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME orva-networking)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "network manager of an audio-streaming device, with its host")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "dbus, systemd, rfkill, iputils-ping")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "orva-lumod")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_PROVIDES "orva-api-qt${ORVA_QT}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     "${PROJECT_SOURCE_DIR}/dist/postinst;${PROJECT_SOURCE_DIR}/dist/prerm;${PROJECT_SOURCE_DIR}/dist/postrm"
     # The administrator's edits outlive an upgrade.
@@ -28,8 +30,10 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME orva-networking-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "headers for workers of the audio-streaming device's host")
+set(ORVA_QT_PACKAGE_5 qtbase5-dev)
+set(ORVA_QT_PACKAGE_6 qt6-base-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "orva-networking (= ${PROJECT_VERSION}), pkg-config, qtbase5-dev, liblog4cplus-dev")
+    "orva-networking (= ${CPACK_PACKAGE_VERSION}), pkg-config, ${ORVA_QT_PACKAGE_${ORVA_QT}}, liblog4cplus-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME orva-lumod)
