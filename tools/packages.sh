@@ -8,6 +8,7 @@ packages_run=(
     dbus-daemon systemd # systemd brings busctl
     iproute2 iputils-ping jq procps util-linux
 )
+packages_qt6=(qt6-base-dev) # beside those of packages_run
 packages_test=(
     git doxygen
     python3 python3-dbus python3-gi
