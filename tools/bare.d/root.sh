@@ -97,13 +97,16 @@ bare_enter='
         chroot . bash -c "cd \"\$0\" && \"\$@\"; exit \$?" "$tree" "$@"
 '
 
-# The namespace ends with its first process, whatever runs in it.
+# The namespace ends with its first process, whatever runs in it, and that one with its unshare.
 bare_kill() {
     local first
     first=$(pgrep -P "$bare_pid")
-    kill -KILL "${first:-$bare_pid}" 2>/dev/null
-    wait "$bare_pid" 2>/dev/null
-}
+    kill -KILL "$bare_pid"
+    wait "$bare_pid"
+    while [ -n "$first" ] && [ -d "/proc/$first" ]; do
+        sleep 0.05
+    done
+} 2>/dev/null
 
 # --- making --------------------------------------------------------------------------------------------
 
