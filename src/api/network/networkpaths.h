@@ -47,7 +47,8 @@ ORVA_API CMPath OrvaNetworkLocalWebserverLocalhostUrlPath();
 ORVA_API CMPath OrvaNetworkConnectedSoftApStationsPath();
 /// `softApRequests`: who asks for a soft access point at present, and with which settings.
 ORVA_API CMPath OrvaNetworkSoftApRequestsPath();
-/// `bool`: whether airplane mode is on; writing it switches the radios.
+/// `bool`: whether airplane mode is on; writing it stores it and switches the radios; what cannot
+/// be stored changes nothing.
 ORVA_API CMPath OrvaNetworkAirplaneModePath();
 
 // Activate nodes.
@@ -60,8 +61,9 @@ ORVA_API CMPath OrvaNetworkStopPath();
 ORVA_API CMPath OrvaNetworkRestartPath();
 /// Announces the end of the connection, and stops two seconds later.
 ORVA_API CMPath OrvaNetworkShutdownPath();
-/// Takes a `networkProfile`: merges it over the stored one, stores and applies the result. A key
-/// "****" means the one that is stored for the network.
+/// Takes a `networkProfile`: merges it over the stored one, applies and stores the result; where
+/// that cannot be stored, the one before is in use again. A key "****" means the one that is stored
+/// for the network.
 ORVA_API CMPath OrvaNetworkSetNetworkProfilePath();
 /// Takes a `string`, the SSID: forgets the wireless network.
 ORVA_API CMPath OrvaNetworkRemoveWirelessNetworkPath();
