@@ -19,7 +19,7 @@ packages_test=(
 [ "$(. /etc/os-release && echo "${VERSION_ID-}")" != 12 ] || # no other release has the version that is asked
     packages_test+=(clang-format-14 clang-tidy-14)
 packages_package=(file dpkg-dev) # beside those of packages_run
-packages_bare=(debootstrap debian-archive-keyring git procps util-linux)
+packages_bare=(systemd-container debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
     {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev}:arm64

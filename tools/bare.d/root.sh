@@ -8,6 +8,8 @@
 #   bare_in ROOT CMD... runs CMD in ROOT, in that tree where there is one, with namespaces of its own for
 #                       mounts and processes; returns CMD's status
 #   bare_install ROOT DEB...   installs these packages there, with what they depend on
+#   bare_boot ROOT FILE SECONDS   boots ROOT under systemd, runs FILE there as a service, shows what it says and
+#                       returns its status; the journal of a boot that fails is kept in $bare_journal
 #   bare_end            ends what runs in the roots and removes them; also done when the shell ends
 
 bare_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -15,6 +17,7 @@ bare_tree=/root/orva
 bare_roots=${BARE_ROOTS:-/var/cache/orva-bare} # where roots are, and the base of each release
 bare_base_days=7                             # how long a base serves
 bare_root='' bare_own=() bare_pid=''
+bare_journal=$bare_source/build/boot.journal
 
 bare_make() {
     local codename base
@@ -51,6 +54,24 @@ bare_install() {
     bare_in "$root" sh -euc 'export DEBIAN_FRONTEND=noninteractive; log=$(mktemp)
         { apt-get update && apt-get install -y "$@"; } >"$log" 2>&1 </dev/null || { tail -n 30 "$log"; exit 1; }' \
         sh "${names[@]/#//root/packages/}"
+}
+
+bare_boot() {
+    local root=$1 limit=$3 units=$1/etc/systemd/system status
+    cp "$2" "$root/root/at-boot" && mkdir -p "$root/var/log/journal" "$units/multi-user.target.wants" || return 1
+    printf '[Service]\nType=oneshot\nExecStart=/root/at-boot\nStandardOutput=file:/root/said\n%s\n' \
+        'ExecStopPost=/bin/sh -c "echo $$EXIT_STATUS >/root/status; systemctl --no-block poweroff"' \
+        >"$units/at-boot.service"
+    ln -s ../at-boot.service "$units/multi-user.target.wants"
+    bare_apart timeout --kill-after=20 "$limit" systemd-nspawn --quiet --directory="$root" --boot --register=no \
+        --keep-unit --private-network --console=pipe >"$root/root/console" 2>&1 </dev/null
+    status=$(cat "$root/root/status" 2>/dev/null)
+    cat "$root/root/said" 2>/dev/null
+    [ "$status" = 0 ] || {
+        mkdir -p "${bare_journal%/*}" && journalctl --directory="$root/var/log/journal" >"$bare_journal" 2>/dev/null
+        echo "The boot failed${status:+ with status $status}; its journal is $bare_journal"
+        return 1
+    }
 }
 
 bare_end() {
