@@ -384,6 +384,18 @@ private Q_SLOTS:
         QVERIFY(storedProfile(fixture).__contains(OrvaNetworkProfile::WirelessNetworks()));
     }
 
+    /// What is still open goes with the network manager and touches nothing of it any more.
+    void endsWithRequestsOpen()
+    {
+        WorkerFixture fixture(withNetworks({home}));
+        fixture.request(OrvaNetworkStartPath());
+        fixture.store->mute = true;
+        fixture.send(OrvaNetworkSetNetworkProfilePath(), setting("Cafe"_s));
+        const auto open = fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), toValue(home));
+        fixture.settle();
+        QCOMPARE(fixture.outcome(open), "no answer"_s);
+    }
+
     void announcesARefreshOnce()
     {
         WorkerFixture fixture;

@@ -49,6 +49,8 @@ void ValueStore::setDataRequest(const CMSetDataRequest& request)
     if (full)
         return request.fail(CMError("NotStored"_s, "full"_s));
     writes.append({request.path(), request.value()});
+    if (mute)
+        return m_kept.append(request);
     CMNodesWorker::setDataRequest(request);
 }
 

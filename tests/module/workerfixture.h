@@ -24,8 +24,13 @@ public:
     QVector<QPair<CMPath, OrvaValue>> writes;
     /// Whether writes are refused, as on a full disk.
     bool full = false;
+    /// Whether writes are kept and never answered.
+    bool mute = false;
 
     void setDataRequest(const CMSetDataRequest& request) override;
+
+private:
+    QVector<CMSetDataRequest> m_kept;
 };
 
 /// A network manager in a node tree of its own, over a backend that the test plays. Radios are left

@@ -261,11 +261,11 @@ private:
     qint32 m_authFailureCount = -1;
     qint32 m_maxAuthFailures = 0;
     bool m_authFailureFallback = false;
+    /// What the worker's own requests for a profile want, by their replies, which nobody else has.
+    /// Outlives the requests: those that are dropped at the end still take theirs out.
+    QHash<const CMReplyData*, ProfileChange> m_profileChanges;
     /// Requests for a profile; that of the first one is in use and being stored.
     QQueue<CMSetDataRequest> m_profileRequests;
-    /// The worker's own ones among them and among those on their way, by their replies: nobody else
-    /// can send one.
-    QHash<const CMReplyData*, ProfileChange> m_profileChanges;
 
     // State.
     QString m_wiredInterfaceName;
