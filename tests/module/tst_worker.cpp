@@ -265,6 +265,7 @@ private Q_SLOTS:
             "stored Home,Office");
         row("start; send wps Cafe; set Attic", "", "stored Cafe,Attic,Home,Office");
         row("start; wrong Home; wrong Home; send set Home; wrong Home", "",
+        row("start; send wps Cafe; remove Cafe", "", "stored Home,Office");
             "stored Home,Office; used Home,Office");
         row("start; wrong Home; wrong Home; send wrong Home; up wlan0", "", "stored Home,Office");
         row("start; wrong Home; wrong Home; send wrong Home; wrong Home", "", "backups 1; stored ");

@@ -143,8 +143,8 @@ void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
     LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
     OrvaNetworkProfile published = m_profileNode->value().networkProfile();
     const CMError error = forgetNetwork(published, ssid);
-    // A profile that still waits may have the network.
-    if (!error.isEmpty() && m_profileRequests.isEmpty())
+    // A profile that still waits, or a change on its way, may bring the network.
+    if (!error.isEmpty() && m_profileRequests.isEmpty() && m_profileChanges.isEmpty())
         return request.fail(error);
     const auto removed = requestProfileChange(
         [ssid](OrvaNetworkProfile& profile) { return forgetNetwork(profile, ssid); });
