@@ -30,6 +30,15 @@ private Q_SLOTS:
         QTEST(fixture.rfkillCalls().join(", "_s), "calls");
     }
 
+    void storesEachSwitchOnce()
+    {
+        WorkerFixture fixture;
+        for (const bool on : {true, false})
+            fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(on), {});
+        fixture.settle();
+        QCOMPARE(fixture.writes(OrvaNetworkAirplaneModeSettingPath()).size(), 2);
+    }
+
     void refusesWhatCannotBeStored()
     {
         WorkerFixture fixture;
@@ -67,10 +76,10 @@ private Q_SLOTS:
         qputenv("PATH", directory.path().toLocal8Bit());
         QElapsedTimer blocked;
         blocked.start();
-        fixture.worker->on_airplaneMode_changed(toValue(true));
+        fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(true), {});
+        fixture.settle();
         qputenv("PATH", path);
         QVERIFY(blocked.elapsed() < 7000);
-        fixture.settle();
         QVERIFY(fixture.info().airplaneMode());
         QVERIFY(fixture.value(OrvaNetworkAirplaneModeSettingPath()).bool_());
     }

@@ -1,7 +1,6 @@
 #include "network/networkpaths.h"
 #include "networking.h"
 #include "networking_log.h"
-#include "nodeValues.h"
 #include "orvaprocesshandler.h"
 #include "power/powerrecords.h"
 
@@ -108,9 +107,6 @@ void Networking::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
     LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
-    if (readValue(OrvaNetworkAirplaneModeSettingPath()).bool_() != on)
-        CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), toValue(on),
-                           CMReply<QVariant>::create());
     runRfkill(rfkillArguments(on, m_airplaneModeType));
     OrvaNetworkInfo published = info();
     published.setAirplaneMode(on);
