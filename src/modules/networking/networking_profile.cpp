@@ -184,6 +184,7 @@ void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
     if (profile.wireless().ssid().isEmpty())
         return publishInfo(updated);
 
+    requestWifiResource(WirelessConnection, true);
     const OrvaNetworkState wired = updated.wired().state();
     if (wired == OrvaNetworkState::Connected) {
         LOG4CPLUS_INFO(networkingLogger(), "Not applying wireless profile, wired is connected");
@@ -193,7 +194,6 @@ void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
         updated = withConnectingStatus(withoutWpsSession(updated), !m_linksUp.isEmpty(),
                                        m_wiredConfigured, m_wirelessConfigured);
     }
-    requestWifiResource(WirelessConnection, true);
     publishInfo(updated);
 }
 
