@@ -252,7 +252,8 @@ private Q_SLOTS:
         row("start; cable out", "", "wired status 0; wireless status 1");
         row("start; cable out; cable in", "", "wired status 1");
         row("start; remove Office", "", "stored Home; known Home");
-        row("start; remove Home; remove Office", "", "stored ; known ");
+        row("start; remove Home; remove Office", "",
+            "stored ; known ; wired status 1; wireless status 0");
         row("start; remove Cafe", "error: Network is not configured", "known Home,Office");
         row("remove Home", "error: Networking is not started.", "stored Home,Office");
         row("start; send remove Home; set Cafe", "", "stored Cafe,Office; used Cafe,Office");
@@ -264,8 +265,8 @@ private Q_SLOTS:
         row("start; send remove Home; send stop; set Cafe", "error: Networking is not started.",
             "stored Home,Office");
         row("start; send wps Cafe; set Attic", "", "stored Cafe,Attic,Home,Office");
-        row("start; wrong Home; wrong Home; send set Home; wrong Home", "",
         row("start; send wps Cafe; remove Cafe", "", "stored Home,Office");
+        row("start; wrong Home; wrong Home; send set Home; wrong Home", "",
             "stored Home,Office; used Home,Office");
         row("start; wrong Home; wrong Home; send wrong Home; up wlan0", "", "stored Home,Office");
         row("start; wrong Home; wrong Home; send wrong Home; wrong Home", "", "backups 1; stored ");
@@ -274,14 +275,12 @@ private Q_SLOTS:
             "asked applyProfile,applyProfile,applyProfile");
         row("start; disk full; send set Cafe; set Attic", "NotStored: full", "used Home,Office");
         row("start; disk full; send set Cafe; stop", "",
-            "known Home,Office; "
-            "asked applyProfile,applyProfile,disconnect");
+            "known Home,Office; asked applyProfile,applyProfile,disconnect");
         row("start; disk full; remove Home", "NotStored: full", "used Home,Office");
         row("start; disk full; wrong Home; wrong Home; wrong Home; disk good; wrong Home", "",
             "used Home,Office; backups 0");
         row("networks 2; start; set Cafe", "", "stored Cafe,Home");
         row("start; stop", "", "wired status 0; wireless status 0");
-        row("start; remove Home; remove Office", "", "wired status 1; wireless status 0");
         row("start; set Home 1", "", "wired status 1; wireless status 0");
         row("start; set Home 2", "", "wired status 0; wireless status 1");
         row("start; refuse disconnect; stop; up eth0; down eth0", "",

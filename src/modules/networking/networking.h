@@ -170,7 +170,7 @@ private:
     /// Backs the profile up and goes on without wireless networks, so that the device can be set up
     /// again.
     void dropWirelessNetworks();
-    [[nodiscard]] CMError withoutWirelessNetworks(OrvaNetworkProfile& profile);
+    [[nodiscard]] CMError forgetNetworks(OrvaNetworkProfile& profile);
 
     // State (networking_state.cpp).
     [[nodiscard]] OrvaNetworkInfo info() const;
@@ -271,7 +271,7 @@ private:
     QString m_wiredInterfaceName;
     QString m_wirelessInterfaceName;
     QString m_webserverPortSuffix;
-    bool m_macMissed = false; ///< The backend had none at the construction.
+    bool m_macMissed = false; ///< No MAC at the construction, and none since.
     QSet<QString> m_linksUp;
     bool m_addressesChanged = false; ///< and to be read when the event loop has done what is queued
 

@@ -210,7 +210,7 @@ void Networking::dropWirelessNetworks()
     backup.addWatcher(this, [this](const CMReply<QVariant>& reply) {
         if (reply.error().isEmpty()) {
             requestProfileChange(
-                [this](OrvaNetworkProfile& profile) { return withoutWirelessNetworks(profile); });
+                [this](OrvaNetworkProfile& profile) { return forgetNetworks(profile); });
             return;
         }
         LOG4CPLUS_ERROR(networkingLogger(),
@@ -220,7 +220,7 @@ void Networking::dropWirelessNetworks()
     CMRoot()->setValue(OrvaNetworkBackupProfileSettingsPath(), toValue(stored), backup);
 }
 
-CMError Networking::withoutWirelessNetworks(OrvaNetworkProfile& profile)
+CMError Networking::forgetNetworks(OrvaNetworkProfile& profile)
 {
     if (m_authFailureCount < m_maxAuthFailures) {
         const QString text = QStringLiteral("The wireless networks changed, they stay.");

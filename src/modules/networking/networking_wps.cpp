@@ -1,5 +1,4 @@
 #include "answerAs.h"
-#include "network/networkpaths.h"
 #include "networking.h"
 #include "networking_error.h"
 #include "networking_log.h"
