@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commandline.h"
+#include "context.h"
 
 #include "network/networkpaths.h"
 #include "network/networkrecords.h"

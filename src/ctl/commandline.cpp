@@ -1,53 +1,145 @@
 #include "commandline.h"
 
-#include <algorithm>
+#include <CLI/CLI.hpp>
+
+#include <deque>
 
 namespace ctl {
 
 namespace {
 
-const char footer[] =
-    R"(Values are JSON, as one key that names the type: {"bool":true}. A plain word or number is enough where
-the node's present value tells the type; "-" reads the value from standard input.
+using Kind = Parameter::Kind;
 
-What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
-where it is given no time; with one, all of it ends in that time.
-
-Exit status: 0 done, 1 other fault, 2 usage, 3 timed out, 4 the request failed, 5 not allowed,
-6 no such node, 8 the host or the bus is not running.
-
-Colour is used on a terminal only, and not at all where NO_COLOR is set.)";
-
-} // namespace
-
-CommandLine::CommandLine()
-    : m_app("Looks at and drives the network through the host's node tree.", "orvactl")
+/// The parser's own description of the program, and where it puts what it reads.
+class Parser
 {
-    m_app.fallthrough();
-    m_app.footer(footer);
-    m_app.get_formatter()->column_width(32);
-    // What follows a name in --help: nothing where the name or the text says it all.
-    for (const char* type : {"REQUIRED", "TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE"})
-        m_app.get_formatter()->label(type, "");
-    for (const char* type : {"INT", "UINT"})
-        m_app.get_formatter()->label(type, "NUMBER");
-    m_app.add_flag("--json", m_json, "One JSON document a line on standard output, nothing else");
-    setChoices(*m_app.add_option("--generate", m_generate, "")->group(""), {"completion", "man"});
-    m_app.require_subcommand(0, 1);
-    addStatusCommand(*this);
-    addMonitorCommand(*this);
-    addNetworkCommands(*this);
-    addProfileCommands(*this);
-    addWifiCommands(*this);
-    addSoftApCommands(*this);
-    addRadioCommands(*this);
-    addWatchdogCommands(*this);
-    addGenericCommands(*this);
-    addWatchCommands(*this);
-    addWorldCommands(*this);
+public:
+    explicit Parser(const Program& program);
+
+    [[nodiscard]] std::variant<Choice, ExitStatus> parse(int argc, char** argv);
+
+private:
+    void add(const Command& command);
+    void add(CLI::App& app, Arguments& arguments, const std::vector<Parameter>& parameters);
+    CLI::Option* add(CLI::App& app, Arguments& arguments, const Parameter& parameter);
+    [[nodiscard]] QDeadlineTimer deadline() const;
+
+    CLI::App m_app;
+    std::map<std::string, CLI::App*> m_apps; ///< by their words
+    std::deque<Arguments> m_arguments;       ///< of all commands: the parser points into them
+    Arguments m_global;
+    const Command* m_command = nullptr;
+    const Arguments* m_given = nullptr;
+    std::optional<double> m_seconds;
+};
+
+CLI::Option* addOption(CLI::App& app, const Parameter& parameter, Arguments::Value& place)
+{
+    const auto add = [&app, &parameter](auto& value) {
+        if constexpr (std::is_same_v<decltype(value), bool&>)
+            return app.add_flag(parameter.name, value, parameter.description);
+        else
+            return app.add_option(parameter.name, value, parameter.description);
+    };
+    return std::visit(add, place);
 }
 
-QDeadlineTimer CommandLine::deadline() const
+void describe(CLI::Option& option, const Parameter& parameter)
+{
+    if (parameter.kind != Kind::Flag)
+        option.type_name(typeOf(parameter));
+    option.required(parameter.isRequired);
+    if (parameter.isHidden)
+        option.group("");
+    if (!parameter.fallback.empty())
+        option.default_val(parameter.fallback);
+    if (parameter.kind == Kind::Addresses)
+        option.delimiter(',');
+}
+
+/// What a check says of itself would stand in the help, beside the type.
+void check(CLI::Option& option, const Parameter& parameter)
+{
+    if (!parameter.choices.empty())
+        option.check(CLI::IsMember(parameter.choices).description(""));
+    if (parameter.kind == Kind::Seconds || parameter.kind == Kind::Time)
+        option.check(CLI::PositiveNumber.description(""));
+    if (parameter.kind == Kind::Address || parameter.kind == Kind::Addresses)
+        option.check(CLI::ValidIPV4.description(""));
+}
+
+Parser::Parser(const Program& program)
+    : m_app(program.description, "orvactl")
+    , m_apps{{"", &m_app}}
+{
+    m_app.fallthrough();
+    m_app.footer(program.footer);
+    m_app.get_formatter()->column_width(32);
+    m_app.get_formatter()->label("REQUIRED", "");
+    for (const char* type :
+         {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT", "UINT"})
+        m_app.get_formatter()->label(type, shownType(type));
+    add(m_app, m_global, program.options);
+    m_app.require_subcommand(0, 1);
+    for (const Command& command : program.commands)
+        add(command);
+}
+
+void Parser::add(const Command& command)
+{
+    CLI::App* app =
+        m_apps.at(command.parent())->add_subcommand(command.name(), command.description);
+    app->footer("");
+    m_apps[command.words] = app;
+    if (command.isGroup()) {
+        app->require_subcommand(1);
+        return;
+    }
+    Arguments& arguments = m_arguments.emplace_back();
+    add(*app, arguments, command.parameters);
+    app->callback([this, &command, &arguments] {
+        m_command = &command;
+        m_given = &arguments;
+    });
+}
+
+void Parser::add(CLI::App& app, Arguments& arguments, const std::vector<Parameter>& parameters)
+{
+    for (const Parameter& parameter : parameters) {
+        CLI::Option* option = add(app, arguments, parameter);
+        // Those that it excludes stand before it.
+        for (const std::string& other : parameter.excludes)
+            option->excludes(app.get_option(other));
+    }
+}
+
+CLI::Option* Parser::add(CLI::App& app, Arguments& arguments, const Parameter& parameter)
+{
+    CLI::Option* option = parameter.kind == Kind::Time
+                              ? app.add_option(parameter.name, m_seconds, parameter.description)
+                              : addOption(app, parameter, arguments.place(parameter));
+    describe(*option, parameter);
+    check(*option, parameter);
+    return option;
+}
+
+std::variant<Choice, ExitStatus> Parser::parse(int argc, char** argv)
+{
+    try {
+        m_app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::Usage;
+    }
+    const QString generate = m_global.text("--generate");
+    if (!m_command && generate.isEmpty()) {
+        std::fputs(m_app.help().c_str(), stderr);
+        return ExitStatus::Usage;
+    }
+    return Choice{m_command, m_given ? *m_given : Arguments(), deadline(), m_global.flag("--json"),
+                  generate};
+}
+
+QDeadlineTimer Parser::deadline() const
 {
     // A day is for ever here, and keeps the milliseconds inside an int.
     constexpr double day = 86400;
@@ -55,35 +147,11 @@ QDeadlineTimer CommandLine::deadline() const
                      : QDeadlineTimer(QDeadlineTimer::Forever);
 }
 
-void CommandLine::addTime(CLI::App& command, const std::string& option,
-                          const std::string& description)
-{
-    setSeconds(*command.add_option(option, m_seconds, description));
-}
+} // namespace
 
-void CommandLine::makePatient(CLI::App& command)
+std::variant<Choice, ExitStatus> parseCommandLine(const Program& program, int argc, char** argv)
 {
-    command.parse_complete_callback([this] { m_patient = true; });
-}
-
-CLI::App& CommandLine::group(CLI::App& parent, const std::string& name,
-                             const std::string& description)
-{
-    CLI::App* group = parent.add_subcommand(name, description)->footer("");
-    group->require_subcommand(1);
-    return *group;
-}
-
-void setChoices(CLI::Option& option, const std::vector<std::string>& words)
-{
-    option.type_name("{" + CLI::detail::join(words, ",") + "}");
-    option.check(CLI::IsMember(words).description(""));
-}
-
-void setSeconds(CLI::Option& option)
-{
-    option.type_name("SECONDS");
-    option.check(CLI::PositiveNumber.description(""));
+    return Parser(program).parse(argc, argv);
 }
 
 } // namespace ctl

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <string>
+#include "command.h"
 
 namespace ctl {
 
 /// The manual page orvactl(1), from the description of the commands.
-std::string manPage(const CLI::App& app);
+std::string manPage(const Program& program);
 
 /// The bash completion, from the description of the commands; it asks the running host for node
 /// paths.
-std::string completion(const CLI::App& app);
+std::string completion(const Program& program);
 
 } // namespace ctl

@@ -56,10 +56,22 @@ const char epilogue[] = R"sh(    esac
 complete -F _orvactl orvactl
 )sh";
 
-/// The words of an option that is a choice, as in "{on,off}"; empty where any text does.
-std::string choicesOf(const CLI::Option& option)
+/// What completes the values of each option; options of the same name mean the same in every
+/// command.
+using Values = std::map<std::string, std::string>;
+
+/// What may follow a command.
+struct Following
 {
-    const std::string type = option.get_type_name();
+    std::string words;               ///< sub-commands, or the choices of the first argument
+    std::string options = " --help"; ///< names that begin with a dash
+    std::string argument;            ///< type name of the first argument
+};
+
+/// The words of a parameter that is a choice, as in "{on,off}"; empty where any text does.
+std::string choicesOf(const Parameter& parameter)
+{
+    const std::string type = typeOf(parameter);
     if (type.empty() || type.front() != '{')
         return {};
     std::string choices = type.substr(1, type.size() - 2);
@@ -67,61 +79,57 @@ std::string choicesOf(const CLI::Option& option)
     return choices;
 }
 
-/// What completes the values of each option; options of the same name mean the same in every
-/// command.
-using Values = std::map<std::string, std::string>;
-
-struct Command
+void addOption(Following& following, Values& values, const Parameter& option)
 {
-    std::string words;    ///< sub-commands, or the choices of the first argument
-    std::string options;  ///< names that begin with a dash
-    std::string argument; ///< type name of the first argument
-};
-
-void addOption(Command& command, Values& values, const CLI::Option& option)
-{
-    if (option.get_positional()) {
-        if (command.argument.empty())
-            command.argument = option.get_type_name();
-        command.words += choicesOf(option);
-        return;
-    }
-    const std::string name = "--" + option.get_lnames().front();
-    command.options += " " + name;
+    following.options += " " + option.name;
     const std::string choices = choicesOf(option);
-    if (option.get_type_name() == "FILE")
-        values[name] = "COMPREPLY=($(compgen -f -- \"$cur\"))";
-    else if (option.get_type_name() == "ACTION-NODE")
-        values[name] = "_orvactl_paths --kind activate";
+    const std::string type = typeOf(option);
+    if (type == "FILE")
+        values[option.name] = "COMPREPLY=($(compgen -f -- \"$cur\"))";
+    else if (type == "ACTION-NODE")
+        values[option.name] = "_orvactl_paths --kind activate";
     else if (!choices.empty())
-        values[name] = "COMPREPLY=($(compgen -W \"" + choices + "\" -- \"$cur\"))";
-    else if (option.get_items_expected_max() != 0)
-        values[name] = ":";
+        values[option.name] = "COMPREPLY=($(compgen -W \"" + choices + "\" -- \"$cur\"))";
+    else if (option.kind != Parameter::Kind::Flag)
+        values[option.name] = ":";
 }
 
-void writeCases(std::ostream& out, Values& values, const CLI::App& app, const std::string& path)
+void addParameter(Following& following, Values& values, const Parameter& parameter)
 {
-    Command command;
-    for (const CLI::App* child : app.get_subcommands([](const CLI::App*) { return true; }))
-        command.words += child->get_name() + " ";
-    for (const CLI::Option* option :
-         app.get_options([](const CLI::Option* o) { return !o->get_group().empty(); }))
-        addOption(command, values, *option);
-    out << "        \"" << path << "\") words=\"" << command.words << "\" options+=\""
-        << command.options << "\" argument=\"" << command.argument << "\" ;;\n";
-    for (const CLI::App* child : app.get_subcommands([](const CLI::App*) { return true; }))
-        writeCases(out, values, *child,
-                   path.empty() ? child->get_name() : path + " " + child->get_name());
+    if (parameter.isHidden)
+        return;
+    if (parameter.isOption()) {
+        addOption(following, values, parameter);
+        return;
+    }
+    if (following.argument.empty())
+        following.argument = typeOf(parameter);
+    following.words += choicesOf(parameter);
+}
+
+void writeCases(std::ostream& out, Values& values, const Program& program, const std::string& words,
+                const std::vector<Parameter>& parameters)
+{
+    Following following;
+    const auto children = below(program.commands, words);
+    for (const Command* child : children)
+        following.words += child->name() + " ";
+    for (const Parameter& parameter : parameters)
+        addParameter(following, values, parameter);
+    out << "        \"" << words << "\") words=\"" << following.words << "\" options+=\""
+        << following.options << "\" argument=\"" << following.argument << "\" ;;\n";
+    for (const Command* child : children)
+        writeCases(out, values, program, child->words, child->parameters);
 }
 
 } // namespace
 
-std::string completion(const CLI::App& app)
+std::string completion(const Program& program)
 {
     std::ostringstream out;
     Values values;
     out << prologue;
-    writeCases(out, values, app, {});
+    writeCases(out, values, program, {}, program.options);
     out << body;
     for (const auto& [option, action] : values)
         out << "        " << option << ") " << action << "; return ;;\n";

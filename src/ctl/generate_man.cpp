@@ -24,77 +24,67 @@ std::string escaped(const std::string& text)
     return result;
 }
 
-std::vector<const CLI::Option*> shownOptions(const CLI::App& app, bool positional)
-{
-    return app.get_options([positional](const CLI::Option* option) {
-        return option->get_positional() == positional && !option->get_group().empty();
-    });
-}
-
 /// What follows the option's name, as --help has it.
-std::string argumentOf(const CLI::App& command, const CLI::Option& option)
+std::string argumentOf(const Parameter& option)
 {
-    const std::string type = command.get_formatter()->get_label(option.get_type_name());
-    return option.get_items_expected_max() == 0 || type.empty() ? ""
-                                                                : " \\fI" + escaped(type) + "\\fP";
+    const std::string type = shownType(typeOf(option));
+    return type.empty() ? "" : " \\fI" + escaped(type) + "\\fP";
 }
 
-std::string synopsisOf(const CLI::App& command, const std::string& path)
+std::string synopsisOf(const Command& command)
 {
-    std::string line = "\\fB" + escaped(path) + "\\fP";
-    for (const CLI::Option* argument : shownOptions(command, true)) {
-        const bool required = argument->get_required();
-        const bool repeats = argument->get_items_expected_max() > 1;
-        line.append(required ? " \\fI" : " [\\fI").append(escaped(argument->get_name()));
-        line.append("\\fP").append(repeats ? "..." : "").append(required ? "" : "]");
+    std::string line = "\\fB" + escaped(command.words) + "\\fP";
+    for (const Parameter& argument : command.parameters) {
+        if (argument.isOption())
+            continue;
+        const bool repeats = argument.kind == Parameter::Kind::Texts;
+        line.append(argument.isRequired ? " \\fI" : " [\\fI").append(escaped(argument.name));
+        line.append("\\fP").append(repeats ? "..." : "").append(argument.isRequired ? "" : "]");
     }
     return line;
 }
 
-void writeOptions(std::ostream& out, const CLI::App& command)
+void writeParameters(std::ostream& out, const std::vector<Parameter>& parameters)
 {
-    for (const bool positional : {true, false}) {
-        for (const CLI::Option* option : shownOptions(command, positional)) {
-            if (option == command.get_help_ptr())
+    for (const bool options : {false, true}) {
+        for (const Parameter& parameter : parameters) {
+            if (parameter.isOption() != options || parameter.isHidden)
                 continue;
-            const std::string type = positional ? "" : argumentOf(command, *option);
-            out << ".RS\n.TP\n\\fB" << escaped(option->get_name()) << "\\fP" << type << "\n"
-                << escaped(option->get_description()) << "\n.RE\n";
+            out << ".RS\n.TP\n\\fB" << escaped(parameter.name) << "\\fP"
+                << (options ? argumentOf(parameter) : "") << "\n"
+                << escaped(parameter.description) << "\n.RE\n";
         }
     }
 }
 
-void writeCommands(std::ostream& out, const CLI::App& app, const std::string& path)
+void writeCommands(std::ostream& out, const Program& program, const std::string& words)
 {
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
-        const std::string full =
-            path.empty() ? command->get_name() : path + " " + command->get_name();
-        const bool isGroup = command->get_require_subcommand_min() > 0;
-        if (!isGroup) {
+    for (const Command* command : below(program.commands, words)) {
+        if (!command->isGroup()) {
             out << ".TP\n"
-                << synopsisOf(*command, full) << "\n"
-                << escaped(command->get_description()) << ".\n";
-            writeOptions(out, *command);
+                << synopsisOf(*command) << "\n"
+                << escaped(command->description) << ".\n";
+            writeParameters(out, command->parameters);
         }
-        writeCommands(out, *command, full);
+        writeCommands(out, program, command->words);
     }
 }
 
 } // namespace
 
-std::string manPage(const CLI::App& app)
+std::string manPage(const Program& program)
 {
     std::ostringstream out;
     out << ".TH ORVACTL 1\n.SH NAME\norvactl \\- client of the network manager's host\n"
         << ".SH SYNOPSIS\n.B orvactl\n[\\fB\\-\\-json\\fP] \\fICOMMAND\\fP [\\fIARGUMENTS\\fP]\n"
         << ".SH DESCRIPTION\n"
-        << escaped(app.get_description()) << "\n"
+        << escaped(program.description) << "\n"
         << ".PP\n"
-        << escaped(app.get_footer()) << "\n"
+        << escaped(program.footer) << "\n"
         << ".SH OPTIONS\n";
-    writeOptions(out, app);
+    writeParameters(out, program.options);
     out << ".SH COMMANDS\n";
-    writeCommands(out, app, {});
+    writeCommands(out, program, {});
     return out.str();
 }
 

@@ -1,4 +1,5 @@
-#include "commandline.h"
+#include "context.h"
+#include "families.h"
 #include "secret.h"
 #include "valuetext.h"
 
@@ -8,26 +9,9 @@ namespace ctl {
 
 namespace {
 
-struct NodesOptions
+CMPath pathOf(const Arguments& given)
 {
-    std::string kind;
-    bool paths = false;
-};
-
-struct PathOptions
-{
-    std::string path;
-};
-
-struct ValueOptions
-{
-    std::string path;
-    std::string value;
-};
-
-CMPath pathOf(const std::string& argument)
-{
-    return CMPath(text(argument));
+    return CMPath(given.text("PATH"));
 }
 
 /// A scalar as its bare text, anything else as indented JSON.
@@ -51,14 +35,16 @@ void showValue(const Output& out, const OrvaValue& value)
     }
 }
 
-Result nodes(Context& context, const NodesOptions& options)
+Result nodes(Context& context, const Arguments& given)
 {
+    const QString kind = given.text("--kind");
+    const bool pathsOnly = given.flag("--paths");
     const auto nodes = context.host.nodes();
     if (!nodes)
         return nodes.failure();
     QVector<QStringList> table;
     for (const OrvaBusNode& node : *nodes) {
-        if (!options.kind.empty() && node.kind != text(options.kind))
+        if (!kind.isEmpty() && node.kind != kind)
             continue;
         context.out.document({{QStringLiteral("path"), node.path},
                               {QStringLiteral("kind"), node.kind},
@@ -66,43 +52,43 @@ Result nodes(Context& context, const NodesOptions& options)
                               {QStringLiteral("permission"), node.permission},
                               {QStringLiteral("readOnly"), node.readOnly}});
         const QString access = node.readOnly ? QStringLiteral("read-only") : QString();
-        table.append(options.paths ? QStringList{printable(node.path)}
-                                   : QStringList{printable(node.path), node.kind, access,
-                                                 printable(node.title)});
+        table.append(pathsOnly ? QStringList{printable(node.path)}
+                               : QStringList{printable(node.path), node.kind, access,
+                                             printable(node.title)});
     }
     context.out.table(table);
     return {};
 }
 
-Result get(Context& context, const PathOptions& options)
+Result get(Context& context, const Arguments& given)
 {
-    const auto value = context.host.value(pathOf(options.path));
+    const auto value = context.host.value(pathOf(given));
     if (!value)
         return value.failure();
     showValue(context.out, *value);
     return {};
 }
 
-Outcome<QString> valueText(const std::string& argument)
+Outcome<QString> valueText(const QString& argument)
 {
-    return argument == "-" ? readText(QStringLiteral("-")) : Outcome<QString>(text(argument));
+    return argument == QLatin1String("-") ? readText(argument) : Outcome<QString>(argument);
 }
 
 /// A bare word is of the type that the node has now; an object names its type itself.
-Result set(Context& context, const ValueOptions& options)
+Result set(Context& context, const Arguments& given)
 {
-    const auto given = valueText(options.value);
-    if (!given)
-        return given.failure();
+    const auto written = valueText(given.text("VALUE"));
+    if (!written)
+        return written.failure();
     QString type;
-    if (!looksLikeObject(*given)) {
-        const auto current = context.host.value(pathOf(options.path));
+    if (!looksLikeObject(*written)) {
+        const auto current = context.host.value(pathOf(given));
         if (!current)
             return current.failure();
         type = current->typeKey();
     }
-    const auto value = parseValue(*given, type);
-    return value ? context.host.setValue(pathOf(options.path), *value) : value.failure();
+    const auto value = parseValue(*written, type);
+    return value ? context.host.setValue(pathOf(given), *value) : value.failure();
 }
 
 /// The type of the value that an action of the network takes, where it is a plain one.
@@ -117,18 +103,18 @@ QString actionType(const CMPath& path)
     return types.value(path);
 }
 
-Outcome<OrvaValue> actionValue(const CMPath& path, const std::string& argument)
+Outcome<OrvaValue> actionValue(const CMPath& path, const QString& argument)
 {
-    if (argument.empty())
+    if (argument.isEmpty())
         return OrvaValue();
-    const auto given = valueText(argument);
-    return given ? parseValue(*given, actionType(path)) : given.failure();
+    const auto written = valueText(argument);
+    return written ? parseValue(*written, actionType(path)) : written.failure();
 }
 
-Result invoke(Context& context, const ValueOptions& options)
+Result invoke(Context& context, const Arguments& given)
 {
-    const CMPath path = pathOf(options.path);
-    const auto value = actionValue(path, options.value);
+    const CMPath path = pathOf(given);
+    const auto value = actionValue(path, given.text("VALUE"));
     if (!value)
         return value.failure();
     const auto answer = context.host.invoke(path, *value);
@@ -139,9 +125,9 @@ Result invoke(Context& context, const ValueOptions& options)
     return {};
 }
 
-Result rows(Context& context, const PathOptions& options)
+Result rows(Context& context, const Arguments& given)
 {
-    const auto rows = context.host.rows(pathOf(options.path));
+    const auto rows = context.host.rows(pathOf(given));
     if (!rows)
         return rows.failure();
     QVector<QStringList> table;
@@ -154,43 +140,34 @@ Result rows(Context& context, const PathOptions& options)
     return {};
 }
 
-void addPath(CLI::App& command, std::string& path, const std::string& kind)
+Parameter pathOf(const std::string& kind)
 {
-    command.add_option("PATH", path, "The node's path")->required()->type_name(kind);
+    return Parameter{"PATH", "The node's path"}.required().of(kind);
 }
 
 } // namespace
 
-void addGenericCommands(CommandLine& commands)
+Commands genericCommands()
 {
-    CLI::App& app = commands.app();
-    const char* answerTime = "Wait at most SECONDS for the answer";
-
-    const auto list = commands.add(app, "nodes", "Lists the host's nodes", &nodes);
-    setChoices(*list.app->add_option("--kind", list.options->kind, "Only nodes of this kind"),
-               {"value", "activate", "rows"});
-    list.app->add_flag("--paths", list.options->paths, "Only the paths");
-    commands.addTime(*list.app, "--wait", answerTime);
-
-    const auto getter = commands.add(app, "get", "Shows a node's value", &get);
-    commands.addTime(*getter.app, "--wait", answerTime);
-    addPath(*getter.app, getter.options->path, "VALUE-NODE");
-
-    const auto setter = commands.add(app, "set", "Writes a node's value", &set);
-    commands.addTime(*setter.app, "--wait", answerTime);
-    addPath(*setter.app, setter.options->path, "VALUE-NODE");
-    setter.app->add_option("VALUE", setter.options->value, "The value; - reads standard input")
-        ->required();
-
-    const auto action =
-        commands.add(app, "invoke", "Activates a node and shows its answer", &invoke);
-    commands.addTime(*action.app, "--wait", answerTime);
-    addPath(*action.app, action.options->path, "ACTION-NODE");
-    action.app->add_option("VALUE", action.options->value, "The value; - reads standard input");
-
-    const auto lister = commands.add(app, "rows", "Shows the rows of a list node", &rows);
-    commands.addTime(*lister.app, "--wait", answerTime);
-    addPath(*lister.app, lister.options->path, "ROWS-NODE");
+    const Parameter value = {"VALUE", "The value; - reads standard input"};
+    return {
+        {"nodes",
+         "Lists the host's nodes",
+         {Parameter{"--kind", "Only nodes of this kind"}.oneOf({"value", "activate", "rows"}),
+          {"--paths", "Only the paths", Parameter::Kind::Flag},
+          answerTime()},
+         &nodes},
+        {"get", "Shows a node's value", {pathOf("VALUE-NODE"), answerTime()}, &get},
+        {"set",
+         "Writes a node's value",
+         {pathOf("VALUE-NODE"), value.required(), answerTime()},
+         &set},
+        {"invoke",
+         "Activates a node and shows its answer",
+         {pathOf("ACTION-NODE"), value, answerTime()},
+         &invoke},
+        {"rows", "Shows the rows of a list node", {pathOf("ROWS-NODE"), answerTime()}, &rows},
+    };
 }
 
 } // namespace ctl

@@ -1,9 +1,10 @@
-#include "bus.h"
 #include "commandline.h"
 #include "connectalarm.h"
+#include "context.h"
 #include "generate.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <cstdio>
 
 using namespace ctl;
@@ -21,46 +22,43 @@ int status(const Output& out, const Result& result)
     return int(result.status);
 }
 
-/// Prints what was asked for; an empty optional where there is a command to run.
-std::optional<int> generateIfAsked(CommandLine& commands)
+std::string generated(const Program& program, const QString& what)
 {
-    if (commands.generate().empty())
-        return std::nullopt;
-    const bool man = commands.generate() == "man";
-    std::fputs((man ? manPage(commands.app()) : completion(commands.app())).c_str(), stdout);
-    return 0;
+    return what == QLatin1String("man") ? manPage(program) : completion(program);
 }
 
-Result runOnce(const CommandLine& commands, Output& out, const QDeadlineTimer& deadline)
+Result runOnce(const Choice& choice, Output& out)
 {
     std::optional<ConnectAlarm> alarm;
-    if (!deadline.isForever() || !commands.isPatient())
-        alarm.emplace(deadline);
-    const Bus bus(deadline);
-    const Result connected = bus.check();
+    if (!choice.deadline.isForever() || !choice.command->isPatient)
+        alarm.emplace(choice.deadline);
+    const Bus bus(choice.deadline);
+    Result connected = bus.check();
     if (!connected.ok())
         return connected;
     Host host(bus);
     alarm.reset();
     Context context{bus, host, out};
-    return commands.run()(context);
+    return choice.command->run(context, choice.arguments);
 }
 
-Result runCommand(const CommandLine& commands, Output& out)
+void pauseBefore(const QDeadlineTimer& deadline)
 {
-    constexpr std::chrono::milliseconds pause{200};
+    QDeadlineTimer pause(200);
+    if (!deadline.isForever() && deadline < pause)
+        pause = deadline;
+    static_cast<void>(Bus::runUntil([] { return false; }, pause));
+}
+
+Result runCommand(const Choice& choice, Output& out)
+{
     registerBusTypes();
-    const QDeadlineTimer deadline = commands.deadline();
-    Result result = runOnce(commands, out, deadline);
-    while (commands.isPatient() && result.status == ExitStatus::NotRunning) {
-        if (deadline.hasExpired())
+    Result result = runOnce(choice, out);
+    while (choice.command->isPatient && result.status == ExitStatus::NotRunning) {
+        if (choice.deadline.hasExpired())
             return {ExitStatus::TimedOut, QStringLiteral("Timed out: %1").arg(result.text)};
-        const QDeadlineTimer next(
-            deadline.isForever()
-                ? pause
-                : std::min(pause, std::chrono::milliseconds(deadline.remainingTime())));
-        static_cast<void>(Bus::runUntil([] { return false; }, next));
-        result = runOnce(commands, out, deadline);
+        pauseBefore(choice.deadline);
+        result = runOnce(choice, out);
     }
     return result;
 }
@@ -73,18 +71,15 @@ int main(int argc, char* argv[])
     Output out;
     if (!std::all_of(argv, argv + argc, isUtf8))
         return status(out, {ExitStatus::Usage, QStringLiteral("An argument is not UTF-8 text.")});
-    CommandLine commands;
-    try {
-        commands.app().parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return commands.app().exit(error) == 0 ? int(ExitStatus::Done) : int(ExitStatus::Usage);
+    const Program orvactl = program();
+    const auto parsed = parseCommandLine(orvactl, argc, argv);
+    if (const auto* ended = std::get_if<ExitStatus>(&parsed))
+        return int(*ended);
+    const Choice& choice = *std::get_if<Choice>(&parsed);
+    if (!choice.generate.isEmpty()) {
+        std::fputs(generated(orvactl, choice.generate).c_str(), stdout);
+        return int(ExitStatus::Done);
     }
-    if (const auto generated = generateIfAsked(commands))
-        return *generated;
-    if (!commands.run()) {
-        std::fputs(commands.app().help().c_str(), stderr);
-        return int(ExitStatus::Usage);
-    }
-    out.setJson(commands.json());
-    return status(out, runCommand(commands, out));
+    out.setJson(choice.json);
+    return status(out, runCommand(choice, out));
 }

@@ -1,4 +1,5 @@
-#include "commandline.h"
+#include "context.h"
+#include "families.h"
 #include "valueleaves.h"
 
 #include <QDateTime>
@@ -6,11 +7,6 @@
 namespace ctl {
 
 namespace {
-
-struct MonitorOptions
-{
-    std::vector<std::string> prefixes;
-};
 
 /// Remembers what every node held and says what a change changed.
 class Monitor
@@ -122,12 +118,9 @@ private:
     QHash<CMPath, int> m_rowCounts;
 };
 
-Result monitor(Context& context, const MonitorOptions& options)
+Result monitor(Context& context, const Arguments& given)
 {
-    QStringList prefixes;
-    for (const std::string& prefix : options.prefixes)
-        prefixes.append(text(prefix));
-    Monitor watcher(context, prefixes);
+    Monitor watcher(context, given.texts("PREFIX"));
     Result begun = watcher.begin();
     if (!begun.ok())
         return begun;
@@ -144,14 +137,14 @@ Result monitor(Context& context, const MonitorOptions& options)
 
 } // namespace
 
-void addMonitorCommand(CommandLine& commands)
+Commands monitorCommands()
 {
-    const auto added = commands.add(commands.app(), "monitor",
-                                    "Shows each change as a line: time, what, from, to", &monitor);
-    added.app
-        ->add_option("PREFIX", added.options->prefixes,
-                     "Only nodes whose path begins so; all where none is named")
-        ->type_name("NODE");
+    const Parameter prefix = {"PREFIX", "Only nodes whose path begins so; all where none is named",
+                              Parameter::Kind::Texts};
+    return {{"monitor",
+             "Shows each change as a line: time, what, from, to",
+             {prefix.of("NODE")},
+             &monitor}};
 }
 
 } // namespace ctl

@@ -1,3 +1,4 @@
+#include "families.h"
 #include "names.h"
 #include "profileedit.h"
 
@@ -5,21 +6,12 @@ namespace ctl {
 
 namespace {
 
-struct SetOptions
+bool hasAddress(const Arguments& given)
 {
-    std::string type;
-    std::string interface = "wired";
-    bool dhcp = false;
-    std::string ip;
-    std::string netmask;
-    std::string gateway;
-    std::vector<std::string> dns;
-
-    [[nodiscard]] bool hasAddress() const
-    {
-        return dhcp || !ip.empty() || !netmask.empty() || !gateway.empty() || !dns.empty();
-    }
-};
+    return given.flag("--dhcp") || !given.text("--ip").isEmpty() ||
+           !given.text("--netmask").isEmpty() || !given.text("--gateway").isEmpty() ||
+           !given.texts("--dns").isEmpty();
+}
 
 QString addressing(const OrvaNetworkInterface& interface)
 {
@@ -43,7 +35,7 @@ QString softApText(const OrvaNetworkProfileSoftApSettings& settings)
     return printable(line);
 }
 
-Result show(Context& context, const NoOptions&)
+Result show(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkProfilePath());
     if (!value)
@@ -66,9 +58,9 @@ Result show(Context& context, const NoOptions&)
     return {};
 }
 
-OrvaNetworkInterface withAddress(OrvaNetworkInterface interface, const SetOptions& options)
+OrvaNetworkInterface withAddress(OrvaNetworkInterface interface, const Arguments& given)
 {
-    if (options.dhcp) {
+    if (given.flag("--dhcp")) {
         interface.setDhcp(true);
         interface.__remove(OrvaNetworkInterface::Ip());
         interface.__remove(OrvaNetworkInterface::Netmask());
@@ -76,69 +68,65 @@ OrvaNetworkInterface withAddress(OrvaNetworkInterface interface, const SetOption
         interface.__remove(OrvaNetworkInterface::Dns());
         return interface;
     }
-    QStringList dns;
-    for (const std::string& server : options.dns)
-        dns.append(text(server));
-    if (!options.ip.empty()) {
+    if (!given.text("--ip").isEmpty()) {
         interface.setDhcp(false);
-        interface.setIp(text(options.ip));
+        interface.setIp(given.text("--ip"));
     }
-    if (!options.netmask.empty())
-        interface.setNetmask(text(options.netmask));
-    if (!options.gateway.empty())
-        interface.setGateway(text(options.gateway));
-    if (!dns.isEmpty())
-        interface.setDns(dns);
+    if (!given.text("--netmask").isEmpty())
+        interface.setNetmask(given.text("--netmask"));
+    if (!given.text("--gateway").isEmpty())
+        interface.setGateway(given.text("--gateway"));
+    if (!given.texts("--dns").isEmpty())
+        interface.setDns(given.texts("--dns"));
     return interface;
 }
 
-OrvaNetworkProfile withType(OrvaNetworkProfile profile, const std::string& name)
+OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& name)
 {
     for (const auto type : {OrvaNetworkProfileType::Auto, OrvaNetworkProfileType::Wired,
                             OrvaNetworkProfileType::Wireless}) {
-        if (OrvaNetworkProfileType::toString(type) == text(name))
+        if (OrvaNetworkProfileType::toString(type) == name)
             profile.setType(type);
     }
     return profile;
 }
 
-Result set(Context& context, const SetOptions& options)
+Result set(Context& context, const Arguments& given)
 {
-    if (options.type.empty() && !options.hasAddress())
+    if (given.text("--type").isEmpty() && !hasAddress(given))
         return {ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto published = publishedProfile(context.host);
     if (!published)
         return published.failure();
-    OrvaNetworkProfile profile = withType(*published, options.type);
-    const bool isWireless = options.interface == "wireless";
-    if (options.hasAddress() && isWireless && profile.wireless().ssid().isEmpty())
+    OrvaNetworkProfile profile = withType(*published, given.text("--type"));
+    const bool isWireless = given.text("--interface") == QLatin1String("wireless");
+    if (hasAddress(given) && isWireless && profile.wireless().ssid().isEmpty())
         return {ExitStatus::Usage, QStringLiteral("There is no wireless network to set it for.")};
-    if (options.hasAddress() && isWireless)
-        profile.setWireless(withAddress(profile.wireless(), options));
-    else if (options.hasAddress())
-        profile.setWired(withAddress(profile.wired(), options));
+    if (hasAddress(given) && isWireless)
+        profile.setWireless(withAddress(profile.wireless(), given));
+    else if (hasAddress(given))
+        profile.setWired(withAddress(profile.wired(), given));
     return setProfile(context, profile, whenInfo([](const OrvaNetworkInfo& info) {
                           return info.state() == OrvaNetworkState::Connected;
                       }));
 }
 
-void addAddressOptions(CLI::App& command, SetOptions& options)
+std::vector<Parameter> setParameters()
 {
-    const auto address = CLI::ValidIPV4.description("");
-    setChoices(*command.add_option("--interface", options.interface,
-                                   "Whose address the options below set; wired where not given"),
-               {"wired", "wireless"});
-    CLI::Option* ip = command.add_option("--ip", options.ip, "Static address");
-    CLI::Option* netmask = command.add_option("--netmask", options.netmask, "Its netmask");
-    CLI::Option* gateway = command.add_option("--gateway", options.gateway, "Gateway");
-    CLI::Option* dns =
-        command.add_option("--dns", options.dns, "Name servers, commas between them");
-    dns->delimiter(',');
-    CLI::Option* dhcp = command.add_flag("--dhcp", options.dhcp, "Address by DHCP");
-    for (CLI::Option* option : {ip, netmask, gateway, dns}) {
-        option->check(address)->type_name("ADDRESS");
-        dhcp->excludes(option);
-    }
+    using Kind = Parameter::Kind;
+    return {
+        Parameter{"--type", "Which interface the profile configures"}.oneOf(
+            {"auto", "wired", "wireless"}),
+        Parameter{"--interface", "Whose address the options below set; wired where not given"}
+            .oneOf({"wired", "wireless"}),
+        {"--ip", "Static address", Kind::Address},
+        {"--netmask", "Its netmask", Kind::Address},
+        {"--gateway", "Gateway", Kind::Address},
+        {"--dns", "Name servers, commas between them", Kind::Addresses},
+        Parameter{"--dhcp", "Address by DHCP", Kind::Flag}.without(
+            {"--ip", "--netmask", "--gateway", "--dns"}),
+        {"--wait", "Also wait until connected, at most SECONDS", Kind::Time},
+    };
 }
 
 } // namespace
@@ -155,18 +143,13 @@ Result setProfile(Context& context, const OrvaNetworkProfile& profile, const Inf
                            valueOf(OrvaValue::NetworkProfile(), profile.__variant()), verdict);
 }
 
-void addProfileCommands(CommandLine& commands)
+Commands profileCommands()
 {
-    CLI::App& profile = CommandLine::group(commands.app(), "profile", "The network profile");
-    commands.add(profile, "show", "Shows the profile, keys masked", &show);
-
-    const auto setter =
-        commands.add(profile, "set", "Changes what is named and leaves all else", &set);
-    setChoices(*setter.app->add_option("--type", setter.options->type,
-                                       "Which interface the profile configures"),
-               {"auto", "wired", "wireless"});
-    addAddressOptions(*setter.app, *setter.options);
-    commands.addTime(*setter.app, "--wait", "Also wait until connected, at most SECONDS");
+    return {
+        {"profile", "The network profile"},
+        {"profile show", "Shows the profile, keys masked", {}, &show},
+        {"profile set", "Changes what is named and leaves all else", setParameters(), &set},
+    };
 }
 
 } // namespace ctl

@@ -1,18 +1,14 @@
 #include "action.h"
+#include "families.h"
 
 namespace ctl {
 
 namespace {
 
-struct AirplaneOptions
+bool isOn(const Arguments& given)
 {
-    std::string state;
-};
-
-struct WakeOptions
-{
-    std::string state;
-};
+    return given.text("STATE") == QLatin1String("on");
+}
 
 Result showAirplane(Context& context)
 {
@@ -24,11 +20,11 @@ Result showAirplane(Context& context)
     return {};
 }
 
-Result airplane(Context& context, const AirplaneOptions& options)
+Result airplane(Context& context, const Arguments& given)
 {
-    if (options.state.empty())
+    if (given.text("STATE").isEmpty())
         return showAirplane(context);
-    const bool on = options.state == "on";
+    const bool on = isOn(given);
     Result set =
         context.host.setValue(OrvaNetworkAirplaneModePath(), valueOf(OrvaValue::Bool(), on));
     if (!set.ok())
@@ -37,25 +33,25 @@ Result airplane(Context& context, const AirplaneOptions& options)
         context, whenInfo([on](const OrvaNetworkInfo& info) { return info.airplaneMode() == on; }));
 }
 
-Result wakeOnLan(Context& context, const WakeOptions& options)
+Result wakeOnLan(Context& context, const Arguments& given)
 {
-    const OrvaValue value = valueOf(OrvaValue::Bool(), options.state == "on");
+    const OrvaValue value = valueOf(OrvaValue::Bool(), isOn(given));
     return activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value).result();
 }
 
 } // namespace
 
-void addRadioCommands(CommandLine& commands)
+Commands radioCommands()
 {
-    const auto switcher =
-        commands.add(commands.app(), "airplane", "Switches airplane mode, or shows it", &airplane);
-    setChoices(*switcher.app->add_option("STATE", switcher.options->state, "on or off"),
-               {"on", "off"});
-    commands.addTime(*switcher.app, "--wait", "Also wait until it is in force, at most SECONDS");
-
-    const auto waker = commands.add(commands.app(), "wol", "Switches wake-on-LAN", &wakeOnLan);
-    setChoices(*waker.app->add_option("STATE", waker.options->state, "on or off")->required(),
-               {"on", "off"});
+    const Parameter state = Parameter{"STATE", "on or off"}.oneOf({"on", "off"});
+    return {
+        {"airplane",
+         "Switches airplane mode, or shows it",
+         {state,
+          {"--wait", "Also wait until it is in force, at most SECONDS", Parameter::Kind::Time}},
+         &airplane},
+        {"wol", "Switches wake-on-LAN", {state.required()}, &wakeOnLan},
+    };
 }
 
 } // namespace ctl

@@ -1,3 +1,4 @@
+#include "families.h"
 #include "names.h"
 #include "profileedit.h"
 
@@ -56,7 +57,7 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
 /// The host gives a scan 30 seconds.
 constexpr std::chrono::seconds scanPatience{35};
 
-Result scan(Context& context, const NoOptions&)
+Result scan(Context& context, const Arguments&)
 {
     if (Output::stderrIsTerminal())
         context.out.note(QStringLiteral("Scanning…"));
@@ -64,7 +65,7 @@ Result scan(Context& context, const NoOptions&)
     return answer ? showNetworks(context, answer->networkScanResults()) : answer.failure();
 }
 
-Result list(Context& context, const NoOptions&)
+Result list(Context& context, const Arguments&)
 {
     const auto rows = context.host.rows(OrvaNetworkScanResultsPath());
     if (!rows)
@@ -77,12 +78,15 @@ Result list(Context& context, const NoOptions&)
 
 } // namespace
 
-void addScanCommands(CommandLine& commands, CLI::App& wifi)
+Commands scanCommands()
 {
-    const auto scanner = commands.add(
-        wifi, "scan", "Scans and lists what it found; * is connected, + is known", &scan);
-    commands.addTime(*scanner.app, "--wait", "Wait at most SECONDS for the results");
-    commands.add(wifi, "list", "Lists what the last scan found", &list);
+    return {
+        {"wifi scan",
+         "Scans and lists what it found; * is connected, + is known",
+         {{"--wait", "Wait at most SECONDS for the results", Parameter::Kind::Time}},
+         &scan},
+        {"wifi list", "Lists what the last scan found", {}, &list},
+    };
 }
 
 } // namespace ctl

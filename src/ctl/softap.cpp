@@ -1,4 +1,5 @@
 #include "action.h"
+#include "families.h"
 
 #include <chrono>
 
@@ -8,55 +9,71 @@ namespace {
 
 using Settings = OrvaNetworkProfileSoftApSettings;
 
-struct RequestOptions
+/// An option that sets a text of the settings.
+struct SettingRow
 {
-    std::string name;
-    /// Settings by the key of the record; only what is named is sent.
-    std::map<std::string, std::string> texts;
-    std::optional<int> channel;
-    std::optional<double> timeout;
-    bool hold = false;
+    const char* option;
+    QString key;
+    const char* type;
+    const char* description;
 };
 
-struct RevokeOptions
+std::vector<SettingRow> settingRows()
 {
-    std::string name;
-    std::string interface;
-};
+    return {
+        {"--interface", Settings::ApInterface(), "NAME", "Soft-AP interface; uap0 where not given"},
+        {"--ssid", Settings::Ssid(), "SSID", "Name of the network"},
+        {"--bssid", Settings::Bssid(), "MAC", "Hardware address"},
+        {"--country", Settings::CountryCode(), "CODE", "Country code"},
+        {"--address", Settings::ApAddress(), "ADDRESS", "Own address"},
+        {"--netmask", Settings::ApNetmask(), "ADDRESS", "Its netmask"},
+        {"--dhcp-from", Settings::DhcpRangeFrom(), "ADDRESS", "First address given to stations"},
+        {"--dhcp-to", Settings::DhcpRangeTo(), "ADDRESS", "Last address given to stations"},
+        {"--domain", Settings::DomainName(), "NAME", "Domain name"},
+        {"--vendor-data", Settings::VendorSpecificData(), "TEXT", "Vendor-specific data"},
+    };
+}
 
-OrvaNetworkProfileSoftApRequest requestOf(const RequestOptions& options)
+/// Only what is named is sent.
+Settings settingsOf(const Arguments& given)
 {
     QVariantHash settings;
-    for (const auto& [key, value] : options.texts) {
-        if (!value.empty())
-            settings.insert(text(key), text(value));
+    for (const SettingRow& row : settingRows()) {
+        const QString value = given.text(row.option);
+        if (!value.isEmpty())
+            settings.insert(row.key, value);
     }
-    if (options.channel)
-        settings.insert(Settings::Channel(), *options.channel);
+    if (const auto channel = given.integer("--channel"))
+        settings.insert(Settings::Channel(), *channel);
+    return Settings(settings);
+}
+
+OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
+{
     OrvaNetworkProfileSoftApRequest request;
-    request.setName(text(options.name));
-    request.setSettings(Settings(settings));
-    if (options.timeout)
-        request.setTimeout(qRound(qMin(*options.timeout, 1e6) * 1000));
-    if (options.hold)
+    request.setName(given.text("NAME"));
+    request.setSettings(settingsOf(given));
+    if (const auto timeout = given.seconds("--timeout"))
+        request.setTimeout(qRound(qMin(*timeout, 1e6) * 1000));
+    if (given.flag("--hold"))
         request.setHoldSoftAp(true);
     return request;
 }
 
-Result request(Context& context, const RequestOptions& options)
+Result request(Context& context, const Arguments& given)
 {
     const OrvaValue value =
-        valueOf(OrvaValue::NetworkSoftApRequest(), requestOf(options).__variant());
+        valueOf(OrvaValue::NetworkSoftApRequest(), requestOf(given).__variant());
     return activate(context, OrvaNetworkRequestSoftApPath(), value).result();
 }
 
-Result revoke(Context& context, const RevokeOptions& options)
+Result revoke(Context& context, const Arguments& given)
 {
     OrvaNetworkProfileSoftApRequest request;
-    request.setName(text(options.name));
-    if (!options.interface.empty()) {
+    request.setName(given.text("NAME"));
+    if (!given.text("--interface").isEmpty()) {
         Settings settings;
-        settings.setApInterface(text(options.interface));
+        settings.setApInterface(given.text("--interface"));
         request.setSettings(settings);
     }
     const OrvaValue value = valueOf(OrvaValue::NetworkSoftApRequest(), request.__variant());
@@ -90,7 +107,7 @@ QStringList tableRow(const OrvaNetworkSoftApRequestStatus& status)
             timeLeft(status)};
 }
 
-Result list(Context& context, const NoOptions&)
+Result list(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkSoftApRequestsPath());
     if (!value)
@@ -106,7 +123,7 @@ Result list(Context& context, const NoOptions&)
     return {};
 }
 
-Result stations(Context& context, const NoOptions&)
+Result stations(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkConnectedSoftApStationsPath());
     if (!value)
@@ -117,57 +134,37 @@ Result stations(Context& context, const NoOptions&)
     return {};
 }
 
-struct SettingRow
+std::vector<Parameter> requestParameters()
 {
-    const char* option;
-    const QString& key;
-    const char* type;
-    const char* description;
-};
-
-void addSettings(CLI::App& command, RequestOptions& options)
-{
-    const SettingRow rows[] = {
-        {"--interface", Settings::ApInterface(), "NAME", "Soft-AP interface; uap0 where not given"},
-        {"--ssid", Settings::Ssid(), "SSID", "Name of the network"},
-        {"--bssid", Settings::Bssid(), "MAC", "Hardware address"},
-        {"--country", Settings::CountryCode(), "CODE", "Country code"},
-        {"--address", Settings::ApAddress(), "ADDRESS", "Own address"},
-        {"--netmask", Settings::ApNetmask(), "ADDRESS", "Its netmask"},
-        {"--dhcp-from", Settings::DhcpRangeFrom(), "ADDRESS", "First address given to stations"},
-        {"--dhcp-to", Settings::DhcpRangeTo(), "ADDRESS", "Last address given to stations"},
-        {"--domain", Settings::DomainName(), "NAME", "Domain name"},
-        {"--vendor-data", Settings::VendorSpecificData(), "TEXT", "Vendor-specific data"},
-    };
-    for (const SettingRow& row : rows)
-        command.add_option(row.option, options.texts[row.key.toStdString()], row.description)
-            ->type_name(row.type);
-    command.add_option("--channel", options.channel, "Channel");
+    using Kind = Parameter::Kind;
+    std::vector<Parameter> parameters = {Parameter{"NAME", "Who asks"}.required()};
+    for (const SettingRow& row : settingRows())
+        parameters.push_back(Parameter{row.option, row.description}.of(row.type));
+    parameters.insert(
+        parameters.end(),
+        {{"--channel", "Channel", Kind::Integer},
+         {"--timeout", "When the request expires; never where not given", Kind::Seconds},
+         {"--hold", "Keep other requests from changing it; needs --timeout", Kind::Flag},
+         answerTime()});
+    return parameters;
 }
 
 } // namespace
 
-void addSoftApCommands(CommandLine& commands)
+Commands softApCommands()
 {
-    CLI::App& softap = CommandLine::group(commands.app(), "softap", "The soft access point");
-
-    const auto asker = commands.add(
-        softap, "request", "Asks for the soft access point; answers when it is up", &request);
-    asker.app->add_option("NAME", asker.options->name, "Who asks")->required();
-    addSettings(*asker.app, *asker.options);
-    setSeconds(*asker.app->add_option("--timeout", asker.options->timeout,
-                                      "When the request expires; never where not given"));
-    asker.app->add_flag("--hold", asker.options->hold,
-                        "Keep other requests from changing it; needs --timeout");
-    commands.addTime(*asker.app, "--wait", "Wait at most SECONDS for the answer");
-
-    const auto revoker = commands.add(softap, "revoke", "Takes a request back", &revoke);
-    revoker.app->add_option("NAME", revoker.options->name, "Who asked")->required();
-    revoker.app->add_option("--interface", revoker.options->interface, "Soft-AP interface")
-        ->type_name("NAME");
-
-    commands.add(softap, "list", "Lists who asked for what, and what runs", &list);
-    commands.add(softap, "stations", "Lists the connected stations", &stations);
+    return {
+        {"softap", "The soft access point"},
+        {"softap request", "Asks for the soft access point; answers when it is up",
+         requestParameters(), &request},
+        {"softap revoke",
+         "Takes a request back",
+         {Parameter{"NAME", "Who asked"}.required(),
+          Parameter{"--interface", "Soft-AP interface"}.of("NAME")},
+         &revoke},
+        {"softap list", "Lists who asked for what, and what runs", {}, &list},
+        {"softap stations", "Lists the connected stations", {}, &stations},
+    };
 }
 
 } // namespace ctl

@@ -1,4 +1,5 @@
-#include "commandline.h"
+#include "context.h"
+#include "families.h"
 #include "names.h"
 
 #include "network/networkpaths.h"
@@ -167,7 +168,7 @@ void showPage(const Output& out, const Picture& picture)
         page.add(QStringLiteral("Airplane mode"), QStringLiteral("on"));
 }
 
-Result status(Context& context, const NoOptions&)
+Result status(Context& context, const Arguments&)
 {
     QVariantHash document;
     QHash<CMPath, OrvaValue> values;
@@ -190,9 +191,9 @@ Result status(Context& context, const NoOptions&)
 
 } // namespace
 
-void addStatusCommand(CommandLine& commands)
+Commands statusCommands()
 {
-    commands.add(commands.app(), "status", "Shows how the network stands, on a page", &status);
+    return {{"status", "Shows how the network stands, on a page", {}, &status}};
 }
 
 } // namespace ctl

@@ -1,4 +1,5 @@
-#include "commandline.h"
+#include "context.h"
+#include "families.h"
 #include "valuetext.h"
 
 #include <algorithm>
@@ -6,16 +7,6 @@
 namespace ctl {
 
 namespace {
-
-struct PathsOptions
-{
-    std::vector<std::string> paths;
-};
-
-struct WaitOptions
-{
-    std::string condition;
-};
 
 void showChange(const Output& out, const CMPath& path, const OrvaValue& value)
 {
@@ -70,11 +61,9 @@ Result showPresent(Context& context, const QStringList& paths)
     return {};
 }
 
-Result watch(Context& context, const PathsOptions& options)
+Result watch(Context& context, const Arguments& given)
 {
-    QStringList paths;
-    for (const std::string& path : options.paths)
-        paths.append(text(path));
+    const QStringList paths = given.texts("PATH");
     const auto wanted = [&paths](const CMPath& path) {
         return paths.isEmpty() || paths.contains(path.toString());
     };
@@ -94,9 +83,9 @@ Result watch(Context& context, const PathsOptions& options)
     return present.ok() ? context.host.follow() : present;
 }
 
-Result wait(Context& context, const WaitOptions& options)
+Result wait(Context& context, const Arguments& given)
 {
-    const QString condition = text(options.condition);
+    const QString condition = given.text("CONDITION");
     const int split = condition.indexOf(QLatin1String("=="));
     if (split < 1)
         return {ExitStatus::Usage, QStringLiteral("A condition is written PATH==VALUE.")};
@@ -115,24 +104,20 @@ Result wait(Context& context, const WaitOptions& options)
 
 } // namespace
 
-void addWatchCommands(CommandLine& commands)
+Commands watchCommands()
 {
-    CLI::App& app = commands.app();
-    const auto watcher =
-        commands.add(app, "watch", "Shows nodes' values, now and as they change", &watch);
-    watcher.app
-        ->add_option("PATH", watcher.options->paths, "The nodes; all changes where none is named")
-        ->type_name("NODE");
-
-    const auto waiter = commands.add(
-        app, "wait", "Waits until a node has a value, for the host and the bus too", &wait);
-    waiter.app
-        ->add_option("CONDITION", waiter.options->condition,
-                     "PATH==VALUE; of a map, the fields that VALUE names")
-        ->required()
-        ->type_name("VALUE-NODE");
-    commands.addTime(*waiter.app, "--timeout", "Give up after so many seconds");
-    commands.makePatient(*waiter.app);
+    using Kind = Parameter::Kind;
+    const Parameter paths = {"PATH", "The nodes; all changes where none is named", Kind::Texts};
+    const Parameter condition = {"CONDITION", "PATH==VALUE; of a map, the fields that VALUE names"};
+    const Parameter timeout = {"--timeout", "Give up after so many seconds", Kind::Time};
+    return {
+        {"watch", "Shows nodes' values, now and as they change", {paths.of("NODE")}, &watch},
+        {"wait",
+         "Waits until a node has a value, for the host and the bus too",
+         {condition.required().of("VALUE-NODE"), timeout},
+         &wait,
+         true},
+    };
 }
 
 } // namespace ctl

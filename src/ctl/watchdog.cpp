@@ -1,4 +1,5 @@
 #include "action.h"
+#include "families.h"
 
 namespace ctl {
 
@@ -8,13 +9,6 @@ using Criteria = OrvaNetworkWifiRestartCriteria;
 
 /// The shortest sampling interval at which the watchdog runs.
 constexpr int shortestIntervalMs = 10000;
-
-struct SetOptions
-{
-    std::optional<double> interval;
-    std::optional<int> threshold;
-    std::string path;
-};
 
 Outcome<Criteria> criteria(Host& host)
 {
@@ -36,7 +30,7 @@ QString description(const Criteria& criteria)
         .arg(criteria.maxTxIncreaseNoRxIncreaseThreshold());
 }
 
-Result status(Context& context, const NoOptions&)
+Result status(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkWifiRestartCriteriaPath());
     if (!value)
@@ -50,7 +44,7 @@ Result status(Context& context, const NoOptions&)
     return {};
 }
 
-Result restart(Context& context, const NoOptions&)
+Result restart(Context& context, const Arguments&)
 {
     return activate(context, OrvaNetworkRequestWifiRestartPath(), {}).result();
 }
@@ -61,24 +55,27 @@ Result write(Context& context, const Criteria& criteria)
                                  valueOf(OrvaValue::WifiRestartCriteria(), criteria.__variant()));
 }
 
-Result set(Context& context, const SetOptions& options)
+Result set(Context& context, const Arguments& given)
 {
-    if (!options.interval && !options.threshold && options.path.empty())
+    const auto interval = given.seconds("--interval");
+    const auto threshold = given.integer("--threshold");
+    const QString path = given.text("--path");
+    if (!interval && !threshold && path.isEmpty())
         return {ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto present = criteria(context.host);
     if (!present)
         return present.failure();
     Criteria changed = *present;
-    if (options.interval)
-        changed.setCheckIntervalMs(qRound(qMin(*options.interval, 1e6) * 1000));
-    if (options.threshold)
-        changed.setMaxTxIncreaseNoRxIncreaseThreshold(*options.threshold);
-    if (!options.path.empty())
-        changed.setRestartActivatePath(CMPath(text(options.path)));
+    if (interval)
+        changed.setCheckIntervalMs(qRound(qMin(*interval, 1e6) * 1000));
+    if (threshold)
+        changed.setMaxTxIncreaseNoRxIncreaseThreshold(*threshold);
+    if (!path.isEmpty())
+        changed.setRestartActivatePath(CMPath(path));
     return write(context, changed);
 }
 
-Result off(Context& context, const NoOptions&)
+Result off(Context& context, const Arguments&)
 {
     const auto present = criteria(context.host);
     if (!present)
@@ -90,23 +87,21 @@ Result off(Context& context, const NoOptions&)
 
 } // namespace
 
-void addWatchdogCommands(CommandLine& commands)
+Commands watchdogCommands()
 {
-    CLI::App& watchdog = CommandLine::group(commands.app(), "watchdog",
-                                            "The watchdog that restarts a stuck Wi-Fi link");
-    commands.add(watchdog, "status", "Shows the criteria", &status);
-
-    const auto setter = commands.add(watchdog, "set", "Changes the criteria that are named", &set);
-    setSeconds(*setter.app->add_option("--interval", setter.options->interval,
-                                       "Time between two samples; below 10 it is off"));
-    setter.app->add_option("--threshold", setter.options->threshold,
-                           "Stuck samples in a row that lead to a restart");
-    setter.app->add_option("--path", setter.options->path, "The node that restarts Wi-Fi")
-        ->type_name("ACTION-NODE");
-
-    commands.add(watchdog, "off", "Switches it off and keeps the other criteria", &off);
-    const auto restarter = commands.add(watchdog, "restart", "Restarts Wi-Fi now", &restart);
-    commands.addTime(*restarter.app, "--wait", "Wait at most SECONDS for the answer");
+    using Kind = Parameter::Kind;
+    return {
+        {"watchdog", "The watchdog that restarts a stuck Wi-Fi link"},
+        {"watchdog status", "Shows the criteria", {}, &status},
+        {"watchdog set",
+         "Changes the criteria that are named",
+         {{"--interval", "Time between two samples; below 10 it is off", Kind::Seconds},
+          {"--threshold", "Stuck samples in a row that lead to a restart", Kind::Integer},
+          Parameter{"--path", "The node that restarts Wi-Fi"}.of("ACTION-NODE")},
+         &set},
+        {"watchdog off", "Switches it off and keeps the other criteria", {}, &off},
+        {"watchdog restart", "Restarts Wi-Fi now", {answerTime()}, &restart},
+    };
 }
 
 } // namespace ctl

@@ -1,3 +1,4 @@
+#include "families.h"
 #include "names.h"
 #include "profileedit.h"
 #include "secret.h"
@@ -6,19 +7,6 @@
 namespace ctl {
 
 namespace {
-
-struct ConnectOptions
-{
-    std::string ssid;
-    std::string keyFile;
-    bool askKey = false;
-    bool open = false;
-};
-
-struct SsidOptions
-{
-    std::string ssid;
-};
 
 std::optional<OrvaNetworkInterface> knownNetwork(const OrvaNetworkProfile& profile,
                                                  const QString& ssid)
@@ -48,13 +36,13 @@ std::optional<OrvaNetworkProfileWirelessEncryption> seenEncryption(Host& host, c
 /// The network with its key: a known one keeps its key unless another is given, and one that the
 /// scan or the person calls open needs none.
 Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkProfile& profile,
-                                            const ConnectOptions& options)
+                                            const Arguments& given)
 {
     using Encryption = OrvaNetworkProfileWirelessEncryption;
-    const QString ssid = text(options.ssid);
+    const QString ssid = given.text("SSID");
     const auto known = knownNetwork(profile, ssid);
-    const bool keyIsGiven = !options.keyFile.empty() || options.askKey;
-    if (known && !keyIsGiven && !options.open)
+    const bool keyIsGiven = !given.text("--key-file").isEmpty() || given.flag("--ask-key");
+    if (known && !keyIsGiven && !given.flag("--open"))
         return *known;
 
     OrvaNetworkInterface network = known.value_or(OrvaNetworkInterface());
@@ -64,13 +52,13 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
     }
     const auto seen = seenEncryption(context.host, ssid);
     const bool seenOpen = seen && *seen == Encryption::None;
-    if (options.open || (seenOpen && !keyIsGiven)) {
+    if (given.flag("--open") || (seenOpen && !keyIsGiven)) {
         network.setKey({});
         network.setEncryption(Encryption::None);
         return network;
     }
     const auto key =
-        readKey(text(options.keyFile), QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
+        readKey(given.text("--key-file"), QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
     if (!key)
         return key.failure();
     network.setKey(*key);
@@ -90,15 +78,15 @@ std::optional<Result> judgeJoining(const OrvaNetworkInfo& info, const QString& s
     return std::nullopt;
 }
 
-Result connectTo(Context& context, const ConnectOptions& options)
+Result connectTo(Context& context, const Arguments& given)
 {
-    const QString ssid = text(options.ssid);
+    const QString ssid = given.text("SSID");
     if (ssid.isEmpty())
         return {ExitStatus::Usage, QStringLiteral("A network has a name.")};
     const auto published = publishedProfile(context.host);
     if (!published)
         return published.failure();
-    const auto network = networkToJoin(context, *published, options);
+    const auto network = networkToJoin(context, *published, given);
     if (!network)
         return network.failure();
     OrvaNetworkProfile profile = *published;
@@ -110,9 +98,9 @@ Result connectTo(Context& context, const ConnectOptions& options)
                       [ssid](const OrvaNetworkInfo& info) { return judgeJoining(info, ssid); });
 }
 
-Result forget(Context& context, const SsidOptions& options)
+Result forget(Context& context, const Arguments& given)
 {
-    const OrvaValue ssid = valueOf(OrvaValue::String(), text(options.ssid));
+    const OrvaValue ssid = valueOf(OrvaValue::String(), given.text("SSID"));
     return activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid).result();
 }
 
@@ -127,7 +115,7 @@ QString remarkOn(const OrvaNetworkInfo& info, const QString& ssid)
     return {};
 }
 
-Result known(Context& context, const NoOptions&)
+Result known(Context& context, const Arguments&)
 {
     const auto profile = publishedProfile(context.host);
     if (!profile)
@@ -145,55 +133,33 @@ Result known(Context& context, const NoOptions&)
     return {};
 }
 
-Result rssi(Context& context, const NoOptions&)
+std::vector<Parameter> connectParameters()
 {
-    const auto level = activate(context, OrvaNetworkWirelessRssiPath(), {});
-    if (!level)
-        return level.failure();
-    context.out.line(QStringLiteral("%1 dBm").arg(level->double_()));
-    return {};
-}
-
-Result reconnect(Context& context, const NoOptions&)
-{
-    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {},
-                           whenInfo([](const OrvaNetworkInfo& info) {
-                               return info.wireless().state() == OrvaNetworkState::Connected;
-                           }));
-}
-
-void addConnectCommand(CommandLine& commands, CLI::App& wifi)
-{
-    const auto joiner = commands.add(
-        wifi, "connect", "Joins a network; asks for the key of an unknown one", &connectTo);
-    joiner.app->add_option("SSID", joiner.options->ssid, "Name of the network")->required();
-    CLI::Option* keyFile = joiner.app->add_option("--key-file", joiner.options->keyFile,
-                                                  "File with the key; - reads standard input");
-    keyFile->type_name("FILE");
-    CLI::Option* askKey = joiner.app->add_flag("--ask-key", joiner.options->askKey,
-                                               "Ask for the key also where the network is known");
-    joiner.app
-        ->add_flag("--open", joiner.options->open, "Join it without a key, as an open network")
-        ->excludes(keyFile)
-        ->excludes(askKey);
-    commands.addTime(*joiner.app, "--wait", "Also wait until it is joined, at most SECONDS");
+    using Kind = Parameter::Kind;
+    return {
+        Parameter{"SSID", "Name of the network"}.required(),
+        Parameter{"--key-file", "File with the key; - reads standard input"}.of("FILE"),
+        {"--ask-key", "Ask for the key also where the network is known", Kind::Flag},
+        Parameter{"--open", "Join it without a key, as an open network", Kind::Flag}.without(
+            {"--key-file", "--ask-key"}),
+        {"--wait", "Also wait until it is joined, at most SECONDS", Kind::Time},
+    };
 }
 
 } // namespace
 
-void addWifiCommands(CommandLine& commands)
+Commands wifiCommands()
 {
-    CLI::App& wifi = CommandLine::group(commands.app(), "wifi", "Wireless networks");
-    addConnectCommand(commands, wifi);
-    const auto forgetter = commands.add(wifi, "forget", "Forgets a known network", &forget);
-    forgetter.app->add_option("SSID", forgetter.options->ssid, "Name of the network")->required();
-    commands.add(wifi, "known", "Lists the known networks, most preferred first", &known);
-    addScanCommands(commands, wifi);
-    addWpsCommands(commands, wifi);
-    commands.add(wifi, "rssi", "Shows the signal level of the network in use", &rssi);
-    const auto again =
-        commands.add(wifi, "reconnect", "Leaves the network and joins again", &reconnect);
-    commands.addTime(*again.app, "--wait", "Also wait until connected, at most SECONDS");
+    return {
+        {"wifi", "Wireless networks"},
+        {"wifi connect", "Joins a network; asks for the key of an unknown one", connectParameters(),
+         &connectTo},
+        {"wifi forget",
+         "Forgets a known network",
+         {Parameter{"SSID", "Name of the network"}.required()},
+         &forget},
+        {"wifi known", "Lists the known networks, most preferred first", {}, &known},
+    };
 }
 
 } // namespace ctl

@@ -1,11 +1,10 @@
-#include "commandline.h"
+#include "context.h"
+#include "families.h"
 #include "secret.h"
 #include "valuetext.h"
 #include "worldinterface.h"
 
-#include <deque>
 #include <limits>
-#include <map>
 
 namespace ctl {
 
@@ -23,7 +22,7 @@ public:
     }
 };
 
-Result show(Context& context, const NoOptions&)
+Result show(Context& context, const Arguments&)
 {
     const auto snapshot = context.bus.await<QString>(World(context).Snapshot());
     if (!snapshot)
@@ -36,67 +35,37 @@ Result show(Context& context, const NoOptions&)
     return {};
 }
 
-/// What is said of an access point, by the key of its setting.
-struct AccessPoint
-{
-    std::string name;
-    std::map<std::string, std::optional<std::string>> texts;
-    std::map<std::string, std::optional<int>> numbers;
-    std::optional<bool> wps;
-    std::string keyFile;
-};
-
-void addKeyFile(CLI::App& command, AccessPoint& point)
-{
-    command.add_option("--key-file", point.keyFile, "File with the key; - reads standard input")
-        ->type_name("FILE");
-}
-
-void addAccessPointOptions(CLI::App& command, AccessPoint& point)
-{
-    command.add_option("--bssid", point.texts["bssid"], "Hardware address")->type_name("MAC");
-    command.add_option("--channel", point.numbers["channel"], "Channel");
-    command.add_option("--frequency", point.numbers["frequency"], "Frequency")->type_name("MHZ");
-    command.add_option("--signal", point.numbers["signal"], "Signal level")->type_name("DBM");
-    setChoices(*command.add_option("--security", point.texts["security"], "Security"),
-               {"open", "wpa-psk", "wep"});
-    addKeyFile(command, point);
-    command.add_option("--wps", point.wps, "Whether it speaks WPS")->type_name("{true,false}");
-    command
-        .add_option("--network", point.texts["network"],
-                    "The network behind it, a name of the world file")
-        ->type_name("NAME");
-}
-
-Outcome<QVariantMap> settingsOf(const AccessPoint& point)
+/// What is said of an access point, each option by the key of its setting.
+Outcome<QVariantMap> settingsOf(const Arguments& given)
 {
     QVariantMap settings;
-    for (const auto& [key, value] : point.texts) {
-        if (value)
-            settings.insert(text(key), text(*value));
+    for (const char* key : {"bssid", "security", "network"}) {
+        const QString value = given.text(std::string("--") + key);
+        if (!value.isEmpty())
+            settings.insert(QLatin1String(key), value);
     }
-    for (const auto& [key, value] : point.numbers) {
-        if (value)
-            settings.insert(text(key), *value);
+    for (const char* key : {"channel", "frequency", "signal"}) {
+        if (const auto value = given.integer(std::string("--") + key))
+            settings.insert(QLatin1String(key), *value);
     }
-    if (point.wps)
-        settings.insert(QStringLiteral("wps"), *point.wps);
-    if (point.keyFile.empty())
+    if (const auto wps = given.truth("--wps"))
+        settings.insert(QStringLiteral("wps"), *wps);
+    if (given.text("--key-file").isEmpty())
         return settings;
-    const auto key = readKey(text(point.keyFile), {});
+    const auto key = readKey(given.text("--key-file"), {});
     if (!key)
         return key.failure();
     settings.insert(QStringLiteral("key"), *key);
     return settings;
 }
 
-Result addPoint(Context& context, const AccessPoint& point)
+Result addPoint(Context& context, const Arguments& given)
 {
-    const auto given = settingsOf(point);
-    if (!given)
-        return given.failure();
-    QVariantMap settings = *given;
-    settings.insert(QStringLiteral("ssid"), text(point.name));
+    const auto described = settingsOf(given);
+    if (!described)
+        return described.failure();
+    QVariantMap settings = *described;
+    settings.insert(QStringLiteral("ssid"), given.text("SSID"));
     const auto bssid = context.bus.await<QString>(World(context).AddAccessPoint(settings));
     if (!bssid)
         return bssid.failure();
@@ -105,169 +74,139 @@ Result addPoint(Context& context, const AccessPoint& point)
     return {};
 }
 
-Result changePoint(Context& context, const AccessPoint& point)
+Result changePoint(Context& context, const QString& point, const QVariantMap& settings)
 {
-    const auto settings = settingsOf(point);
-    return settings
-               ? context.bus.finish(World(context).ChangeAccessPoint(text(point.name), *settings))
-               : settings.failure();
+    return context.bus.finish(World(context).ChangeAccessPoint(point, settings));
 }
 
-Result setKey(Context& context, const AccessPoint& point)
+Result changePoint(Context& context, const Arguments& given)
 {
-    const auto key = readKey(text(point.keyFile), QStringLiteral("New key: "));
-    return key ? context.bus.finish(World(context).ChangeAccessPoint(
-                     text(point.name), {{QStringLiteral("key"), *key}}))
+    const auto settings = settingsOf(given);
+    return settings ? changePoint(context, given.text("AP"), *settings) : settings.failure();
+}
+
+Result setKey(Context& context, const Arguments& given)
+{
+    const auto key = readKey(given.text("--key-file"), QStringLiteral("New key: "));
+    return key ? changePoint(context, given.text("AP"), {{QStringLiteral("key"), *key}})
                : key.failure();
 }
 
-struct JoinOptions
-{
-    std::string mac;
-    std::string interface = "uap0";
-};
-
-Result joinStation(Context& context, const JoinOptions& options)
+Result joinStation(Context& context, const Arguments& given)
 {
     return context.bus.finish(
-        World(context).JoinStation(text(options.interface), text(options.mac)));
+        World(context).JoinStation(given.text("--interface"), given.text("MAC")));
 }
 
-Result crash(Context& context, const NoOptions&)
+Result crash(Context& context, const Arguments&)
 {
     const Result result = context.bus.finish(World(context).Crash());
     // The daemon is gone without an answer: that is what was asked for.
     return result.status == ExitStatus::NotRunning ? Result() : result;
 }
 
-/// An argument that a method takes as it is given.
-struct Argument
-{
-    const char* name;
-    const char* description;
-    std::vector<std::string> choices;
-    bool isNumber = false;
-};
-
-const Argument accessPoint = {"AP", "BSSID, or SSID for the strongest one with it", {}};
-const Argument milliseconds = {"MILLISECONDS", "How long", {}, true};
-const Argument pin = {"PIN", "The PIN that the device shows", {}};
-const Argument reason = {"TEXT", "Why", {}};
-const Argument station = {"MAC", "Hardware address of the station", {}};
-const Argument step = {"STEP",
-                       "The step",
-                       {"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"}};
-const Argument fault = {
-    "KIND", "How; none ends it", {"none", "wrong-types", "missing-keys", "oversized"}};
-
-template <typename T>
-void addArgument(CLI::App& command, const Argument& argument, T& value)
-{
-    CLI::Option* option = command.add_option(argument.name, value, argument.description);
-    option->required();
-    if (!argument.choices.empty())
-        setChoices(*option, argument.choices);
-}
+const Parameter accessPoint =
+    Parameter{"AP", "BSSID, or SSID for the strongest one with it"}.required();
+const Parameter milliseconds =
+    Parameter{"MILLISECONDS", "How long", Parameter::Kind::Natural}.required();
+const Parameter pin = Parameter{"PIN", "The PIN that the device shows"}.required();
+const Parameter reason = Parameter{"TEXT", "Why"}.required();
+const Parameter station = Parameter{"MAC", "Hardware address of the station"}.required();
+const Parameter step =
+    Parameter{"STEP", "The step"}
+        .oneOf({"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"})
+        .required();
+const Parameter fault = Parameter{"KIND", "How; none ends it"}
+                            .oneOf({"none", "wrong-types", "missing-keys", "oversized"})
+                            .required();
 
 /// A command that calls one method with its arguments, in their order.
-struct MethodRow
+Command methodCommand(const char* words, const char* description, const char* method,
+                      const std::vector<Parameter>& parameters)
 {
-    const char* group;
-    const char* name;
-    const char* description;
-    const char* method;
-    std::vector<Argument> arguments;
-};
-
-const MethodRow methodRows[] = {
-    {"", "plug", "Puts the cable in", "Plug", {}},
-    {"", "unplug", "Pulls the cable", "Unplug", {}},
-    {"", "delay", "Sets how long a step takes", "SetDelay", {step, milliseconds}},
-    {"", "hang", "Lets the daemon answer nothing for a while", "Hang", {milliseconds}},
-    {"", "garbage", "Spoils what the daemon sends", "Garble", {fault}},
-    {"ap", "remove", "Removes an access point", "RemoveAccessPoint", {accessPoint}},
-    {"wps", "press", "Presses the WPS button", "PressWps", {accessPoint}},
-    {"wps", "pin", "Types the device's PIN", "EnterWpsPin", {accessPoint, pin}},
-    {"wps", "fail", "Fails the session that runs", "FailWps", {reason}},
-    {"station", "leave", "Takes a station away", "LeaveStation", {station}},
-};
-
-struct MethodOptions
-{
-    const char* method = nullptr;
-    std::deque<std::string> texts;
-    std::deque<unsigned> numbers;
-};
-
-/// No method takes a text after a number.
-Result callMethod(Context& context, const MethodOptions& options)
-{
-    QVariantList arguments;
-    for (const std::string& argument : options.texts)
-        arguments.append(text(argument));
-    for (const unsigned argument : options.numbers)
-        arguments.append(argument);
-    World world(context);
-    return context.bus.finish(
-        world.asyncCallWithArgumentList(QLatin1String(options.method), arguments));
+    return {words, description, parameters,
+            [method, parameters](Context& context, const Arguments& given) {
+                QVariantList arguments;
+                for (const Parameter& parameter : parameters) {
+                    if (parameter.kind == Parameter::Kind::Natural)
+                        arguments.append(given.natural(parameter.name).value_or(0));
+                    else
+                        arguments.append(given.text(parameter.name));
+                }
+                World world(context);
+                return context.bus.finish(
+                    world.asyncCallWithArgumentList(QLatin1String(method), arguments));
+            }};
 }
 
-void addMethod(CommandLine& commands, CLI::App& parent, const MethodRow& row)
+Parameter keyFile()
 {
-    const auto added = commands.add(parent, row.name, row.description, &callMethod);
-    MethodOptions& options = *added.options;
-    options.method = row.method;
-    for (const Argument& argument : row.arguments) {
-        if (argument.isNumber)
-            addArgument(*added.app, argument, options.numbers.emplace_back());
-        else
-            addArgument(*added.app, argument, options.texts.emplace_back());
-    }
+    return Parameter{"--key-file", "File with the key; - reads standard input"}.of("FILE");
 }
 
-void addPointCommands(CommandLine& commands, CLI::App& group)
+/// The parameters of a command that describes the access point @p point.
+std::vector<Parameter> describing(const Parameter& point)
 {
-    const auto add =
-        commands.add(group, "add", "Adds an access point and tells its BSSID", &addPoint);
-    add.app->add_option("SSID", add.options->name, "Name of the network")->required();
-    addAccessPointOptions(*add.app, *add.options);
-
-    const auto change = commands.add(group, "change", "Changes an access point", &changePoint);
-    addArgument(*change.app, accessPoint, change.options->name);
-    addAccessPointOptions(*change.app, *change.options);
-
-    const auto key = commands.add(group, "key", "Changes the key, asked for without echo", &setKey);
-    addArgument(*key.app, accessPoint, key.options->name);
-    addKeyFile(*key.app, *key.options);
+    using Kind = Parameter::Kind;
+    return {
+        point,
+        Parameter{"--bssid", "Hardware address"}.of("MAC"),
+        {"--channel", "Channel", Kind::Integer},
+        Parameter{"--frequency", "Frequency", Kind::Integer}.of("MHZ"),
+        Parameter{"--signal", "Signal level", Kind::Integer}.of("DBM"),
+        Parameter{"--security", "Security"}.oneOf({"open", "wpa-psk", "wep"}),
+        keyFile(),
+        {"--wps", "Whether it speaks WPS", Kind::Truth},
+        Parameter{"--network", "The network behind it, a name of the world file"}.of("NAME"),
+    };
 }
 
-void addJoinCommand(CommandLine& commands, CLI::App& group)
+Commands pointCommands()
 {
-    const auto join = commands.add(group, "join", "Joins a station", &joinStation);
-    addArgument(*join.app, station, join.options->mac);
-    join.app->add_option("--interface", join.options->interface, "Soft-AP interface")
-        ->type_name("NAME")
-        ->capture_default_str();
+    const Parameter ssid = Parameter{"SSID", "Name of the network"}.required();
+    return {
+        {"world ap add", "Adds an access point and tells its BSSID", describing(ssid), &addPoint},
+        {"world ap change", "Changes an access point", describing(accessPoint),
+         qOverload<Context&, const Arguments&>(&changePoint)},
+        {"world ap key",
+         "Changes the key, asked for without echo",
+         {accessPoint, keyFile()},
+         &setKey},
+        methodCommand("world ap remove", "Removes an access point", "RemoveAccessPoint",
+                      {accessPoint}),
+    };
 }
 
 } // namespace
 
-void addWorldCommands(CommandLine& commands)
+Commands worldCommands()
 {
-    CLI::App& world = CommandLine::group(commands.app(), "world",
-                                         "Changes the world that the stand-in daemon plays");
-    commands.add(world, "show", "Shows the world", &show);
-    commands.add(world, "crash", "Ends the daemon at once", &crash);
-    std::map<std::string, CLI::App*> groups = {
-        {"", &world},
-        {"ap", &CommandLine::group(world, "ap", "Access points")},
-        {"wps", &CommandLine::group(world, "wps", "WPS on the side of the access points")},
-        {"station", &CommandLine::group(world, "station", "Stations of the soft access points")},
+    Commands commands = {
+        {"world", "Changes the world that the stand-in daemon plays"},
+        {"world show", "Shows the world", {}, &show},
+        {"world crash", "Ends the daemon at once", {}, &crash},
+        {"world ap", "Access points"},
+        {"world wps", "WPS on the side of the access points"},
+        {"world station", "Stations of the soft access points"},
+        {"world station join",
+         "Joins a station",
+         {station, Parameter{"--interface", "Soft-AP interface"}.of("NAME").usually("uap0")},
+         &joinStation},
+        methodCommand("world plug", "Puts the cable in", "Plug", {}),
+        methodCommand("world unplug", "Pulls the cable", "Unplug", {}),
+        methodCommand("world delay", "Sets how long a step takes", "SetDelay",
+                      {step, milliseconds}),
+        methodCommand("world hang", "Lets the daemon answer nothing for a while", "Hang",
+                      {milliseconds}),
+        methodCommand("world garbage", "Spoils what the daemon sends", "Garble", {fault}),
+        methodCommand("world wps press", "Presses the WPS button", "PressWps", {accessPoint}),
+        methodCommand("world wps pin", "Types the device's PIN", "EnterWpsPin", {accessPoint, pin}),
+        methodCommand("world wps fail", "Fails the session that runs", "FailWps", {reason}),
+        methodCommand("world station leave", "Takes a station away", "LeaveStation", {station}),
     };
-    addPointCommands(commands, *groups["ap"]);
-    addJoinCommand(commands, *groups["station"]);
-    for (const MethodRow& row : methodRows)
-        addMethod(commands, *groups[row.group], row);
+    const Commands points = pointCommands();
+    commands.insert(commands.end(), points.begin(), points.end());
+    return commands;
 }
 
 } // namespace ctl

@@ -1,5 +1,6 @@
 #include "action.h"
 
+#include "families.h"
 #include "names.h"
 
 namespace ctl {
@@ -8,12 +9,6 @@ namespace {
 
 /// A session lasts two minutes: the time to walk to the router.
 constexpr std::chrono::seconds sessionPatience{130};
-
-struct SessionOptions
-{
-    std::string pin;
-    bool apply = false;
-};
 
 /// What a session brought, for a person; the key is shown to a machine only.
 void showCredentials(const Output& out, const OrvaNetworkInterface& network, bool applied)
@@ -25,41 +20,41 @@ void showCredentials(const Output& out, const OrvaNetworkInterface& network, boo
 }
 
 Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
-                  const SessionOptions& options)
+                  const Arguments& given)
 {
     const auto credentials = activate(context, path, value, sessionPatience);
     if (!credentials)
         return credentials.failure();
-    showCredentials(context.out, credentials->networkInterface(), options.apply);
-    if (!options.apply)
+    showCredentials(context.out, credentials->networkInterface(), given.flag("--apply"));
+    if (!given.flag("--apply"))
         return {};
     return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials).result();
 }
 
-Result pushButton(Context& context, const SessionOptions& options)
+Result pushButton(Context& context, const Arguments& given)
 {
     context.out.note(QStringLiteral("Press the WPS button of the router."));
-    return runSession(context, OrvaNetworkPerformWpsPbcPath(), {}, options);
+    return runSession(context, OrvaNetworkPerformWpsPbcPath(), {}, given);
 }
 
-Outcome<OrvaValue> pinOf(Host& host, const SessionOptions& options)
+Outcome<OrvaValue> pinOf(Host& host, const Arguments& given)
 {
-    if (options.pin.empty())
+    if (given.text("PIN").isEmpty())
         return host.invoke(OrvaNetworkGenerateWpsPinPath(), {});
-    return valueOf(OrvaValue::String(), text(options.pin));
+    return valueOf(OrvaValue::String(), given.text("PIN"));
 }
 
-Result pinSession(Context& context, const SessionOptions& options)
+Result pinSession(Context& context, const Arguments& given)
 {
-    const auto pin = pinOf(context.host, options);
+    const auto pin = pinOf(context.host, given);
     if (!pin)
         return pin.failure();
     context.out.note(
         QStringLiteral("Enter the PIN %1 at the router.").arg(printable(pin->string_())));
-    return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, options);
+    return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, given);
 }
 
-Result generate(Context& context, const NoOptions&)
+Result generate(Context& context, const Arguments&)
 {
     const auto pin = activate(context, OrvaNetworkGenerateWpsPinPath(), {});
     if (!pin)
@@ -68,24 +63,21 @@ Result generate(Context& context, const NoOptions&)
     return {};
 }
 
-void addSessionOptions(CommandLine& commands, CLI::App& command, SessionOptions& options)
-{
-    command.add_flag("--apply", options.apply, "Join the network with the credentials received");
-    commands.addTime(command, "--wait", "Wait at most SECONDS for the session's end");
-}
-
 } // namespace
 
-void addWpsCommands(CommandLine& commands, CLI::App& wifi)
+Commands wpsCommands()
 {
-    CLI::App& wps = CommandLine::group(wifi, "wps", "Wi-Fi Protected Setup");
-    const auto button =
-        commands.add(wps, "pbc", "Runs a session by the router's push button", &pushButton);
-    addSessionOptions(commands, *button.app, *button.options);
-    const auto pin = commands.add(wps, "pin", "Runs a session by PIN", &pinSession);
-    pin.app->add_option("PIN", pin.options->pin, "8 digits; a fresh one where not given");
-    addSessionOptions(commands, *pin.app, *pin.options);
-    commands.add(wps, "generate", "Shows a fresh PIN", &generate);
+    using Kind = Parameter::Kind;
+    const Parameter apply = {"--apply", "Join the network with the credentials received",
+                             Kind::Flag};
+    const Parameter time = {"--wait", "Wait at most SECONDS for the session's end", Kind::Time};
+    const Parameter pin = {"PIN", "8 digits; a fresh one where not given"};
+    return {
+        {"wifi wps", "Wi-Fi Protected Setup"},
+        {"wifi wps pbc", "Runs a session by the router's push button", {apply, time}, &pushButton},
+        {"wifi wps pin", "Runs a session by PIN", {pin, apply, time}, &pinSession},
+        {"wifi wps generate", "Shows a fresh PIN", {}, &generate},
+    };
 }
 
 } // namespace ctl

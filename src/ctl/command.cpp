@@ -1,0 +1,145 @@
+#include "command.h"
+
+#include <algorithm>
+
+namespace ctl {
+
+namespace {
+
+Arguments::Value emptyValue(Parameter::Kind kind)
+{
+    using Kind = Parameter::Kind;
+    switch (kind) {
+    case Kind::Flag:
+        return false;
+    case Kind::Text:
+    case Kind::Address:
+        return std::string();
+    case Kind::Texts:
+    case Kind::Addresses:
+        return std::vector<std::string>();
+    case Kind::Integer:
+        return std::optional<int>();
+    case Kind::Natural:
+        return std::optional<unsigned>();
+    case Kind::Truth:
+        return std::optional<bool>();
+    case Kind::Seconds:
+    case Kind::Time:
+        return std::optional<double>();
+    }
+    return {};
+}
+
+std::string typeOfKind(Parameter::Kind kind)
+{
+    using Kind = Parameter::Kind;
+    switch (kind) {
+    case Kind::Flag:
+        return {};
+    case Kind::Text:
+    case Kind::Texts:
+        return "TEXT";
+    case Kind::Integer:
+        return "INT";
+    case Kind::Natural:
+        return "UINT";
+    case Kind::Truth:
+        return "{true,false}";
+    case Kind::Seconds:
+    case Kind::Time:
+        return "SECONDS";
+    case Kind::Address:
+    case Kind::Addresses:
+        return "ADDRESS";
+    }
+    return {};
+}
+
+} // namespace
+
+QString Arguments::text(const std::string& name) const
+{
+    return QString::fromStdString(get<std::string>(name));
+}
+
+QStringList Arguments::texts(const std::string& name) const
+{
+    QStringList texts;
+    for (const std::string& text : get<std::vector<std::string>>(name))
+        texts.append(QString::fromStdString(text));
+    return texts;
+}
+
+std::optional<int> Arguments::integer(const std::string& name) const
+{
+    return get<std::optional<int>>(name);
+}
+
+std::optional<unsigned> Arguments::natural(const std::string& name) const
+{
+    return get<std::optional<unsigned>>(name);
+}
+
+std::optional<bool> Arguments::truth(const std::string& name) const
+{
+    return get<std::optional<bool>>(name);
+}
+
+std::optional<double> Arguments::seconds(const std::string& name) const
+{
+    return get<std::optional<double>>(name);
+}
+
+Arguments::Value& Arguments::place(const Parameter& parameter)
+{
+    return m_values.emplace(parameter.name, emptyValue(parameter.kind)).first->second;
+}
+
+std::string Command::parent() const
+{
+    const size_t last = words.rfind(' ');
+    return last == std::string::npos ? std::string() : words.substr(0, last);
+}
+
+std::string Command::name() const
+{
+    return words.substr(words.rfind(' ') + 1);
+}
+
+std::vector<const Command*> below(const Commands& commands, const std::string& parent)
+{
+    std::vector<const Command*> children;
+    for (const Command& command : commands) {
+        if (command.parent() == parent)
+            children.push_back(&command);
+    }
+    return children;
+}
+
+std::string typeOf(const Parameter& parameter)
+{
+    if (parameter.choices.empty())
+        return parameter.type.empty() ? typeOfKind(parameter.kind) : parameter.type;
+    std::string words;
+    for (const std::string& choice : parameter.choices)
+        words += (words.empty() ? "{" : ",") + choice;
+    return words + "}";
+}
+
+std::string shownType(const std::string& type)
+{
+    static const std::map<std::string, std::string> shown = {
+        {"TEXT", ""}, {"VALUE-NODE", ""}, {"ACTION-NODE", ""}, {"ROWS-NODE", ""},
+        {"NODE", ""}, {"INT", "NUMBER"},  {"UINT", "NUMBER"},
+    };
+    const auto found = shown.find(type);
+    return found == shown.end() ? type : found->second;
+}
+
+Parameter answerTime()
+{
+    return {"--wait", "Wait at most SECONDS for the answer", Parameter::Kind::Time};
+}
+
+} // namespace ctl

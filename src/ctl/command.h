@@ -1,0 +1,149 @@
+#pragma once
+
+#include "outcome.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace ctl {
+
+struct Context;
+
+/// One argument or option of a command, as help, manual page and completion describe it.
+struct Parameter
+{
+    /// What a person may write for it.
+    enum class Kind {
+        Flag,      ///< nothing: it is there or not
+        Text,      ///< any text
+        Texts,     ///< any number of texts
+        Integer,   ///< a number of 32 bits
+        Natural,   ///< the same without a sign
+        Truth,     ///< true or false
+        Seconds,   ///< a time in seconds, more than 0
+        Time,      ///< the same, and the time for all of the command
+        Address,   ///< an IPv4 address
+        Addresses, ///< several, commas between them
+    };
+
+    std::string name; ///< begins with a dash where it is an option
+    std::string description;
+    Kind kind = Kind::Text;
+    std::string type = {}; ///< what completes it, see typeOf(); empty for the kind's own
+    std::vector<std::string> choices = {};  ///< the only texts it may have; empty for any
+    std::vector<std::string> excludes = {}; ///< options that it does not go with
+    std::string fallback = {};              ///< its text where none is given
+    bool isRequired = false;
+    bool isHidden = false;
+
+    [[nodiscard]] bool isOption() const { return name.front() == '-'; }
+
+    // For the rows of a table.
+    Parameter required() const { return with(&Parameter::isRequired, true); }
+    Parameter hidden() const { return with(&Parameter::isHidden, true); }
+    Parameter of(const std::string& what) const { return with(&Parameter::type, what); }
+    Parameter oneOf(const std::vector<std::string>& words) const
+    {
+        return with(&Parameter::choices, words);
+    }
+    Parameter without(const std::vector<std::string>& options) const
+    {
+        return with(&Parameter::excludes, options);
+    }
+    Parameter usually(const std::string& text) const { return with(&Parameter::fallback, text); }
+
+private:
+    template <typename Member, typename Value>
+    [[nodiscard]] Parameter with(Member Parameter::*member, const Value& value) const
+    {
+        Parameter changed = *this;
+        changed.*member = value;
+        return changed;
+    }
+};
+
+/// What a person gave for the parameters of a command, by their names. Naming one that the command
+/// has not is a mistake of ours and ends the program.
+class Arguments
+{
+public:
+    using Value = std::variant<bool, std::string, std::vector<std::string>, std::optional<int>,
+                               std::optional<unsigned>, std::optional<double>, std::optional<bool>>;
+
+    /// Empty where the text was not given.
+    [[nodiscard]] QString text(const std::string& name) const;
+    [[nodiscard]] QStringList texts(const std::string& name) const;
+    [[nodiscard]] bool flag(const std::string& name) const { return get<bool>(name); }
+    [[nodiscard]] std::optional<int> integer(const std::string& name) const;
+    [[nodiscard]] std::optional<unsigned> natural(const std::string& name) const;
+    [[nodiscard]] std::optional<bool> truth(const std::string& name) const;
+    [[nodiscard]] std::optional<double> seconds(const std::string& name) const;
+
+    /// Where the parser stores what it reads for the parameter; the reference lasts.
+    Value& place(const Parameter& parameter);
+
+private:
+    template <typename T>
+    [[nodiscard]] const T& get(const std::string& name) const
+    {
+        return std::get<T>(m_values.at(name));
+    }
+
+    std::map<std::string, Value> m_values;
+};
+
+/// A command, or a group of commands, one of which must be named.
+struct Command
+{
+    using Run = std::function<Result(Context&, const Arguments&)>;
+
+    std::string words; ///< as a person writes them: "wifi connect"
+    std::string description;
+    std::vector<Parameter> parameters = {};
+    Run run = {};           ///< none for a group
+    bool isPatient = false; ///< waits for a bus and a host that are not there yet
+
+    [[nodiscard]] bool isGroup() const { return !run; }
+    /// The words before the last; empty where there is one.
+    [[nodiscard]] std::string parent() const;
+    /// The last word.
+    [[nodiscard]] std::string name() const;
+};
+
+/// Commands in the order in which help, manual page and completion have them; a group stands before
+/// its commands.
+using Commands = std::vector<Command>;
+
+/// The program as a whole.
+struct Program
+{
+    std::string description;
+    std::string footer;
+    std::vector<Parameter> options;
+    Commands commands;
+};
+
+/// Everything that orvactl does.
+Program program();
+
+/// The commands directly below the words @p parent.
+std::vector<const Command*> below(const Commands& commands, const std::string& parent);
+
+/// What kind of text a parameter takes, in one word: its choices in braces, its own type, or that
+/// of its kind. Completion understands VALUE-NODE, ACTION-NODE, ROWS-NODE and NODE for live node
+/// paths and FILE for file names.
+std::string typeOf(const Parameter& parameter);
+
+/// The same as a person reads it: empty where the name or the description says it all.
+std::string shownType(const std::string& type);
+
+/// The --wait option of a command that waits for an answer alone.
+Parameter answerTime();
+
+} // namespace ctl

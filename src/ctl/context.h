@@ -1,0 +1,17 @@
+#pragma once
+
+#include "command.h"
+#include "host.h"
+#include "output.h"
+
+namespace ctl {
+
+/// What a command works with.
+struct Context
+{
+    const Bus& bus;
+    Host& host;
+    Output& out;
+};
+
+} // namespace ctl

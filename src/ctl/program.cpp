@@ -1,0 +1,44 @@
+#include "families.h"
+
+namespace ctl {
+
+namespace {
+
+const char footer[] =
+    R"(Values are JSON, as one key that names the type: {"bool":true}. A plain word or number is enough where
+the node's present value tells the type; "-" reads the value from standard input.
+
+What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
+where it is given no time; with one, all of it ends in that time.
+
+Exit status: 0 done, 1 other fault, 2 usage, 3 timed out, 4 the request failed, 5 not allowed,
+6 no such node, 8 the host or the bus is not running.
+
+Colour is used on a terminal only, and not at all where NO_COLOR is set.)";
+
+Commands allCommands()
+{
+    Commands all;
+    for (const auto& family :
+         {statusCommands, monitorCommands, networkCommands, profileCommands, wifiCommands,
+          scanCommands, wpsCommands, wifiLinkCommands, softApCommands, radioCommands,
+          watchdogCommands, genericCommands, watchCommands, worldCommands}) {
+        const Commands commands = family();
+        all.insert(all.end(), commands.begin(), commands.end());
+    }
+    return all;
+}
+
+} // namespace
+
+Program program()
+{
+    using Kind = Parameter::Kind;
+    return {"Looks at and drives the network through the host's node tree.",
+            footer,
+            {{"--json", "One JSON document a line on standard output, nothing else", Kind::Flag},
+             Parameter{"--generate", ""}.oneOf({"completion", "man"}).hidden()},
+            allCommands()};
+}
+
+} // namespace ctl

@@ -1,0 +1,38 @@
+#include "action.h"
+#include "families.h"
+
+namespace ctl {
+
+namespace {
+
+Result rssi(Context& context, const Arguments&)
+{
+    const auto level = activate(context, OrvaNetworkWirelessRssiPath(), {});
+    if (!level)
+        return level.failure();
+    context.out.line(QStringLiteral("%1 dBm").arg(level->double_()));
+    return {};
+}
+
+Result reconnect(Context& context, const Arguments&)
+{
+    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {},
+                           whenInfo([](const OrvaNetworkInfo& info) {
+                               return info.wireless().state() == OrvaNetworkState::Connected;
+                           }));
+}
+
+} // namespace
+
+Commands wifiLinkCommands()
+{
+    return {
+        {"wifi rssi", "Shows the signal level of the network in use", {}, &rssi},
+        {"wifi reconnect",
+         "Leaves the network and joins again",
+         {{"--wait", "Also wait until connected, at most SECONDS", Parameter::Kind::Time}},
+         &reconnect},
+    };
+}
+
+} // namespace ctl
