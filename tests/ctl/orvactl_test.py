@@ -1,5 +1,5 @@
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import json, os, pty, signal, subprocess, termios, threading, time, unittest
+import json, os, pty, re, signal, subprocess, termios, threading, time, unittest
 
 from privatebus import BUILD, LIMIT, PrivateBus
 
@@ -224,6 +224,23 @@ class Network(WithDevice):
         self.ends(0, f"orvactl airplane on --wait {LIMIT}")
         self.assertIn("Airplane mode on", self.ends(0, "orvactl status"))
         self.ends(0, f"orvactl airplane off --wait {LIMIT} && orvactl network restart --wait {LIMIT}")
+
+
+class Commands(WithDevice):
+    """Each command as the manual page has it."""
+
+    configuration = Network.configuration
+    words = {"STATE": "on", "STEP": "scan", "MILLISECONDS": "1", "KIND": "none"}
+
+    def test_every_command_runs_to_an_end_of_its_own(self):
+        synopses = re.findall(r"^\.TP\n\\fB([a-z ]+)\\fP(.*)$", self.ends(0, "orvactl --generate man"), re.MULTILINE)
+        self.assertGreater(len(synopses), 40)
+        for command, arguments in synopses:
+            if command not in ("monitor", "watch", "wait"):  # which have no end
+                given = [self.words.get(name, "x") for name in re.findall(r"\\fI(\w+)\\fP", arguments)]
+                with self.subTest(command):
+                    done = self.device.run("orvactl", *command.split(), *given, stdin=subprocess.DEVNULL)
+                    self.assertIn(done.returncode, range(9), done.stderr)
 
 
 class LostHost(WithDevice):
