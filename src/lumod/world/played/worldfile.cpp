@@ -1,23 +1,12 @@
 #include "world/played/worldfile.h"
 
+#include "jsonfile.h"
 #include "log.h"
 #include "wire.h"
 
-#include <QFile>
 #include <QHostAddress>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
-
-QByteArray withoutComments(const QByteArray& text)
-{
-    auto lines = text.split('\n');
-    for (auto& line : lines)
-        if (line.trimmed().startsWith("//"))
-            line.clear(); // the line stays, so that positions in messages are the file's
-    return lines.join('\n');
-}
 
 QVariantMap part(const QVariantMap& map, const char* key)
 {
@@ -190,17 +179,6 @@ bool WorldDescription::changeAccessPoint(int index, const QVariantMap& changes, 
 
 std::optional<WorldDescription> readWorldFile(const QString& fileName, QString* error)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: %2").arg(fileName, file.errorString());
-        return std::nullopt;
-    }
-    const auto text = withoutComments(file.readAll());
-    QJsonParseError fault{};
-    const auto document = QJsonDocument::fromJson(text, &fault);
-    if (document.isObject())
-        return describe(document.object().toVariantMap());
-    const auto line = text.left(fault.offset).count('\n') + 1;
-    *error = QStringLiteral("%1:%2: %3").arg(fileName).arg(line).arg(fault.errorString());
-    return std::nullopt;
+    const auto file = readJsonFile(fileName, error);
+    return file ? std::optional(describe(*file)) : std::nullopt;
 }
