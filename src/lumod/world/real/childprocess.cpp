@@ -1,0 +1,96 @@
+#include "world/real/childprocess.h"
+
+#include "log.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+constexpr int firstPause = 100;       // ms
+constexpr int longestPause = 60000;   // ms
+constexpr int grownUp = 30000;        // ms
+constexpr int endMilliseconds = 5000; // longer than lumod-keep's patience
+
+} // namespace
+
+ChildProcess::ChildProcess(QString keeper, QString title, QObject* parent)
+    : QObject(parent)
+    , m_keeper(std::move(keeper))
+    , m_title(std::move(title))
+{
+    m_restart.setSingleShot(true);
+    m_calm.setSingleShot(true);
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.setStandardInputFile(QProcess::nullDevice());
+    connect(&m_restart, &QTimer::timeout, this, [this] {
+        Q_EMIT restarting();
+        launch();
+    });
+    connect(&m_process, &QProcess::readyRead, this, &ChildProcess::relay);
+    connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
+            &ChildProcess::on_finished);
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            on_finished();
+    });
+}
+
+ChildProcess::~ChildProcess()
+{
+    m_process.disconnect(this);
+    if (!isRunning())
+        return;
+    m_process.terminate();
+    if (!m_process.waitForFinished(endMilliseconds))
+        m_process.kill();
+}
+
+void ChildProcess::start(const QString& program, const QStringList& arguments)
+{
+    m_program = program;
+    m_arguments = arguments;
+    m_wanted = true;
+    m_pause = 0;
+    launch();
+}
+
+void ChildProcess::launch()
+{
+    m_lastLine.clear();
+    m_calm.start(grownUp);
+    m_process.start(m_keeper,
+                    QStringList{QString::number(QCoreApplication::applicationPid()), m_program} +
+                        m_arguments);
+}
+
+void ChildProcess::stop()
+{
+    m_wanted = false;
+    m_restart.stop();
+    if (isRunning())
+        m_process.terminate();
+    else
+        Q_EMIT stopped();
+}
+
+void ChildProcess::relay()
+{
+    while (m_process.canReadLine()) {
+        m_lastLine = QString::fromUtf8(m_process.readLine()).trimmed();
+        qCDebug(lcLumod).noquote() << m_title + QLatin1Char(':') << m_lastLine;
+    }
+}
+
+void ChildProcess::on_finished()
+{
+    relay();
+    if (!m_wanted)
+        return Q_EMIT stopped();
+    m_pause = m_calm.isActive() ? qBound(firstPause, m_pause * 2, longestPause) : firstPause;
+    m_calm.stop();
+    m_restart.start(m_pause);
+    const auto how = m_process.error() == QProcess::FailedToStart
+                         ? m_process.errorString()
+                         : QStringLiteral("exit status %1").arg(m_process.exitCode());
+    Q_EMIT failed(m_lastLine.isEmpty() ? how : m_lastLine);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QProcess>
+#include <QTimer>
+
+/// An engine: a program that lumod starts, starts again with growing pauses when it ends by itself,
+/// and that never outlives lumod. What it writes goes to lumod's log at debug level.
+class ChildProcess : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param keeper path of lumod-keep
+    ChildProcess(QString keeper, QString title, QObject* parent = nullptr);
+    /// Ends the program and waits for that, some seconds at most.
+    ~ChildProcess() override;
+    Q_DISABLE_COPY(ChildProcess)
+
+    /// Starts the program, which must not run.
+    void start(const QString& program, const QStringList& arguments);
+    /// Asks the program to end; `stopped` follows, at once when none runs.
+    void stop();
+    [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+
+Q_SIGNALS:
+    /// The program is about to be started once more, after its end.
+    void restarting();
+    /// It has ended by itself; `why` is its last words, or its exit status.
+    void failed(const QString& why);
+    /// It has ended because it was asked to.
+    void stopped();
+
+private:
+    void launch();
+    void relay();
+    void on_finished();
+
+    QString m_keeper;
+    QString m_title;
+    QString m_program;
+    QStringList m_arguments;
+    QProcess m_process;
+    QString m_lastLine;
+    QTimer m_restart;
+    QTimer m_calm; ///< runs while the program is young: one that ends then waits longer
+    int m_pause = 0;
+    bool m_wanted = false;
+};
