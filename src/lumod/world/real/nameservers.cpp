@@ -1,0 +1,161 @@
+#include "world/real/nameservers.h"
+
+#include "log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHostAddress>
+#include <QSaveFile>
+
+namespace {
+
+constexpr int programLimit = 5000; // ms
+const QByteArray header = QByteArrayLiteral("# Written by lumod; changes are lost.\n");
+
+/// A link-local server is reached through its interface alone.
+QString spelled(const QString& server, const QString& interface)
+{
+    return QHostAddress(server).isLinkLocal() ? server + QLatin1Char('%') + interface : server;
+}
+
+QByteArray linesOf(const QString& interface, const NameServers::Uplink& uplink)
+{
+    QByteArray text;
+    if (!uplink.domain.isEmpty())
+        text += "search " + uplink.domain.toUtf8() + '\n';
+    for (const auto& server : uplink.servers)
+        text += "nameserver " + spelled(server, interface).toUtf8() + '\n';
+    return text;
+}
+
+bool isForeign(const QString& fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) && file.size() > 0 && file.read(header.size()) != header;
+}
+
+} // namespace
+
+bool NameServers::Uplink::operator==(const Uplink& other) const
+{
+    return metric == other.metric && servers == other.servers && domain == other.domain;
+}
+
+NameServers::NameServers(const RealSettings& settings)
+    : m_settings(settings)
+{
+    m_limit.setSingleShot(true);
+    connect(&m_limit, &QTimer::timeout, &m_program, &QProcess::kill);
+    connect(&m_program, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
+            [this](int code) {
+                finish(code == 0 ? QString()
+                                 : QStringLiteral("%1: exit status %2 %3")
+                                       .arg(m_settings.resolvconf)
+                                       .arg(code)
+                                       .arg(QString::fromUtf8(m_program.readAll()).trimmed()));
+            });
+    connect(&m_program, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            finish(m_settings.resolvconf + QStringLiteral(": ") + m_program.errorString());
+    });
+    m_program.setProcessChannelMode(QProcess::MergedChannels);
+}
+
+NameServers::~NameServers()
+{
+    m_program.disconnect(this);
+    m_program.waitForFinished(programLimit);
+    for (const auto& interface : m_uplinks.keys())
+        if (usesProgram())
+            QProcess::execute(m_settings.resolvconf,
+                              {QStringLiteral("-d"), interface + QStringLiteral(".lumod")});
+    const bool ours = !usesProgram() && !isForeign(m_settings.resolvConf);
+    if (m_settings.nameServers != RealSettings::NameServerOwner::Nobody && ours)
+        QFile::remove(m_settings.resolvConf);
+}
+
+bool NameServers::usesProgram() const
+{
+    using Owner = RealSettings::NameServerOwner;
+    return m_settings.nameServers == Owner::Resolvconf ||
+           (m_settings.nameServers == Owner::Auto && QFile::exists(m_settings.resolvconf));
+}
+
+void NameServers::set(const QString& interface, const Uplink& brought)
+{
+    const auto uplink = brought.servers.isEmpty() ? Uplink() : brought;
+    if (m_settings.nameServers == RealSettings::NameServerOwner::Nobody ||
+        m_uplinks.value(interface) == uplink)
+        return;
+    if (uplink.servers.isEmpty())
+        m_uplinks.remove(interface);
+    else
+        m_uplinks.insert(interface, uplink);
+    if (!usesProgram())
+        return writeFile();
+    m_dirty.removeAll(interface);
+    m_dirty.append(interface);
+    runProgram();
+}
+
+QByteArray NameServers::fileText() const
+{
+    auto interfaces = m_uplinks.keys();
+    std::sort(interfaces.begin(), interfaces.end(), [this](const auto& a, const auto& b) {
+        return m_uplinks[a].metric < m_uplinks[b].metric;
+    });
+    QByteArray text = header;
+    for (const auto& interface : qAsConst(interfaces))
+        text += linesOf(interface, m_uplinks[interface]);
+    return text;
+}
+
+void NameServers::writeFile()
+{
+    const auto& name = m_settings.resolvConf;
+    if (isForeign(name))
+        return finish(QStringLiteral("%1 is somebody else's, leaving it").arg(name));
+    QSaveFile file(name);
+    const auto text = fileText();
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
+                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner |
+                                             QFile::ReadGroup | QFile::ReadOther) &&
+                         file.commit();
+    finish(written ? QString() : name + QStringLiteral(": ") + file.errorString());
+}
+
+QStringList NameServers::programArguments(const QString& interface) const
+{
+    const bool gone = !m_uplinks.contains(interface);
+    return {gone ? QStringLiteral("-d") : QStringLiteral("-a"),
+            interface + QStringLiteral(".lumod")};
+}
+
+void NameServers::runProgram()
+{
+    if (m_program.state() != QProcess::NotRunning || m_dirty.isEmpty())
+        return;
+    const auto interface = m_dirty.first();
+    // Every kind of resolvconf takes or passes over the variable; not every one knows an option.
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("IF_METRIC"),
+                       QString::number(m_uplinks.value(interface).metric));
+    m_program.setProcessEnvironment(environment);
+    m_program.start(m_settings.resolvconf, programArguments(interface));
+    m_program.write(linesOf(interface, m_uplinks.value(interface)));
+    m_program.closeWriteChannel();
+    m_limit.start(programLimit);
+}
+
+void NameServers::finish(const QString& fault)
+{
+    m_limit.stop();
+    if (!m_dirty.isEmpty())
+        m_dirty.removeFirst();
+    if (fault != m_fault && !fault.isEmpty())
+        Q_EMIT failed(QStringLiteral("Name servers: ") + fault);
+    m_fault = fault;
+    runProgram();
+    if (isSettled())
+        Q_EMIT settled();
+}
