@@ -8,6 +8,7 @@ set(ORVA_DBUS_DATADIR "${CMAKE_INSTALL_DATADIR}/dbus-1" CACHE STRING "Where the 
 set(ORVA_SYSTEMD_DIR "lib/systemd/system" CACHE STRING "Where systemd's units go")
 set(ORVA_WORKER_DIR "${CMAKE_INSTALL_LIBDIR}/orva/workers")
 set(ORVA_LUMOD "${CMAKE_INSTALL_FULL_SBINDIR}/lumod --world ${CMAKE_INSTALL_FULL_DATADIR}/orva/world.json")
+set(ORVA_HELPER_DIR "${CMAKE_INSTALL_FULL_LIBEXECDIR}/orva")
 set(ORVA_MODULE "${CMAKE_INSTALL_FULL_LIBDIR}/orva/workers/libnetworking.so")
 # The pkg-config file finds its prefix from where it stands, as the CMake package does.
 file(RELATIVE_PATH ORVA_PC_TO_PREFIX
@@ -15,7 +16,7 @@ file(RELATIVE_PATH ORVA_PC_TO_PREFIX
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
-        examples/host.json dist/lumod.service dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
+        examples/host.json examples/lumod.conf dist/lumod.service dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
     configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
 endforeach()
 configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"

@@ -1,0 +1,116 @@
+#include "world/real/realsettings.h"
+
+#include "log.h"
+
+#include <array>
+#include <net/if.h>
+
+namespace {
+
+bool isNumber(const QVariant& value)
+{
+    return value.userType() == QMetaType::Double || value.userType() == QMetaType::LongLong;
+}
+
+bool takeInterface(const QVariant& value, QString& into)
+{
+    const auto name = value.toString();
+    if (value.userType() != QMetaType::QString || name.toUtf8().size() >= IF_NAMESIZE ||
+        name.contains(QLatin1Char('/')) || name.contains(QLatin1Char(' ')) ||
+        name.startsWith(QLatin1Char('-')) || name.startsWith(QLatin1Char('.')))
+        return false;
+    into = name;
+    return true;
+}
+
+bool takePath(const QVariant& value, QString& into)
+{
+    if (value.userType() != QMetaType::QString || !value.toString().startsWith(QLatin1Char('/')))
+        return false;
+    into = value.toString();
+    return true;
+}
+
+bool takeSeconds(const QVariant& value, int& into)
+{
+    constexpr int longest = 3600;
+    const double seconds = value.toDouble();
+    if (!isNumber(value) || !(seconds > 0) || seconds > longest)
+        return false;
+    into = qMax(1, qRound(seconds * 1000));
+    return true;
+}
+
+bool takeMetric(const QVariant& value, int& into)
+{
+    constexpr double most = 1000000;
+    const double metric = value.toDouble();
+    if (!isNumber(value) || !(metric >= 1) || metric > most)
+        return false;
+    into = qRound(metric);
+    return true;
+}
+
+bool takeSwitch(const QVariant& value, bool& into)
+{
+    into = value.toBool();
+    return value.userType() == QMetaType::Bool;
+}
+
+bool takeOwner(const QVariant& value, RealSettings::NameServerOwner& into)
+{
+    using Owner = RealSettings::NameServerOwner;
+    static const QHash<QString, Owner> owners{{QStringLiteral("auto"), Owner::Auto},
+                                              {QStringLiteral("file"), Owner::File},
+                                              {QStringLiteral("resolvconf"), Owner::Resolvconf},
+                                              {QStringLiteral("none"), Owner::Nobody}};
+    const auto found = owners.constFind(value.toString());
+    if (found == owners.constEnd())
+        return false;
+    into = *found;
+    return true;
+}
+
+/// One setting: its key and how its value is taken; false for one that cannot be.
+struct Row
+{
+    const char* key;
+    bool (*take)(const QVariant& value, RealSettings& settings);
+};
+
+using S = RealSettings;
+constexpr std::array rows = {
+    Row{"wired", [](const auto& v, S& s) { return takeInterface(v, s.wired); }},
+    Row{"wireless", [](const auto& v, S& s) { return takeInterface(v, s.wireless); }},
+    Row{"softAp", [](const auto& v, S& s) { return takeInterface(v, s.softAp); }},
+    Row{"dhcpcd", [](const auto& v, S& s) { return takePath(v, s.dhcpcd); }},
+    Row{"resolvconf", [](const auto& v, S& s) { return takePath(v, s.resolvconf); }},
+    Row{"helperDirectory", [](const auto& v, S& s) { return takePath(v, s.helperDirectory); }},
+    Row{"runtimeDirectory", [](const auto& v, S& s) { return takePath(v, s.runtimeDirectory); }},
+    Row{"dhcpDeadline", [](const auto& v, S& s) { return takeSeconds(v, s.dhcpDeadline); }},
+    Row{"wiredMetric", [](const auto& v, S& s) { return takeMetric(v, s.wiredMetric); }},
+    Row{"wirelessMetric", [](const auto& v, S& s) { return takeMetric(v, s.wirelessMetric); }},
+    Row{"probeAddresses", [](const auto& v, S& s) { return takeSwitch(v, s.probeAddresses); }},
+    Row{"nameServers", [](const auto& v, S& s) { return takeOwner(v, s.nameServers); }},
+    Row{"resolvConf", [](const auto& v, S& s) { return takePath(v, s.resolvConf); }},
+};
+
+} // namespace
+
+RealSettings realSettings(const QVariantMap& file)
+{
+    RealSettings settings;
+    for (auto entry = file.constBegin(); entry != file.constEnd(); ++entry) {
+        const auto row = std::find_if(rows.begin(), rows.end(), [&entry](const Row& one) {
+            return entry.key() == QLatin1String(one.key);
+        });
+        const auto before = settings;
+        if (row == rows.end()) {
+            qCWarning(lcLumod) << "No such setting, ignoring it:" << entry.key();
+        } else if (!row->take(entry.value(), settings)) {
+            settings = before;
+            qCWarning(lcLumod) << "A value that cannot be, using the default of" << entry.key();
+        }
+    }
+    return settings;
+}

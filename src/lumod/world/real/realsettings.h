@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+/// What lumod.conf says, with the defaults of what it leaves out.
+struct RealSettings
+{
+    /// Who writes the name servers down.
+    enum class NameServerOwner {
+        Auto,       ///< the program `resolvconf` where it exists, else as `File`
+        File,       ///< lumod, into `resolvConf`
+        Resolvconf, ///< the program `resolvconf`
+        Nobody,
+    };
+
+    QString wired = QStringLiteral("eth0"); ///< interface names; empty: there is none
+    QString wireless = QStringLiteral("wlan0");
+    QString softAp = QStringLiteral("uap0");
+    QString dhcpcd = QStringLiteral("/usr/sbin/dhcpcd");
+    QString resolvconf = QStringLiteral("/usr/sbin/resolvconf");
+    QString helperDirectory = QStringLiteral(ORVA_HELPER_DIR); ///< of dhcp-event and lumod-keep
+    QString runtimeDirectory = QStringLiteral("/run/lumod");
+    int dhcpDeadline = 10000; ///< ms after which a silent server is reported
+    int wiredMetric = 100;
+    int wirelessMetric = 600;
+    bool probeAddresses = false; ///< ask whether somebody else holds an address
+    NameServerOwner nameServers = NameServerOwner::Auto;
+    QString resolvConf = QStringLiteral("/run/lumod/resolv.conf");
+};
+
+/// Takes what `file` says. A value that cannot be is logged and left at its default; so is a key
+/// that nobody knows.
+[[nodiscard]] RealSettings realSettings(const QVariantMap& file);
