@@ -7,6 +7,7 @@ DEVICE_BACKEND=${DEVICE_BACKEND:-lumod}    # lumod, or fake: as on a root file s
 DEVICE_RADIOS=${DEVICE_RADIOS:-stand-in}   # stand-in: rfkill is only recorded; real: it runs
 DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
 DEVICE_WORLD=${DEVICE_WORLD:-}             # the daemon's world; default examples/world.json
+DEVICE_LUMOD_CONF=${DEVICE_LUMOD_CONF:-}   # how the daemon drives real interfaces; empty: it plays its world
 DEVICE_RUNNER=()                           # the words of a program that runs the host, valgrind say
 
 device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -70,16 +71,17 @@ device_configure() {
 
 # device_fill DIR TEMPLATE FILE
 device_fill() {
-    sed -e "s|@ORVA_USER@|$(id -un)|; s|@ORVA_LUMOD@|$1/build/bin/lumod|" \
+    local lumod=$1/build/bin/lumod${DEVICE_LUMOD_CONF:+ --config $DEVICE_LUMOD_CONF}
+    sed -e "s|@ORVA_USER@|$(id -un)|; s|@ORVA_LUMOD@|$lumod|" \
         -e "s|@ORVA_MODULE@|$1/build/lib/libnetworking.so|" "$device_source/dbus/$2" >"$3"
 }
 
 # What the bus, the daemon, the host and the clients find in their environment.
 device_environment() {
     local dir=$1
-    export DBUS_SYSTEM_BUS_ADDRESS ORVA_LUMOD_WORLD ORVA_RFKILL_RECORD
+    export DBUS_SYSTEM_BUS_ADDRESS ORVA_RFKILL_RECORD
     DBUS_SYSTEM_BUS_ADDRESS=$(device_address "$dir")
-    ORVA_LUMOD_WORLD=${DEVICE_WORLD:-$device_source/examples/world.json}
+    [ -n "$DEVICE_LUMOD_CONF" ] || export ORVA_LUMOD_WORLD="${DEVICE_WORLD:-$device_source/examples/world.json}"
     ORVA_RFKILL_RECORD=$dir/rfkill.log
     PATH=$(readlink "$dir/build")/bin:$PATH:/usr/sbin:/sbin
     [ "$DEVICE_RADIOS" = real ] || PATH=$device_source/tools/stand-ins:$PATH

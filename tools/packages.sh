@@ -14,6 +14,7 @@ packages_test=(
     python3 python3-dbus python3-gi
     python3-seccomp rfkill # the host's service runs rfkill under a filter
     make # a plug-in author's CMake calls it unless told otherwise
+    dhcpcd-base dnsmasq-base # neither starts anything
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
 [ "$(. /etc/os-release && echo "${VERSION_ID-}")" != 12 ] || # no other release has the version that is asked

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "world/real/eventsocket.h"
+#include "world/real/kernel.h"
+#include "world/real/nameservers.h"
+#include "world/real/realcable.h"
+#include "world/world.h"
+
+/// The interfaces of this machine. Everything is answered from memory: no call waits for an engine.
+class RealWorld : public World
+{
+    Q_OBJECT
+
+public:
+    explicit RealWorld(RealSettings settings);
+    ~RealWorld() override;
+    Q_DISABLE_COPY(RealWorld)
+
+    /// Takes the machine's network over. One at a time can.
+    /// @return why it could not, for a person; empty when it could
+    [[nodiscard]] QString open();
+
+    [[nodiscard]] QStringList interfaces() const override;
+    [[nodiscard]] InterfaceDetails details(const QString& interface) const override;
+    void announce() override;
+    void bringUp(const NetworkConfiguration& configuration) override;
+    void takeDown() override;
+    void scan() override;
+    void reassociate() override;
+    void startWps(const QString& pin) override;
+    void startSoftAp(const QString& interface, const SoftApSettings& settings) override;
+    void stopSoftAp(const QString& interface) override;
+
+private:
+    [[nodiscard]] QString lock();
+
+    RealSettings m_settings;
+    int m_lock = -1; ///< the runtime directory, which only one at a time can lock
+    Kernel m_kernel;
+    EventSocket m_events;
+    NameServers m_nameServers;
+    RealCable m_cable;
+};
