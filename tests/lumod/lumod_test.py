@@ -1,6 +1,7 @@
 """The stand-in daemon: what is on the wire, what its world plays, how it takes and makes faults."""
 import time, unittest, warnings
 
+from cable import CableStories
 from playground import LUMOD, Playground, Refused
 
 KEY, CAFE_KEY = "correct horse", "espresso doppio"
@@ -217,6 +218,28 @@ class LumodTest(unittest.TestCase):
             self.assertEqual(self.p.start(LUMOD, *command).wait(10), 1)
         self.p.children[0].kill()  # the bus
         self.assertEqual(lumod.wait(10), 1)
+
+
+class PlayedCable(unittest.TestCase, CableStories):
+    def begin(self, dhcp=True):
+        warnings.simplefilter("ignore", ResourceWarning)
+        self.p = Playground({"timeFactor": 0.05, "delays": {"retry": 60000}, "interfaces": {"wired": {"name": "eth0"}},
+                             "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"dhcp": dhcp}}})
+        self.addCleanup(self.p.close)
+        self.p.call("InterfaceDetails", "eth0")
+        self.p.wait("InterfaceStatusChanged", "eth0")
+
+    def end(self):
+        pass
+
+    def plug(self):
+        self.p.act("Plug")
+
+    def unplug(self):
+        self.p.act("Unplug")
+
+    def silence(self):
+        self.begin(dhcp=False)
 
 
 if __name__ == "__main__":

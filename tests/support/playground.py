@@ -22,13 +22,14 @@ class Refused(Exception):
 
 
 class Playground(PrivateBus):
-    """Starts a bus that activates lumod with `world`."""
+    """Starts a bus that activates lumod with `world`, or with what the choices say, `under` other programs."""
 
-    def __init__(self, world):
-        super().__init__()
-        self.environment["ORVA_LUMOD_WORLD"] = self.write("world.json", "// a test's world\n" + json.dumps(world))
+    def __init__(self, world=None, under=(), **choices):
+        super().__init__(**choices)
+        if world is not None:
+            self.environment["ORVA_LUMOD_WORLD"] = self.write("world.json", "// a test's world\n" + json.dumps(world))
         self.signals, self.overhears = queue.Queue(), threading.Event()
-        self.start_bus()
+        self.start_bus(*under)
         monitor = self.start("busctl", "--address=" + self.address, "--json=short", "monitor", stdout=subprocess.PIPE)
         threading.Thread(target=self.overhear, args=(monitor.stdout,), daemon=True).start()
         self.until(self.overheard, "busctl's monitor does not hear what is said on the bus")

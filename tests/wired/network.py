@@ -1,0 +1,75 @@
+"""Two network namespaces with a cable between them, in namespaces of the test's own: nothing of the machine is
+touched. In `dev` the device has eth0; in `rt` a router has r0 (192.0.2.1, and 2001:db8:1::1 when it is wanted)."""
+import json, os, pathlib, subprocess, sys
+
+DEV, ROUTER = ("ip", "netns", "exec", "dev"), ("ip", "netns", "exec", "rt")
+
+
+def enclose():
+    """Runs this program again where /run, /var/lib and the processes are its own; skips it without privilege."""
+    if os.environ.get("ORVA_ENCLOSED") == "yes":
+        for directory in "/run", "/var/lib":
+            subprocess.run(["mount", "-t", "tmpfs", "test", directory], check=True)
+        return
+    if os.geteuid() != 0:
+        print("SKIP : namespaces want root")
+        sys.exit(77)
+    os.execvpe("unshare", ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", sys.executable, "-B",
+                           *sys.argv], {**os.environ, "ORVA_ENCLOSED": "yes"})
+
+
+def ip(*words):
+    done = subprocess.run(["ip", "-j", *words], capture_output=True, text=True, check=False)
+    assert done.returncode == 0, (words, done.stderr)
+    return json.loads(done.stdout) if done.stdout.strip() else []
+
+
+class Network:
+    """The two namespaces and what runs in `rt`; the cable is out."""
+
+    def __init__(self):
+        self.servers = []
+        for name in "dev", "rt":
+            ip("netns", "add", name)
+            ip("-n", name, "link", "set", "lo", "up")
+        self.add_interface()
+
+    def add_interface(self):
+        ip("link", "add", "eth0", "netns", "dev", "address", "02:00:00:00:10:01", "type", "veth", "peer", "name", "r0", "netns",
+           "rt")
+        ip("-n", "rt", "addr", "add", "192.0.2.1/24", "dev", "r0")
+
+    def remove_interface(self):
+        ip("-n", "dev", "link", "delete", "eth0")
+
+    def cable(self, plugged):
+        ip("-n", "rt", "link", "set", "r0", "up" if plugged else "down")
+
+    def start(self, *command):
+        self.servers.append(subprocess.Popen([*ROUTER, "setpriv", "--pdeathsig=KILL", *command],
+                                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+
+    def serve(self, *options, gateway="192.0.2.1", servers="192.0.2.1,9.9.9.9"):
+        """A DHCP server, and what `options` say beside it. dnsmasq's shortest lease is two minutes."""
+        self.start("dnsmasq", "--keep-in-foreground", "--conf-file=/dev/null", "--user=root", "--port=0", "--no-ping",
+                   "--interface=r0", "--bind-dynamic", "--dhcp-authoritative", "--dhcp-range=192.0.2.10,192.0.2.99,2m",
+                   f"--dhcp-option=option:router,{gateway}", f"--dhcp-option=option:dns-server,{servers}",
+                   "--dhcp-option=option:domain-name,lan.test", "--dhcp-leasefile=/run/leases", "--pid-file=", *options)
+
+    def advertise(self):
+        """IPv6: addresses by advertisement, with name servers."""
+        ip("-n", "rt", "addr", "add", "2001:db8:1::1/64", "dev", "r0", "nodad")
+        return ["--enable-ra", "--ra-param=r0,1", "--dhcp-range=::,constructor:r0,slaac,64,2m",
+                "--dhcp-option=option6:dns-server,[2001:db8:1::1]"]
+
+    def silence(self):
+        while self.servers:
+            server = self.servers.pop()
+            server.kill()
+            server.wait()
+        pathlib.Path("/run/leases").unlink(missing_ok=True)
+
+    def close(self):
+        self.silence()
+        for name in "dev", "rt":
+            ip("netns", "delete", name)
