@@ -18,14 +18,9 @@ ChildProcess::ChildProcess(QString keeper, QString title, QObject* parent)
     , m_keeper(std::move(keeper))
     , m_title(std::move(title))
 {
-    m_restart.setSingleShot(true);
     m_calm.setSingleShot(true);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_process.setStandardInputFile(QProcess::nullDevice());
-    connect(&m_restart, &QTimer::timeout, this, [this] {
-        Q_EMIT restarting();
-        launch();
-    });
     connect(&m_process, &QProcess::readyRead, this, &ChildProcess::relay);
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             &ChildProcess::on_finished);
@@ -37,7 +32,7 @@ ChildProcess::ChildProcess(QString keeper, QString title, QObject* parent)
 
 ChildProcess::~ChildProcess()
 {
-    m_process.disconnect(this);
+    blockSignals(true); // its owner is going
     if (!isRunning())
         return;
     m_process.terminate();
@@ -47,26 +42,17 @@ ChildProcess::~ChildProcess()
 
 void ChildProcess::start(const QString& program, const QStringList& arguments)
 {
-    m_program = program;
-    m_arguments = arguments;
     m_wanted = true;
-    m_pause = 0;
-    launch();
-}
-
-void ChildProcess::launch()
-{
     m_lastLine.clear();
     m_calm.start(grownUp);
     m_process.start(m_keeper,
-                    QStringList{QString::number(QCoreApplication::applicationPid()), m_program} +
-                        m_arguments);
+                    QStringList{QString::number(QCoreApplication::applicationPid()), program} +
+                        arguments);
 }
 
 void ChildProcess::stop()
 {
     m_wanted = false;
-    m_restart.stop();
     if (isRunning())
         m_process.terminate();
     else
@@ -88,9 +74,8 @@ void ChildProcess::on_finished()
         return Q_EMIT stopped();
     m_pause = m_calm.isActive() ? qBound(firstPause, m_pause * 2, longestPause) : firstPause;
     m_calm.stop();
-    m_restart.start(m_pause);
     const auto how = m_process.error() == QProcess::FailedToStart
                          ? m_process.errorString()
                          : QStringLiteral("exit status %1").arg(m_process.exitCode());
-    Q_EMIT failed(m_lastLine.isEmpty() ? how : m_lastLine);
+    Q_EMIT failed(m_lastLine.isEmpty() ? how : m_lastLine, m_pause);
 }

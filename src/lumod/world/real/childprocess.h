@@ -3,8 +3,8 @@
 #include <QProcess>
 #include <QTimer>
 
-/// An engine: a program that lumod starts, starts again with growing pauses when it ends by itself,
-/// and that never outlives lumod. What it writes goes to lumod's log at debug level.
+/// An engine: a program that lumod starts and that never outlives lumod. What it writes goes to
+/// lumod's log at debug level.
 class ChildProcess : public QObject
 {
     Q_OBJECT
@@ -23,25 +23,20 @@ public:
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
 Q_SIGNALS:
-    /// The program is about to be started once more, after its end.
-    void restarting();
-    /// It has ended by itself; `why` is its last words, or its exit status.
-    void failed(const QString& why);
+    /// It has ended by itself; `why` is its last words, or its exit status. Whoever starts it again
+    /// waits `pause` ms before: longer each time, unless it lived well.
+    void failed(const QString& why, int pause);
     /// It has ended because it was asked to.
     void stopped();
 
 private:
-    void launch();
     void relay();
     void on_finished();
 
     QString m_keeper;
     QString m_title;
-    QString m_program;
-    QStringList m_arguments;
     QProcess m_process;
     QString m_lastLine;
-    QTimer m_restart;
     QTimer m_calm; ///< runs while the program is young: one that ends then waits longer
     int m_pause = 0;
     bool m_wanted = false;

@@ -1,10 +1,12 @@
 #include "world/real/dhcpclient.h"
 
 #include "log.h"
+#include "world/real/savetext.h"
 
 #include <QFile>
 #include <QHostAddress>
-#include <QSaveFile>
+
+#include <csignal>
 
 namespace {
 
@@ -39,11 +41,8 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
     m_way.setSingleShot(true);
     m_returned.setSingleShot(true);
     connect(&m_way, &QTimer::timeout, this, &DhcpClient::launch);
-    connect(&m_child, &ChildProcess::restarting, this, [this] {
-        if (!makeWay() || !writeConfiguration())
-            qCWarning(lcLumod) << "dhcpcd starts again on an interface that is not clear";
-    });
-    connect(&m_child, &ChildProcess::failed, this, [this](const QString& why) {
+    connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
+        m_way.start(pause);
         if (!m_address.isEmpty() && !m_returned.isActive())
             m_returned.start(m_settings.dhcpDeadline);
         Q_EMIT failed(QStringLiteral("dhcpcd on %1 has ended: %2").arg(m_interface, why));
@@ -111,6 +110,8 @@ bool DhcpClient::makeWay()
     const auto base = dhcpcdDirectory + m_interface;
     const auto pid = QString::fromLatin1(contentOf(base + QStringLiteral(".pid")));
     if (!pid.isEmpty() && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd") {
+        if (pid.toInt() == m_engine)
+            ::kill(m_engine, SIGTERM); // lumod-keep was killed, and could not do it
         if (m_waits == patientWaits)
             Q_EMIT failed(
                 QStringLiteral("Another dhcpcd, process %1, holds %2, waiting for its end")
@@ -124,7 +125,6 @@ bool DhcpClient::makeWay()
 
 bool DhcpClient::writeConfiguration()
 {
-    QSaveFile file(m_configuration);
     const auto text =
         QStringLiteral("option domain_name_servers, domain_name, routers, interface_mtu, "
                        "classless_static_routes\n"
@@ -138,10 +138,10 @@ bool DhcpClient::writeConfiguration()
             .arg(m_metric)
             .arg(m_settings.runtimeDirectory)
             .arg(++m_start);
-    if (file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0 && file.commit())
-        return true;
-    Q_EMIT failed(QStringLiteral("Cannot write %1: %2").arg(m_configuration, file.errorString()));
-    return false;
+    const auto fault = saveText(m_configuration, text.toUtf8());
+    if (!fault.isEmpty())
+        Q_EMIT failed(QStringLiteral("Cannot write ") + fault);
+    return fault.isEmpty();
 }
 
 QStringList DhcpClient::arguments() const
@@ -162,6 +162,7 @@ void DhcpClient::take(const DhcpEvent& event)
 {
     if (!m_wanted || event.interface != m_interface || event.start != m_start)
         return;
+    m_engine = event.process;
     if (event.source == DhcpEvent::Source::Other)
         return;
     if (event.source == DhcpEvent::Source::Dhcp) {

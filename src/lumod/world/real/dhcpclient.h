@@ -61,7 +61,8 @@ private:
     ChildProcess m_child;
     std::optional<Wanted> m_wanted;
     int m_start = 0;   ///< counts starts
-    QTimer m_way;      ///< until another dhcpcd has left the interface
+    int m_engine = 0;  ///< the process id that dhcpcd has told, 0 before
+    QTimer m_way;      ///< until the next start is tried
     int m_waits = 0;   ///< how often that was looked for
     QTimer m_returned; ///< until a dhcpcd that has died must have its address back
     QString m_address;

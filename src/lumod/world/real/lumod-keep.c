@@ -9,10 +9,14 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-enum { PATIENCE = 3 /* seconds from the request to end to the end by force */ };
+enum {
+    TICK = 250,   /* ms between two requests to end: dhcpcd misses one that finds it in a script */
+    PATIENCE = 12 /* ticks from the first request to the end by force */
+};
 
 static const int watched[] = {SIGTERM, SIGINT, SIGHUP, SIGALRM, SIGCHLD};
 
@@ -25,20 +29,28 @@ static sigset_t watchedSet(void)
     return set;
 }
 
-/* Collects who has ended; 1 once `child` has, with its status. */
-static int collect(pid_t child, int* status)
+static void startTicks(void)
 {
-    int found = 0;
-    int ended = 0;
-    for (pid_t pid; (pid = waitpid(-1, &ended, WNOHANG)) > 0;) {
-        if (pid == child) {
-            *status = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
-            found = 1;
-        }
-    }
-    return found;
+    const struct itimerval ticks = {{0, TICK * 1000}, {0, TICK * 1000}};
+    setitimer(ITIMER_REAL, &ticks, NULL);
 }
 
+/* Collects who has ended, `*child` becomes 0 once it has; 0 when nobody is left. */
+static int collect(pid_t* child, int* status)
+{
+    int ended = 0;
+    pid_t pid = 0;
+    while ((pid = waitpid(-1, &ended, WNOHANG)) > 0) {
+        if (pid == *child) {
+            *child = 0;
+            *status = WIFEXITED(ended) ? WEXITSTATUS(ended) : 128 + WTERMSIG(ended);
+            startTicks();
+        }
+    }
+    return pid == 0;
+}
+
+/* Orphans become children: this process is their reaper. */
 static void killChildren(void)
 {
     char path[64];
@@ -63,7 +75,7 @@ int main(int argc, char** argv)
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != atoi(argv[1]))
         return 0; /* it has died before it could be watched */
-    const pid_t child = fork();
+    pid_t child = fork();
     if (child == 0) {
         sigprocmask(SIG_UNBLOCK, &set, NULL);
         execvp(argv[2], argv + 2);
@@ -71,15 +83,17 @@ int main(int argc, char** argv)
         _exit(127);
     }
     int status = 1;
-    while (child > 0 && !collect(child, &status)) {
+    int ticks = 0;
+    while (collect(&child, &status)) {
         const int caught = sigwaitinfo(&set, NULL);
         if (caught == SIGCHLD || caught < 0)
             continue;
-        kill(child, caught == SIGALRM ? SIGKILL : SIGTERM);
-        alarm(PATIENCE);
+        if (caught != SIGALRM)
+            startTicks();
+        if (caught == SIGALRM && ++ticks >= PATIENCE)
+            killChildren();
+        else if (child > 0)
+            kill(child, SIGTERM);
     }
-    do
-        killChildren(); /* whatever the program has started is our child once the program is gone */
-    while (waitpid(-1, NULL, 0) > 0);
     return status;
 }

@@ -1,15 +1,17 @@
 #include "world/real/nameservers.h"
 
 #include "log.h"
+#include "world/real/savetext.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHostAddress>
-#include <QSaveFile>
 
 namespace {
 
-constexpr int programLimit = 5000; // ms
+constexpr int programLimit = 5000;      // ms
+constexpr int retryMilliseconds = 5000; // of a file that could not be written
 const QByteArray header = QByteArrayLiteral("# Written by lumod; changes are lost.\n");
 
 /// A link-local server is reached through its interface alone.
@@ -44,6 +46,8 @@ bool NameServers::Uplink::operator==(const Uplink& other) const
 NameServers::NameServers(const RealSettings& settings)
     : m_settings(settings)
 {
+    m_retry.setSingleShot(true);
+    connect(&m_retry, &QTimer::timeout, this, &NameServers::writeFile);
     m_limit.setSingleShot(true);
     connect(&m_limit, &QTimer::timeout, &m_program, &QProcess::kill);
     connect(&m_program, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
@@ -71,7 +75,7 @@ NameServers::~NameServers()
                               {QStringLiteral("-d"), interface + QStringLiteral(".lumod")});
     const bool ours = !usesProgram() && !isForeign(m_settings.resolvConf);
     if (m_settings.nameServers != RealSettings::NameServerOwner::Nobody && ours)
-        QFile::remove(m_settings.resolvConf);
+        QFile::remove(QFileInfo(m_settings.resolvConf).canonicalFilePath()); // never the link
 }
 
 bool NameServers::usesProgram() const
@@ -115,13 +119,10 @@ void NameServers::writeFile()
     const auto& name = m_settings.resolvConf;
     if (isForeign(name))
         return finish(QStringLiteral("%1 is somebody else's, leaving it").arg(name));
-    QSaveFile file(name);
-    const auto text = fileText();
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
-                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner |
-                                             QFile::ReadGroup | QFile::ReadOther) &&
-                         file.commit();
-    finish(written ? QString() : name + QStringLiteral(": ") + file.errorString());
+    const auto fault = saveText(name, fileText());
+    if (!fault.isEmpty())
+        m_retry.start(retryMilliseconds);
+    finish(fault);
 }
 
 QStringList NameServers::programArguments(const QString& interface) const

@@ -51,6 +51,7 @@ private:
     QMap<QString, Uplink> m_uplinks; ///< by interface
     QStringList m_dirty;             ///< interfaces about which `resolvconf` has to hear
     QProcess m_program;
-    QTimer m_limit;
+    QTimer m_limit;  ///< of the program
+    QTimer m_retry;  ///< until a file that could not be written is tried again
     QString m_fault; ///< the last one told
 };
