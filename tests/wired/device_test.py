@@ -1,0 +1,164 @@
+"""The whole device on a real cable: after each step it says what the machine says."""
+import os, pathlib, signal, subprocess, time, unittest
+
+import network
+from network import DEV, ip
+from wiredcase import CONNECTED, NOT, RESOLV, Device, WiredCase, processes, routes
+
+
+class Cable(Device):
+    # --- the cable
+
+    def test_in_and_out_ten_times_and_a_hundred_flaps(self):
+        self.begin()
+        for plugged in [True, False] * 10:
+            self.net.cable(plugged)
+            self.agree(plugged)
+        end = time.monotonic() + 1
+        for i in range(200):
+            self.net.cable(i % 2 == 0)
+            time.sleep(max(0, (end - time.monotonic()) / (200 - i)))
+        self.agree(NOT)
+        self.plug()
+        self.agree(CONNECTED)
+        self.assertEqual(len(processes("lumod-keep")), 1)
+
+    def test_interface_renamed_removed_and_added_while_up(self):
+        self.connect()
+        for away, back in [(("set", "eth0", "name", "eth9"), ("set", "eth9", "name", "eth0")),
+                           (("delete", "eth0"), None)]:
+            if "name" in away:
+                ip("-n", "dev", "link", "set", "eth0", "down")
+            ip("-n", "dev", "link", *away)
+            self.p.until(lambda: self.p.details("eth0")["Present"] == 0)
+            self.p.until(lambda: not self.device()["connected"])
+            ip("-n", "dev", "link", *back) if back else self.net.add_interface()
+            self.plug()
+            self.agree(CONNECTED, "192.0.2.")
+
+    # --- addresses
+
+    def test_static_and_back(self):
+        self.connect()
+        self.orvactl("profile", "set", "--ip", "192.0.2.77", "--netmask", "255.255.255.0", "--gateway", "192.0.2.1", "--dns",
+                     "192.0.2.1,1.1.1.1")
+        self.agree(CONNECTED, "192.0.2.77/24")
+        self.unplug()
+        self.agree(NOT)
+        self.plug()
+        self.assertEqual(self.agree(CONNECTED, "192.0.2.77/24")["dns"], ["192.0.2.1", "1.1.1.1"])
+        self.orvactl("profile", "set", "--dhcp")
+        self.assertNotIn("192.0.2.77/24", self.agree(CONNECTED, "9.9.9.9")["addresses"])
+
+    def test_a_silent_server_and_a_late_one(self):
+        self.begin(serve=False)
+        self.plug()
+        self.errors("No DHCP answer on eth0")
+        self.agree(NOT)
+        self.net.serve()
+        self.agree(CONNECTED, "192.0.2.", limit=30)
+
+    def test_gateway_and_servers_change_with_a_renewal(self):
+        self.connect()
+        ip("-n", "rt", "addr", "add", "192.0.2.3/24", "dev", "r0")
+        self.silence()
+        self.net.serve(gateway="192.0.2.3", servers="192.0.2.3")
+        time.sleep(0.2)
+        self.p.run(*DEV, "dhcpcd", "-n", "eth0")
+        state = self.agree(CONNECTED, "192.0.2.3")
+        self.assertEqual((state["gateways"], state["dns"]), (["192.0.2.3"], ["192.0.2.3"]))
+
+    def test_two_uplinks(self):
+        self.begin()
+        ip("link", "add", "other", "netns", "dev", "type", "veth", "peer", "name", "r1", "netns", "rt")
+        for words in [("-n", "rt", "link", "set", "r1", "up"), ("-n", "dev", "link", "set", "other", "up"),
+                      ("-n", "dev", "addr", "add", "198.51.100.2/24", "dev", "other"),
+                      ("-n", "dev", "route", "add", "default", "via", "198.51.100.1", "metric", "600")]:
+            ip(*words)
+        used = lambda: ip("-n", "dev", "route", "get", "203.0.113.1")[0]["dev"]
+        self.plug()
+        self.agree(CONNECTED, "192.0.2.")
+        self.assertEqual(used(), "eth0")
+        self.unplug()
+        self.agree(NOT)
+        self.assertEqual(used(), "other")
+        ip("-n", "dev", "link", "delete", "other")
+
+    # --- programs that end
+
+    def test_host_restarted_while_the_daemon_stays(self):
+        self.connect()
+        engine = processes("lumod-keep")
+        self.host.kill()
+        self.host.wait()
+        self.start_host()
+        self.agree(CONNECTED, "192.0.2.")
+        self.assertEqual(processes("lumod-keep"), engine)
+
+    def test_engines_and_daemon_killed(self):
+        self.connect()
+        for victim in "dhcpcd", "lumod":
+            with self.subTest(victim):
+                before = processes(victim)
+                for pid in before[:1]:
+                    os.kill(pid, signal.SIGKILL)
+                self.p.until(lambda: before[0] not in processes(victim) and processes(victim))
+                self.agree(CONNECTED, "192.0.2.", limit=20)
+                self.p.until(lambda: len(processes("lumod-keep")) == len(processes("lumod")) == 1)
+                self.assertEqual(len(ip("-n", "dev", "-4", "addr", "show", "eth0")[0]["addr_info"]), 1)
+                self.assertEqual(len(routes("default")), 1)
+
+    def test_storm_of_addresses(self):
+        self.connect()
+        lines = [f"addr {verb} 198.51.{i // 250}.{i % 250 + 1}/32 dev eth0" for verb in ("add", "del") for i in range(500)]
+        kept = lines[:500] + lines[501:]
+        subprocess.run([*DEV, "ip", "-batch", "-"], input="\n".join(kept), text=True, check=True)
+        self.agree(CONNECTED, "198.51.0.1/32")
+        ip("-n", "dev", *lines[500].split())
+        self.agree(CONNECTED, "192.0.2.")
+
+    # --- name servers
+
+    def test_resolv_conf(self):
+        ours, foreign, asked = "# Written by lumod; changes are lost.\n", "nameserver 198.51.100.53\n", "nameserver 192.0.2.1\n"
+        directory, file = pathlib.Path("/run/etc"), pathlib.Path("/run/etc/resolv.conf")
+        full = "mount -t tmpfs -o size=4k t /run/etc && head -c 4096 /dev/zero >/run/etc/ballast"
+        for name, prepare, found, left in [
+                ("missing", "true", asked, None), ("owned", f"printf '{ours}nameserver 1.2.3.4\n' >{file}", asked, None),
+                ("empty", f": >{file}", asked, None), ("foreign", f"printf '{foreign}' >{file}", foreign, foreign),
+                ("link", f"ln -s {RESOLV} {file}", asked, None), ("read-only", "mount -t tmpfs -o ro t /run/etc", None, None),
+                ("full", full, None, None)]:
+            with self.subTest(name):
+                try:
+                    directory.mkdir()
+                    subprocess.run(["sh", "-c", prepare], check=True)
+                    WiredCase.begin(self, resolvConf=str(file))
+                    self.plug()
+                    self.p.call("SetNormalMode", "auto")
+                    self.p.wait("Connected", "eth0")
+                    text = file.read_text(encoding="utf-8") if file.exists() else None
+                    self.assertEqual(found and found in text and found, found)
+                    self.assertEqual(file.is_symlink(), name == "link")
+                    self.assertEqual("Name servers: " in self.p.logged(), found != asked)
+                    self.end()
+                    self.assertEqual(file.read_text(encoding="utf-8") if file.exists() else None, left)
+                finally:
+                    self.doCleanups()
+                    subprocess.run("umount /run/etc 2>/dev/null; rm -r /run/etc", shell=True, check=True)
+
+    def test_no_room_for_the_engine_s_files(self):
+        pathlib.Path("/run/small").mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=4k", "small", "/run/small"], check=True)
+        ballast = pathlib.Path("/run/small/ballast")
+        ballast.write_text("x" * 4096, encoding="utf-8")
+        self.begin(runtimeDirectory="/run/small")
+        self.plug()
+        self.errors("Cannot write /run/small/dhcpcd-eth0.conf")
+        self.agree(NOT)
+        ballast.unlink()
+        self.agree(CONNECTED, "192.0.2.", limit=20)
+
+
+if __name__ == "__main__":
+    network.enclose()
+    unittest.main()
