@@ -1,5 +1,6 @@
 // How long a bystander waits for a value while another client of the host that runs on the system
-// bus floods it with writes whose answers it does not collect:
+// bus floods it with writes whose answers it does not collect, and for a ping, which the host's bus
+// thread answers: what the bus itself makes it wait.
 //   bench_host_flood
 
 #include <core/orva.h>
@@ -23,6 +24,7 @@ struct Flood
 {
     const char* what;
     int count;
+    int rounds;
     std::function<QDBusMessage(int number)> call;
 };
 
@@ -70,41 +72,61 @@ QDBusMessage setAirplaneMode(int number)
     return write("SetValue", OrvaNetworkAirplaneModePath(), value);
 }
 
-double timedRead(const QDBusConnection& bystander)
+QDBusMessage ping()
+{
+    return QDBusMessage::createMethodCall(
+        QStringLiteral("org.orva.Host1"), QStringLiteral("/org/orva/Host1"),
+        QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+}
+
+/// In milliseconds.
+double timed(const QDBusConnection& bystander, const QDBusMessage& call)
 {
     QElapsedTimer timer;
     timer.start();
-    const QDBusMessage answer = bystander.call(readState(), QDBus::Block, 120000);
+    const QDBusMessage answer = bystander.call(call, QDBus::Block, 120000);
     if (answer.type() != QDBusMessage::ReplyMessage)
         qFatal("%s", qPrintable(answer.errorMessage()));
     return double(timer.nsecsElapsed()) / 1e6;
 }
 
-double at(const std::vector<double>& sorted, double share)
+double at(std::vector<double>& samples, double share)
 {
-    return sorted.at(size_t(share * double(sorted.size() - 1) + 0.5));
+    std::sort(samples.begin(), samples.end());
+    return samples.at(size_t(share * double(samples.size() - 1) + 0.5));
 }
 
-/// Sends all calls at once and reads until the last of them, the only one whose answer is looked
-/// at, is answered: the host keeps the order of one caller.
-void measure(const Flood& flood, const QDBusConnection& flooder, const QDBusConnection& bystander)
+/// Sends all calls at once. The answer to the last, the only one that is looked at, says that all
+/// are done: the host keeps the order of one caller.
+QDBusPendingCall send(const Flood& flood, const QDBusConnection& flooder)
 {
-    QElapsedTimer timer;
-    timer.start();
     for (int i = 0; i < flood.count - 1; ++i)
         flooder.asyncCall(flood.call(i));
-    const QDBusPendingCall last = flooder.asyncCall(flood.call(flood.count - 1), 300000);
+    return flooder.asyncCall(flood.call(flood.count - 1), 300000);
+}
+
+void measure(const Flood& flood, const QDBusConnection& flooder, const QDBusConnection& bystander)
+{
     std::vector<double> reads;
-    do {
-        reads.push_back(timedRead(bystander));
-    } while (!last.isFinished());
-    if (last.isError())
-        qFatal("%s: %s", flood.what, qPrintable(last.error().message()));
-    std::sort(reads.begin(), reads.end());
+    std::vector<double> pings;
+    QElapsedTimer timer;
+    timer.start();
+    for (int round = 0; round < flood.rounds; ++round) {
+        const QDBusPendingCall last = send(flood, flooder);
+        // Which of the two meets the beginning, when the bus is full, alternates.
+        bool reading = round % 2 == 0;
+        do {
+            (reading ? reads : pings).push_back(timed(bystander, reading ? readState() : ping()));
+            reading = !reading;
+        } while (!last.isFinished());
+        if (last.isError())
+            qFatal("%s: %s", flood.what, qPrintable(last.error().message()));
+    }
     std::printf("{\"what\": \"GetValue beside %d %s\", \"reads\": %zu, \"p50_ms\": %.1f, "
-                "\"p99_ms\": %.1f, \"max_ms\": %.1f, \"flood_s\": %.1f}\n",
+                "\"p99_ms\": %.1f, \"ping_p50_ms\": %.1f, \"ping_p99_ms\": %.1f, "
+                "\"flood_s\": %.2f}\n",
                 flood.count, flood.what, reads.size(), at(reads, 0.5), at(reads, 0.99),
-                reads.back(), double(timer.elapsed()) / 1000);
+                at(pings, 0.5), at(pings, 0.99), double(timer.elapsed()) / 1000 / flood.rounds);
     std::fflush(stdout);
 }
 
@@ -117,9 +139,9 @@ int main(int argc, char** argv)
         QDBusConnection::connectToBus(QDBusConnection::SystemBus, QStringLiteral("flooder"));
     const auto bystander =
         QDBusConnection::connectToBus(QDBusConnection::SystemBus, QStringLiteral("bystander"));
-    for (const Flood& flood :
-         {Flood{"settings", 1000, setSetting}, Flood{"airplane toggles", 300, setAirplaneMode},
-          Flood{"profiles", 1000, setProfile}})
+    for (const Flood& flood : {Flood{"settings", 1000, 50, setSetting},
+                               Flood{"airplane toggles", 300, 1, setAirplaneMode},
+                               Flood{"profiles", 1000, 1, setProfile}})
         measure(flood, flooder, bystander);
     return 0;
 }
