@@ -17,7 +17,7 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
     auto* large = CMValueNode::create(worker->nodes(), CMPath("test/large"_s));
     const auto add = [worker](const QString& path, const auto& action) {
         auto* node = CMActivateNode::create(worker->nodes(), CMPath(path));
-        QObject::connect(node, &CMActivateNode::invoked, action);
+        QObject::connect(node, &CMActivateNode::invoked, worker, action, Qt::QueuedConnection);
     };
     add("test/echo"_s, [](const CMSetDataRequest& request) { request.answer(request.value()); });
     add("test/fail"_s, [](const CMSetDataRequest& request) {

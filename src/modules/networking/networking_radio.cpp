@@ -97,9 +97,9 @@ void Networking::setDataRequest(const CMSetDataRequest& request)
             else
                 request.fail(reply.error());
         },
-        Qt::QueuedConnection);
+        Qt::DirectConnection);
     CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), request.value(), stored);
-    // Many that were stored together would run rfkill in a row.
+    // Each at once: those that were stored together would run rfkill in a row.
     stored.data()->hurry();
 }
 
