@@ -51,7 +51,7 @@ QStringList serversOf(const Environment& environment, DhcpEvent::Source source)
     }
     keys.sort();
     QStringList servers;
-    for (const auto& key : qAsConst(keys))
+    for (const auto& key : std::as_const(keys))
         for (const auto& text : environment.value(key.toLatin1()).split(' '))
             if (const QHostAddress address(QString::fromLatin1(text)); !address.isNull())
                 servers.append(address.toString());

@@ -109,7 +109,7 @@ QByteArray NameServers::fileText() const
         return m_uplinks[a].metric < m_uplinks[b].metric;
     });
     QByteArray text = header;
-    for (const auto& interface : qAsConst(interfaces))
+    for (const auto& interface : std::as_const(interfaces))
         text += linesOf(interface, m_uplinks[interface]);
     return text;
 }
