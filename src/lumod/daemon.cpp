@@ -1,5 +1,6 @@
 #include "daemon.h"
 
+#include "busproperties.h"
 #include "log.h"
 #include "wire.h"
 
@@ -53,6 +54,7 @@ Daemon::Daemon(World& world, QObject* parent)
     , m_world(world)
     , m_mode(QStringLiteral("OffMode"))
 {
+    new BusProperties(busName, this); // busName names the interface too
     relayWorld();
     relayRadio();
 }
