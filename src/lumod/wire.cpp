@@ -110,9 +110,11 @@ KnownNetwork knownNetwork(const QString& ssid, const QVariantMap& map)
     return network;
 }
 
-bool isIpv4(const QString& address)
+/// Whether the text is an IPv4 address in its normal form; "10" would be read as 0.0.0.10.
+bool isIpv4(const QString& text)
 {
-    return QHostAddress(address).protocol() == QAbstractSocket::IPv4Protocol;
+    const QHostAddress address(text);
+    return address.protocol() == QAbstractSocket::IPv4Protocol && address.toString() == text;
 }
 
 /// The prefix of a dotted netmask, -1 when it is none.

@@ -188,6 +188,9 @@ class LumodTest(unittest.TestCase):
             p.call("SetNormalMode", "auto")
         p.call("StartSoftAp", "uap0", {"ssid": 7, "channel": "x", "apAddress": "?", "apNetmask": {}})
         self.hear("Connected uap0")
+        p.call("StartSoftAp", "uap0", {"apAddress": "10", "apNetmask": "16"})
+        self.hear("Connected uap0")
+        self.assertEqual(p.details("uap0")["Ips"], "192.168.4.1/24")
         for action in [("AddAccessPoint", {"ssid": "x" * 33}), ("AddAccessPoint", {"ssid": "a", "signal": "loud"}),
                        ("PressWps", "Open"), ("ChangeAccessPoint", "Home", {"bssid": "02:a0:00:00:00:01"}),
                        ("JoinStation", "uap0", "me"), ("Garble", "nicely"), ("SetDelay", "lunch", ("u", "1"))]:
