@@ -1,5 +1,5 @@
 # What is installed where, in three components: runtime (the device), development (who writes workers) and
-# simulator (the stand-in connection daemon, for a machine without radios).
+# daemon (the connection daemon) and world (has the daemon play a network instead).
 
 include(CMakePackageConfigHelpers)
 
@@ -7,7 +7,8 @@ set(ORVA_USER orva CACHE STRING "User that the host runs as")
 set(ORVA_DBUS_DATADIR "${CMAKE_INSTALL_DATADIR}/dbus-1" CACHE STRING "Where the bus's files go")
 set(ORVA_SYSTEMD_DIR "lib/systemd/system" CACHE STRING "Where systemd's units go")
 set(ORVA_WORKER_DIR "${CMAKE_INSTALL_LIBDIR}/orva/workers")
-set(ORVA_LUMOD "${CMAKE_INSTALL_FULL_SBINDIR}/lumod --world ${CMAKE_INSTALL_FULL_DATADIR}/orva/world.json")
+set(ORVA_LUMOD "${CMAKE_INSTALL_FULL_SBINDIR}/lumod")
+set(ORVA_WORLD "${CMAKE_INSTALL_FULL_DATADIR}/orva/world.json")
 set(ORVA_HELPER_DIR "${CMAKE_INSTALL_FULL_LIBEXECDIR}/orva")
 set(ORVA_MODULE "${CMAKE_INSTALL_FULL_LIBDIR}/orva/workers/libnetworking.so")
 # The pkg-config file finds its prefix from where it stands, as the CMake package does.
@@ -16,7 +17,7 @@ file(RELATIVE_PATH ORVA_PC_TO_PREFIX
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
-        examples/host.json examples/lumod.conf dist/lumod.service dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
+        examples/host.json examples/lumod.conf dist/lumod.service dist/lumod-world.conf dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
     configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
 endforeach()
 configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
@@ -61,12 +62,19 @@ install(FILES "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
 install(FILES "${CMAKE_BINARY_DIR}/dist/orva.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
-# --- simulator
-install(TARGETS lumod RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT simulator)
+# --- daemon
+install(TARGETS lumod RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT daemon)
+install(TARGETS dhcp-event lumod-keep RUNTIME DESTINATION "${ORVA_HELPER_DIR}" COMPONENT daemon)
+install(FILES "${CMAKE_BINARY_DIR}/examples/lumod.conf"
+    DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva" COMPONENT daemon)
 install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.conf"
-    DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT simulator)
+    DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT daemon)
 install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
-    DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT simulator)
+    DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT daemon)
 install(FILES "${CMAKE_BINARY_DIR}/dist/lumod.service"
-    DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT simulator)
-install(FILES examples/world.json DESTINATION "${CMAKE_INSTALL_DATADIR}/orva" COMPONENT simulator)
+    DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT daemon)
+
+# --- world
+install(FILES examples/world.json DESTINATION "${CMAKE_INSTALL_DATADIR}/orva" COMPONENT world)
+install(FILES "${CMAKE_BINARY_DIR}/dist/lumod-world.conf"
+    DESTINATION "${ORVA_SYSTEMD_DIR}/lumod.service.d" RENAME world.conf COMPONENT world)

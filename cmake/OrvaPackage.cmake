@@ -7,7 +7,7 @@ set(CPACK_PACKAGE_CONTACT "orva-networking maintainers <maintainers@localhost>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}+qt${ORVA_QT}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development simulator)
+set(CPACK_COMPONENTS_ALL runtime development daemon world)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -36,9 +36,18 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "orva-networking (= ${CPACK_PACKAGE_VERSION}), pkg-config, ${ORVA_QT_PACKAGE_${ORVA_QT}}, liblog4cplus-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
-set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME orva-lumod)
-set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "connection daemon that plays a network instead of driving one")
-set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS "dbus")
+set(CPACK_DEBIAN_DAEMON_PACKAGE_NAME orva-lumod)
+set(CPACK_DEBIAN_DAEMON_DESCRIPTION "connection daemon that drives the interfaces of the audio-streaming device")
+set(CPACK_DEBIAN_DAEMON_PACKAGE_DEPENDS "dbus, dhcpcd-base")
+set(CPACK_DEBIAN_DAEMON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/dist/daemon/conffiles")
+
+set(CPACK_DEBIAN_WORLD_PACKAGE_NAME orva-world)
+set(CPACK_DEBIAN_WORLD_DESCRIPTION "has the connection daemon play a network instead of driving one")
+set(CPACK_DEBIAN_WORLD_PACKAGE_DEPENDS "orva-lumod (= ${PROJECT_VERSION})")
+# The world was part of the daemon's package.
+set(CPACK_DEBIAN_WORLD_PACKAGE_REPLACES "orva-lumod (<< 0.2.0)")
+set(CPACK_DEBIAN_WORLD_PACKAGE_BREAKS "orva-lumod (<< 0.2.0)")
+set(CPACK_DEBIAN_WORLD_PACKAGE_SHLIBDEPS OFF)
 
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/OrvaPackageTools.cmake")
 include(CPack)
