@@ -31,8 +31,20 @@ ExitStatus statusOf(const QDBusError& error)
 }
 
 /// The exit status for a D-Bus error, and a text that a person understands.
+/// The world's interface is missing where the daemon drives real ones.
+bool isWithoutWorld(const QDBusError& error)
+{
+    return (error.type() == QDBusError::UnknownInterface ||
+            error.type() == QDBusError::UnknownMethod) &&
+           error.message().contains(QLatin1String("org.orva.lumod.World"));
+}
+
 Result fromBusError(const QDBusError& error)
 {
+    if (isWithoutWorld(error))
+        return {ExitStatus::Other,
+                QStringLiteral("lumod drives this machine's own interfaces here; these commands "
+                               "belong to the world that it plays with --world.")};
     const ExitStatus status = statusOf(error);
     const QString text = error.message().isEmpty() ? error.name() : error.message();
     if (status == ExitStatus::NotRunning)

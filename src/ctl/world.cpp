@@ -10,7 +10,7 @@ namespace ctl {
 
 namespace {
 
-/// The stand-in daemon's world. Only the stand-in has it: on a device these commands fail.
+/// The world that the daemon plays; where it drives real interfaces these commands fail.
 class World : public OrgOrvaLumodWorldInterface
 {
 public:
@@ -182,7 +182,7 @@ Commands pointCommands()
 Commands worldCommands()
 {
     Commands commands = {
-        {"world", "Changes the world that the stand-in daemon plays"},
+        {"world", "Changes the world that lumod plays instead of driving interfaces"},
         {"world show", "Shows the world", {}, &show},
         {"world crash", "Ends the daemon at once", {}, &crash},
         {"world ap", "Access points"},

@@ -40,6 +40,7 @@ class Cable(Device):
 
     def test_static_and_back(self):
         self.connect()
+        self.assertIn("the world that it plays", self.p.run(*DEV, "orvactl", "world", "plug").stderr)
         self.orvactl("profile", "set", "--ip", "192.0.2.77", "--netmask", "255.255.255.0", "--gateway", "192.0.2.1", "--dns",
                      "192.0.2.1,1.1.1.1")
         self.agree(CONNECTED, "192.0.2.77/24")
