@@ -8,6 +8,7 @@ DEVICE_RADIOS=${DEVICE_RADIOS:-stand-in}   # stand-in: rfkill is only recorded; 
 DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
 DEVICE_WORLD=${DEVICE_WORLD:-}             # the daemon's world; default examples/world.json
 DEVICE_LUMOD_CONF=${DEVICE_LUMOD_CONF:-}   # how the daemon drives real interfaces; empty: it plays its world
+DEVICE_WIRED=${DEVICE_WIRED:-eth0}         # the host's wired interface
 DEVICE_RUNNER=()                           # the words of a program that runs the host, valgrind say
 
 device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -73,6 +74,7 @@ device_configure() {
 device_fill() {
     local lumod=$1/build/bin/lumod${DEVICE_LUMOD_CONF:+ --config $DEVICE_LUMOD_CONF}
     sed -e "s|@ORVA_USER@|$(id -un)|; s|@ORVA_LUMOD@|$lumod|" \
+        -e "s|\"wired\": \"eth0\"|\"wired\": \"$DEVICE_WIRED\"|" \
         -e "s|@ORVA_MODULE@|$1/build/lib/libnetworking.so|" "$device_source/dbus/$2" >"$3"
 }
 

@@ -9,12 +9,13 @@ packages_run=(
     iproute2 iputils-ping jq procps util-linux
 )
 packages_qt6=(qt6-base-dev) # beside those of packages_run
+packages_real=(dhcpcd-base dnsmasq-base) # for ./run --real; neither starts anything
 packages_test=(
+    "${packages_real[@]}"
     git doxygen
     python3 python3-dbus python3-gi
     python3-seccomp rfkill # the host's service runs rfkill under a filter
     make # a plug-in author's CMake calls it unless told otherwise
-    dhcpcd-base dnsmasq-base # neither starts anything
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
 [ "$(. /etc/os-release && echo "${VERSION_ID-}")" != 12 ] || # no other release has the version that is asked

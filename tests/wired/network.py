@@ -5,7 +5,7 @@ import json, os, pathlib, subprocess, sys
 DEV, ROUTER = ("ip", "netns", "exec", "dev"), ("ip", "netns", "exec", "rt")
 
 
-def enclose():
+def enclose(*more):
     """Runs this program again where /run, /var/lib and the processes are its own; skips it without privilege."""
     if os.environ.get("ORVA_ENCLOSED") == "yes":
         for directory in "/run", "/var/lib":
@@ -14,8 +14,8 @@ def enclose():
     if os.geteuid() != 0:
         print("SKIP : namespaces want root")
         sys.exit(77)
-    os.execvpe("unshare", ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", sys.executable, "-B",
-                           *sys.argv], {**os.environ, "ORVA_ENCLOSED": "yes"})
+    os.execvpe("unshare", ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", *more,
+                           sys.executable, "-B", *sys.argv], {**os.environ, "ORVA_ENCLOSED": "yes"})
 
 
 def ip(*words):
