@@ -79,6 +79,7 @@ Parser::Parser(const Program& program)
     for (const char* type :
          {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT", "UINT"})
         m_app.get_formatter()->label(type, shownType(type));
+    m_app.set_version_flag("--version", "orvactl " ORVA_VERSION, "Print the version and exit");
     add(m_app, m_global, program.options);
     m_app.require_subcommand(0, 1);
     for (const Command& command : program.commands)

@@ -5,6 +5,7 @@
 #include "core/orvaplainvalue.h"
 
 #include <QDBusServiceWatcher>
+#include <QVersionNumber>
 
 #include <limits>
 #include <utility>
@@ -28,6 +29,13 @@ Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
 Outcome<OrvaValue> plainValue(const Outcome<QVariantMap>& answer)
 {
     return answer ? plainValue(*answer) : answer.failure();
+}
+
+/// The part of a version that changes with the interface.
+QVersionNumber interfaceVersion(const QString& version)
+{
+    const auto number = QVersionNumber::fromString(version);
+    return {number.majorVersion(), number.minorVersion()};
 }
 
 Result lostHost()
@@ -57,6 +65,26 @@ Host::Host(const Bus& bus)
 }
 
 Host::~Host() = default;
+
+Result Host::checkVersion() const
+{
+    auto get = QDBusMessage::createMethodCall(m_proxy->service(), m_proxy->path(),
+                                              QStringLiteral("org.freedesktop.DBus.Properties"),
+                                              QStringLiteral("Get"));
+    get.setArguments({m_proxy->interface(), QStringLiteral("Version")});
+    const auto answer =
+        m_bus.await<QDBusVariant>(m_proxy->connection().asyncCall(get, m_proxy->timeout()));
+    if (!answer) // The command meets most faults again and tells them.
+        return answer.failure().status == ExitStatus::TimedOut ? answer.failure() : Result();
+    const QString ours = QStringLiteral(ORVA_VERSION);
+    const QString theirs = answer->variant().toString();
+    if (interfaceVersion(theirs) == interfaceVersion(ours))
+        return {};
+    return {ExitStatus::Other,
+            QStringLiteral("orvactl %1 and the host %2 do not understand each other: install both "
+                           "in the same version.")
+                .arg(ours, theirs)};
+}
 
 Outcome<OrvaValue> Host::value(const CMPath& path)
 {

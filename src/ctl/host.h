@@ -26,6 +26,10 @@ public:
     explicit Host(const Bus& bus);
     ~Host() override;
 
+    /// Fails where the host is of a version that may understand words of orvactl's differently:
+    /// one with another major or minor number. A host that cannot be asked fits.
+    Result checkVersion() const;
+
     Outcome<OrvaValue> value(const CMPath& path);
     Result setValue(const CMPath& path, const OrvaValue& value);
     /// Answers when the request is answered; @p atMost where the person gave no time.

@@ -38,6 +38,9 @@ Result runOnce(const Choice& choice, Output& out)
         return connected;
     Host host(bus);
     alarm.reset();
+    const Result fits = host.checkVersion();
+    if (!fits.ok())
+        return fits;
     Context context{bus, host, out};
     return choice.command->run(context, choice.arguments);
 }

@@ -9,6 +9,16 @@ DEEP = '{"a":' * 14 + "1" + "}" * 14
 MAXIMUM, SSID, AIRPLANE, PROFILE, CRITERIA = ("settings/network/" + name for name in (
     "max-wifi-networks", "softap-default-ssid", "airplane-mode", "current-profile", "wifi-restart-criteria"))
 
+STAND_IN = """import sys, dbus, dbus.mainloop.glib, dbus.service; from gi.repository import GLib
+dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+class Host(dbus.service.Object):
+    @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v")
+    def Get(self, interface, name): return sys.argv[1]
+    @dbus.service.method("org.orva.Host1", "", "a(ssssb)")
+    def ListNodes(self): return [("a", "value", "", "default", True)]
+host = Host(dbus.service.BusName("org.orva.Host1", dbus.SystemBus()), "/org/orva/Host1"); print(flush=True)
+GLib.MainLoop().run()"""
+
 
 class Device(PrivateBus):
     """A bus with the host on it, over the backend that configures nothing."""
@@ -291,6 +301,26 @@ class StoppedHost(WithDevice):
         for command in f"wait {MAXIMUM}==77 --timeout 1", f"get {MAXIMUM} --wait 1":
             with self.subTest("no bus: " + command):
                 self.stopped("orvactl " + command)
+
+
+class OtherHost(WithDevice):
+    def test_a_host_of_another_version_is_named_and_not_asked(self):
+        self.device.host.kill()
+        self.device.host.wait()
+        ours = self.ends(0, "orvactl --version").split()[1]
+        major, minor, _ = map(int, ours.split("."))
+        for theirs, status in [(f"{major}.{minor}.99", 0), (f"{major}.{minor + 1}.0", 1), (f"{major + 1}.{minor}.0", 1),
+                               ("0.1.0", 1), ("", 1), ("new", 1)]:
+            with self.subTest(theirs):
+                host = self.device.start("/usr/bin/python3", "-c", STAND_IN, theirs, stdout=subprocess.PIPE)
+                host.stdout.readline()
+                done = self.device.shell("orvactl nodes")
+                self.assertEqual((done.returncode, bool(done.stdout)), (status, not status), done.stderr)
+                if status:
+                    self.assertIn(f"orvactl {ours} and the host {theirs} ", done.stderr)
+                host.kill()
+                host.wait()
+                host.stdout.close()
 
 
 if __name__ == "__main__":

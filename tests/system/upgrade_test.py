@@ -61,6 +61,7 @@ class Upgrade(unittest.TestCase):
         settings[UNKNOWN] = {"roaming": {"allowed": True}}
         device = self.device(json.dumps(settings))
         self.check_all_is_there(device, settings, [UNKNOWN])
+        self.assertEqual(device.logged().count(UNKNOWN), 1)
         device.orvactl("set", LIMIT_OF_NETWORKS, "8")
         self.check_all_is_there(device, {**settings, LIMIT_OF_NETWORKS: {"i32": 8}}, [UNKNOWN])
         device.orvactl("wifi", "connect", "Home")
