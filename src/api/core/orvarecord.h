@@ -136,6 +136,7 @@ struct OrvaCodec<QVariant>
 template <class List>
 struct OrvaListCodec
 {
+    /// What the list holds.
     using Item = typename List::value_type;
 
     /// An element of the wrong type reads as its type's default and does no harm to its neighbours.
@@ -150,6 +151,7 @@ struct OrvaListCodec
             list.append(OrvaCodec<Item>::decode(item).value_or(Item()));
         return list;
     }
+    /// The plain list of the elements' plain forms.
     static QVariant encode(const List& list)
     {
         QVariantList items;
@@ -158,6 +160,7 @@ struct OrvaListCodec
             items.append(OrvaCodec<Item>::encode(item));
         return items;
     }
+    /// Whether it is a list and suits in each element.
     static bool accepts(const QVariant& value)
     {
         if (value.userType() != QMetaType::QVariantList)
