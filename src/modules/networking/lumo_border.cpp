@@ -35,6 +35,8 @@ qint64 weight(const QVariant& value)
         return 8;
     }
 }
+
+/// A plain value with each text in it, keys too, cut.
 QVariant withTextsCut(const QVariant& value)
 {
     switch (value.userType()) {
@@ -57,6 +59,7 @@ QVariant withTextsCut(const QVariant& value)
         return value;
     }
 }
+
 } // namespace
 
 QString lumoText(const QString& text)

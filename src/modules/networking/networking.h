@@ -273,7 +273,7 @@ private:
     QString m_webserverPortSuffix;
     bool m_macMissed = false; ///< No MAC at the construction, and none since.
     QSet<QString> m_linksUp;
-    bool m_addressesChanged = false; ///< and to be read when the event loop has done what is queued
+    bool m_addressesChanged = false; ///< A readout is queued.
 
     // Scanning. Whenever the timer stands still, both lists are empty.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
@@ -294,7 +294,7 @@ private:
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_activeSoftApSettings;
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_sentSoftApSettings;
     QSet<QString> m_softApHold;
-    bool m_softApRequestsChanged = false;
+    bool m_softApRequestsChanged = false; ///< Their publication is queued.
     QMap<QString, QVector<CMSetDataRequest>> m_pendingSoftApRequests;
     QHash<QString, OrvaNetworkState> m_softApLinks;
     OrvaNetworkProfileSoftApRequest m_nextExpiringSoftApRequest;

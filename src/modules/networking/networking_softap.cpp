@@ -218,8 +218,7 @@ void Networking::publishSoftApRequests()
 {
     if (std::exchange(m_softApRequestsChanged, true))
         return;
-    QMetaObject::invokeMethod(
-        this, [this] { publishSoftApRequestsNow(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &Networking::publishSoftApRequestsNow, Qt::QueuedConnection);
 }
 
 void Networking::publishSoftApRequestsNow()
