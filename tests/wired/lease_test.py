@@ -25,7 +25,8 @@ class Lease(Device):
         self.agree(NOT)
         self.end()
         self.doCleanups()
-        self.begin(probeAddresses=True, dhcpDeadline=60)
+        self.begin(serve=False, probeAddresses=True, dhcpDeadline=60)
+        self.net.serve("--dhcp-broadcast")  # what is sent to the address alone would not leave the router
         ip("-n", "rt", "addr", "add", held, "dev", "r0")
         self.plug()
         self.assertNotEqual(self.agree(CONNECTED, "192.0.2.", limit=60)["addresses"][0], held)
