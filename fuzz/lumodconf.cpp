@@ -1,0 +1,26 @@
+// The daemon's configuration file.
+#include "target.h"
+
+#include <jsonfile.h>
+#include <world/real/realsettings.h>
+
+#include <QtCore/QLoggingCategory>
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const bool quiet = (QLoggingCategory::setFilterRules(QStringLiteral("*=false")), true);
+    require(quiet);
+    QString error;
+    const auto file =
+        readJson(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)),
+                 QStringLiteral("lumod.conf"), &error);
+    require(file.has_value() == error.isEmpty());
+    const auto settings = realSettings(file.value_or(QVariantMap()));
+    for (const auto& name : {settings.wired, settings.wireless, settings.softAp})
+        require(name.toUtf8().size() < 16 && !name.contains(QLatin1Char('/')));
+    for (const auto& path : {settings.dhcpcd, settings.resolvconf, settings.runtimeDirectory,
+                             settings.helperDirectory, settings.resolvConf})
+        require(path.startsWith(QLatin1Char('/')));
+    require(settings.dhcpDeadline > 0 && settings.wiredMetric > 0 && settings.wirelessMetric > 0);
+    return 0;
+}
