@@ -49,11 +49,12 @@ class Network:
         self.servers.append(subprocess.Popen([*ROUTER, "setpriv", "--pdeathsig=KILL", *command],
                                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
 
-    def serve(self, *options, gateway="192.0.2.1", servers="192.0.2.1,9.9.9.9", ipv4=True):
+    def serve(self, *options, gateway="192.0.2.1", servers="192.0.2.1,9.9.9.9", ipv4=True,
+              lease="2m"):
         """A DHCP server, and what `options` say beside it. dnsmasq's shortest lease is two minutes."""
         self.start("dnsmasq", "--keep-in-foreground", "--conf-file=/dev/null", "--user=root", "--port=0", "--no-ping",
                    "--interface=r0", "--bind-dynamic", "--dhcp-authoritative",
-                   *(["--dhcp-range=192.0.2.10,192.0.2.99,2m"] if ipv4 else []), f"--dhcp-option=option:router,{gateway}", f"--dhcp-option=option:dns-server,{servers}",
+                   *([f"--dhcp-range=192.0.2.10,192.0.2.99,{lease}"] if ipv4 else []), f"--dhcp-option=option:router,{gateway}", f"--dhcp-option=option:dns-server,{servers}",
                    "--dhcp-option=option:domain-name,lan.test", "--dhcp-leasefile=/run/leases", "--pid-file=", *options)
 
     def advertise(self):
