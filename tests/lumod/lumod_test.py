@@ -224,10 +224,10 @@ class LumodTest(unittest.TestCase):
 
 
 class PlayedCable(unittest.TestCase, CableStories):
-    def begin(self, dhcp=True):
+    def begin(self, silent=False):
         warnings.simplefilter("ignore", ResourceWarning)
         self.p = Playground({"timeFactor": 0.05, "delays": {"retry": 60000}, "interfaces": {"wired": {"name": "eth0"}},
-                             "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"dhcp": dhcp}}})
+                             "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"dhcp": not silent}}})
         self.addCleanup(self.p.close)
         self.p.call("InterfaceDetails", "eth0")
         self.p.wait("InterfaceStatusChanged", "eth0")
@@ -240,9 +240,6 @@ class PlayedCable(unittest.TestCase, CableStories):
 
     def unplug(self):
         self.p.act("Unplug")
-
-    def silence(self):
-        self.begin(dhcp=False)
 
 
 if __name__ == "__main__":

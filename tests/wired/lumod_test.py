@@ -7,7 +7,8 @@ from wiredcase import WiredCase
 
 
 class RealCable(WiredCase, CableStories):
-    pass
+    def begin(self, silent=False):  # a machine under load is not to be taken for a silent server
+        super().begin(serve=not silent, dhcpDeadline=1.5 if silent else 10)
 
 
 if __name__ == "__main__":
