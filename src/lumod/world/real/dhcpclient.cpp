@@ -48,7 +48,7 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
         Q_EMIT failed(QStringLiteral("dhcpcd on %1 has ended: %2").arg(m_interface, why));
     });
     connect(&m_child, &ChildProcess::stopped, this, [this] {
-        QFile::remove(m_configuration);
+        removeLeftOvers();
         if (m_wanted)
             return launch();
         Q_EMIT stopped();
@@ -61,7 +61,7 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
 
 DhcpClient::~DhcpClient()
 {
-    QFile::remove(m_configuration);
+    removeLeftOvers();
 }
 
 void DhcpClient::start(int index, const std::optional<StaticIp>& ip)
@@ -107,9 +107,7 @@ void DhcpClient::launch()
 /// waited for; what one that was killed has left is removed.
 bool DhcpClient::makeWay()
 {
-    const auto base = dhcpcdDirectory + m_interface;
-    const auto pid = QString::fromLatin1(contentOf(base + QStringLiteral(".pid")));
-    if (!pid.isEmpty() && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd") {
+    if (const auto pid = engine(); !pid.isEmpty()) {
         if (pid.toInt() == m_engine)
             ::kill(m_engine, SIGTERM); // lumod-keep was killed, and could not do it
         if (m_waits == patientWaits)
@@ -118,9 +116,26 @@ bool DhcpClient::makeWay()
                     .arg(pid, m_interface));
         return false;
     }
-    for (const auto* left : {".pid", ".sock", ".unpriv.sock"})
-        QFile::remove(base + QLatin1String(left));
+    removeLeftOvers();
     return true;
+}
+
+QString DhcpClient::engine() const
+{
+    const auto pid =
+        QString::fromLatin1(contentOf(dhcpcdDirectory + m_interface + QStringLiteral(".pid")));
+    const bool runs =
+        !pid.isEmpty() && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd";
+    return runs ? pid : QString();
+}
+
+void DhcpClient::removeLeftOvers()
+{
+    QFile::remove(m_configuration);
+    if (!engine().isEmpty())
+        return;
+    for (const auto* left : {".pid", ".sock", ".unpriv.sock"})
+        QFile::remove(dhcpcdDirectory + m_interface + QLatin1String(left));
 }
 
 bool DhcpClient::writeConfiguration()

@@ -50,6 +50,10 @@ private:
 
     void launch();
     [[nodiscard]] bool makeWay();
+    /// The process of the dhcpcd that holds the interface, ours or another's; empty: none.
+    [[nodiscard]] QString engine() const;
+    /// Removes our configuration, and what a dhcpcd that ended amid its work leaves: its sockets.
+    void removeLeftOvers();
     [[nodiscard]] bool writeConfiguration();
     [[nodiscard]] QStringList arguments() const;
     void forget();

@@ -74,8 +74,9 @@ NameServers::~NameServers()
             QProcess::execute(m_settings.resolvconf,
                               {QStringLiteral("-d"), interface + QStringLiteral(".lumod")});
     const bool ours = !usesProgram() && !isForeign(m_settings.resolvConf);
-    if (m_settings.nameServers != RealSettings::NameServerOwner::Nobody && ours)
-        QFile::remove(QFileInfo(m_settings.resolvConf).canonicalFilePath()); // never the link
+    const QString file = QFileInfo(m_settings.resolvConf).canonicalFilePath(); // never the link
+    if (m_settings.nameServers != RealSettings::NameServerOwner::Nobody && ours && !file.isEmpty())
+        QFile::remove(file);
 }
 
 bool NameServers::usesProgram() const
