@@ -43,7 +43,7 @@ set(CPACK_DEBIAN_DAEMON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/dist/daemon
 
 set(CPACK_DEBIAN_WORLD_PACKAGE_NAME orva-world)
 set(CPACK_DEBIAN_WORLD_DESCRIPTION "has the connection daemon play a network instead of driving one")
-set(CPACK_DEBIAN_WORLD_PACKAGE_DEPENDS "orva-lumod (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_WORLD_PACKAGE_DEPENDS "orva-lumod (= ${CPACK_PACKAGE_VERSION})")
 # The world was part of the daemon's package.
 set(CPACK_DEBIAN_WORLD_PACKAGE_REPLACES "orva-lumod (<< 0.2.0)")
 set(CPACK_DEBIAN_WORLD_PACKAGE_BREAKS "orva-lumod (<< 0.2.0)")
