@@ -1,5 +1,5 @@
 // The text of an interface's addresses.
-#include "lumo_decoding.h"
+#include "backend/lumo/lumodecoding.h"
 #include "target.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -1,6 +1,6 @@
 // The details of interfaces, by their names.
-#include "lumo_border.h"
-#include "lumo_decoding.h"
+#include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumodecoding.h"
 #include "target.h"
 
 #include <QtCore/QStringList>

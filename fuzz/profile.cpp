@@ -1,7 +1,7 @@
 // A profile as somebody stored it, on its way to the daemon.
+#include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumoencoding.h"
 #include "core/orvaplainvalue.h"
-#include "lumo_border.h"
-#include "lumo_encoding.h"
 #include "target.h"
 
 #include <QtCore/QStringList>

@@ -1,6 +1,6 @@
 // The result of a scan.
-#include "lumo_border.h"
-#include "lumo_decoding.h"
+#include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumodecoding.h"
 #include "target.h"
 
 #include <QtCore/QStringList>

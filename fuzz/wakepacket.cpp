@@ -1,6 +1,6 @@
 // The check of a packet for wake-on-LAN reads nothing beyond the packet and accepts none without a
 // port.
-#include "magicPacket.h"
+#include "wake/magicpacket.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uchar* data, std::size_t size)
 {

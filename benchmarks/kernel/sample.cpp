@@ -1,5 +1,5 @@
 // Measures one sample of the Wi-Fi watchdog: a lookup with its counters, on the loopback interface.
-#include "netlinkInfo.h"
+#include "watchdog/netlinkinfo.h"
 
 #include "figures.h"
 

@@ -3,7 +3,7 @@
 // listens.
 #include "kerneltest.h"
 #include "testtree.h"
-#include "wakeOnLan.h"
+#include "wake/wakeonlan.h"
 
 #include "figures.h"
 

@@ -8,7 +8,7 @@
 #include <host.h>
 #include <network/networkpaths.h>
 #include <networking.h>
-#include <nodeValues.h>
+#include <nodevalues.h>
 #include <privatebus.h>
 #include <scriptedbackend.h>
 

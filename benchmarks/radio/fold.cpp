@@ -2,7 +2,7 @@
 // and a whole request with it, from call to answer.
 
 #include <network/networkpaths.h>
-#include <softApSettings.h>
+#include <softap/softapsettings.h>
 #include <workerfixture.h>
 
 #include <cstdio>

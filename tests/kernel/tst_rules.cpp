@@ -1,6 +1,6 @@
-#include "magicPacket.h"
-#include "stuckLink.h"
-#include "wakeFilter.h"
+#include "wake/magicpacket.h"
+#include "wake/wakefilter.h"
+#include "watchdog/stucklink.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

@@ -1,6 +1,6 @@
 #include "kerneltest.h"
 #include "testtree.h"
-#include "wakeOnLan.h"
+#include "wake/wakeonlan.h"
 
 #include <network/networkpaths.h>
 #include <power/powerrecords.h>

@@ -1,8 +1,8 @@
 #include "kerneltest.h"
-#include "netlinkInfo.h"
-#include "pinger.h"
 #include "testtree.h"
-#include "wifiRestart.h"
+#include "watchdog/netlinkinfo.h"
+#include "watchdog/pinger.h"
+#include "watchdog/wifirestart.h"
 #include "workers/wifirestarter.h"
 
 #include <network/networkpaths.h>

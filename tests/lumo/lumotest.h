@@ -1,7 +1,7 @@
 #pragma once
 
+#include <backend/lumo/networkinglowlevellumo.h>
 #include <network/networkpaths.h>
-#include <networking_lowlevel_lumo.h>
 #include <privatebus.h>
 #include <values.h>
 #include <workerfixture.h>

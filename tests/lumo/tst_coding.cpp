@@ -1,8 +1,8 @@
 // Profiles as the daemon's maps, and the daemon's maps as records. Maps are written as JSON.
-#include "lumo_border.h"
-#include "lumo_decoding.h"
-#include "lumo_encoding.h"
-#include "restartBackoff.h"
+#include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumodecoding.h"
+#include "backend/lumo/lumoencoding.h"
+#include "backend/lumo/restartbackoff.h"
 #include "values.h"
 
 #include <QtTest/QtTest>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <backend/networkinglowlevel.h>
 #include <literals.h>
-#include <networking_lowlevel.h>
 
 #include <QtCore/QStringList>
 

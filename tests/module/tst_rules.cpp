@@ -1,9 +1,9 @@
 #include "workerfixture.h"
 
-#include <defaultRoute.h>
-#include <mountTable.h>
-#include <networkInfoRules.h>
-#include <networkProfileRules.h>
+#include <backend/fake/defaultroute.h>
+#include <backend/mounttable.h>
+#include <picture/networkinforules.h>
+#include <profile/networkprofilerules.h>
 
 #include <QtCore/QBuffer>
 

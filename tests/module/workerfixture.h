@@ -3,7 +3,7 @@
 #include "scriptedbackend.h"
 
 #include <networking.h>
-#include <nodeValues.h>
+#include <nodevalues.h>
 #include <rootworker.h>
 #include <values.h>
 

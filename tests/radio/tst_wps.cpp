@@ -1,6 +1,6 @@
 #include "radiosupport.h"
 
-#include <wpsPin.h>
+#include <wps/wpspin.h>
 
 namespace {
 

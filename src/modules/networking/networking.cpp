@@ -1,18 +1,18 @@
 #include "networking.h"
 
+#include "backend/fake/networkinglowlevelfake.h"
+#include "backend/lumo/networkinglowlevellumo.h"
+#include "backend/mounttable.h"
 #include "core/model/nodes/cmactivatenode.h"
-#include "mountTable.h"
 #include "network/networkpaths.h"
-#include "networkInfoRules.h"
-#include "networkProfileRules.h"
-#include "networking_log.h"
-#include "networking_lowlevel_fake.h"
-#include "networking_lowlevel_lumo.h"
-#include "nodeValues.h"
+#include "networkinglog.h"
+#include "nodevalues.h"
+#include "picture/networkinforules.h"
 #include "power/powerrecords.h"
-#include "softApSettings.h"
-#include "wakeOnLan.h"
-#include "wifiRestart.h"
+#include "profile/networkprofilerules.h"
+#include "softap/softapsettings.h"
+#include "wake/wakeonlan.h"
+#include "watchdog/wifirestart.h"
 
 #include <QtCore/QFile>
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "backend/networkinglowlevel.h"
 #include "core/orva.h"
-#include "monotonicClock.h"
+#include "monotonicclock.h"
 #include "network/networkrecords.h"
-#include "networking_lowlevel.h"
-#include "softApTable.h"
+#include "softap/softaptable.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QQueue>
@@ -140,10 +140,10 @@ private:
     void createAirplaneModeNode(const TrString& title, bool airplaneMode);
     void createSoftApRequestsNode();
 
-    // Life cycle (networking_lifecycle.cpp).
+    // Life cycle (lifecycle.cpp).
     void cancelShutdown();
 
-    // Profile (networking_profile.cpp).
+    // Profile (profile/profiles.cpp).
     [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
     [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
     bool applyProfile(const OrvaNetworkProfile& profile);
@@ -172,7 +172,7 @@ private:
     void dropWirelessNetworks();
     [[nodiscard]] CMError forgetNetworks(OrvaNetworkProfile& profile);
 
-    // State (networking_state.cpp).
+    // State (picture/picture.cpp).
     [[nodiscard]] OrvaNetworkInfo info() const;
     void publishInfo(const OrvaNetworkInfo& info);
     /// Publishes the info with its overall state calculated, and that state.
@@ -188,7 +188,7 @@ private:
     void restoreLocalSoftAp();
     void updateConnectingMessage(const QString& message);
 
-    // WPS (networking_wps.cpp).
+    // WPS (wps/wpssession.cpp).
     using WpsStart = std::function<bool(const CMReply<OrvaNetworkInterface>& reply)>;
     [[nodiscard]] bool refuseSecondWps(const CMSetDataRequest& request, const char* signature);
     void announceWps(OrvaNetworkWpsType type, const QString& message);
@@ -198,7 +198,7 @@ private:
     void wpsSucceeded(const OrvaNetworkInterface& credentials);
     void wpsFailed(const CMError& error);
 
-    // Soft access point (networking_softap.cpp).
+    // Soft access point (softap/softaps.cpp).
     bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
     bool updateSoftAp(const QString& interface);
     bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
@@ -216,7 +216,7 @@ private:
     [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
     void setConnectedStations(const QStringList& macs);
 
-    // The worker's own, local soft access point (networking_softap_local.cpp).
+    // The worker's own, local soft access point (softap/localsoftap.cpp).
     void activateLocalSoftAp();
     void deactivateLocalSoftAp();
     void startSoftApTimer();
@@ -225,7 +225,7 @@ private:
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile);
 
-    // Scanning (networking_scan.cpp).
+    // Scanning (scan/scans.cpp).
     struct QueuedScan
     {
         CMSetDataRequest request;
@@ -241,7 +241,7 @@ private:
     void startQueuedScans();
     void on_scanTimer_timeout();
 
-    // Radio (networking_radio.cpp).
+    // Radio (radio/radio.cpp).
     void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
 
     std::unique_ptr<Networking_LowLevel> m_lowlevel;

@@ -1,0 +1,318 @@
+#include "backend/lumo/networkinglowlevellumo.h"
+
+#include "backend/lumo/boundedcalls.h"
+#include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumoencoding.h"
+#include "backend/lumo/lumolog.h"
+#include "core/orvaplainvalue.h"
+#include "freedesktopdbus.h"
+#include "networking.h"
+#include "wifidaemonproxy.h"
+
+#include <QtCore/QScopedValueRollback>
+#include <QtDBus/QDBusError>
+
+#include <limits>
+#include <utility>
+
+namespace {
+constexpr int wpsLimit = 130000; // ms; a session's walk time is 120 s
+
+QString daemonService()
+{
+    return QString::fromLatin1(WifiDaemonProxy::staticInterfaceName());
+}
+
+QString daemonPath()
+{
+    return QLatin1Char('/') + daemonService().replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
+QString cut(const QString& text)
+{
+    return lumoText(text);
+}
+
+int cut(int number)
+{
+    return number;
+}
+
+QString busService()
+{
+    return QString::fromLatin1(org_freedesktop_dbus::staticInterfaceName());
+}
+} // namespace
+
+Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(Networking* worker)
+    : m_worker(worker)
+    , m_daemon(
+          new WifiDaemonProxy(daemonService(), daemonPath(), QDBusConnection::systemBus(), this))
+    , m_bus(new org_freedesktop_dbus(busService(), QStringLiteral("/org/freedesktop/DBus"),
+                                     QDBusConnection::systemBus(), this))
+    , m_calls(new BoundedCalls(QDBusConnection::systemBus(), daemonService(), this))
+    , m_wpsTimer(this)
+    , m_restartTimer(this)
+{
+    m_clock.start();
+    // Who asks decides how long to wait; the bus tells when the daemon goes.
+    m_daemon->setTimeout(std::numeric_limits<int>::max());
+    connectDaemon();
+
+    m_wpsTimer.setObjectName(QStringLiteral("wpsTimer"));
+    m_wpsTimer.setSingleShot(true);
+    connect(&m_wpsTimer, &QTimer::timeout, this, &Networking_LowLevel_LUMO::on_wpsTimer_timeout);
+    m_restartTimer.setObjectName(QStringLiteral("restartTimer"));
+    m_restartTimer.setSingleShot(true);
+    connect(&m_restartTimer, &QTimer::timeout, this,
+            &Networking_LowLevel_LUMO::on_restartTimer_timeout);
+    connect(m_calls, &BoundedCalls::askAgain, this, &Networking_LowLevel_LUMO::on_calls_askAgain);
+    QTimer::singleShot(0, this, &Networking_LowLevel_LUMO::on_cableStatus_init);
+}
+
+Networking_LowLevel_LUMO::~Networking_LowLevel_LUMO() = default;
+
+void Networking_LowLevel_LUMO::connectDaemon()
+{
+    using Self = Networking_LowLevel_LUMO;
+    using Daemon = WifiDaemonProxy;
+    const auto withTextsCut = [this](auto slot) {
+        return [this, slot](const auto&... arguments) { (this->*slot)(cut(arguments)...); };
+    };
+    connect(m_bus, &org_freedesktop_dbus::NameOwnerChanged, this, &Self::on_nameOwnerChanged);
+    connect(m_daemon, &Daemon::Started, this, &Self::on_lumo_Started);
+    connect(m_daemon, &Daemon::Connected, this, withTextsCut(&Self::on_lumo_Connected));
+    connect(m_daemon, &Daemon::Disconnecting, this, withTextsCut(&Self::on_lumo_Disconnecting));
+    connect(m_daemon, &Daemon::Disconnected, this, withTextsCut(&Self::on_lumo_Disconnected));
+    connect(m_daemon, &Daemon::AuthError, this, withTextsCut(&Self::on_lumo_AuthError));
+    connect(m_daemon, &Daemon::Error, this, withTextsCut(&Self::on_lumo_Error));
+    connect(m_daemon, &Daemon::InterfaceStatusChanged, this,
+            withTextsCut(&Self::on_lumo_InterfaceStatus));
+    connect(m_daemon, &Daemon::CableStatus, this, &Self::on_lumo_CableStatus);
+    connect(m_daemon, &Daemon::ScanResults, this, &Self::on_lumo_ScanResults);
+    connect(m_daemon, &Daemon::WpsCredentials, this, &Self::on_lumo_WpsCredentials);
+    connect(m_daemon, &Daemon::WpsError, this, withTextsCut(&Self::on_lumo_WpsError));
+    connect(m_daemon, &Daemon::AddressesChanged, this, &Self::AddressesChanged);
+    connect(m_daemon, &Daemon::StationConnected, this, withTextsCut(&Self::StationConnected));
+    connect(m_daemon, &Daemon::StationDisconnected, this, withTextsCut(&Self::StationDisconnected));
+}
+
+QString Networking_LowLevel_LUMO::propertiesInterface()
+{
+    return QStringLiteral("org.freedesktop.DBus.Properties");
+}
+
+QDBusMessage Networking_LowLevel_LUMO::createCall(const QString& interface, const QString& method,
+                                                  const QVariantList& arguments) const
+{
+    auto call =
+        QDBusMessage::createMethodCall(m_daemon->service(), m_daemon->path(), interface, method);
+    call.setArguments(arguments);
+    return call;
+}
+
+// A command wants no reply: the bus bounds how many replies may be outstanding, and a daemon that
+// hangs must not cost a command.
+void Networking_LowLevel_LUMO::send(const QString& interface, const QString& method,
+                                    const QVariantList& arguments)
+{
+    QDBusMessage message = createCall(interface, method, arguments);
+    message.setAutoStartService(!m_replaying);
+    m_daemon->connection().send(message);
+}
+
+void Networking_LowLevel_LUMO::send(const QString& method, const QVariantList& arguments)
+{
+    send(m_daemon->interface(), method, arguments);
+}
+
+// Not waited for either: the bus keeps the order, so the daemon has read it before the next
+// command.
+void Networking_LowLevel_LUMO::writeProperty(const QString& property, const QVariantMap& value)
+{
+    send(propertiesInterface(), QStringLiteral("Set"),
+         {m_daemon->interface(), property, QVariant::fromValue(QDBusVariant(value))});
+}
+
+bool Networking_LowLevel_LUMO::scanNetworks()
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "Invoke scan");
+    m_scanning = true;
+    send(QStringLiteral("Scan"));
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::applyProfile(const OrvaNetworkProfile& profile)
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "profile: " << profile);
+    writeProperty(QStringLiteral("WirelessNetworks"),
+                  lumoWirelessNetworks(profile.wirelessNetworks()));
+    writeProperty(QStringLiteral("WiredIpSettings"), lumoIpSettings(profile.wired()));
+    writeProperty(QStringLiteral("WirelessIpSettings"), lumoIpSettings(profile.wireless()));
+    const QString mode = OrvaNetworkProfileType::toString(profile.type());
+    LOG4CPLUS_TRACE(lumoLogger(), "lumoInterface: SetNormalMode " << mode);
+    send(QStringLiteral("SetNormalMode"), {mode});
+    LOG4CPLUS_INFO(lumoLogger(), "Applied profile: " << profile);
+    m_appliedProfile = profile;
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::disconnect()
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    m_softAps.clear();
+    m_scanning = false;
+    send(QStringLiteral("SetOffMode"));
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::forceWifiReconnect()
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    send(QStringLiteral("ForceWifiReconnect"));
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::performWpsPbc(const CMReply<OrvaNetworkInterface>& reply)
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    if (!startWps(reply))
+        return false;
+    send(QStringLiteral("WpsPbc"));
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
+                                             const CMReply<OrvaNetworkInterface>& reply)
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    if (!startWps(reply))
+        return false;
+    send(QStringLiteral("WpsPin"), {pin});
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& reply)
+{
+    if (m_wpsRunning) {
+        LOG4CPLUS_ERROR(lumoLogger(), "WPS is already running");
+        return false;
+    }
+    m_wpsReply = reply;
+    m_wpsRunning = true;
+    m_wpsTimer.start(wpsLimit);
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::startSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    m_softAps.insert(settings.apInterface(), settings);
+    sendStartSoftAp(settings);
+    return true;
+}
+
+void Networking_LowLevel_LUMO::sendStartSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
+{
+    send(QStringLiteral("StartSoftAp"),
+         {settings.apInterface(), OrvaPlain::toBus(settings.__hash())});
+}
+
+bool Networking_LowLevel_LUMO::stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    m_softAps.remove(settings.apInterface());
+    send(QStringLiteral("StopSoftAp"), {settings.apInterface()});
+    return true;
+}
+
+void Networking_LowLevel_LUMO::on_cableStatus_init()
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto wired = askDetails(m_worker->wiredInterface());
+    if (wired)
+        m_worker->setCurrentCableStatus(lumoField<bool>(*wired, "CableStatus"));
+    if (wired && lumoField<bool>(*wired, "Connected"))
+        noteAlreadyConnected(m_worker->wiredInterface(), QStringLiteral("Wired was "));
+    if (lumoField<bool>(details(m_worker->wirelessInterface()), "Connected"))
+        noteAlreadyConnected(m_worker->wirelessInterface(), QStringLiteral("Wireless was "));
+    if (mode() != QLatin1String("SoftApMode"))
+        return;
+    const QStringList names = m_worker->softapInterfaces();
+    for (const QString& name : names) {
+        if (lumoField<bool>(details(name), "SoftApUp"))
+            noteAlreadyConnected(name, QStringLiteral("SoftAP (%1)was ").arg(name));
+    }
+}
+
+void Networking_LowLevel_LUMO::noteAlreadyConnected(const QString& interface, const QString& remark)
+{
+    if (m_interfacesConnected.contains(interface))
+        return;
+    LOG4CPLUS_WARN(lumoLogger(),
+                   remark << "already connected, storing in interfacesAlreadyConnected!");
+    m_interfacesConnected.insert(interface);
+}
+
+void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QString& oldOwner,
+                                                   const QString& newOwner)
+{
+    LOG4CPLUS_TRACE(lumoLogger(), name << ", was: " << oldOwner << ", now: " << newOwner);
+    if (name != daemonService())
+        return;
+    if (!newOwner.isEmpty()) {
+        m_restartTimer.stop();
+    } else if (!oldOwner.isEmpty()) {
+        LOG4CPLUS_WARN(lumoLogger(),
+                       "lumod has disappeared from the system bus, forcing a restart!");
+        m_calls->forgetUnanswered();
+        const int delay = m_restartBackoff.afterLoss(m_clock.elapsed());
+        delay > 0 ? m_restartTimer.start(delay) : on_restartTimer_timeout();
+    }
+}
+
+void Networking_LowLevel_LUMO::on_restartTimer_timeout()
+{
+    const QDBusMessage reply =
+        m_calls->ask([this] { return m_daemon->InterfaceDetails(m_worker->wiredInterface()); });
+    if (reply.type() != QDBusMessage::ErrorMessage)
+        return;
+    const QDBusError error(reply);
+    LOG4CPLUS_ERROR(lumoLogger(), "Request to lumod failed, errorType: "
+                                      << error.type() << " error name: " << error.name()
+                                      << " message: " << lumoText(error.message()));
+}
+
+void Networking_LowLevel_LUMO::on_calls_askAgain()
+{
+    on_cableStatus_init();
+    Q_EMIT AddressesChanged();
+    if (!hasWireless())
+        return;
+    const QString wireless = m_worker->wirelessInterface();
+    Q_EMIT InterfaceStatusChanged(wireless, interfaceStatus(wireless));
+}
+
+void Networking_LowLevel_LUMO::on_lumo_Started()
+{
+    LOG4CPLUS_INFO(lumoLogger(), "LUMO signal: Started");
+    // Should it have gone again already, this must not start the next one: its own Started will.
+    const QScopedValueRollback<bool> replaying(m_replaying, true);
+    if (m_appliedProfile != OrvaNetworkProfile())
+        (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
+    // It takes nothing down any more, whether that had been up or not.
+    QStringList down = connectedInterfaces() + m_worker->disconnectingInterfaces();
+    down.removeDuplicates();
+    for (const QString& interface : std::as_const(down))
+        on_lumo_Disconnected(interface);
+    if (m_wpsRunning)
+        on_lumo_WpsError(QStringLiteral("Networking restarted!"));
+    for (const OrvaNetworkProfileSoftApSettings& settings : std::as_const(m_softAps))
+        sendStartSoftAp(settings);
+    // Once: a scan that crashes the daemon must not do so for ever.
+    if (std::exchange(m_scanning, false))
+        send(QStringLiteral("Scan"));
+    Q_EMIT AddressesChanged();
+}

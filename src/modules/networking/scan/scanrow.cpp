@@ -1,0 +1,15 @@
+#include "scan/scanrow.h"
+
+OrvaRoles scanRow(const OrvaNetworkScanResult& result)
+{
+    const QString ssid = result.ssid();
+    OrvaValue value;
+    value.setNetworkScanResult(result);
+
+    OrvaRoles row;
+    row.setId(QString::fromLatin1(ssid.toUtf8().toHex()));
+    row.setTitle(ssid);
+    row.setType(OrvaRolesType::WirelessScan);
+    row.setValue(value);
+    return row;
+}

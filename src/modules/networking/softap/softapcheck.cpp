@@ -1,0 +1,93 @@
+#include "softap/softapcheck.h"
+
+#include "network/networkrules.h"
+#include "softap/softapsettings.h"
+
+#include <QtNetwork/QHostAddress>
+
+namespace {
+
+using Settings = OrvaNetworkProfileSoftApSettings;
+
+/// A text of the settings, and what is said of one that will not do.
+struct Row
+{
+    QString field;
+    bool (*fits)(const QString& text);
+    const char* error;
+};
+
+/// An SSID that no access point can have would never bring a link up to answer the request.
+bool isSsid(const QString& text)
+{
+    const int length = text.toUtf8().size();
+    return length >= 1 && length <= 32;
+}
+
+bool isAddress(const QString& text)
+{
+    return !orvaIPv4Address(text).isEmpty();
+}
+
+/// Ones, then zeros.
+bool isNetmask(const QString& text)
+{
+    const quint32 hostBits = ~QHostAddress(orvaIPv4Address(text)).toIPv4Address();
+    return isAddress(text) && (hostBits & (hostBits + 1)) == 0;
+}
+
+bool isShort(const QString& text)
+{
+    return text.size() <= 1024;
+}
+
+const QVector<Row>& rows()
+{
+    static const QVector<Row> all = {
+        {Settings::Ssid(), isSsid, "SoftAp SSID needs to have 1 to 32 bytes"},
+        {Settings::ApAddress(), isAddress, "SoftAp apAddress needs to be an IPv4 address"},
+        {Settings::ApNetmask(), isNetmask, "SoftAp apNetmask needs to be an IPv4 netmask"},
+        {Settings::DhcpRangeFrom(), isAddress, "SoftAp dhcpRangeFrom needs to be an IPv4 address"},
+        {Settings::DhcpRangeTo(), isAddress, "SoftAp dhcpRangeTo needs to be an IPv4 address"},
+        {Settings::Bssid(), isShort, "SoftAp bssid is too long"},
+        {Settings::CountryCode(), isShort, "SoftAp countryCode is too long"},
+        {Settings::DomainName(), isShort, "SoftAp domainName is too long"},
+        {Settings::VendorSpecificData(), isShort, "SoftAp vendorSpecificData is too long"},
+    };
+    return all;
+}
+
+/// Whether a channel of this number is in the 2.4, 5 or 6 GHz band.
+bool isChannel(int number)
+{
+    const auto inSteps = [number](int first, int last) {
+        return number >= first && number <= last && (number - first) % 4 == 0;
+    };
+    return (number >= 1 && number <= 14) || inSteps(36, 64) || inSteps(100, 144) ||
+           inSteps(1, 233); // the upper 5 GHz channels are among those of 6 GHz
+}
+
+} // namespace
+
+const char* softApSettingsError(const Settings& settings)
+{
+    if (settings.__contains(Settings::Channel()) && !isChannel(settings.channel()))
+        return "SoftAp channel needs to be one of the 2.4, 5 or 6 GHz band";
+    const QVariantHash& fields = settings.__hash();
+    for (const Row& row : rows()) {
+        if (fields.contains(row.field) && !row.fits(fields.value(row.field).toString()))
+            return row.error;
+    }
+    return nullptr;
+}
+
+Settings normalSoftApSettings(const Settings& settings)
+{
+    QVariantHash normal = mergeSoftApSettings(settings, {}).__hash();
+    for (const QString& field : {Settings::ApAddress(), Settings::ApNetmask(),
+                                 Settings::DhcpRangeFrom(), Settings::DhcpRangeTo()}) {
+        if (normal.contains(field))
+            normal.insert(field, orvaIPv4Address(normal.value(field).toString()));
+    }
+    return Settings(normal);
+}

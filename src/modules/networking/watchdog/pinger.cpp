@@ -1,0 +1,72 @@
+#include "watchdog/pinger.h"
+
+#include <core/orva.h>
+#include <network/networkpaths.h>
+#include <network/networkrules.h>
+
+namespace {
+
+constexpr int pingTimeoutMs = 5000;
+
+const log4cplus::Logger& logger()
+{
+    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("Pinger"));
+    return instance;
+}
+
+void logResult(const OrvaProcessHandlerResult& result)
+{
+    const bool ok = result.finishedOk();
+    if (ok)
+        LOG4CPLUS_DEBUG(logger(), "gateway ping ok");
+    else
+        LOG4CPLUS_WARN(logger(), "gateway ping failed: " << result);
+    const QStringList lines = result.getData().split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
+        if (ok)
+            LOG4CPLUS_DEBUG(logger(), "ping: " << line);
+        else
+            LOG4CPLUS_WARN(logger(), "ping: " << line);
+    }
+}
+
+} // namespace
+
+Pinger::Pinger(QObject* parent, int intervalMs)
+    : QObject(parent)
+    , m_info(new CMValueItem(this, OrvaNetworkInfoPath()))
+    , m_timer(this)
+{
+    m_timer.setObjectName(QStringLiteral("pingTimer"));
+    connect(&m_timer, &QTimer::timeout, this, &Pinger::on_timer_timeout);
+    m_timer.start(intervalMs);
+}
+
+void Pinger::on_timer_timeout()
+{
+    if (m_process.isRunning()) {
+        LOG4CPLUS_WARN(logger(), "Ping process was still running from the last check, should be "
+                                 "impossible, killing process!");
+        m_process.kill();
+    }
+    const OrvaNetworkInfo info = m_info->value().networkInfo();
+    if (info.wireless().state() != OrvaNetworkState::Connected) {
+        LOG4CPLUS_DEBUG(logger(), "wifi not connected, no need to send a ping");
+        return;
+    }
+    const QString gateway = orvaNetworkInfoToGateway4(info);
+    // Other text, from the daemon, would reach the program as an option or as a name to look up.
+    if (orvaIPv4Address(gateway).isEmpty()) {
+        LOG4CPLUS_DEBUG(logger(), "No gateway available, not sending ping");
+        return;
+    }
+    ping(gateway);
+}
+
+void Pinger::ping(const QString& gateway)
+{
+    const QStringList arguments{QStringLiteral("-c"), QStringLiteral("1"), QStringLiteral("-W"),
+                                QStringLiteral("3"), gateway};
+    m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, logResult);
+    LOG4CPLUS_DEBUG(logger(), "ping process started");
+}
