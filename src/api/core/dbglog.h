@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orva_global.h"
+#include "core/orva_global.h"
 
-#include <QtCore/QString>
+#include <QString>
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
@@ -11,6 +11,15 @@
 
 /// Text in a log line, as UTF-8, escaped by `orvaLogText`: no text can forge a line.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
+
+/// Defines `logger()`, the logger `name`, for the file or class that stands below. Made on first
+/// use, when the log is configured.
+#define ORVA_LOGGER(name)                                                                          \
+    [[nodiscard]] inline const log4cplus::Logger& logger()                                         \
+    {                                                                                              \
+        static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT(name));         \
+        return instance;                                                                           \
+    }
 
 /// Traces a function: "Enter " with its signature when created, "Leave " with it when destroyed.
 /// Costs a level test where tracing is off.

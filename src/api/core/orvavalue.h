@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orvarecord.h"
+#include "core/orvarecord.h"
 
-#include <QtCore/QMetaType>
+#include <QMetaType>
 
 class OrvaNetworkInfo;
 class OrvaNetworkInterface;
@@ -51,15 +51,21 @@ class ORVA_API OrvaValue : public OrvaHash
 {
     ORVA_RECORD(OrvaValue)
 
-/// Declares what a row stands for: the static key, the getter and the setter.
+/// Declares what a row stands for: the static key, the getter, the setter and the maker.
 #define ORVA_VALUE_ROW(Type, name, Name) \
     static const QString& Name();        \
     [[nodiscard]] Type name() const;     \
-    void set##Name(const Type& value);
+    void set##Name(const Type& value);   \
+    [[nodiscard]] static OrvaValue of(const Type& value);
 
     ORVA_PLAIN_VALUES(ORVA_VALUE_ROW)
     ORVA_NETWORK_VALUES(ORVA_VALUE_ROW)
 #undef ORVA_VALUE_ROW
+
+    /// `OrvaValue::of(content)` is the value that carries `content`. The content's type must be
+    /// exactly one of the rows': an enumerator would sooner become a number, a literal a bool.
+    template <class Other>
+    static OrvaValue of(const Other& content) = delete;
 
     /// `setBool`. The name, like those of the next three, keeps the trailing underscore of its
     /// getter.
@@ -103,6 +109,12 @@ Q_DECLARE_METATYPE(OrvaValue)
     void OrvaValue::set##Name(const Type& value)             \
     {                                                        \
         m_hash = {{Name(), OrvaCodec<Type>::encode(value)}}; \
+    }                                                        \
+    OrvaValue OrvaValue::of(const Type& value)               \
+    {                                                        \
+        OrvaValue result;                                    \
+        result.set##Name(value);                             \
+        return result;                                       \
     }                                                        \
     static const bool name##Listed =                         \
         OrvaFieldTable<OrvaValue>::add(orvaFieldKey(#name), &OrvaCodec<Type>::accepts);

@@ -1,4 +1,4 @@
-#include "cmrequest.h"
+#include "core/model/cmrequest.h"
 
 #include <ostream>
 
@@ -19,6 +19,14 @@ void CMSetDataRequest::answer(const OrvaValue& value) const
 void CMSetDataRequest::fail(const CMError& error) const
 {
     m_reply.setError(error);
+}
+
+void CMSetDataRequest::answerAs(const CMVoidReply& finished) const
+{
+    if (finished.error().isEmpty())
+        answer();
+    else
+        fail(finished.error());
 }
 
 std::ostream& operator<<(std::ostream& stream, const CMSetDataRequest& request)

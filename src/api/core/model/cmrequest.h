@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../orvaroles.h"
-#include "cmreply.h"
+#include "core/model/cmreply.h"
+#include "core/orvaroles.h"
 
 #include <variant>
 
@@ -57,6 +57,8 @@ public:
     void answer(const OrvaValue& value = OrvaValue()) const;
     /// Answers with an error, if anybody wants an answer.
     void fail(const CMError& error) const;
+    /// Answers as `finished` ended, without its value: with its error or with success.
+    void answerAs(const CMVoidReply& finished) const;
 
 private:
     CMPath m_path;
