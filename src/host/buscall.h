@@ -1,9 +1,9 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
-#include <QtDBus/QDBusConnection>
-#include <QtDBus/QDBusMessage>
+#include <QDBusConnection>
+#include <QDBusMessage>
 
 #include <functional>
 #include <optional>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QtCore/QHash>
-#include <QtCore/QObject>
-#include <QtCore/QVector>
-#include <QtDBus/QDBusConnection>
-#include <QtDBus/QDBusServiceWatcher>
+#include <QDBusConnection>
+#include <QDBusServiceWatcher>
+#include <QHash>
+#include <QObject>
+#include <QVector>
 
 #include <functional>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "busledger.h"
 
-#include <QtCore/QMutexLocker>
+#include <QMutexLocker>
 
 namespace {
 

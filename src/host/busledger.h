@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QtCore/QByteArray>
-#include <QtCore/QHash>
-#include <QtCore/QMutex>
+#include <QByteArray>
+#include <QHash>
+#include <QMutex>
 
 /// How much callers may have open at the host.
 struct BusLimits

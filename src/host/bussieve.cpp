@@ -1,7 +1,7 @@
 #include "bussieve.h"
 
-#include <QtCore/QSocketNotifier>
-#include <QtDBus/QDBusConnectionInterface>
+#include <QDBusConnectionInterface>
+#include <QSocketNotifier>
 
 #include <dbus/dbus.h>
 

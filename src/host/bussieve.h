@@ -2,8 +2,8 @@
 
 #include "busledger.h"
 
-#include <QtCore/QObject>
-#include <QtDBus/QDBusConnection>
+#include <QDBusConnection>
+#include <QObject>
 
 #include <atomic>
 #include <memory>

@@ -1,9 +1,9 @@
 #include "bustypes.h"
 
-#include <core/orvaplainvalue.h>
+#include "core/orvaplainvalue.h"
 
-#include <QtDBus/QDBusArgument>
-#include <QtDBus/QDBusMetaType>
+#include <QDBusArgument>
+#include <QDBusMetaType>
 
 QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node)
 {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QtCore/QList>
-#include <QtCore/QMetaType>
-#include <QtCore/QVariant>
+#include <QList>
+#include <QMetaType>
+#include <QVariant>
 
 class QDBusArgument;
 

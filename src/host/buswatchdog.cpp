@@ -1,7 +1,7 @@
 #include "buswatchdog.h"
 
-#include <QtDBus/QDBusMessage>
-#include <QtDBus/QDBusPendingCallWatcher>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 
 #include <systemd/sd-daemon.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QtCore/QTimer>
-#include <QtDBus/QDBusConnection>
-#include <QtDBus/QDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusPendingCall>
+#include <QTimer>
 
 #include <optional>
 

@@ -1,6 +1,6 @@
 #include "callerturns.h"
 
-#include <QtCore/QElapsedTimer>
+#include <QElapsedTimer>
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QtCore/QHash>
-#include <QtCore/QObject>
-#include <QtCore/QQueue>
+#include <QHash>
+#include <QObject>
+#include <QQueue>
 
 #include <functional>
 

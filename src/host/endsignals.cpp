@@ -1,6 +1,6 @@
 #include "endsignals.h"
 
-#include <QtCore/QSocketNotifier>
+#include <QSocketNotifier>
 
 #include <csignal>
 

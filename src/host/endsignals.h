@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QObject>
+#include <QObject>
 
 /// Turns SIGINT and SIGTERM into a signal of the event loop. A second one ends the process at once.
 /// One object a process.

@@ -1,9 +1,9 @@
 #include "host.h"
 
+#include "standins/fixedvalues.h"
+#include "standins/powermanager.h"
+#include "standins/wifirestarter.h"
 #include "workerlibrary.h"
-#include "workers/fixedvalues.h"
-#include "workers/powermanager.h"
-#include "workers/wifirestarter.h"
 
 namespace {
 

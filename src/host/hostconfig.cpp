@@ -1,6 +1,6 @@
 #include "hostconfig.h"
 
-#include <QtCore/QFile>
+#include <QFile>
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workers/networksettings.h"
+#include "networksettings.h"
 
 /// One worker that comes from a shared library.
 struct WorkerConfig

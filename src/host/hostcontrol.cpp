@@ -2,8 +2,8 @@
 
 #include "host1adaptor.h"
 
-#include <QtCore/QCoreApplication>
-#include <QtDBus/QDBusError>
+#include <QCoreApplication>
+#include <QDBusError>
 
 namespace {
 

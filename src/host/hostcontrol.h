@@ -6,7 +6,7 @@
 #include "bustypes.h"
 #include "callerturns.h"
 
-#include <QtDBus/QDBusContext>
+#include <QDBusContext>
 
 /// The control interface: shows the node tree on the bus as `org.orva.Host1`.
 ///

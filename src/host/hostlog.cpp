@@ -1,15 +1,15 @@
 #include "hostlog.h"
 
-#include <common/journalstream.h>
-#include <core/dbglog.h>
-#include <core/orvahash.h>
+#include "common/journalstream.h"
+#include "core/dbglog.h"
+#include "core/orvahash.h"
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
 #include <log4cplus/layout.h>
 #include <log4cplus/spi/loggingevent.h>
 
-#include <QtCore/QHash>
+#include <QHash>
 
 #include <iostream>
 

@@ -3,7 +3,7 @@
 #include <log4cplus/initializer.h>
 #include <log4cplus/loglevel.h>
 
-#include <QtCore/QString>
+#include <QString>
 
 #include <optional>
 

@@ -2,8 +2,8 @@
 #include "host.h"
 #include "hostlog.h"
 
-#include <QtCore/QCommandLineParser>
-#include <QtCore/QCoreApplication>
+#include <QCommandLineParser>
+#include <QCoreApplication>
 
 #include <csignal>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QTimer>
+#include <QTimer>
 
 /// Gives memory that a burst of work left unused back to the system, some seconds after the burst
 /// began.

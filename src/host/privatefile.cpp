@@ -1,7 +1,7 @@
 #include "privatefile.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
+#include <QDir>
+#include <QFile>
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QtCore/QByteArray>
-#include <QtCore/QString>
+#include <QByteArray>
+#include <QString>
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
-#include <QtCore/QJsonObject>
+#include <QJsonObject>
 
 /// The stored settings: one JSON object in `settings.json` of the state directory, a path for each
 /// key.

@@ -2,8 +2,8 @@
 
 #include "workerqt.h"
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
+#include <QFileInfo>
+#include <QLibrary>
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 #include <memory>
 

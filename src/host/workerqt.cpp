@@ -1,6 +1,6 @@
 #include "workerqt.h"
 
-#include <QtCore/QFile>
+#include <QFile>
 
 #include <string_view>
 

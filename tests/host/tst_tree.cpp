@@ -1,8 +1,8 @@
 #include "rootworker.h"
+#include "standins/powermanager.h"
 #include "values.h"
-#include "workers/powermanager.h"
 
-#include <power/powerrecords.h>
+#include "power/powerrecords.h"
 
 #include <QtTest>
 

@@ -1,11 +1,11 @@
 #include "kerneltest.h"
+#include "standins/wifirestarter.h"
 #include "testtree.h"
 #include "watchdog/netlinkinfo.h"
 #include "watchdog/pinger.h"
 #include "watchdog/wifirestart.h"
-#include "workers/wifirestarter.h"
 
-#include <network/networkpaths.h>
+#include "network/networkpaths.h"
 
 #include <csignal>
 

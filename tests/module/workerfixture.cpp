@@ -1,9 +1,9 @@
 #include "workerfixture.h"
 
-#include <network/networkpaths.h>
-#include <workers/networksettings.h>
-#include <workers/powermanager.h>
-#include <workers/settings.h>
+#include "network/networkpaths.h"
+#include "networksettings.h"
+#include "settings.h"
+#include "standins/powermanager.h"
 
 namespace {
 

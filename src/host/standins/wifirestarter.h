@@ -1,6 +1,6 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 /// Stands in for the worker that removes and re-adds the Wi-Fi interface: takes the interface down
 /// and up again.

@@ -1,6 +1,6 @@
-#include "wifirestarter.h"
+#include "standins/wifirestarter.h"
 
-#include <network/networkpaths.h>
+#include "network/networkpaths.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 /// A worker whose nodes are read-only and keep the values that it is given: stands in for a worker
 /// of which others only ever read what it was configured with.

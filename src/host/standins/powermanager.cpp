@@ -1,6 +1,6 @@
-#include "powermanager.h"
+#include "standins/powermanager.h"
 
-#include <power/powerrecords.h>
+#include "power/powerrecords.h"
 
 #include <algorithm>
 

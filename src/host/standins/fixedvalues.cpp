@@ -1,6 +1,6 @@
-#include "fixedvalues.h"
+#include "standins/fixedvalues.h"
 
-#include <network/networkpaths.h>
+#include "network/networkpaths.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 /// Stands in for the device's power manager: switches nothing and shows what was asked of it.
 ///

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../settingsfile.h"
+#include "settingsfile.h"
 
-#include <QtCore/QQueue>
+#include <QQueue>
 
 /// A setting's path and the value that it has until one is stored, which fixes its type.
 struct SettingDefault

@@ -1,7 +1,7 @@
 #include "networksettings.h"
 
-#include <network/networkpaths.h>
-#include <network/networkrecords.h>
+#include "network/networkpaths.h"
+#include "network/networkrecords.h"
 
 namespace {
 
