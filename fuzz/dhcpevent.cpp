@@ -1,9 +1,9 @@
 // What the DHCP client's event program sends, with values that come from the network.
 #include "target.h"
 
-#include <world/real/dhcpevent.h>
+#include "world/real/dhcpevent.h"
 
-#include <QtNetwork/QHostAddress>
+#include <QHostAddress>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

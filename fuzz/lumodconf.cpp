@@ -1,10 +1,10 @@
 // The daemon's configuration file.
 #include "target.h"
 
-#include <jsonfile.h>
-#include <world/real/realsettings.h>
+#include "jsonfile.h"
+#include "world/real/realsettings.h"
 
-#include <QtCore/QLoggingCategory>
+#include <QLoggingCategory>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -4,7 +4,7 @@
 #include "core/orvaplainvalue.h"
 #include "target.h"
 
-#include <QtCore/QStringList>
+#include <QStringList>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,7 +1,7 @@
 // Replays a corpus where there is no libFuzzer: each file of the directories that it is given.
 #include "target.h"
 
-#include <QtCore/QDir>
+#include <QDir>
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QtCore/QByteArray>
-#include <QtCore/QVariantMap>
+#include <QByteArray>
+#include <QVariantMap>
 
 #include <cstddef>
 #include <cstdint>

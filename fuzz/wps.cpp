@@ -3,7 +3,7 @@
 #include "backend/lumo/lumodecoding.h"
 #include "target.h"
 
-#include <QtCore/QStringList>
+#include <QStringList>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -3,9 +3,9 @@
 // thread answers: what the bus itself makes it wait.
 //   bench_host_flood
 
-#include <core/orva.h>
-#include <network/networkpaths.h>
-#include <network/networkrecords.h>
+#include "core/orva.h"
+#include "network/networkpaths.h"
+#include "network/networkrecords.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

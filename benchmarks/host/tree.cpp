@@ -3,7 +3,7 @@
 #include "rootworker.h"
 #include "settingsfile.h"
 
-#include <network/networkrecords.h>
+#include "network/networkrecords.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -7,8 +7,8 @@
 
 #include "figures.h"
 
-#include <network/networkpaths.h>
-#include <power/powerrecords.h>
+#include "network/networkpaths.h"
+#include "power/powerrecords.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>

@@ -4,13 +4,13 @@
 // and in memory; a change of the network, from the backend's signal to the client; and how many
 // changes are absorbed. A ping in the same run is the measure of the bus.
 
+#include "host.h"
+#include "network/networkpaths.h"
+#include "networking.h"
+#include "nodevalues.h"
+#include "privatebus.h"
+#include "scriptedbackend.h"
 #include <figures.h>
-#include <host.h>
-#include <network/networkpaths.h>
-#include <networking.h>
-#include <nodevalues.h>
-#include <privatebus.h>
-#include <scriptedbackend.h>
 
 #include <QCoreApplication>
 #include <QDBusPendingCall>

@@ -1,9 +1,9 @@
 // What a change among the requesters of the soft access point costs: one fold of their settings,
 // and a whole request with it, from call to answer.
 
-#include <network/networkpaths.h>
-#include <softap/softapsettings.h>
-#include <workerfixture.h>
+#include "network/networkpaths.h"
+#include "softap/softapsettings.h"
+#include "workerfixture.h"
 
 #include <cstdio>
 

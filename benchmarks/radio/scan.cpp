@@ -2,10 +2,10 @@
 // what a thousand requests of a hundred clients take that meet in one scan. Clients and worker
 // share one thread, so that the figures are the work of both.
 
-#include <hostcontrol.h>
-#include <network/networkpaths.h>
-#include <privatebus.h>
-#include <workerfixture.h>
+#include "hostcontrol.h"
+#include "network/networkpaths.h"
+#include "privatebus.h"
+#include "workerfixture.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

@@ -5,7 +5,7 @@
 #include "world/real/realworld.h"
 #include "worldadaptor.h"
 
-#include <common/journalstream.h>
+#include "common/journalstream.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QProcess>
+#include <QProcess>
 
 #include <csignal>
 #include <sys/prctl.h>

@@ -2,9 +2,9 @@
 
 #include "core/orva_global.h"
 
-#include <QtCore/QObject>
-#include <QtCore/QStringList>
-#include <QtCore/QTimer>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
 
 #include <functional>
 #include <iosfwd>

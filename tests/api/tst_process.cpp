@@ -1,6 +1,6 @@
-#include "../support/literals.h"
+#include "literals.h"
 
-#include <orvaprocesshandler.h>
+#include "orvaprocesshandler.h"
 
 #include <QtTest>
 

@@ -1,6 +1,6 @@
-#include "../support/values.h"
+#include "values.h"
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 #include <QtTest>
 

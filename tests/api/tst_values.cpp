@@ -1,11 +1,11 @@
-#include "../support/values.h"
+#include "values.h"
 
-#include <core/dbglog.h>
-#include <core/model/cmerror.h>
-#include <core/orvaroles.h>
-#include <network/networkrecords.h>
-#include <network/networkrules.h>
-#include <power/powerrecords.h>
+#include "core/dbglog.h"
+#include "core/model/cmerror.h"
+#include "core/orvaroles.h"
+#include "network/networkrecords.h"
+#include "network/networkrules.h"
+#include "power/powerrecords.h"
 
 #include <QDBusVariant>
 #include <QtTest>

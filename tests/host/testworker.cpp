@@ -1,6 +1,6 @@
-#include "../support/literals.h"
+#include "literals.h"
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 #include <QDBusConnection>
 #include <QThread>

@@ -3,7 +3,7 @@
 #include "hostprocess.h"
 #include "privatebus.h"
 
-#include <core/orvaplainvalue.h>
+#include "core/orvaplainvalue.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>

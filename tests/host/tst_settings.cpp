@@ -5,7 +5,7 @@
 #include "settingsfile.h"
 #include "values.h"
 
-#include <network/networkpaths.h>
+#include "network/networkpaths.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../support/literals.h"
-#include "../support/logcapture.h"
+#include "literals.h"
+#include "logcapture.h"
 
 #include <QCoreApplication>
 #include <QProcess>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../support/values.h"
+#include "values.h"
 
-#include <core/orva.h>
+#include "core/orva.h"
 
 /// A node tree that is one worker: the root, in which a test creates the nodes of everybody else.
 class TestTree : public CMNodesWorker

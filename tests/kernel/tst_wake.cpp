@@ -2,8 +2,8 @@
 #include "testtree.h"
 #include "wake/wakeonlan.h"
 
-#include <network/networkpaths.h>
-#include <power/powerrecords.h>
+#include "network/networkpaths.h"
+#include "power/powerrecords.h"
 
 namespace {
 

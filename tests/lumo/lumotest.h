@@ -1,10 +1,10 @@
 #pragma once
 
-#include <backend/lumo/networkinglowlevellumo.h>
-#include <network/networkpaths.h>
-#include <privatebus.h>
-#include <values.h>
-#include <workerfixture.h>
+#include "backend/lumo/networkinglowlevellumo.h"
+#include "network/networkpaths.h"
+#include "privatebus.h"
+#include "values.h"
+#include "workerfixture.h"
 
 #include <QtDBus>
 

@@ -5,7 +5,7 @@
 #include "backend/lumo/restartbackoff.h"
 #include "values.h"
 
-#include <QtTest/QtTest>
+#include <QtTest>
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "driver.h"
 
-#include <logcapture.h>
+#include "logcapture.h"
 
 Driver::Driver(quint32 seed, const NodeValues& values)
     : fixture(values)

@@ -2,7 +2,7 @@
 
 #include "workerfixture.h"
 
-#include <network/networkpaths.h>
+#include "network/networkpaths.h"
 
 #include <memory>
 #include <optional>

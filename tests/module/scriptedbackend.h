@@ -1,9 +1,9 @@
 #pragma once
 
-#include <backend/networkinglowlevel.h>
-#include <literals.h>
+#include "backend/networkinglowlevel.h"
+#include "literals.h"
 
-#include <QtCore/QStringList>
+#include <QStringList>
 
 #include <functional>
 

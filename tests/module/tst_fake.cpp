@@ -1,7 +1,7 @@
 #include "workerfixture.h"
 
-#include <backend/fake/networkinglowlevelfake.h>
-#include <network/networkpaths.h>
+#include "backend/fake/networkinglowlevelfake.h"
+#include "network/networkpaths.h"
 
 /// The fake backend under a worker whose own backend lies still.
 class TestFake : public QObject

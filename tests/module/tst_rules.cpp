@@ -1,11 +1,11 @@
 #include "workerfixture.h"
 
-#include <backend/fake/defaultroute.h>
-#include <backend/mounttable.h>
-#include <picture/networkinforules.h>
-#include <profile/networkprofilerules.h>
+#include "backend/fake/defaultroute.h"
+#include "backend/mounttable.h"
+#include "picture/networkinforules.h"
+#include "profile/networkprofilerules.h"
 
-#include <QtCore/QBuffer>
+#include <QBuffer>
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 #include "workerfixture.h"
 
-#include <logcapture.h>
-#include <network/networkpaths.h>
+#include "logcapture.h"
+#include "network/networkpaths.h"
 
 namespace {
 

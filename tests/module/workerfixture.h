@@ -2,12 +2,12 @@
 
 #include "scriptedbackend.h"
 
-#include <networking.h>
-#include <nodevalues.h>
-#include <rootworker.h>
-#include <values.h>
+#include "networking.h"
+#include "nodevalues.h"
+#include "rootworker.h"
+#include "values.h"
 
-#include <QtCore/QTemporaryDir>
+#include <QTemporaryDir>
 #include <QtTest>
 
 /// Paths and the values that nodes have at first.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <network/networkpaths.h>
-#include <workerfixture.h>
+#include "network/networkpaths.h"
+#include "workerfixture.h"
 
 // The timers of the radio.
 inline const QString expiryTimer = "m_softApTimeoutTimer"_s;

@@ -2,7 +2,7 @@
 
 #include "radiosupport.h"
 
-#include <driver.h>
+#include "driver.h"
 
 #include <set>
 

@@ -1,10 +1,10 @@
 #include "radiosupport.h"
 
-#include <scan/scanrow.h>
-#include <softap/softapdeadline.h>
-#include <softap/softapsettings.h>
-#include <wps/wpscredentials.h>
-#include <wps/wpspin.h>
+#include "scan/scanrow.h"
+#include "softap/softapdeadline.h"
+#include "softap/softapsettings.h"
+#include "wps/wpscredentials.h"
+#include "wps/wpspin.h"
 
 class TestRules : public QObject
 {

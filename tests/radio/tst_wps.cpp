@@ -1,6 +1,6 @@
 #include "radiosupport.h"
 
-#include <wps/wpspin.h>
+#include "wps/wpspin.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <boundprocess.h>
+#include "boundprocess.h"
 
 #include <QDBusConnection>
 #include <QString>

@@ -2,8 +2,8 @@
 
 #include "literals.h"
 
-#include <core/orvaplainvalue.h>
-#include <core/orvavalue.h>
+#include "core/orvaplainvalue.h"
+#include "core/orvavalue.h"
 
 /// A value from its JSON text.
 inline OrvaValue json(const QByteArray& text)

@@ -1,4 +1,4 @@
-#include "cmpath.h"
+#include "core/cmpath.h"
 
 #include <ostream>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orvarecord.h"
+#include "core/orvarecord.h"
 
-#include <QtCore/QMetaType>
+#include <QMetaType>
 
 /// Names one node of the host's tree: lower-case words with slashes, such as "network/info". A
 /// value type.

@@ -1,6 +1,6 @@
-#include "dbglog.h"
+#include "core/dbglog.h"
 
-#include "orvahash.h"
+#include "core/orvahash.h"
 
 #include <ostream>
 

@@ -1,6 +1,6 @@
-#include "orva.h"
+#include "core/orva.h"
 
-#include <QtCore/QPointer>
+#include <QPointer>
 
 namespace {
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "dbglog.h"
-#include "model/cmabstractworker.h"
-#include "model/cmnodesworker.h"
-#include "model/cmvalueitem.h"
-#include "model/nodes/cmactivatenode.h"
-#include "model/nodes/cmlistrowsnode.h"
-#include "model/nodes/cmvaluenode.h"
-#include "orvaplainvalue.h"
-#include "orvavalue.h"
+#include "core/dbglog.h"
+#include "core/model/cmabstractworker.h"
+#include "core/model/cmnodesworker.h"
+#include "core/model/cmvalueitem.h"
+#include "core/model/nodes/cmactivatenode.h"
+#include "core/model/nodes/cmlistrowsnode.h"
+#include "core/model/nodes/cmvaluenode.h"
+#include "core/orvaplainvalue.h"
+#include "core/orvavalue.h"
 
 /// The root worker: all reads and writes of other workers' nodes go through it. Null outside the
 /// time in which the host has one.

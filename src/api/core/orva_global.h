@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/qglobal.h>
+#include <qglobal.h>
 
 /// Marks what the host's libraries export. Everything else of a library is hidden.
 #define ORVA_API Q_DECL_EXPORT

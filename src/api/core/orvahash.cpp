@@ -1,6 +1,6 @@
-#include "orvahash.h"
+#include "core/orvahash.h"
 
-#include <QtCore/QStringList>
+#include <QStringList>
 
 #include <algorithm>
 #include <ostream>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "orva_global.h"
+#include "core/orva_global.h"
 
-#include <QtCore/QString>
-#include <QtCore/QVariant>
+#include <QString>
+#include <QVariant>
 
 #include <iosfwd>
 

@@ -1,14 +1,14 @@
-#include "orvaplainvalue.h"
+#include "core/orvaplainvalue.h"
 
-#include "orvahash.h"
+#include "core/orvahash.h"
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-#include <QtDBus/QDBusArgument>
-#include <QtDBus/QDBusObjectPath>
-#include <QtDBus/QDBusSignature>
-#include <QtDBus/QDBusVariant>
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusSignature>
+#include <QDBusVariant>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <limits>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orva_global.h"
+#include "core/orva_global.h"
 
-#include <QtCore/QVariant>
+#include <QVariant>
 
 #include <optional>
 

@@ -1,4 +1,4 @@
-#include "orvarecord.h"
+#include "core/orvarecord.h"
 
 #include <limits>
 

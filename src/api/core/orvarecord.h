@@ -1,10 +1,10 @@
 #pragma once
 
-#include "orvahash.h"
+#include "core/orvahash.h"
 
-#include <QtCore/QMetaEnum>
-#include <QtCore/QStringList>
-#include <QtCore/QVector>
+#include <QMetaEnum>
+#include <QStringList>
+#include <QVector>
 
 #include <algorithm>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "cmpath.h"
-#include "orvavalue.h"
-#include "trstring.h"
+#include "core/cmpath.h"
+#include "core/orvavalue.h"
+#include "core/trstring.h"
 
 /// What a row of a list stands for.
 class ORVA_API OrvaRolesType

@@ -1,4 +1,4 @@
-#include "orvavalue.h"
+#include "core/orvavalue.h"
 
 ORVA_PLAIN_VALUES(ORVA_VALUE_DEFINITION)
 

@@ -1,6 +1,6 @@
-#include "trstring.h"
+#include "core/trstring.h"
 
-#include <QtCore/QCoreApplication>
+#include <QCoreApplication>
 
 #include <ostream>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "orvarecord.h"
+#include "core/orvarecord.h"
 
-#include <QtCore/QList>
+#include <QList>
 
 /// An argument of a translatable text; replaces "%1", "%2" and so on in it.
 class ORVA_API TrArg

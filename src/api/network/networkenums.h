@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../core/orvarecord.h"
+#include "core/orvarecord.h"
 
-#include <QtCore/QObject>
+#include <QObject>
 
 /// State of an interface, or of the network as a whole.
 class ORVA_API OrvaNetworkState

@@ -1,4 +1,4 @@
-#include "networkpaths.h"
+#include "network/networkpaths.h"
 
 // clang-format off
 CMPath OrvaNetworkInfoPath() { return CMPath(QStringLiteral("network/info")); }

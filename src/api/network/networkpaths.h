@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../core/cmpath.h"
+#include "core/cmpath.h"
 
 /// The name under which the network manager registers with the power manager.
 [[nodiscard]] ORVA_API QString OrvaNetworkName();

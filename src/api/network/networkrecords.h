@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../core/cmpath.h"
-#include "../core/orvavalue.h"
-#include "networkenums.h"
+#include "core/cmpath.h"
+#include "core/orvavalue.h"
+#include "network/networkenums.h"
 
 /// One address of an interface, a gateway or a name server.
 class ORVA_API OrvaNetworkAddress : public OrvaHash

@@ -1,7 +1,7 @@
-#include "networkrules.h"
+#include "network/networkrules.h"
 
-#include <QtCore/QRegularExpression>
-#include <QtNetwork/QHostAddress>
+#include <QHostAddress>
+#include <QRegularExpression>
 
 namespace {
 

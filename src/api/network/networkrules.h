@@ -1,6 +1,6 @@
 #pragma once
 
-#include "networkrecords.h"
+#include "network/networkrecords.h"
 
 /// Why `key` does not suit `encryption`, in words for a person; empty when it does.
 ///

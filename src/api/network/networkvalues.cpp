@@ -1,3 +1,3 @@
-#include "networkrecords.h"
+#include "network/networkrecords.h"
 
 ORVA_NETWORK_VALUES(ORVA_VALUE_DEFINITION)

@@ -1,4 +1,4 @@
-#include "powerrecords.h"
+#include "power/powerrecords.h"
 
 CMPath OrvaPowerManagerModuleRegisterPath()
 {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../core/cmpath.h"
+#include "core/cmpath.h"
 
-#include <QtCore/QObject>
+#include <QObject>
 
 /// Hardware that the power manager switches; of it, the network manager asks for the Wi-Fi radio.
 class ORVA_API OrvaPowerManagerResources

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QtGlobal>
+#include <QtGlobal>
 
 #include <chrono>
 

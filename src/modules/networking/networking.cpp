@@ -14,7 +14,7 @@
 #include "wake/wakeonlan.h"
 #include "watchdog/wifirestart.h"
 
-#include <QtCore/QFile>
+#include <QFile>
 
 namespace {
 

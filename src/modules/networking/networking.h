@@ -6,10 +6,10 @@
 #include "network/networkrecords.h"
 #include "softap/softaptable.h"
 
-#include <QtCore/QMap>
-#include <QtCore/QQueue>
-#include <QtCore/QSet>
-#include <QtCore/QTimer>
+#include <QMap>
+#include <QQueue>
+#include <QSet>
+#include <QTimer>
 
 #include <functional>
 #include <memory>

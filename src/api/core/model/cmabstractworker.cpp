@@ -1,4 +1,4 @@
-#include "cmabstractworker.h"
+#include "core/model/cmabstractworker.h"
 
 void CMChangeHub::notify(const CMPath& path, const OrvaValue& value) const
 {

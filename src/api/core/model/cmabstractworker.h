@@ -1,9 +1,9 @@
 #pragma once
 
-#include "cmrequest.h"
-#include "nodes/cmuinode.h"
+#include "core/model/cmrequest.h"
+#include "core/model/nodes/cmuinode.h"
 
-#include <QtCore/QObject>
+#include <QObject>
 
 /// Is told of the changes of the paths that it watches.
 class ORVA_API CMChangeListener

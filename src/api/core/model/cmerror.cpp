@@ -1,4 +1,4 @@
-#include "cmerror.h"
+#include "core/model/cmerror.h"
 
 CMError::CMError(const QString& name, const TrString& message, const TrString& title)
 {

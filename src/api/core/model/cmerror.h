@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../cmpath.h"
-#include "../trstring.h"
+#include "core/cmpath.h"
+#include "core/trstring.h"
 
 /// What went wrong with a request: a name for programs and a message for people.
 ///

@@ -1,7 +1,7 @@
-#include "cmnodesworker.h"
+#include "core/model/cmnodesworker.h"
 
-#include "../dbglog.h"
-#include "nodes/cmvaluenode.h"
+#include "core/dbglog.h"
+#include "core/model/nodes/cmvaluenode.h"
 
 CMNodesWorker::CMNodesWorker(const QVariantHash& config, const QString& name, QObject* parent)
     : CMAbstractWorker(parent)

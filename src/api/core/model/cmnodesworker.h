@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cmabstractworker.h"
-#include "nodes/cmnodes.h"
+#include "core/model/cmabstractworker.h"
+#include "core/model/nodes/cmnodes.h"
 
 /// A worker that keeps its state in nodes: routes every request to the node of its path.
 class ORVA_API CMNodesWorker : public CMAbstractWorker

@@ -1,10 +1,10 @@
-#include "cmreply.h"
+#include "core/model/cmreply.h"
 
-#include "../dbglog.h"
+#include "core/dbglog.h"
 
-#include <QtCore/QCoreApplication>
-#include <QtCore/QEventLoop>
-#include <QtCore/QTimer>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
 
 namespace {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "cmerror.h"
+#include "core/model/cmerror.h"
 
-#include <QtCore/QPointer>
-#include <QtCore/QVector>
+#include <QPointer>
+#include <QVector>
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "cmvalueitem.h"
+#include "core/model/cmvalueitem.h"
 
-#include "../dbglog.h"
-#include "../orva.h"
+#include "core/dbglog.h"
+#include "core/orva.h"
 
 CMValueItem::CMValueItem(QObject* parent, const CMPath& path)
     : QObject(parent)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cmabstractworker.h"
+#include "core/model/cmabstractworker.h"
 
 #include <functional>
 

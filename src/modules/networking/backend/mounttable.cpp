@@ -1,7 +1,7 @@
 #include "backend/mounttable.h"
 
-#include <QtCore/QStringList>
-#include <QtCore/QTextStream>
+#include <QStringList>
+#include <QTextStream>
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "core/model/cmreply.h"
 #include "network/networkrecords.h"
 
-#include <QtCore/QObject>
-#include <QtCore/QVector>
+#include <QObject>
+#include <QVector>
 
 /// The door to whatever configures the network.
 ///

@@ -2,7 +2,7 @@
 
 #include "network/networkrecords.h"
 
-#include <QtCore/QSet>
+#include <QSet>
 
 // The rules of the published network state, from plain values to plain values.
 

@@ -3,7 +3,7 @@
 #include "network/networkrules.h"
 #include "networkinglog.h"
 
-#include <QtCore/QHash>
+#include <QHash>
 
 #include <algorithm>
 

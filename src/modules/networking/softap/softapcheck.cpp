@@ -3,7 +3,7 @@
 #include "network/networkrules.h"
 #include "softap/softapsettings.h"
 
-#include <QtNetwork/QHostAddress>
+#include <QHostAddress>
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "softap/softaptable.h"
 
-#include <QtCore/QMap>
+#include <QMap>
 
 // A live request keeps its deadline in its 32-bit `timeout` field: milliseconds on the monotonic
 // clock, which wrap around every 49.7 days and are negative for half of that time. Deadlines

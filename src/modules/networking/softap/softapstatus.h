@@ -2,7 +2,7 @@
 
 #include "softap/softaptable.h"
 
-#include <QtCore/QMap>
+#include <QMap>
 
 /// The live requests of all interfaces as they are published, by interface and then in their order.
 /// `links` says of each interface whether its link is up; `nowMs` is now, on the clock of the

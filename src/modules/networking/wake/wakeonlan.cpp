@@ -3,9 +3,9 @@
 #include "wake/magicpacket.h"
 #include "wake/wakefilter.h"
 
-#include <core/orva.h>
-#include <network/networkpaths.h>
-#include <power/powerrecords.h>
+#include "core/orva.h"
+#include "network/networkpaths.h"
+#include "power/powerrecords.h"
 
 #include <QTimer>
 

@@ -1,8 +1,8 @@
 #include "watchdog/pinger.h"
 
-#include <core/orva.h>
-#include <network/networkpaths.h>
-#include <network/networkrules.h>
+#include "core/orva.h"
+#include "network/networkpaths.h"
+#include "network/networkrules.h"
 
 namespace {
 

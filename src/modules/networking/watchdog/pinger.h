@@ -1,6 +1,6 @@
 #pragma once
 
-#include <orvaprocesshandler.h>
+#include "orvaprocesshandler.h"
 
 #include <QObject>
 #include <QTimer>

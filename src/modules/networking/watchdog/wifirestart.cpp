@@ -2,8 +2,8 @@
 
 #include "watchdog/pinger.h"
 
-#include <core/orva.h>
-#include <network/networkpaths.h>
+#include "core/orva.h"
+#include "network/networkpaths.h"
 
 #include <utility>
 

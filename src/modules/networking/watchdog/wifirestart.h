@@ -3,7 +3,7 @@
 #include "watchdog/netlinkinfo.h"
 #include "watchdog/stucklink.h"
 
-#include <network/networkrecords.h>
+#include "network/networkrecords.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QString>
+#include <QString>
 
 /// The checksum digit, 0 to 9, that completes the seven digits of `number` (0 to 9999999) to a WPS
 /// PIN.

@@ -6,7 +6,7 @@
 #include "wps/wpscredentials.h"
 #include "wps/wpspin.h"
 
-#include <QtCore/QDateTime>
+#include <QDateTime>
 
 #include <cstdlib>
 

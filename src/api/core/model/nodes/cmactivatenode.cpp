@@ -1,6 +1,6 @@
-#include "cmactivatenode.h"
+#include "core/model/nodes/cmactivatenode.h"
 
-#include "cmnodes.h"
+#include "core/model/nodes/cmnodes.h"
 
 CMActivateNode* CMActivateNode::create(CMNodes& nodes, const CMPath& path)
 {

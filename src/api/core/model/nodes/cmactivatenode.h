@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cmuinode.h"
+#include "core/model/nodes/cmuinode.h"
 
 /// A node that is activated: each activation calls the slot that is bound to it.
 class ORVA_API CMActivateNode : public CMUINode

@@ -1,6 +1,6 @@
-#include "cmlistrowsnode.h"
+#include "core/model/nodes/cmlistrowsnode.h"
 
-#include "cmnodes.h"
+#include "core/model/nodes/cmnodes.h"
 
 CMListRowsNode* CMListRowsNode::create(CMNodes& nodes, const CMPath& path)
 {

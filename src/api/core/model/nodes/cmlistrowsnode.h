@@ -1,8 +1,8 @@
 #pragma once
 
-#include "cmuinode.h"
+#include "core/model/nodes/cmuinode.h"
 
-#include <QtCore/QHash>
+#include <QHash>
 
 /// A node that holds a list of rows, each with an id of its own.
 class ORVA_API CMListRowsNode : public CMUINode

@@ -1,4 +1,4 @@
-#include "cmnodes.h"
+#include "core/model/nodes/cmnodes.h"
 
 void CMNodes::add(CMUINode* node)
 {

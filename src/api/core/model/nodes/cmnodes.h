@@ -1,8 +1,8 @@
 #pragma once
 
-#include "cmuinode.h"
+#include "core/model/nodes/cmuinode.h"
 
-#include <QtCore/QHash>
+#include <QHash>
 
 /// The nodes of one worker, in the order of their creation. Owns them.
 class ORVA_API CMNodes : public QObject

@@ -1,6 +1,6 @@
-#include "cmuinode.h"
+#include "core/model/nodes/cmuinode.h"
 
-#include "cmnodes.h"
+#include "core/model/nodes/cmnodes.h"
 
 CMUINode::CMUINode(CMNodes& nodes, const CMPath& path)
     : QObject(&nodes)

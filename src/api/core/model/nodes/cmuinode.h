@@ -1,8 +1,8 @@
 #pragma once
 
-#include "../cmrequest.h"
+#include "core/model/cmrequest.h"
 
-#include <QtCore/QObject>
+#include <QObject>
 
 /// Who may use a node. The host's bus policy is what holds; this tells clients.
 class ORVA_API OrvaPermission

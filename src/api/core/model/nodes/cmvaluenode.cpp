@@ -1,6 +1,6 @@
-#include "cmvaluenode.h"
+#include "core/model/nodes/cmvaluenode.h"
 
-#include "cmnodes.h"
+#include "core/model/nodes/cmnodes.h"
 
 CMValueNode* CMValueNode::create(CMNodes& nodes, const CMPath& path, QMutex*)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cmuinode.h"
+#include "core/model/nodes/cmuinode.h"
 
 class QMutex;
 

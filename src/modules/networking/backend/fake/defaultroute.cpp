@@ -1,6 +1,6 @@
 #include "backend/fake/defaultroute.h"
 
-#include <QtCore/QStringList>
+#include <QStringList>
 
 #include <cstring>
 

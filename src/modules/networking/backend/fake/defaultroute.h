@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QtCore/QByteArray>
-#include <QtCore/QString>
+#include <QByteArray>
+#include <QString>
 
 /// The interface of the first default route in a routing table as /proc/net/route has it; empty
 /// when there is none.

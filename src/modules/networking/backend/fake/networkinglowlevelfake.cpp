@@ -4,8 +4,8 @@
 #include "core/dbglog.h"
 #include "networking.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QTimer>
+#include <QFile>
+#include <QTimer>
 
 #include <cstdlib>
 

@@ -2,7 +2,7 @@
 
 #include "backend/networkinglowlevel.h"
 
-#include <QtNetwork/QNetworkInterface>
+#include <QNetworkInterface>
 
 class Networking;
 

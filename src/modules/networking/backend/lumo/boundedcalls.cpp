@@ -3,10 +3,10 @@
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumolog.h"
 
-#include <QtCore/QDeadlineTimer>
-#include <QtCore/QThread>
-#include <QtDBus/QDBusError>
-#include <QtDBus/QDBusPendingCallWatcher>
+#include <QDBusError>
+#include <QDBusPendingCallWatcher>
+#include <QDeadlineTimer>
+#include <QThread>
 
 #include <utility>
 

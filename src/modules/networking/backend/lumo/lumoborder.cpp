@@ -3,7 +3,7 @@
 #include "backend/lumo/lumolog.h"
 #include "core/orvaplainvalue.h"
 
-#include <QtCore/QSet>
+#include <QSet>
 
 namespace {
 constexpr qint64 entryLimit = 64LL << 10; // bytes

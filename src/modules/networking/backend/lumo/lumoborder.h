@@ -2,7 +2,7 @@
 
 #include "core/orvarecord.h"
 
-#include <QtCore/QVariantMap>
+#include <QVariantMap>
 
 /// A text that the connection daemon sent, cut after its first 4096 characters: it is published and
 /// logged.

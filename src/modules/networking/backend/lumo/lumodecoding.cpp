@@ -4,7 +4,7 @@
 #include "backend/lumo/lumolog.h"
 #include "network/networkrules.h"
 
-#include <QtNetwork/QHostAddress>
+#include <QHostAddress>
 
 #include <algorithm>
 #include <optional>

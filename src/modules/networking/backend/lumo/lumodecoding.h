@@ -2,8 +2,8 @@
 
 #include "network/networkrecords.h"
 
-#include <QtCore/QMap>
-#include <QtCore/QVector>
+#include <QMap>
+#include <QVector>
 
 // What the connection daemon sends, as this system's records. All are functions of plain values
 // (backend/lumo/lumoborder.h); an absent key, or a value of another type, reads as its type's

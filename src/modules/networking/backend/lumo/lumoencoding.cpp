@@ -3,7 +3,7 @@
 #include "backend/lumo/lumolog.h"
 #include "network/networkrules.h"
 
-#include <QtNetwork/QHostAddress>
+#include <QHostAddress>
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include "networking.h"
 #include "wifidaemonproxy.h"
 
-#include <QtCore/QScopedValueRollback>
-#include <QtDBus/QDBusError>
+#include <QDBusError>
+#include <QScopedValueRollback>
 
 #include <limits>
 #include <utility>

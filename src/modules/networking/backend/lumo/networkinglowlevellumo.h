@@ -3,11 +3,11 @@
 #include "backend/lumo/restartbackoff.h"
 #include "backend/networkinglowlevel.h"
 
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QHash>
-#include <QtCore/QMap>
-#include <QtCore/QSet>
-#include <QtCore/QTimer>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QMap>
+#include <QSet>
+#include <QTimer>
 
 #include <optional>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QVector>
+#include <QVector>
 
 /// How long to wait before a service that was lost is started again, so that one that crashes at
 /// every start does not keep everybody busy.
