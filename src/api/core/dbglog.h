@@ -14,11 +14,11 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 
 /// Defines `logger()`, the logger `name`, for the file or class that stands below. Made on first
 /// use, when the log is configured.
-#define ORVA_LOGGER(name)                                                                          \
-    [[nodiscard]] inline const log4cplus::Logger& logger()                                         \
-    {                                                                                              \
-        static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT(name));         \
-        return instance;                                                                           \
+#define ORVA_LOGGER(name)                                                                  \
+    [[nodiscard]] inline const log4cplus::Logger& logger()                                 \
+    {                                                                                      \
+        static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT(name)); \
+        return instance;                                                                   \
     }
 
 /// Traces a function: "Enter " with its signature when created, "Leave " with it when destroyed.
