@@ -48,9 +48,9 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
     m_started = false;
     m_shutdownTimer.stop();
     m_shutdownInProgress = false;
-    requestWifiResource(WirelessConnection, false);
-    requestWifiResource(SoftAp, false);
-    requestWifiResource(Scan, false);
+    m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
+    m_wifiResource.requestWifiResource(WifiResource::SoftAp, false);
+    m_wifiResource.requestWifiResource(WifiResource::Scan, false);
     request.answer();
 }
 

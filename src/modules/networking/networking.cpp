@@ -19,8 +19,6 @@
 namespace {
 
 constexpr int shutdownDelayMs = 2000;
-constexpr int releaseWifiResourceDelayMs = 5000;
-constexpr int scanTimeoutMs = 30000;
 
 QString mountTableFile()
 {
@@ -68,7 +66,6 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     startSoftApTimer();
     createCompanions();
     registerWithPowerManager();
-    configureRadioTimers();
     createAirplaneModeNode(TrString(trExtractContext(Q_FUNC_INFO), "Airplane Mode"), airplaneMode);
     createSoftApRequestsNode();
 }
@@ -230,15 +227,7 @@ void Networking::connectTimers()
     m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
     connectTimer(m_softApTimer, QStringLiteral("m_softApTimer"),
                  &Networking::on_softApTimer_timeout);
-    connectTimer(m_releaseWifiResourceTimer, QStringLiteral("m_releaseWifiResourceTimer"),
-                 &Networking::on_releaseWifiResource_timeout);
     connectTimer(m_scanTimer, QStringLiteral("m_scanTimer"), &Networking::on_scanTimer_timeout);
-}
-
-void Networking::configureRadioTimers()
-{
-    m_releaseWifiResourceTimer.setInterval(releaseWifiResourceDelayMs);
-    m_scanTimer.setInterval(scanTimeoutMs);
 }
 
 void Networking::connectBackend()

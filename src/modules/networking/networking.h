@@ -4,6 +4,7 @@
 #include "core/orva.h"
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
+#include "radio/wifiresource.h"
 #include "softap/softaptable.h"
 
 #include <QMap>
@@ -29,14 +30,6 @@ class Networking : public CMNodesWorker
 {
     Q_OBJECT
 public:
-    /// The features that need the radio.
-    enum ResourceRequestSubmodule {
-        WirelessConnection = 1, ///< A wireless network is configured and no cable serves.
-        SoftAp = 2,             ///< A soft access point runs.
-        Scan = 3,               ///< A scan runs or waits.
-        Wps = 4                 ///< A WPS session runs.
-    };
-
     /// Makes the backend for a worker. Tests put their own in.
     using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(Networking*)>;
 
@@ -109,7 +102,6 @@ public Q_SLOTS:
     void on_forceWifiReconnect_req(const CMSetDataRequest& request);
     void on_wirelessRssiNode_activated(const CMSetDataRequest& request);
     void on_airplaneMode_changed(const OrvaValue& value);
-    void on_releaseWifiResource_timeout();
 
     // Backend.
     void on_lowlevel_AddressesChanged();
@@ -136,7 +128,6 @@ private:
     void readSoftApConfiguration();
     void createCompanions();
     void registerWithPowerManager();
-    void configureRadioTimers();
     void createAirplaneModeNode(const TrString& title, bool airplaneMode);
     void createSoftApRequestsNode();
 
@@ -241,9 +232,6 @@ private:
     void startQueuedScans();
     void on_scanTimer_timeout();
 
-    // Radio (radio/radio.cpp).
-    void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
-
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
     Clock m_clock = monotonicMs;
 
@@ -303,8 +291,7 @@ private:
 
     // Radio.
     OrvaAirplaneModeType m_airplaneModeType;
-    QSet<ResourceRequestSubmodule> m_activeSubmodules;
-    QTimer m_releaseWifiResourceTimer;
+    WifiResource m_wifiResource{this};
 
     // Nodes; the container of the base class owns them.
     CMValueNode* m_stateConnectedNode = nullptr;

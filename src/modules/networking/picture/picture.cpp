@@ -107,7 +107,7 @@ void Networking::setNetworkLinkStatus(const QString& interface, bool up)
     if (!linkUp)
         restartSoftApTimer(m_profile, m_profile);
     if (info().wired().state() == OrvaNetworkState::Connected)
-        requestWifiResource(WirelessConnection, false);
+        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
 }
 
 void Networking::updateCurrentMac()
@@ -160,7 +160,7 @@ void Networking::setCurrentCableStatus(bool connected)
     updated.setWired(wired);
     publishInfo(updated);
     if (!connected && m_wirelessConfigured)
-        requestWifiResource(WirelessConnection, true);
+        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
 }
 
 // Many may come at once, and each readout asks the backend and waits.

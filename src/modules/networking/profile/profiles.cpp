@@ -184,7 +184,7 @@ void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
     if (profile.wireless().ssid().isEmpty())
         return publishInfo(updated);
 
-    requestWifiResource(WirelessConnection, true);
+    m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
     const OrvaNetworkState wired = updated.wired().state();
     if (wired == OrvaNetworkState::Connected) {
         LOG4CPLUS_INFO(networkingLogger(), "Not applying wireless profile, wired is connected");

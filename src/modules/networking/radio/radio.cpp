@@ -2,33 +2,11 @@
 #include "networking.h"
 #include "networkinglog.h"
 #include "orvaprocesshandler.h"
-#include "power/powerrecords.h"
-
-#include <algorithm>
 
 namespace {
 
 /// How long rfkill may block the event loop.
 constexpr int rfkillTimeoutMs = 5000;
-
-QString toLog(const QSet<Networking::ResourceRequestSubmodule>& submodules)
-{
-    QList<int> sorted(submodules.begin(), submodules.end());
-    std::sort(sorted.begin(), sorted.end());
-    QStringList numbers;
-    for (const int number : std::as_const(sorted))
-        numbers << QString::number(number);
-    return QStringLiteral("QSet(%1)").arg(numbers.join(QStringLiteral(", ")));
-}
-
-void askPowerManager(OrvaPowerModuleActions action)
-{
-    OrvaPowerManagerResourceRequest request;
-    request.setModuleName(OrvaNetworkName());
-    request.setResource(OrvaPowerManagerResources::Wifi);
-    request.setAction(action);
-    CMRoot()->invoke(OrvaPowerManagerResourceRequestPath(), request, CMReply<QVariant>::create());
-}
 
 QStringList rfkillArguments(bool airplaneMode, OrvaAirplaneModeType type)
 {
@@ -57,29 +35,6 @@ void runRfkill(const QStringList& arguments)
 }
 
 } // namespace
-
-void Networking::requestWifiResource(ResourceRequestSubmodule submodule, bool enable)
-{
-    LOG4CPLUS_DEBUG(networkingLogger(), "submodule " << submodule << " enable " << enable);
-    if (enable)
-        m_activeSubmodules.insert(submodule);
-    else
-        m_activeSubmodules.remove(submodule);
-    LOG4CPLUS_DEBUG(networkingLogger(), "Active submodules: " << toLog(m_activeSubmodules));
-    if (m_activeSubmodules.isEmpty()) {
-        m_releaseWifiResourceTimer.start();
-        return;
-    }
-    m_releaseWifiResourceTimer.stop();
-    LOG4CPLUS_DEBUG(networkingLogger(), "Requesting resources");
-    askPowerManager(OrvaPowerModuleActions::Request);
-}
-
-void Networking::on_releaseWifiResource_timeout()
-{
-    LOG4CPLUS_DEBUG(networkingLogger(), "Releasing resources");
-    askPowerManager(OrvaPowerModuleActions::Release);
-}
 
 void Networking::setDataRequest(const CMSetDataRequest& request)
 {

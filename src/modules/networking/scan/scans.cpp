@@ -45,7 +45,7 @@ void Networking::scanNetworks(const QueuedScan& scan)
         Q_ASSERT(m_queueScanRequests.isEmpty());
         m_scanTimer.start(scanTimeoutMs);
     }
-    requestWifiResource(Scan, true);
+    m_wifiResource.requestWifiResource(WifiResource::Scan, true);
     if (m_lowlevel->interfaceStatus(info().wireless().name()) == Networking_LowLevel::Idle)
         startScan(scan.request);
     else
@@ -67,7 +67,7 @@ void Networking::refuseScan()
 {
     LOG4CPLUS_ERROR(networkingLogger(), "Scan failed.");
     clearScanResults();
-    requestWifiResource(Scan, false);
+    m_wifiResource.requestWifiResource(WifiResource::Scan, false);
     const auto refused = std::exchange(m_pendingScanReplies, {});
     for (const CMReply<QVariant>& reply : refused)
         reply.setError(networkingError(requestSignature, "Scan networks request failed."));
@@ -98,7 +98,7 @@ void Networking::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& r
     value.setNetworkScanResults(results);
     for (const CMReply<QVariant>& reply : answered)
         reply.finish(value.__variant());
-    requestWifiResource(Scan, false);
+    m_wifiResource.requestWifiResource(WifiResource::Scan, false);
 }
 
 /// The oldest request stands first in the queue, and waits no longer because of others' results.
@@ -122,8 +122,8 @@ void Networking::startQueuedScans()
     }
     stopIdleScanTimer();
     // What airplane mode refused leaves the claim that it made when it was queued.
-    if (!m_scanTimer.isActive() && m_activeSubmodules.contains(Scan))
-        requestWifiResource(Scan, false);
+    if (!m_scanTimer.isActive() && m_wifiResource.isActive(WifiResource::Scan))
+        m_wifiResource.requestWifiResource(WifiResource::Scan, false);
 }
 
 void Networking::on_scanTimer_timeout()

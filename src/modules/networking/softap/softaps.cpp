@@ -175,7 +175,7 @@ bool Networking::updateSoftAp(const QString& interface)
     LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
     LOG4CPLUS_DEBUG(networkingLogger(),
                     "New SoftAp settings for interface " << interface << ": " << fold.settings);
-    requestWifiResource(SoftAp, true);
+    m_wifiResource.requestWifiResource(WifiResource::SoftAp, true);
     m_sentSoftApSettings.insert(interface, fold.settings);
     m_lowlevel->startSoftAp(fold.settings);
     return true;
@@ -193,7 +193,7 @@ bool Networking::stopSoftAp(const Settings& settings)
         m_lowlevel->stopSoftAp(settings);
     }
     if (!isSoftApRunning())
-        requestWifiResource(SoftAp, false);
+        m_wifiResource.requestWifiResource(WifiResource::SoftAp, false);
     return runs;
 }
 

@@ -57,7 +57,7 @@ bool Networking::refuseSecondWps(const CMSetDataRequest& request, const char* si
 
 void Networking::announceWps(OrvaNetworkWpsType type, const QString& message)
 {
-    requestWifiResource(Wps, true);
+    m_wifiResource.requestWifiResource(WifiResource::Wps, true);
     updateConnectingMessage(message);
     publishWps(OrvaNetworkWpsStatus::InProgress,
                [type](OrvaNetworkWps& wps) { wps.setType(type); });
@@ -71,7 +71,7 @@ void Networking::startWps(const CMSetDataRequest& request, const char* signature
     if (!start(reply)) {
         request.fail(networkingError(signature, "WPS request failed."));
         m_wpsRequest.reset();
-        requestWifiResource(Wps, false);
+        m_wifiResource.requestWifiResource(WifiResource::Wps, false);
         return;
     }
     // Only a session that runs is watched: the end of a reply that no backend took would be taken
@@ -99,7 +99,7 @@ void Networking::wpsFinished(const CMReply<OrvaNetworkInterface>& reply)
     const CMError error = reply.error();
     LOG4CPLUS_TRACE(networkingLogger(), "Enter " << Q_FUNC_INFO << " reply.error: " << error
                                                  << " reply.value: " << reply.value());
-    requestWifiResource(Wps, false);
+    m_wifiResource.requestWifiResource(WifiResource::Wps, false);
     if (!m_wpsRequest) {
         LOG4CPLUS_ERROR(networkingLogger(), "Unmatched WPS notify (no request)");
         return;

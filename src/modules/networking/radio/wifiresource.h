@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+/// The device's claim on the Wi-Fi radio, which the host's power manager switches.
+///
+/// The radio is asked for while some feature needs it, and let go 5 s after the last one has left.
+/// The power manager's answers are not awaited.
+class WifiResource : public QObject
+{
+    Q_OBJECT
+public:
+    /// The features that need the radio.
+    enum ResourceRequestSubmodule {
+        WirelessConnection = 1, ///< A wireless network is configured and no cable serves.
+        SoftAp = 2,             ///< A soft access point runs.
+        Scan = 3,               ///< A scan was asked for, and none has ended since.
+        Wps = 4                 ///< A WPS session runs.
+    };
+
+    explicit WifiResource(QObject* parent);
+
+    /// A feature needs the radio, or no longer does. The radio is asked for, or its release begins,
+    /// also where that changes nothing.
+    void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
+    /// Whether the feature needs the radio.
+    [[nodiscard]] bool isActive(ResourceRequestSubmodule submodule) const
+    {
+        return m_activeSubmodules.contains(submodule);
+    }
+
+public Q_SLOTS:
+    void on_releaseWifiResource_timeout();
+
+private:
+    QSet<ResourceRequestSubmodule> m_activeSubmodules;
+    QTimer m_releaseWifiResourceTimer{this};
+};
