@@ -70,7 +70,7 @@ int runDevice(const QString& stateDirectory)
     }
     Host host(config, QDBusConnection::systemBus());
     ScriptedBackend* backend = nullptr;
-    const auto createBackend = [&](Networking*) {
+    const auto createBackend = [&](NetworkListener&) {
         auto own = std::make_unique<ScriptedBackend>();
         backend = own.get();
         return own;

@@ -45,7 +45,7 @@ protected:
             {OrvaNetworkSoftApConfigSettingsPath(),
              json(R"({"networkProfile": {"softApSettings": [{"apInterface": "uap0"}]}})")}};
         device =
-            std::make_unique<WorkerFixture>(settings, BackendFactory([this](Networking* own) {
+            std::make_unique<WorkerFixture>(settings, BackendFactory([this](NetworkListener& own) {
                                                 auto client =
                                                     std::make_unique<Networking_LowLevel_LUMO>(own);
                                                 backend = client.get();

@@ -55,7 +55,7 @@ void ValueStore::setDataRequest(const CMSetDataRequest& request)
 }
 
 WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
-    : WorkerFixture(values, [&](Networking*) {
+    : WorkerFixture(values, [&](NetworkListener&) {
         auto own = std::make_unique<ScriptedBackend>();
         backend = own.get();
         if (prepare)

@@ -26,14 +26,14 @@ QString mountTableFile()
     return named.isEmpty() ? QStringLiteral("/proc/mounts") : named;
 }
 
-std::unique_ptr<Networking_LowLevel> chooseBackend(Networking* worker)
+std::unique_ptr<Networking_LowLevel> chooseBackend(NetworkListener& listener)
 {
     if (Networking::isNFS()) {
         LOG4CPLUS_INFO(networkingLogger(), "Using Fake lowlevel networking module (run from NFS)");
-        return std::make_unique<Networking_LowLevel_Fake>(worker);
+        return std::make_unique<Networking_LowLevel_Fake>(listener);
     }
     LOG4CPLUS_INFO(networkingLogger(), "Using LUMO lowlevel networking module");
-    return std::make_unique<Networking_LowLevel_LUMO>(worker);
+    return std::make_unique<Networking_LowLevel_LUMO>(listener);
 }
 
 } // namespace
@@ -47,7 +47,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     : CMNodesWorker(config, QStringLiteral("Networking"))
 {
     readSettings();
-    m_lowlevel = createBackend(this);
+    m_lowlevel = createBackend(*this);
     m_stateConnectedNode = CMValueNode::create(nodes(), OrvaNetworkStateConnected());
     m_stateConnectedNode->setValue(toValue(false));
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backend/networkinglowlevel.h"
+#include "backend/networklistener.h"
 #include "core/orva.h"
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
@@ -26,12 +27,12 @@ class WifiRestart;
 /// beside it. Its operations stand in one source file a theme: construction and node table in
 /// networking.cpp, then lifecycle, profile, state, scan, wps, softap and radio. Everything runs on
 /// the event loop's thread.
-class Networking : public CMNodesWorker
+class Networking : public CMNodesWorker, public NetworkListener
 {
     Q_OBJECT
 public:
     /// Makes the backend for a worker. Tests put their own in.
-    using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(Networking*)>;
+    using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(NetworkListener&)>;
 
     /// Milliseconds on a clock that never goes back.
     using Clock = std::function<qint64()>;
@@ -49,18 +50,15 @@ public:
     /// Puts another clock in, for tests. Moments that were taken from the old one stay as they are.
     void setClock(const Clock& clock) { m_clock = clock; }
 
-    // What the backends read and report.
-    [[nodiscard]] QString wiredInterface() const { return m_wiredInterfaceName; }
-    [[nodiscard]] QString wirelessInterface() const { return m_wirelessInterfaceName; }
-    [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
-    /// The link of an interface went up or down.
-    void setLinkStatus(const QString& interface, bool up);
-    /// An interface is being taken down.
-    void setDisconnecting(const QString& interface);
-    /// The wired, wireless and soft-AP interfaces that are in between.
-    [[nodiscard]] QStringList disconnectingInterfaces() const;
-    /// The cable was plugged in or pulled.
-    void setCurrentCableStatus(bool connected);
+    // What the backend asks and reports.
+    [[nodiscard]] QString wiredInterface() const override { return m_wiredInterfaceName; }
+    [[nodiscard]] QString wirelessInterface() const override { return m_wirelessInterfaceName; }
+    [[nodiscard]] QStringList softapInterfaces() const override { return m_softApInterfaces; }
+    [[nodiscard]] QStringList disconnectingInterfaces() const override;
+    void setLinkStatus(const QString& interface, bool up) override;
+    void setDisconnecting(const QString& interface) override;
+    void setCurrentCableStatus(bool connected) override;
+
     /// What the nodes publish: whether some link other than a soft AP is up, and whether a cable is
     /// in.
     [[nodiscard]] bool linkStatus() const;

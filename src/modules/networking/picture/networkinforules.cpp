@@ -160,11 +160,6 @@ OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info)
     return info;
 }
 
-bool isSoftApInterface(const QString& interface)
-{
-    return interface.startsWith(QLatin1String("uap"));
-}
-
 OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp, bool wiredConfigured,
                                      bool wirelessConfigured)
 {

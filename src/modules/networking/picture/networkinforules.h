@@ -24,9 +24,6 @@
 /// The info without a WPS session; what the last one brought stays.
 [[nodiscard]] OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info);
 
-/// Whether the interface of that name carries a soft access point.
-[[nodiscard]] bool isSoftApInterface(const QString& interface);
-
 /// The info with what links and configuration say of connecting: nothing is in progress while some
 /// link is up; without one, each interface that is configured (and, the wired one, has its cable)
 /// is connecting. The others keep their status. A wireless interface that is not at it has no WPS

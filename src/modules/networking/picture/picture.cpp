@@ -1,3 +1,4 @@
+#include "backend/softapinterface.h"
 #include "network/networkpaths.h"
 #include "networking.h"
 #include "networkinglog.h"

@@ -1,8 +1,8 @@
 #include "backend/fake/networkinglowlevelfake.h"
 
 #include "backend/fake/defaultroute.h"
+#include "backend/networklistener.h"
 #include "core/dbglog.h"
-#include "networking.h"
 
 #include <QFile>
 #include <QTimer>
@@ -11,16 +11,12 @@
 
 namespace {
 
+ORVA_LOGGER("Networking_LowLevel_Fake")
+
 constexpr int connectDelayMs = 1000;
 constexpr int scanDelayMs = 1000;
 constexpr int wpsDelayMs = 3000;
 constexpr int networkCount = 3;
-
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("Networking_LowLevel_Fake");
-    return instance;
-}
 
 OrvaNetworkAddress address(const QString& ip, qint32 prefix, OrvaNetworkAddressProtocol protocol,
                            OrvaNetworkAddressScope scope, bool dhcp)
@@ -110,8 +106,8 @@ OrvaNetworkInterface wpsCredentials()
 
 } // namespace
 
-Networking_LowLevel_Fake::Networking_LowLevel_Fake(Networking* worker)
-    : m_worker(worker)
+Networking_LowLevel_Fake::Networking_LowLevel_Fake(NetworkListener& listener)
+    : m_listener(listener)
 {
 }
 
@@ -136,8 +132,8 @@ bool Networking_LowLevel_Fake::applyProfile(const OrvaNetworkProfile& profile)
 bool Networking_LowLevel_Fake::disconnect()
 {
     const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    m_worker->setLinkStatus(QStringLiteral("eth0"), false);
-    m_worker->setLinkStatus(QStringLiteral("wlan0"), false);
+    m_listener.setLinkStatus(QStringLiteral("eth0"), false);
+    m_listener.setLinkStatus(QStringLiteral("wlan0"), false);
     return true;
 }
 
@@ -241,9 +237,9 @@ void Networking_LowLevel_Fake::on_connect_delayed()
     if (m_profileType == OrvaNetworkProfileType::Wireless) {
         LOG4CPLUS_WARN(logger(), "Wireless hack: always report connection up but don't configure "
                                  "anything");
-        m_worker->setLinkStatus(QStringLiteral("wlan0"), true);
+        m_listener.setLinkStatus(QStringLiteral("wlan0"), true);
     } else {
-        m_worker->setLinkStatus(QStringLiteral("eth0"), true);
+        m_listener.setLinkStatus(QStringLiteral("eth0"), true);
     }
     Q_EMIT AddressesChanged();
 }

@@ -4,7 +4,7 @@
 
 #include <QNetworkInterface>
 
-class Networking;
+class NetworkListener;
 
 /// The backend of a device whose root file system is on the network: configures nothing, lest the
 /// device be cut off from it. Reports the link that carries the default route, takes every profile
@@ -15,8 +15,8 @@ class Networking_LowLevel_Fake : public Networking_LowLevel
 {
     Q_OBJECT
 public:
-    /// `worker` owns the backend and outlives it.
-    explicit Networking_LowLevel_Fake(Networking* worker);
+    /// `listener` must outlive this object.
+    explicit Networking_LowLevel_Fake(NetworkListener& listener);
 
     [[nodiscard]] bool scanNetworks() override;
     [[nodiscard]] bool applyProfile(const OrvaNetworkProfile& profile) override;
@@ -44,7 +44,7 @@ private:
     /// The interface that carries the default route; invalid when there is none.
     [[nodiscard]] QNetworkInterface getInterface() const;
 
-    Networking* m_worker;
+    NetworkListener& m_listener;
     OrvaNetworkProfileType m_profileType;
     CMReply<OrvaNetworkInterface> m_wpsReply;
     bool m_wpsRunning = false;

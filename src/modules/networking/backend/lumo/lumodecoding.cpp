@@ -2,6 +2,7 @@
 
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumolog.h"
+#include "backend/softapinterface.h"
 #include "network/networkrules.h"
 
 #include <QHostAddress>
@@ -227,7 +228,7 @@ OrvaNetworkInfo parseNetworkState(const QMap<QString, QVariantMap>& details,
     const QStringList names = inOrderOfPreference(details, wiredInterface, wirelessInterface);
     for (const QString& name : names) {
         const QVariantMap& interface = *details.constFind(name);
-        const bool isSoftAp = name.startsWith(QLatin1String("uap"));
+        const bool isSoftAp = isSoftApInterface(name);
         const bool isOurs = isSoftAp || name == wiredInterface || name == wirelessInterface;
         if (!isOurs || !parsePresent(interface))
             continue;

@@ -4,7 +4,8 @@
 #include "backend/lumo/lumodecoding.h"
 #include "backend/lumo/lumolog.h"
 #include "backend/lumo/networkinglowlevellumo.h"
-#include "networking.h"
+#include "backend/networklistener.h"
+#include "backend/softapinterface.h"
 #include "wifidaemonproxy.h"
 
 #include <utility>
@@ -49,27 +50,27 @@ QString Networking_LowLevel_LUMO::mode()
 
 bool Networking_LowLevel_LUMO::cableStatus()
 {
-    return lumoField<bool>(details(m_worker->wiredInterface()), "CableStatus");
+    return lumoField<bool>(details(m_listener.wiredInterface()), "CableStatus");
 }
 
 bool Networking_LowLevel_LUMO::hasWireless()
 {
-    return parsePresent(details(m_worker->wirelessInterface()));
+    return parsePresent(details(m_listener.wirelessInterface()));
 }
 
 double Networking_LowLevel_LUMO::getWirelessRssi()
 {
-    return lumoField<qint32>(details(m_worker->wirelessInterface()), "Signal");
+    return lumoField<qint32>(details(m_listener.wirelessInterface()), "Signal");
 }
 
 QString Networking_LowLevel_LUMO::getEthernetMAC()
 {
-    return lumoField<QString>(details(m_worker->wiredInterface()), "Mac");
+    return lumoField<QString>(details(m_listener.wiredInterface()), "Mac");
 }
 
 QString Networking_LowLevel_LUMO::getWirelessMAC()
 {
-    return lumoField<QString>(details(m_worker->wirelessInterface()), "Mac");
+    return lumoField<QString>(details(m_listener.wirelessInterface()), "Mac");
 }
 
 Networking_LowLevel::InterfaceStatus
@@ -89,7 +90,7 @@ OrvaNetworkInfo Networking_LowLevel_LUMO::getNetworkState()
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     QStringList names = connectedInterfaces();
-    names << m_worker->wiredInterface() << m_worker->wirelessInterface();
+    names << m_listener.wiredInterface() << m_listener.wirelessInterface();
     names.removeDuplicates();
     QMap<QString, QVariantMap> answers;
     for (const QString& name : std::as_const(names)) {
@@ -97,7 +98,7 @@ OrvaNetworkInfo Networking_LowLevel_LUMO::getNetworkState()
         LOG4CPLUS_TRACE(lumoLogger(),
                         "Interface: " << name << " \tdetails: " << orvaToLog(answers.value(name)));
     }
-    return parseNetworkState(answers, m_worker->wiredInterface(), m_worker->wirelessInterface());
+    return parseNetworkState(answers, m_listener.wiredInterface(), m_listener.wirelessInterface());
 }
 
 void Networking_LowLevel_LUMO::on_lumo_Connected(const QString& interface)
@@ -105,8 +106,8 @@ void Networking_LowLevel_LUMO::on_lumo_Connected(const QString& interface)
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Connected (" << interface << ")");
     m_interfacesConnected.insert(interface);
-    m_worker->setLinkStatus(interface, true);
-    if (interface.startsWith(QLatin1String("uap")))
+    m_listener.setLinkStatus(interface, true);
+    if (isSoftApInterface(interface))
         LOG4CPLUS_DEBUG(lumoLogger(), "SoftAp started");
     else
         LOG4CPLUS_DEBUG(lumoLogger(), "Connected to: " << interface);
@@ -118,7 +119,7 @@ void Networking_LowLevel_LUMO::on_lumo_Disconnected(const QString& interface)
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Disconnected (" << interface << ")");
-    m_worker->setLinkStatus(interface, false);
+    m_listener.setLinkStatus(interface, false);
     m_interfacesConnected.remove(interface);
     LOG4CPLUS_DEBUG(lumoLogger(),
                     "m_interfacesConnected: " << connectedInterfaces().join(QStringLiteral(", ")));
@@ -128,7 +129,7 @@ void Networking_LowLevel_LUMO::on_lumo_Disconnecting(const QString& interface)
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Disconnecting (" << interface << ")");
-    m_worker->setDisconnecting(interface);
+    m_listener.setDisconnecting(interface);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_AuthError(const QString& ssid, const QString& description)
@@ -157,7 +158,7 @@ void Networking_LowLevel_LUMO::on_lumo_CableStatus(bool CablePluggedIn)
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(lumoLogger(), "CablePluggedIn: " << CablePluggedIn);
-    m_worker->setCurrentCableStatus(CablePluggedIn);
+    m_listener.setCurrentCableStatus(CablePluggedIn);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_ScanResults(const QVariantMap& Results)

@@ -4,9 +4,9 @@
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumoencoding.h"
 #include "backend/lumo/lumolog.h"
+#include "backend/networklistener.h"
 #include "core/orvaplainvalue.h"
 #include "freedesktopdbus.h"
-#include "networking.h"
 #include "wifidaemonproxy.h"
 
 #include <QDBusError>
@@ -44,8 +44,8 @@ QString busService()
 }
 } // namespace
 
-Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(Networking* worker)
-    : m_worker(worker)
+Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(NetworkListener& listener)
+    : m_listener(listener)
     , m_daemon(
           new WifiDaemonProxy(daemonService(), daemonPath(), QDBusConnection::systemBus(), this))
     , m_bus(new org_freedesktop_dbus(busService(), QStringLiteral("/org/freedesktop/DBus"),
@@ -231,16 +231,16 @@ bool Networking_LowLevel_LUMO::stopSoftAp(const OrvaNetworkProfileSoftApSettings
 void Networking_LowLevel_LUMO::on_cableStatus_init()
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
-    const auto wired = askDetails(m_worker->wiredInterface());
+    const auto wired = askDetails(m_listener.wiredInterface());
     if (wired)
-        m_worker->setCurrentCableStatus(lumoField<bool>(*wired, "CableStatus"));
+        m_listener.setCurrentCableStatus(lumoField<bool>(*wired, "CableStatus"));
     if (wired && lumoField<bool>(*wired, "Connected"))
-        noteAlreadyConnected(m_worker->wiredInterface(), QStringLiteral("Wired was "));
-    if (lumoField<bool>(details(m_worker->wirelessInterface()), "Connected"))
-        noteAlreadyConnected(m_worker->wirelessInterface(), QStringLiteral("Wireless was "));
+        noteAlreadyConnected(m_listener.wiredInterface(), QStringLiteral("Wired was "));
+    if (lumoField<bool>(details(m_listener.wirelessInterface()), "Connected"))
+        noteAlreadyConnected(m_listener.wirelessInterface(), QStringLiteral("Wireless was "));
     if (mode() != QLatin1String("SoftApMode"))
         return;
-    const QStringList names = m_worker->softapInterfaces();
+    const QStringList names = m_listener.softapInterfaces();
     for (const QString& name : names) {
         if (lumoField<bool>(details(name), "SoftApUp"))
             noteAlreadyConnected(name, QStringLiteral("SoftAP (%1)was ").arg(name));
@@ -276,7 +276,7 @@ void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QS
 void Networking_LowLevel_LUMO::on_restartTimer_timeout()
 {
     const QDBusMessage reply =
-        m_calls->ask([this] { return m_daemon->InterfaceDetails(m_worker->wiredInterface()); });
+        m_calls->ask([this] { return m_daemon->InterfaceDetails(m_listener.wiredInterface()); });
     if (reply.type() != QDBusMessage::ErrorMessage)
         return;
     const QDBusError error(reply);
@@ -291,7 +291,7 @@ void Networking_LowLevel_LUMO::on_calls_askAgain()
     Q_EMIT AddressesChanged();
     if (!hasWireless())
         return;
-    const QString wireless = m_worker->wirelessInterface();
+    const QString wireless = m_listener.wirelessInterface();
     Q_EMIT InterfaceStatusChanged(wireless, interfaceStatus(wireless));
 }
 
@@ -303,7 +303,7 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
     if (m_appliedProfile != OrvaNetworkProfile())
         (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
     // It takes nothing down any more, whether that had been up or not.
-    QStringList down = connectedInterfaces() + m_worker->disconnectingInterfaces();
+    QStringList down = connectedInterfaces() + m_listener.disconnectingInterfaces();
     down.removeDuplicates();
     for (const QString& interface : std::as_const(down))
         on_lumo_Disconnected(interface);

@@ -12,7 +12,7 @@
 #include <optional>
 
 class BoundedCalls;
-class Networking;
+class NetworkListener;
 class QDBusMessage;
 class WifiDaemonProxy;
 class org_freedesktop_dbus;
@@ -20,7 +20,7 @@ class org_freedesktop_dbus;
 /// The backend of a device: a client of the connection daemon `lumod` on the system bus.
 ///
 /// Commands go to the daemon without waiting for anything, in the order in which they are given.
-/// Its signals become this class's signals or calls on the worker. Questions wait 2 s at most
+/// Its signals become this class's signals or calls on the listener. Questions wait 2 s at most
 /// (BoundedCalls).
 ///
 /// The daemon's absence is a state, not an error: its name is watched; when it is lost the bus is
@@ -30,8 +30,8 @@ class Networking_LowLevel_LUMO : public Networking_LowLevel
 {
     Q_OBJECT
 public:
-    /// `worker` is not owned and must outlive this object.
-    explicit Networking_LowLevel_LUMO(Networking* worker);
+    /// `listener` must outlive this object.
+    explicit Networking_LowLevel_LUMO(NetworkListener& listener);
     ~Networking_LowLevel_LUMO() override;
 
     bool scanNetworks() override;
@@ -97,7 +97,7 @@ private:
     [[nodiscard]] QStringList connectedInterfaces() const;
     void noteAlreadyConnected(const QString& interface, const QString& remark);
 
-    Networking* const m_worker;
+    NetworkListener& m_listener;
     WifiDaemonProxy* const m_daemon;
     org_freedesktop_dbus* const m_bus;
     BoundedCalls* const m_calls;
