@@ -1,37 +1,34 @@
-#include "workerfixture.h"
-
 #include "backend/fake/networkinglowlevelfake.h"
-#include "network/networkpaths.h"
+#include "playedlistener.h"
 
-/// The fake backend under a worker whose own backend lies still.
+#include <QtTest>
+
 class TestFake : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
     void takesEveryProfileForConnectedAfterASecond()
     {
-        WorkerFixture fixture;
-        Networking_LowLevel_Fake fake(fixture.worker);
+        PlayedListener listener;
+        Networking_LowLevel_Fake fake(listener);
         QSignalSpy addresses(&fake, &Networking_LowLevel::AddressesChanged);
-        fixture.worker->setLinkStatus("eth0"_s, true);
-        fixture.worker->setLinkStatus("wlan0"_s, true);
+        const QStringList down = {"eth0 down"_s, "wlan0 down"_s};
 
         QVERIFY(fake.applyProfile(OrvaNetworkProfile()));
-        QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
-        QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Disconnected);
+        QCOMPARE(listener.heard, down);
         // Each profile has its own second; all of them find the type that came last.
         OrvaNetworkProfile wireless;
         wireless.setType(OrvaNetworkProfileType::Wireless);
         QVERIFY(fake.applyProfile(wireless));
         QTRY_COMPARE_WITH_TIMEOUT(addresses.count(), 2, 3000);
-        QCOMPARE(fixture.info().wireless().state(), OrvaNetworkState::Connected);
-        QCOMPARE(fixture.info().wired().state(), OrvaNetworkState::Disconnected);
+        const QStringList up = {"wlan0 up"_s, "wlan0 up"_s};
+        QCOMPARE(listener.heard, down + down + up);
     }
 
     void findsThreeNetworks()
     {
-        WorkerFixture fixture;
-        Networking_LowLevel_Fake fake(fixture.worker);
+        PlayedListener listener;
+        Networking_LowLevel_Fake fake(listener);
         QSignalSpy results(&fake, &Networking_LowLevel::ScanResults);
         QVERIFY(fake.scanNetworks());
         QVERIFY(results.wait(3000));
@@ -52,8 +49,8 @@ private Q_SLOTS:
 
     void runsOneWpsSession()
     {
-        WorkerFixture fixture;
-        Networking_LowLevel_Fake fake(fixture.worker);
+        PlayedListener listener;
+        Networking_LowLevel_Fake fake(listener);
         const auto first = CMReply<OrvaNetworkInterface>::create();
         const auto second = CMReply<OrvaNetworkInterface>::create();
         QVERIFY(fake.performWpsPin("12345670"_s, first));
@@ -68,8 +65,8 @@ private Q_SLOTS:
     /// What is published of the wireless interface must outlive a refresh.
     void reportsNoWirelessPart()
     {
-        WorkerFixture fixture;
-        const OrvaNetworkInfo state = Networking_LowLevel_Fake(fixture.worker).getNetworkState();
+        PlayedListener listener;
+        const OrvaNetworkInfo state = Networking_LowLevel_Fake(listener).getNetworkState();
         QVERIFY(!state.__contains(OrvaNetworkInfo::Wireless()));
         QVERIFY(!state.wired().addresses().isEmpty());
         QCOMPARE(state.gateways().first().ip(), "10.0.0.1"_s);
