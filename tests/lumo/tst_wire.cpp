@@ -1,6 +1,7 @@
 // The worker over the connection daemon's client, against a daemon that is written in another
 // language and writes down what it reads.
 #include "lumotest.h"
+#include "playedlistener.h"
 
 class WireTest : public LumoTest
 {
@@ -126,6 +127,19 @@ private Q_SLOTS:
         const QStringList stations{longText.left(4096).toUpper()};
         EVENTUALLY_EQUAL(device->value(OrvaNetworkConnectedSoftApStationsPath()).stringList(),
                          stations);
+    }
+
+    /// A daemon that starts anew takes nothing down that was in between.
+    void endsWhatWasInBetweenByName()
+    {
+        PlayedListener listener;
+        listener.disconnecting = QStringList{"wlan0"_s, "uap1"_s, "eth0"_s, "uap0"_s};
+        const Networking_LowLevel_LUMO client(listener);
+        emitSignal("Connected"_s, {"wlan0"_s});
+        emitSignal("Started"_s);
+        const QStringList heard = {"cable in"_s,  "wlan0 up"_s,  "eth0 down"_s,
+                                   "uap0 down"_s, "uap1 down"_s, "wlan0 down"_s};
+        EVENTUALLY_EQUAL(listener.heard, heard);
     }
 
     void aDaemonThatHangsCostsTwoSecondsOnce()

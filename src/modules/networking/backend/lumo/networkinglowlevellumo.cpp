@@ -304,6 +304,7 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
         (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
     // It takes nothing down any more, whether that had been up or not.
     QStringList down = connectedInterfaces() + m_listener.disconnectingInterfaces();
+    down.sort();
     down.removeDuplicates();
     for (const QString& interface : std::as_const(down))
         on_lumo_Disconnected(interface);
