@@ -37,9 +37,9 @@ void report(const char* what, int requesters, int rounds, const QElapsedTimer& t
 void measureFold(int requesters)
 {
     constexpr int rounds = 200;
-    QVector<OrvaNetworkProfileSoftApRequest> requests;
+    SoftApTable requests;
     for (int i = 0; i < requesters; ++i)
-        requests << request(i, 1);
+        requests.set({request(i, 1), std::nullopt});
     OrvaNetworkProfileSoftApSettings running;
     QElapsedTimer timer;
     timer.start();

@@ -10,12 +10,12 @@ OrvaValue ssid(const QString& name, const QString& ssid, int timeout = 0)
 }
 
 /// A worker with the soft APs uap0 and uap1 configured, and no network.
-class SoftAps : public WorkerFixture
+class SoftApDevice : public WorkerFixture
 {
 public:
     qint64 now = Q_INT64_C(3000000000); // more than 32 bits hold
 
-    explicit SoftAps(const Prepare& prepare = {})
+    explicit SoftApDevice(const Prepare& prepare = {})
         : WorkerFixture({{OrvaNetworkSoftApConfigSettingsPath(),
                           json(R"({"networkProfile": {"softApSettings": [
                               {"apInterface": "uap0", "ssid": "Box"}, {"apInterface": "uap1"}]}})")}},
@@ -114,7 +114,7 @@ private Q_SLOTS:
     {
         QFETCH(OrvaValue, request);
         QFETCH(QString, answer);
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         QCOMPARE(outcomes({device.ask(request)}), answer);
         QCOMPARE(device.live().isEmpty(), answer != open);
@@ -123,7 +123,7 @@ private Q_SLOTS:
 
     void answersInOrderWhenTheInterfaceComesUp()
     {
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         QStringList order;
         for (const QString& name : {"a"_s, "b"_s, "c"_s})
@@ -134,7 +134,7 @@ private Q_SLOTS:
 
     void answersAnInterfaceThatIsUpAtOnce()
     {
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         device.backend->onCommand = [&](const QString&) {
             device.worker->setLinkStatus("uap0"_s, true);
@@ -144,7 +144,7 @@ private Q_SLOTS:
 
     void revokesAPlainName()
     {
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         device.ask(ssid("a"_s, "A"_s));
         QCOMPARE(device.request(OrvaNetworkRevokeSoftApPath(), text("a")), QString());
@@ -153,7 +153,7 @@ private Q_SLOTS:
 
     void tellsWhenRequestsExpire()
     {
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         device.ask(ssid("a"_s, "A"_s, 1000));
         device.now += 600;
@@ -165,7 +165,7 @@ private Q_SLOTS:
 
     void sixtyFourMayAsk()
     {
-        SoftAps device;
+        SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         QVector<CMReply<QVariant>> replies;
         for (int i = 0; i < 65; ++i)
@@ -189,7 +189,7 @@ private Q_SLOTS:
 
     void aHoldBelongsToItsInterface()
     {
-        SoftAps device;
+        SoftApDevice device;
         const auto lastSsid = [&] { return device.backend->startedSoftAps.last().ssid(); };
         const auto other = [&](const QString& ssid) {
             device.ask(softApRequest("a"_s, {{"apInterface"_s, "uap1"_s}, {"ssid"_s, ssid}}));
@@ -210,7 +210,7 @@ private Q_SLOTS:
     void aStopEndsTheExpiry()
     {
         // Without a wireless interface the stop revokes no soft AP of the device's own.
-        SoftAps device([](ScriptedBackend& backend) { backend.wireless = false; });
+        SoftApDevice device([](ScriptedBackend& backend) { backend.wireless = false; });
         device.request(OrvaNetworkStartPath());
         device.ask(ssid("a"_s, "A"_s, 1000));
         QVERIFY(device.timer(expiryTimer)->isActive());
@@ -221,7 +221,7 @@ private Q_SLOTS:
     /// A device without network offers its soft AP, again and again.
     void fallsBackEveryTime()
     {
-        SoftAps device;
+        SoftApDevice device;
         const auto up = [&](const char* interface, bool on) {
             device.worker->setLinkStatus(QLatin1String(interface), on);
         };
@@ -258,7 +258,7 @@ private Q_SLOTS:
 
     void fallsBackOnceTheWirelessInterfaceIsThere()
     {
-        SoftAps device([](ScriptedBackend& backend) { backend.wireless = false; });
+        SoftApDevice device([](ScriptedBackend& backend) { backend.wireless = false; });
         const auto tell = [&] {
             Q_EMIT device.backend->InterfaceStatusChanged("wlan0"_s, Networking_LowLevel::Idle);
         };
@@ -275,7 +275,7 @@ private Q_SLOTS:
 
     void listsStationsOnce()
     {
-        SoftAps device;
+        SoftApDevice device;
         const auto stations = [&] {
             return device.value(OrvaNetworkConnectedSoftApStationsPath()).stringList();
         };

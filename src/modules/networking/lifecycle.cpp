@@ -42,7 +42,7 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
                                                                       "Unable to disconnect!")));
     }
     publishInfo(withUnconfiguredIdle(info(), false, false));
-    clearSoftAp();
+    m_softAps->clearSoftAp();
     deactivateLocalSoftAp();
     stopSoftApTimer();
     m_started = false;
@@ -92,5 +92,5 @@ void Networking::cancelShutdown()
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
     OrvaNetworkInfo updated = shutdownCancelled(info(), m_downByShutdown);
     updated.setWirelessNetworks(knownNetworks(m_profile));
-    publishInfoAndState(withSoftApState(updated, calculateSoftApState()));
+    publishInfoAndState(withSoftApState(updated, m_softAps->calculateSoftApState()));
 }

@@ -10,7 +10,6 @@
 #include "picture/networkinforules.h"
 #include "power/powerrecords.h"
 #include "profile/networkprofilerules.h"
-#include "softap/softapsettings.h"
 #include "wake/wakeonlan.h"
 #include "watchdog/wifirestart.h"
 
@@ -57,12 +56,13 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     const bool airplaneMode = readValue(OrvaNetworkAirplaneModeSettingPath()).bool_();
     createInfoNode(ethernetMac, wirelessMac, airplaneMode);
     createValueNodes(ethernetMac, wirelessMac);
+    createSoftAps();
     createActivateNodes();
 
     connectTimers();
     connectBackend();
     readSoftApAutoEnabled();
-    readSoftApConfiguration();
+    m_softAps->readSoftApConfiguration(m_currentMacNode->value().string_());
     startSoftApTimer();
     createCompanions();
     registerWithPowerManager();
@@ -153,10 +153,24 @@ void Networking::createValueNodes(const QString& ethernetMac, const QString& wir
                                     QStringLiteral("Network profile"));
     m_profileNode->setReadOnly(true);
     createWebserverNodes();
-    m_connectedStationsNode = createValueNode(OrvaNetworkConnectedSoftApStationsPath(), OrvaValue(),
-                                              QStringLiteral("Connected SoftAp stations"));
-    m_connectedStationsNode->setReadOnly(true);
-    m_connectedStationsNode->setPermission(OrvaPermission::Service);
+}
+
+void Networking::createSoftAps()
+{
+    CMValueNode* const stations =
+        createValueNode(OrvaNetworkConnectedSoftApStationsPath(), OrvaValue(),
+                        QStringLiteral("Connected SoftAp stations"));
+    stations->setReadOnly(true);
+    stations->setPermission(OrvaPermission::Service);
+    m_softAps = std::make_unique<SoftAps>(
+        *m_lowlevel,
+        SoftAps::Worker{name(), [this] { return m_started; }, [this] { return m_clock(); }},
+        stations, this);
+    connect(m_softAps.get(), &SoftAps::wifiNeeded, this, [this](bool needed) {
+        m_wifiResource.requestWifiResource(WifiResource::SoftAp, needed);
+    });
+    connect(m_softAps.get(), &SoftAps::stateChanged, this,
+            [this](const OrvaNetworkState& state) { publishInfo(withSoftApState(info(), state)); });
 }
 
 void Networking::createWebserverNodes()
@@ -171,44 +185,38 @@ void Networking::createWebserverNodes()
                         QStringLiteral("Local Webserver URL (localhost)"));
 }
 
+template <class Room>
+void Networking::bind(const CMPath& path, Room* room, void (Room::*slot)(const CMSetDataRequest&),
+                      const QStringList& accepts)
+{
+    CMActivateNode* node = CMActivateNode::create(nodes(), path);
+    node->setAccepts(accepts);
+    node->setInvoke(room, slot, Qt::QueuedConnection);
+}
+
 void Networking::createActivateNodes()
 {
-    struct Activation
-    {
-        CMPath path;
-        void (Networking::*slot)(const CMSetDataRequest&);
-        QStringList accepts = {};
-    };
-    const Activation activations[] = {
-        {OrvaNetworkStartPath(), &Networking::on_start_req},
-        {OrvaNetworkRestartPath(), &Networking::on_restart_req},
-        {OrvaNetworkShutdownPath(), &Networking::on_shutdown_req},
-        {OrvaNetworkStopPath(), &Networking::on_stop_req},
-        {OrvaNetworkForceWifiReconnectPath(), &Networking::on_forceWifiReconnect_req},
-        {OrvaNetworkSetNetworkProfilePath(),
-         &Networking::on_setNetworkProfile_req,
-         {OrvaValue::NetworkProfile()}},
-        {OrvaNetworkRemoveWirelessNetworkPath(),
-         &Networking::on_removeWirelessNetwork_req,
-         {OrvaValue::String()}},
-        {OrvaNetworkScanPath(), &Networking::on_scanNetworks_req},
-        {OrvaNetworkPerformWpsPbcPath(), &Networking::on_performWpsPbc_req},
-        {OrvaNetworkPerformWpsPinPath(), &Networking::on_performWpsPin_req, {OrvaValue::String()}},
-        {OrvaNetworkGenerateWpsPinPath(), &Networking::on_generateWpsPin_req},
-        {OrvaNetworkApplyWpsPath(), &Networking::on_applyWps_req, {OrvaValue::NetworkInterface()}},
-        {OrvaNetworkWirelessRssiPath(), &Networking::on_wirelessRssiNode_activated},
-        {OrvaNetworkRequestSoftApPath(),
-         &Networking::on_requestSoftAp_req,
-         {OrvaValue::NetworkSoftApRequest()}},
-        {OrvaNetworkRevokeSoftApPath(),
-         &Networking::on_revokeSoftAp_req,
-         {OrvaValue::NetworkSoftApRequest(), OrvaValue::String()}},
-    };
-    for (const Activation& activation : activations) {
-        CMActivateNode* node = CMActivateNode::create(nodes(), activation.path);
-        node->setAccepts(activation.accepts);
-        node->setInvoke(this, activation.slot, Qt::QueuedConnection);
-    }
+    bind(OrvaNetworkStartPath(), this, &Networking::on_start_req);
+    bind(OrvaNetworkRestartPath(), this, &Networking::on_restart_req);
+    bind(OrvaNetworkShutdownPath(), this, &Networking::on_shutdown_req);
+    bind(OrvaNetworkStopPath(), this, &Networking::on_stop_req);
+    bind(OrvaNetworkForceWifiReconnectPath(), this, &Networking::on_forceWifiReconnect_req);
+    bind(OrvaNetworkSetNetworkProfilePath(), this, &Networking::on_setNetworkProfile_req,
+         {OrvaValue::NetworkProfile()});
+    bind(OrvaNetworkRemoveWirelessNetworkPath(), this, &Networking::on_removeWirelessNetwork_req,
+         {OrvaValue::String()});
+    bind(OrvaNetworkScanPath(), this, &Networking::on_scanNetworks_req);
+    bind(OrvaNetworkPerformWpsPbcPath(), this, &Networking::on_performWpsPbc_req);
+    bind(OrvaNetworkPerformWpsPinPath(), this, &Networking::on_performWpsPin_req,
+         {OrvaValue::String()});
+    bind(OrvaNetworkGenerateWpsPinPath(), this, &Networking::on_generateWpsPin_req);
+    bind(OrvaNetworkApplyWpsPath(), this, &Networking::on_applyWps_req,
+         {OrvaValue::NetworkInterface()});
+    bind(OrvaNetworkWirelessRssiPath(), this, &Networking::on_wirelessRssiNode_activated);
+    bind(OrvaNetworkRequestSoftApPath(), m_softAps.get(), &SoftAps::on_requestSoftAp_req,
+         {OrvaValue::NetworkSoftApRequest()});
+    bind(OrvaNetworkRevokeSoftApPath(), m_softAps.get(), &SoftAps::on_revokeSoftAp_req,
+         {OrvaValue::NetworkSoftApRequest(), OrvaValue::String()});
 }
 
 void Networking::connectTimers()
@@ -222,9 +230,6 @@ void Networking::connectTimers()
     connectTimer(m_shutdownTimer, QStringLiteral("m_shutdownTimer"),
                  &Networking::on_shutdownTimer_timeout);
     m_shutdownTimer.setInterval(shutdownDelayMs);
-    connectTimer(m_softApTimeoutTimer, QStringLiteral("m_softApTimeoutTimer"),
-                 &Networking::on_softApTimeoutTimer_timeout);
-    m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
     connectTimer(m_softApTimer, QStringLiteral("m_softApTimer"),
                  &Networking::on_softApTimer_timeout);
     connectTimer(m_scanTimer, QStringLiteral("m_scanTimer"), &Networking::on_scanTimer_timeout);
@@ -240,9 +245,6 @@ void Networking::connectBackend()
     connect(backend, &Backend::Error, this, &Networking::on_lowlevel_Error);
     connect(backend, &Backend::InterfaceStatusChanged, this,
             &Networking::on_lowlevel_InterfaceStatusChanged);
-    connect(backend, &Backend::StationConnected, this, &Networking::on_lowlevel_StationConnected);
-    connect(backend, &Backend::StationDisconnected, this,
-            &Networking::on_lowlevel_StationDisconnected);
 }
 
 void Networking::readSoftApAutoEnabled()
@@ -256,28 +258,10 @@ void Networking::readSoftApAutoEnabled()
     m_softApAutoEnabled = readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_();
 }
 
-void Networking::readSoftApConfiguration()
-{
-    const QString defaultSsid = readValue(OrvaNetworkSoftApDefaultSsidSettingsPath()).string_();
-    const QString ownSsid = ownSoftApSsid(defaultSsid, m_currentMacNode->value().string_());
-    if (!ownSsid.startsWith(defaultSsid + QLatin1Char('_')))
-        LOG4CPLUS_WARN(networkingLogger(),
-                       "The default SSID of the soft AP is too long, cut to: " << ownSsid);
-    const auto configuration =
-        readValue(OrvaNetworkSoftApConfigSettingsPath()).networkProfile().softApSettings();
-    for (OrvaNetworkProfileSoftApSettings settings : configuration) {
-        if (settings.ssid() == defaultSsid)
-            settings.setSsid(ownSsid);
-        m_softApSettings.insert(settings.apInterface(), settings);
-        if (!m_softApInterfaces.contains(settings.apInterface()))
-            m_softApInterfaces.append(settings.apInterface());
-    }
-}
-
 void Networking::createCompanions()
 {
     m_wakeOnLan = new WakeOnLan(this);
-    m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, m_softApInterfaces);
+    m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
     CMActivateNode::create(nodes(), OrvaNetworkRequestWifiRestartPath())
         ->setInvoke(m_wifiRestart, &WifiRestart::on_restart_requested, Qt::QueuedConnection);
 }
@@ -302,8 +286,8 @@ void Networking::createAirplaneModeNode(const TrString& title, bool airplaneMode
 
 void Networking::createSoftApRequestsNode()
 {
-    OrvaValue none;
-    none.setSoftApRequests({});
-    m_softApRequestsNode = createValueNode(OrvaNetworkSoftApRequestsPath(), none);
-    m_softApRequestsNode->setReadOnly(true);
+    CMValueNode* const requests = createValueNode(
+        OrvaNetworkSoftApRequestsPath(), OrvaValue::of(OrvaList<OrvaNetworkSoftApRequestStatus>()));
+    requests->setReadOnly(true);
+    m_softAps->setRequestsNode(requests);
 }

@@ -6,9 +6,8 @@
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
 #include "radio/wifiresource.h"
-#include "softap/softaptable.h"
+#include "softap/softaps.h"
 
-#include <QMap>
 #include <QQueue>
 #include <QSet>
 #include <QTimer>
@@ -34,9 +33,6 @@ public:
     /// Makes the backend for a worker. Tests put their own in.
     using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(NetworkListener&)>;
 
-    /// Milliseconds on a clock that never goes back.
-    using Clock = std::function<qint64()>;
-
     /// Chooses the backend by the root file system. `config` goes to the base class unread.
     explicit Networking(const QVariantHash& config);
     Networking(const QVariantHash& config, const BackendFactory& createBackend);
@@ -48,12 +44,15 @@ public:
     [[nodiscard]] static bool isNFS();
 
     /// Puts another clock in, for tests. Moments that were taken from the old one stay as they are.
-    void setClock(const Clock& clock) { m_clock = clock; }
+    void setClock(const MonotonicClock& clock) { m_clock = clock; }
 
     // What the backend asks and reports.
     [[nodiscard]] QString wiredInterface() const override { return m_wiredInterfaceName; }
     [[nodiscard]] QString wirelessInterface() const override { return m_wirelessInterfaceName; }
-    [[nodiscard]] QStringList softapInterfaces() const override { return m_softApInterfaces; }
+    [[nodiscard]] QStringList softapInterfaces() const override
+    {
+        return m_softAps->softapInterfaces();
+    }
     [[nodiscard]] QStringList disconnectingInterfaces() const override;
     void setLinkStatus(const QString& interface, bool up) override;
     void setDisconnecting(const QString& interface) override;
@@ -90,11 +89,8 @@ public Q_SLOTS:
     void on_performWpsPin_req(const CMSetDataRequest& request);
     void on_applyWps_req(const CMSetDataRequest& request);
 
-    // Soft access point.
-    void on_requestSoftAp_req(const CMSetDataRequest& request);
-    void on_revokeSoftAp_req(const CMSetDataRequest& request);
+    // The local soft access point.
     void on_softApTimer_timeout();
-    void on_softApTimeoutTimer_timeout();
 
     // Radio.
     void on_forceWifiReconnect_req(const CMSetDataRequest& request);
@@ -108,8 +104,6 @@ public Q_SLOTS:
     void on_lowlevel_InterfaceStatusChanged(const QString& interface,
                                             Networking_LowLevel::InterfaceStatus status);
     void on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results);
-    void on_lowlevel_StationConnected(const QString& mac);
-    void on_lowlevel_StationDisconnected(const QString& mac);
 
 private:
     // Construction, in the order of its steps (networking.cpp).
@@ -119,11 +113,15 @@ private:
                                  const QString& title = QString());
     void createValueNodes(const QString& ethernetMac, const QString& wirelessMac);
     void createWebserverNodes();
+    void createSoftAps();
+    /// Creates an activate node that is bound to a room's slot and takes values of these types.
+    template <class Room>
+    void bind(const CMPath& path, Room* room, void (Room::*slot)(const CMSetDataRequest&),
+              const QStringList& accepts = {});
     void createActivateNodes();
     void connectTimers();
     void connectBackend();
     void readSoftApAutoEnabled();
-    void readSoftApConfiguration();
     void createCompanions();
     void registerWithPowerManager();
     void createAirplaneModeNode(const TrString& title, bool airplaneMode);
@@ -167,7 +165,6 @@ private:
     /// Publishes the info with its overall state calculated, and that state.
     void publishInfoAndState(OrvaNetworkInfo info);
     void setNetworkLinkStatus(const QString& interface, bool up);
-    void setSoftApLinkStatus(const QString& interface, bool up);
     /// Reads the backend's picture and publishes it.
     void readNetworkState();
     void updateCurrentMac();
@@ -186,24 +183,6 @@ private:
     void wpsFinished(const CMReply<OrvaNetworkInterface>& reply);
     void wpsSucceeded(const OrvaNetworkInterface& credentials);
     void wpsFailed(const CMError& error);
-
-    // Soft access point (softap/softaps.cpp).
-    bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
-    bool updateSoftAp(const QString& interface);
-    bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
-    void clearSoftAp();
-    [[nodiscard]] bool isSoftApRunning() const;
-    /// Answers the soft-AP requests that wait for the interface, in the order in which they came:
-    /// with success where the error is empty.
-    void answerPendingSoftAp(const QString& interface, const CMError& error = CMError());
-    void scheduleSoftApTimeoutTimer();
-    /// Why a request is not taken, in words for a person; null where it is.
-    [[nodiscard]] const char* softApRefusal(const OrvaNetworkProfileSoftApRequest& request) const;
-    /// Publishes the live requests once, when the event loop has done what is queued.
-    void publishSoftApRequests();
-    void publishSoftApRequestsNow();
-    [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
-    void setConnectedStations(const QStringList& macs);
 
     // The worker's own, local soft access point (softap/localsoftap.cpp).
     void activateLocalSoftAp();
@@ -231,7 +210,7 @@ private:
     void on_scanTimer_timeout();
 
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
-    Clock m_clock = monotonicMs;
+    MonotonicClock m_clock = monotonicMs;
 
     // Life cycle.
     bool m_started = false;
@@ -270,22 +249,10 @@ private:
     std::optional<CMSetDataRequest> m_wpsRequest;
 
     // Soft access point.
+    std::unique_ptr<SoftAps> m_softAps;
     bool m_softApAutoEnabled = false;
     bool m_localSoftApActive = false;
-    QHash<QString, OrvaNetworkProfileSoftApSettings> m_softApSettings;
-    QStringList m_softApInterfaces;
-    QMap<QString, SoftApTable> m_softApRequests;
-    /// By interface, what the requests come to, and what of it the backend was told last: the two
-    /// differ while the interface is held.
-    QMap<QString, OrvaNetworkProfileSoftApSettings> m_activeSoftApSettings;
-    QMap<QString, OrvaNetworkProfileSoftApSettings> m_sentSoftApSettings;
-    QSet<QString> m_softApHold;
-    bool m_softApRequestsChanged = false; ///< Their publication is queued.
-    QMap<QString, QVector<CMSetDataRequest>> m_pendingSoftApRequests;
-    QHash<QString, OrvaNetworkState> m_softApLinks;
-    OrvaNetworkProfileSoftApRequest m_nextExpiringSoftApRequest;
     QTimer m_softApTimer;
-    QTimer m_softApTimeoutTimer;
 
     // Radio.
     OrvaAirplaneModeType m_airplaneModeType;
@@ -305,9 +272,7 @@ private:
     CMValueNode* m_profileNode = nullptr;
     CMValueNode* m_webserverUrlNode = nullptr;
     CMValueNode* m_localhostUrlNode = nullptr;
-    CMValueNode* m_connectedStationsNode = nullptr;
     CMValueNode* m_airplaneModeNode = nullptr;
-    CMValueNode* m_softApRequestsNode = nullptr;
 
     // Companions, children of the worker.
     WakeOnLan* m_wakeOnLan = nullptr;

@@ -71,22 +71,10 @@ void Networking::setLinkStatus(const QString& interface, bool up)
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
     if (isSoftApInterface(interface))
-        setSoftApLinkStatus(interface, up);
+        m_softAps->setLinkStatus(interface, up);
     else
         setNetworkLinkStatus(interface, up);
     updateCurrentMac();
-}
-
-void Networking::setSoftApLinkStatus(const QString& interface, bool up)
-{
-    LOG4CPLUS_INFO(networkingLogger(), "Softap state changed: " << (up ? "up" : "down"));
-    m_softApLinks.insert(interface,
-                         up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
-    publishInfo(withSoftApState(info(), calculateSoftApState()));
-    publishSoftApRequests();
-    if (up)
-        answerPendingSoftAp(interface);
-    m_connectedStationsNode->setValue(toValue(QStringList()));
 }
 
 void Networking::setNetworkLinkStatus(const QString& interface, bool up)
@@ -130,9 +118,8 @@ void Networking::setDisconnecting(const QString& interface)
     if (interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName) {
         updated = withInterfaceState(updated, interface, OrvaNetworkState::Disconnecting);
     } else if (isSoftApInterface(interface)) {
-        m_softApLinks.insert(interface, OrvaNetworkState::Disconnecting);
-        publishSoftApRequests();
-        updated = withSoftApState(updated, calculateSoftApState());
+        m_softAps->setDisconnecting(interface);
+        updated = info();
     } else {
         LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
     }
@@ -143,7 +130,7 @@ void Networking::setDisconnecting(const QString& interface)
 QStringList Networking::disconnectingInterfaces() const
 {
     return interfacesIn(info(), OrvaNetworkState::Disconnecting).values() +
-           m_softApLinks.keys(OrvaNetworkState::Disconnecting);
+           m_softAps->disconnectingInterfaces();
 }
 
 void Networking::setCurrentCableStatus(bool connected)
@@ -199,7 +186,7 @@ void Networking::recoverCurrentMac()
     updateCurrentMac();
     m_macMissed = m_currentMacNode->value().string_().isEmpty();
     if (!m_macMissed)
-        readSoftApConfiguration();
+        m_softAps->readSoftApConfiguration(m_currentMacNode->value().string_());
 }
 
 void Networking::updateWebserverUrl()

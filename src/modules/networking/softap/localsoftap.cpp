@@ -33,7 +33,8 @@ void Networking::activateLocalSoftAp()
     m_localSoftApActive = m_started;
     if (!m_softApAutoEnabled)
         return;
-    on_requestSoftAp_req(softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(name())));
+    m_softAps->on_requestSoftAp_req(
+        softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(name())));
 }
 
 void Networking::deactivateLocalSoftAp()
@@ -41,7 +42,8 @@ void Networking::deactivateLocalSoftAp()
     m_localSoftApActive = false;
     if (!m_softApAutoEnabled)
         return;
-    on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(name())));
+    m_softAps->on_revokeSoftAp_req(
+        softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(name())));
 }
 
 void Networking::startSoftApTimer()

@@ -1,13 +1,25 @@
 #include "softap/softapcheck.h"
 
 #include "network/networkrules.h"
+#include "networkingerror.h"
+#include "networkinglog.h"
 #include "softap/softapsettings.h"
 
 #include <QHostAddress>
 
 namespace {
 
+using Request = OrvaNetworkProfileSoftApRequest;
 using Settings = OrvaNetworkProfileSoftApSettings;
+
+/// The longest time-out that a request may ask for, in milliseconds.
+constexpr qint32 longestSoftApTimeoutMs = 60000;
+
+/// The longest name of a requester, in characters; as that of a module.
+constexpr int longestSoftApRequester = 64;
+
+/// How many requesters one interface has at most.
+constexpr int mostSoftApRequesters = 64;
 
 /// A text of the settings, and what is said of one that will not do.
 struct Row
@@ -69,16 +81,44 @@ bool isChannel(int number)
 
 } // namespace
 
-const char* softApSettingsError(const Settings& settings)
+CMError softApRequestError(const char* text)
+{
+    return networkingError("void Networking::on_requestSoftAp_req(const CMSetDataRequest&)", text);
+}
+
+OrvaResult<void> checkSoftApTimeout(const Request& request)
+{
+    if (request.timeout() > longestSoftApTimeoutMs) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Requested timeout too large (" << request.timeout() << ")");
+        return softApRequestError("Timeout too large");
+    }
+    if (request.holdSoftAp() && request.timeout() < 1) {
+        LOG4CPLUS_WARN(networkingLogger(), "Requested hold without timeout");
+        return softApRequestError("Requested hold without timeout");
+    }
+    return {};
+}
+
+OrvaResult<void> checkSoftApRequester(const QString& name, const SoftApTable& table)
+{
+    if (name.size() > longestSoftApRequester)
+        return softApRequestError("SoftAp requester name needs to have at most 64 characters");
+    if (table.size() >= mostSoftApRequesters && !table.contains(name))
+        return softApRequestError("SoftAp interface has 64 requesters already");
+    return {};
+}
+
+OrvaResult<void> checkSoftApSettings(const Settings& settings)
 {
     if (settings.__contains(Settings::Channel()) && !isChannel(settings.channel()))
-        return "SoftAp channel needs to be one of the 2.4, 5 or 6 GHz band";
+        return softApRequestError("SoftAp channel needs to be one of the 2.4, 5 or 6 GHz band");
     const QVariantHash& fields = settings.__hash();
     for (const Row& row : rows()) {
         if (fields.contains(row.field) && !row.fits(fields.value(row.field).toString()))
-            return row.error;
+            return softApRequestError(row.error);
     }
-    return nullptr;
+    return {};
 }
 
 Settings normalSoftApSettings(const Settings& settings)

@@ -1,16 +1,22 @@
 #pragma once
 
-#include "network/networkrecords.h"
+#include "core/orvaresult.h"
+#include "softap/softaptable.h"
 
-/// The longest name of a requester, in characters; as that of a module.
-constexpr int longestSoftApRequester = 64;
+// What a request for a soft access point must be, and why it is refused.
 
-/// How many requesters one interface has at most.
-constexpr int mostSoftApRequesters = 64;
+/// The error named "error" that a request for a soft access point is refused with.
+[[nodiscard]] CMError softApRequestError(const char* text);
 
-/// Why no access point can run as `settings` say, in words for a person that name the field; null
-/// where one can.
-[[nodiscard]] const char* softApSettingsError(const OrvaNetworkProfileSoftApSettings& settings);
+/// Whether the request's time-out can be kept: at most 60 s, and some where it holds the settings.
+[[nodiscard]] OrvaResult<void> checkSoftApTimeout(const OrvaNetworkProfileSoftApRequest& request);
+
+/// Whether the requester has a place among those of the interface's table.
+[[nodiscard]] OrvaResult<void> checkSoftApRequester(const QString& name, const SoftApTable& table);
+
+/// Whether an access point can run as the settings say. The error names the field.
+[[nodiscard]] OrvaResult<void>
+checkSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
 /// The known settings alone, addresses in normal form.
 [[nodiscard]] OrvaNetworkProfileSoftApSettings

@@ -1,5 +1,6 @@
+#include "softap/softaps.h"
+
 #include "network/networkpaths.h"
-#include "networking.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
 #include "nodevalues.h"
@@ -16,137 +17,120 @@ namespace {
 using Settings = OrvaNetworkProfileSoftApSettings;
 using Request = OrvaNetworkProfileSoftApRequest;
 
-/// The soft-AP interface of a request that names none.
-QString defaultInterface()
+CMError revocationError(const char* text)
 {
-    return QStringLiteral("uap0");
+    return networkingError("void Networking::on_revokeSoftAp_req(const CMSetDataRequest&)", text);
 }
 
-Request withInterface(Request request)
+} // namespace
+
+SoftAps::SoftAps(Networking_LowLevel& backend, const Worker& worker, CMValueNode* stations,
+                 QObject* parent)
+    : QObject(parent)
+    , m_lowlevel(backend)
+    , m_worker(worker)
+    , m_stations(backend, stations)
 {
-    Settings settings = request.settings();
-    if (!settings.__contains(Settings::ApInterface())) {
-        settings.setApInterface(defaultInterface());
-        request.setSettings(settings);
+    m_softApTimeoutTimer.setObjectName(QStringLiteral("m_softApTimeoutTimer"));
+    m_softApTimeoutTimer.setSingleShot(true);
+    m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_softApTimeoutTimer, &QTimer::timeout, this, &SoftAps::on_softApTimeoutTimer_timeout);
+}
+
+void SoftAps::readSoftApConfiguration(const QString& mac)
+{
+    const QString defaultSsid = readValue(OrvaNetworkSoftApDefaultSsidSettingsPath()).string_();
+    const QString ownSsid = ownSoftApSsid(defaultSsid, mac);
+    if (!ownSsid.startsWith(defaultSsid + QLatin1Char('_')))
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "The default SSID of the soft AP is too long, cut to: " << ownSsid);
+    const auto configuration =
+        readValue(OrvaNetworkSoftApConfigSettingsPath()).networkProfile().softApSettings();
+    for (Settings settings : configuration) {
+        if (settings.ssid() == defaultSsid)
+            settings.setSsid(ownSsid);
+        m_softAps[settings.apInterface()].configured = settings;
+        if (!m_softApInterfaces.contains(settings.apInterface()))
+            m_softApInterfaces.append(settings.apInterface());
     }
-    return request;
 }
 
-/// A revocation is a request record or the plain name of the requester.
-Request revocationOf(const OrvaValue& value)
+void SoftAps::setRequestsNode(CMValueNode* node)
 {
-    if (value.typeKey() != OrvaValue::String())
-        return value.networkSoftApRequest();
-    Request named;
-    named.setName(value.string_());
-    return named;
+    m_softApRequestsNode = node;
 }
 
-CMError unknownInterface(const QString& interface)
+void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)
 {
+    Request softAp = softApRequestOf(request.value());
+    LOG4CPLUS_INFO(networkingLogger(), "Received request SoftAp, name: " << softAp.name());
+    if (const auto taken = check(softAp); !taken)
+        return request.fail(taken.error());
+    softAp.setSettings(normalSoftApSettings(softAp.settings()));
+    // The request waits before the backend is asked, whose interface may come up at once.
+    const QString interface = softAp.settings().apInterface();
+    m_softAps[interface].pending.append(request);
+    if (setSoftAp(softAp, true))
+        return;
+    m_softAps[interface].pending.removeLast();
+    request.answer();
+}
+
+OrvaResult<void> SoftAps::check(const Request& request) const
+{
+    if (!m_worker.isStarted()) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Networking isn't started yet, discarding softap request command!");
+        return softApRequestError("Networking is not started.");
+    }
+    if (auto timed = checkSoftApTimeout(request); !timed)
+        return timed;
+    const QString interface = request.settings().apInterface();
+    if (auto known = checkInterface(interface); !known)
+        return known;
+    // The device's own soft AP must not depend on how many others ask.
+    auto fits = request.name() == m_worker.name
+                    ? OrvaResult<void>()
+                    : checkSoftApRequester(request.name(), m_softAps.value(interface).table);
+    if (fits)
+        fits = checkSoftApSettings(request.settings());
+    if (!fits)
+        LOG4CPLUS_WARN(networkingLogger(), "Refused a request for a soft AP: " << fits.why());
+    return fits;
+}
+
+OrvaResult<void> SoftAps::checkInterface(const QString& interface) const
+{
+    if (m_softApInterfaces.contains(interface))
+        return {};
     const QString text = QStringLiteral("Unknown SoftAp interface: ") + interface;
     LOG4CPLUS_WARN(networkingLogger(), text);
     return CMError(QStringLiteral("Error"), text);
 }
 
-void failAll(const QVector<CMSetDataRequest>& requests, const char* text)
+void SoftAps::on_revokeSoftAp_req(const CMSetDataRequest& request)
 {
-    for (const CMSetDataRequest& request : requests) {
-        LOG4CPLUS_WARN(networkingLogger(), text);
-        request.fail(CMError(QStringLiteral("Error"), TrString(text)));
-    }
-}
-
-/// What is wrong with the time-out that a request asks for; empty when nothing is.
-CMError timeoutError(const Request& request, const char* signature)
-{
-    if (request.timeout() > longestSoftApTimeoutMs) {
-        LOG4CPLUS_WARN(networkingLogger(),
-                       "Requested timeout too large (" << request.timeout() << ")");
-        return networkingError(signature, "Timeout too large");
-    }
-    if (request.holdSoftAp() && request.timeout() < 1) {
-        LOG4CPLUS_WARN(networkingLogger(), "Requested hold without timeout");
-        return networkingError(signature, "Requested hold without timeout");
-    }
-    return {};
-}
-
-} // namespace
-
-void Networking::on_requestSoftAp_req(const CMSetDataRequest& request)
-{
-    Request softAp = withInterface(request.value().networkSoftApRequest());
-    LOG4CPLUS_INFO(networkingLogger(), "Received request SoftAp, name: " << softAp.name());
-    if (!m_started) {
-        LOG4CPLUS_WARN(networkingLogger(),
-                       "Networking isn't started yet, discarding softap request command!");
-        request.fail(networkingError(Q_FUNC_INFO, "Networking is not started."));
-        return;
-    }
-    const CMError error = timeoutError(softAp, Q_FUNC_INFO);
-    if (!error.isEmpty()) {
-        request.fail(error);
-        return;
-    }
-    const QString interface = softAp.settings().apInterface();
-    if (!m_softApInterfaces.contains(interface)) {
-        request.fail(unknownInterface(interface));
-        return;
-    }
-    if (const char* refusal = softApRefusal(softAp)) {
-        LOG4CPLUS_WARN(networkingLogger(), "Refused a request for a soft AP: " << refusal);
-        request.fail(networkingError(Q_FUNC_INFO, refusal));
-        return;
-    }
-    softAp.setSettings(normalSoftApSettings(softAp.settings()));
-    softAp.setTimeout(softApDeadline(m_clock(), softAp.timeout()));
-    // The request waits before the backend is asked, whose interface may come up at once.
-    m_pendingSoftApRequests[interface].append(request);
-    if (setSoftAp(softAp, true))
-        return;
-    m_pendingSoftApRequests[interface].removeLast();
-    request.answer();
-}
-
-const char* Networking::softApRefusal(const Request& request) const
-{
-    if (request.name().size() > longestSoftApRequester)
-        return "SoftAp requester name needs to have at most 64 characters";
-    const SoftApTable table = m_softApRequests.value(request.settings().apInterface());
-    // The device's own soft AP must not depend on how many others ask.
-    if (table.size() >= mostSoftApRequesters && !table.contains(request.name()) &&
-        request.name() != name())
-        return "SoftAp interface has 64 requesters already";
-    return softApSettingsError(request.settings());
-}
-
-void Networking::on_revokeSoftAp_req(const CMSetDataRequest& request)
-{
-    const Request revocation = withInterface(revocationOf(request.value()));
+    const Request revocation = softApRevocationOf(request.value());
     LOG4CPLUS_INFO(networkingLogger(), "Received revoke SoftAp, name: " << revocation.name());
-    if (!m_started) {
+    if (!m_worker.isStarted()) {
         LOG4CPLUS_WARN(networkingLogger(),
                        "Networking isn't started yet, discarding softap revoke command!");
-        request.fail(networkingError(Q_FUNC_INFO, "Networking is not started."));
-        return;
+        return request.fail(revocationError("Networking is not started."));
     }
     const QString interface = revocation.settings().apInterface();
-    if (!m_softApInterfaces.contains(interface)) {
-        request.fail(unknownInterface(interface));
-        return;
-    }
+    if (const auto known = checkInterface(interface); !known)
+        return request.fail(known.error());
     setSoftAp(revocation, false);
-    answerPendingSoftAp(interface, networkingError(Q_FUNC_INFO, "SoftAp request revoked"));
+    answerPending(interface, revocationError("SoftAp request revoked"));
     request.answer();
 }
 
-bool Networking::setSoftAp(const Request& request, bool enable)
+bool SoftAps::setSoftAp(const Request& request, bool enable)
 {
     const QString interface = request.settings().apInterface();
-    SoftApTable& table = m_softApRequests[interface];
+    SoftApTable& table = m_softAps[interface].table;
     if (enable)
-        table.set(request);
+        table.set({request, softApDeadline(m_worker.clock(), request.timeout())});
     else
         table.remove(request.name());
     scheduleSoftApTimeoutTimer();
@@ -155,149 +139,150 @@ bool Networking::setSoftAp(const Request& request, bool enable)
     return changed;
 }
 
-bool Networking::updateSoftAp(const QString& interface)
+bool SoftAps::updateSoftAp(const QString& interface)
 {
-    const Settings current = m_activeSoftApSettings.value(interface);
-    const SoftApFold fold = foldSoftApRequests(current, m_softApSettings.value(interface),
-                                               m_softApRequests.value(interface).requests());
-    m_activeSoftApSettings.insert(interface, fold.settings);
-    const bool staysHeld = m_softApHold.contains(interface) && fold.hold;
-    if (fold.hold)
-        m_softApHold.insert(interface);
-    else
-        m_softApHold.remove(interface);
-    if (staysHeld && fold.settings != current)
+    SoftAp& softAp = m_softAps[interface];
+    const SoftApFold fold = foldSoftApRequests(softAp.recorded, softAp.configured, softAp.table);
+    const bool changed = std::exchange(softAp.recorded, fold.settings) != fold.settings;
+    const bool staysHeld = std::exchange(softAp.hold, fold.hold) && fold.hold;
+    if (staysHeld && changed)
         LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
                                                << interface << ". SoftAp is on hold.");
     // What was recorded in a hold differs from what was sent, and goes out when the hold has ended.
-    if (staysHeld || fold.settings == m_sentSoftApSettings.value(interface))
+    if (staysHeld || fold.settings == softAp.sent)
         return false;
     LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
     LOG4CPLUS_DEBUG(networkingLogger(),
                     "New SoftAp settings for interface " << interface << ": " << fold.settings);
-    m_wifiResource.requestWifiResource(WifiResource::SoftAp, true);
-    m_sentSoftApSettings.insert(interface, fold.settings);
-    m_lowlevel->startSoftAp(fold.settings);
+    Q_EMIT wifiNeeded(true);
+    softAp.sent = fold.settings;
+    m_lowlevel.startSoftAp(fold.settings);
     return true;
 }
 
-bool Networking::stopSoftAp(const Settings& settings)
+bool SoftAps::stopSoftAp(const Settings& settings)
 {
     const QString interface = settings.apInterface();
-    const bool runs = !m_activeSoftApSettings.value(interface).isEmpty();
+    const bool runs = m_softAps[interface].isRunning();
     if (runs) {
         LOG4CPLUS_INFO(networkingLogger(), "Stopping SoftAp on interface " << interface);
-        m_activeSoftApSettings.insert(interface, Settings());
-        m_sentSoftApSettings.remove(interface);
-        m_softApHold.remove(interface);
-        m_lowlevel->stopSoftAp(settings);
+        m_softAps[interface].setStopped();
+        m_lowlevel.stopSoftAp(settings);
     }
-    if (!isSoftApRunning())
-        m_wifiResource.requestWifiResource(WifiResource::SoftAp, false);
+    if (std::none_of(m_softAps.cbegin(), m_softAps.cend(),
+                     [](const SoftAp& softAp) { return softAp.isRunning(); }))
+        Q_EMIT wifiNeeded(false);
     return runs;
 }
 
-bool Networking::isSoftApRunning() const
+void SoftAps::answerPending(const QString& interface, const OrvaResult<void>& outcome)
 {
-    return std::any_of(m_activeSoftApSettings.begin(), m_activeSoftApSettings.end(),
-                       [](const Settings& settings) { return !settings.isEmpty(); });
-}
-
-void Networking::answerPendingSoftAp(const QString& interface, const CMError& error)
-{
-    const auto pending = m_pendingSoftApRequests.take(interface);
+    const auto pending = std::exchange(m_softAps[interface].pending, {});
     for (const CMSetDataRequest& request : pending) {
-        if (error.isEmpty())
+        if (outcome)
             request.answer();
         else
-            request.fail(error);
+            request.fail(outcome.error());
     }
 }
 
-void Networking::publishSoftApRequests()
+void SoftAps::failPending(const QString& interface, const char* text)
 {
-    if (std::exchange(m_softApRequestsChanged, true))
-        return;
-    QMetaObject::invokeMethod(this, &Networking::publishSoftApRequestsNow, Qt::QueuedConnection);
+    const auto pending = std::exchange(m_softAps[interface].pending, {});
+    for (const CMSetDataRequest& request : pending) {
+        LOG4CPLUS_WARN(networkingLogger(), text);
+        request.fail(CMError(QStringLiteral("Error"), TrString(text)));
+    }
 }
 
-void Networking::publishSoftApRequestsNow()
+void SoftAps::clearSoftAp()
 {
-    m_softApRequestsChanged = false;
-    OrvaValue value;
-    value.setSoftApRequests(softApRequestStatuses(m_softApRequests, m_softApLinks, m_clock()));
-    m_softApRequestsNode->setValue(value);
-}
-
-void Networking::clearSoftAp()
-{
-    m_softApRequests.clear();
-    m_softApHold.clear();
-    m_sentSoftApSettings.clear();
+    QVector<Settings> stopped;
+    for (SoftAp& softAp : m_softAps) {
+        softAp.table = {};
+        if (softAp.isRunning())
+            stopped << softAp.recorded;
+        softAp.setStopped();
+    }
     scheduleSoftApTimeoutTimer();
-    const auto active = std::exchange(m_activeSoftApSettings, {});
-    for (const Settings& settings : active) {
-        if (!settings.isEmpty())
-            m_lowlevel->stopSoftAp(settings);
-    }
-    const auto pending = std::exchange(m_pendingSoftApRequests, {});
-    for (const QVector<CMSetDataRequest>& requests : pending)
-        failAll(requests, "Cannot start softAp, stopping all softAps");
+    for (const Settings& settings : std::as_const(stopped))
+        m_lowlevel.stopSoftAp(settings);
+    const auto interfaces = m_softAps.keys();
+    for (const QString& interface : interfaces)
+        failPending(interface, "Cannot start softAp, stopping all softAps");
     publishSoftApRequests();
 }
 
-void Networking::scheduleSoftApTimeoutTimer()
+void SoftAps::scheduleSoftApTimeoutTimer()
 {
     m_softApTimeoutTimer.stop();
-    m_nextExpiringSoftApRequest = nextExpiringSoftApRequest(m_softApRequests);
-    if (m_nextExpiringSoftApRequest.isEmpty())
-        return;
-    const qint32 remaining = millisecondsTo(m_nextExpiringSoftApRequest.timeout(), m_clock());
-    m_softApTimeoutTimer.start(qMax(0, remaining));
+    if (const auto next = nextExpiringSoftApRequest(m_softAps))
+        m_softApTimeoutTimer.start(
+            static_cast<int>(qMax(qint64{0}, *next->due - m_worker.clock())));
 }
 
-void Networking::on_softApTimeoutTimer_timeout()
+void SoftAps::on_softApTimeoutTimer_timeout()
 {
-    if (m_nextExpiringSoftApRequest.isEmpty())
-        return;
-    if (millisecondsTo(m_nextExpiringSoftApRequest.timeout(), m_clock()) > 0) {
-        scheduleSoftApTimeoutTimer(); // The clock and the timer need not agree to the millisecond.
-        return;
+    const auto next = nextExpiringSoftApRequest(m_softAps);
+    // The clock and the timer need not agree to the millisecond.
+    if (!next || *next->due > m_worker.clock())
+        return scheduleSoftApTimeoutTimer();
+    LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << next->request.name());
+    on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), next->request));
+}
+
+void SoftAps::setLinkStatus(const QString& interface, bool up)
+{
+    LOG4CPLUS_INFO(networkingLogger(), "Softap state changed: " << (up ? "up" : "down"));
+    setLink(interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
+    if (up)
+        answerPending(interface);
+    m_stations.clear();
+}
+
+void SoftAps::setDisconnecting(const QString& interface)
+{
+    setLink(interface, OrvaNetworkState::Disconnecting);
+}
+
+void SoftAps::setLink(const QString& interface, OrvaNetworkState state)
+{
+    m_softAps[interface].link = state;
+    Q_EMIT stateChanged(calculateSoftApState());
+    publishSoftApRequests();
+}
+
+QStringList SoftAps::disconnectingInterfaces() const
+{
+    QStringList names;
+    for (auto softAp = m_softAps.begin(); softAp != m_softAps.end(); ++softAp) {
+        if (softAp->link == OrvaNetworkState::Disconnecting)
+            names << softAp.key();
     }
-    const Request expired = std::exchange(m_nextExpiringSoftApRequest, {});
-    LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << expired.name());
-    on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), expired));
+    return names;
 }
 
-OrvaNetworkState Networking::calculateSoftApState() const
+OrvaNetworkState SoftAps::calculateSoftApState() const
 {
-    const auto states = m_softApLinks.values();
-    if (states.contains(OrvaNetworkState::Connected))
-        return OrvaNetworkState::Connected;
-    const bool inBetween = std::any_of(states.begin(), states.end(), [](OrvaNetworkState state) {
-        return state != OrvaNetworkState::Disconnected;
-    });
-    return inBetween ? OrvaNetworkState::Disconnecting : OrvaNetworkState::Disconnected;
+    OrvaNetworkState all = OrvaNetworkState::Disconnected;
+    for (const SoftAp& softAp : m_softAps) {
+        if (softAp.link == OrvaNetworkState::Connected)
+            return OrvaNetworkState::Connected;
+        if (softAp.link != OrvaNetworkState::Disconnected)
+            all = OrvaNetworkState::Disconnecting;
+    }
+    return all;
 }
 
-void Networking::on_lowlevel_StationConnected(const QString& mac)
+void SoftAps::publishSoftApRequests()
 {
-    LOG4CPLUS_INFO(networkingLogger(), "Got connected softap station: " << mac);
-    QStringList stations = m_connectedStationsNode->value().stringList();
-    if (!stations.contains(mac.toUpper()))
-        stations << mac.toUpper();
-    setConnectedStations(stations);
+    if (std::exchange(m_softApRequestsChanged, true))
+        return;
+    QMetaObject::invokeMethod(this, &SoftAps::publishSoftApRequestsNow, Qt::QueuedConnection);
 }
 
-void Networking::on_lowlevel_StationDisconnected(const QString& mac)
+void SoftAps::publishSoftApRequestsNow()
 {
-    LOG4CPLUS_INFO(networkingLogger(), "Got disconnected softap station: " << mac);
-    QStringList stations = m_connectedStationsNode->value().stringList();
-    stations.removeAll(mac.toUpper());
-    setConnectedStations(stations);
-}
-
-void Networking::setConnectedStations(const QStringList& macs)
-{
-    m_connectedStationsNode->setValue(toValue(macs));
+    m_softApRequestsChanged = false;
+    m_softApRequestsNode->setValue(OrvaValue::of(softApRequestStatuses(m_softAps)));
 }

@@ -57,13 +57,13 @@ Settings stickySoftApSettings(const Settings& settings)
 }
 
 SoftApFold foldSoftApRequests(const Settings& running, const Settings& configured,
-                              const QVector<OrvaNetworkProfileSoftApRequest>& requests)
+                              const SoftApTable& table)
 {
     SoftApFold fold;
     fold.settings = mergeSoftApSettings(stickySoftApSettings(running), configured);
-    for (const OrvaNetworkProfileSoftApRequest& request : requests) {
-        fold.settings = mergeSoftApSettings(request.settings(), fold.settings);
-        fold.hold = fold.hold || request.holdSoftAp();
+    for (const LiveSoftApRequest& live : table.requests()) {
+        fold.settings = mergeSoftApSettings(live.request.settings(), fold.settings);
+        fold.hold = fold.hold || live.request.holdSoftAp();
     }
     return fold;
 }

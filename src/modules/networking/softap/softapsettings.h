@@ -1,6 +1,6 @@
 #pragma once
 
-#include "network/networkrecords.h"
+#include "softap/softaptable.h"
 
 /// The settings with each field taken from `first` where it is present there, else from `second`,
 /// else absent.
@@ -28,7 +28,6 @@ struct SoftApFold
 /// Folds the requests, in their order, over what runs and what is configured: a field of a later
 /// request overrides that of an earlier one, a request overrides what runs, and what runs overrides
 /// the configuration.
-[[nodiscard]] SoftApFold
-foldSoftApRequests(const OrvaNetworkProfileSoftApSettings& running,
-                   const OrvaNetworkProfileSoftApSettings& configured,
-                   const QVector<OrvaNetworkProfileSoftApRequest>& requests);
+[[nodiscard]] SoftApFold foldSoftApRequests(const OrvaNetworkProfileSoftApSettings& running,
+                                            const OrvaNetworkProfileSoftApSettings& configured,
+                                            const SoftApTable& table);

@@ -1,34 +1,29 @@
 #include "softap/softapstatus.h"
 
-#include "softap/softapdeadline.h"
-
 namespace {
 
-OrvaNetworkSoftApRequestStatus statusOf(const OrvaNetworkProfileSoftApRequest& request,
-                                        const QString& interface, bool running, qint64 nowMs)
+OrvaNetworkSoftApRequestStatus statusOf(const LiveSoftApRequest& live, const QString& interface,
+                                        bool running)
 {
     OrvaNetworkSoftApRequestStatus status;
-    status.setName(request.name());
+    status.setName(live.request.name());
     status.setInterface(interface);
-    status.setSettings(request.settings());
-    status.setHold(request.holdSoftAp());
-    status.setExpiresAtMs(
-        request.timeout() == 0 ? 0 : nowMs + millisecondsTo(request.timeout(), nowMs));
+    status.setSettings(live.request.settings());
+    status.setHold(live.request.holdSoftAp());
+    status.setExpiresAtMs(live.due.value_or(0));
     status.setRunning(running);
     return status;
 }
 
 } // namespace
 
-OrvaList<OrvaNetworkSoftApRequestStatus>
-softApRequestStatuses(const QMap<QString, SoftApTable>& tables,
-                      const QHash<QString, OrvaNetworkState>& links, qint64 nowMs)
+OrvaList<OrvaNetworkSoftApRequestStatus> softApRequestStatuses(const SoftApsByInterface& softAps)
 {
     OrvaList<OrvaNetworkSoftApRequestStatus> rows;
-    for (auto table = tables.begin(); table != tables.end(); ++table) {
-        const bool running = links.value(table.key()) == OrvaNetworkState::Connected;
-        for (const OrvaNetworkProfileSoftApRequest& request : table->requests())
-            rows << statusOf(request, table.key(), running, nowMs);
+    for (auto softAp = softAps.begin(); softAp != softAps.end(); ++softAp) {
+        const bool running = softAp->link == OrvaNetworkState::Connected;
+        for (const LiveSoftApRequest& live : softAp->table.requests())
+            rows << statusOf(live, softAp.key(), running);
     }
     return rows;
 }

@@ -4,19 +4,19 @@ namespace {
 
 auto hasName(const QString& name)
 {
-    return
-        [name](const OrvaNetworkProfileSoftApRequest& request) { return request.name() == name; };
+    return [name](const LiveSoftApRequest& live) { return live.request.name() == name; };
 }
 
 } // namespace
 
-void SoftApTable::set(const OrvaNetworkProfileSoftApRequest& request)
+void SoftApTable::set(const LiveSoftApRequest& live)
 {
-    const auto old = std::find_if(m_requests.begin(), m_requests.end(), hasName(request.name()));
+    const auto old =
+        std::find_if(m_requests.begin(), m_requests.end(), hasName(live.request.name()));
     if (old != m_requests.end())
-        *old = request;
+        *old = live;
     else
-        m_requests.append(request);
+        m_requests.append(live);
 }
 
 bool SoftApTable::contains(const QString& name) const

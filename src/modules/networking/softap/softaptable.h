@@ -2,6 +2,16 @@
 
 #include "network/networkrecords.h"
 
+#include <optional>
+
+/// A live soft-AP request, and when it ends.
+struct LiveSoftApRequest
+{
+    OrvaNetworkProfileSoftApRequest request;
+    /// In milliseconds on the worker's clock; nothing where the request lives until it is revoked.
+    std::optional<qint64> due;
+};
+
 /// The live soft-AP requests of one interface, one for each requester name. They iterate in the
 /// order in which their names first asked: a request that replaces an older one of its name keeps
 /// its place.
@@ -9,18 +19,15 @@ class SoftApTable
 {
 public:
     /// Records the request under its name.
-    void set(const OrvaNetworkProfileSoftApRequest& request);
+    void set(const LiveSoftApRequest& live);
     /// Drops the request of that name; harmless where there is none.
     void remove(const QString& name);
 
     [[nodiscard]] bool isEmpty() const { return m_requests.isEmpty(); }
     [[nodiscard]] int size() const { return m_requests.size(); }
     [[nodiscard]] bool contains(const QString& name) const;
-    [[nodiscard]] const QVector<OrvaNetworkProfileSoftApRequest>& requests() const
-    {
-        return m_requests;
-    }
+    [[nodiscard]] const QVector<LiveSoftApRequest>& requests() const { return m_requests; }
 
 private:
-    QVector<OrvaNetworkProfileSoftApRequest> m_requests;
+    QVector<LiveSoftApRequest> m_requests;
 };

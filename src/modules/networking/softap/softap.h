@@ -1,0 +1,40 @@
+#pragma once
+
+#include "core/model/cmrequest.h"
+#include "softap/softaptable.h"
+
+#include <QMap>
+
+/// The soft access point of one interface: who asks for it, what that comes to, and what runs.
+///
+/// The settings stand in it three times, because the three may differ: the requests go over the
+/// configuration, and what they come to waits while the interface is held.
+struct SoftAp
+{
+    /// What the settings of the device say; empty for an interface that they do not name.
+    OrvaNetworkProfileSoftApSettings configured;
+    /// What the live requests come to; empty while there is none.
+    OrvaNetworkProfileSoftApSettings recorded;
+    /// What of it the backend was told last; empty while nothing runs.
+    OrvaNetworkProfileSoftApSettings sent;
+    /// Whether some live request keeps changes from the backend.
+    bool hold = false;
+    /// The live requests.
+    SoftApTable table;
+    /// The requests that are answered when the interface is up, in the order in which they came.
+    QVector<CMSetDataRequest> pending;
+    OrvaNetworkState link;
+
+    /// Whether an access point runs, or was asked for.
+    [[nodiscard]] bool isRunning() const { return !recorded.isEmpty(); }
+    /// Nothing runs any more. Requests, their answers and the link stay.
+    void setStopped()
+    {
+        recorded = {};
+        sent = {};
+        hold = false;
+    }
+};
+
+/// By the interface's name: the configured ones, and those whose link was told of.
+using SoftApsByInterface = QMap<QString, SoftAp>;

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "backend/networkinglowlevel.h"
+#include "core/orvaresult.h"
+#include "monotonicclock.h"
+#include "softap/softap.h"
+#include "softap/softapstations.h"
+
+#include <QTimer>
+
+#include <functional>
+
+/// The soft access points, which several parts of the device may ask for at a time.
+///
+/// Each requester has a name and its own wishes. What the live requests of an interface come to is
+/// what its access point runs as; it stops with the last of them. A request is answered when the
+/// interface is up. Says whether the radio is needed, and how the links of all interfaces stand.
+class SoftAps : public QObject
+{
+    Q_OBJECT
+public:
+    /// What the access points ask of the worker.
+    struct Worker
+    {
+        QString name;                    ///< The name by which the device itself asks.
+        std::function<bool()> isStarted; ///< Whether networking is started.
+        MonotonicClock clock;
+    };
+
+    /// `backend` and the node of the connected stations must outlive this object.
+    SoftAps(Networking_LowLevel& backend, const Worker& worker, CMValueNode* stations,
+            QObject* parent);
+
+    /// Reads which interfaces there are and how they are configured, from the settings. `mac` tells
+    /// the SSIDs of devices apart.
+    void readSoftApConfiguration(const QString& mac);
+    /// The node that shows the live requests. It is the last one of the worker's.
+    void setRequestsNode(CMValueNode* node);
+    /// The interfaces that the configuration names, in its order.
+    [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
+
+    /// The link of an interface went up or down.
+    void setLinkStatus(const QString& interface, bool up);
+    /// The link of an interface is in between.
+    void setDisconnecting(const QString& interface);
+    /// The interfaces that are in between.
+    [[nodiscard]] QStringList disconnectingInterfaces() const;
+    /// The state of all links together: connected where one is, else in between where one is.
+    [[nodiscard]] OrvaNetworkState calculateSoftApState() const;
+
+    /// Drops all requests, and stops what runs. Those that wait are told so.
+    void clearSoftAp();
+
+Q_SIGNALS:
+    /// Whether an access point needs the radio. May be told again without a change.
+    void wifiNeeded(bool needed);
+    /// A link changed; carries `calculateSoftApState()`.
+    void stateChanged(const OrvaNetworkState& state);
+
+public Q_SLOTS:
+    void on_requestSoftAp_req(const CMSetDataRequest& request);
+    void on_revokeSoftAp_req(const CMSetDataRequest& request);
+    void on_softApTimeoutTimer_timeout();
+
+private:
+    [[nodiscard]] OrvaResult<void> check(const OrvaNetworkProfileSoftApRequest& request) const;
+    [[nodiscard]] OrvaResult<void> checkInterface(const QString& interface) const;
+    bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
+    bool updateSoftAp(const QString& interface);
+    bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
+    void answerPending(const QString& interface, const OrvaResult<void>& outcome = {});
+    void failPending(const QString& interface, const char* text);
+    void scheduleSoftApTimeoutTimer();
+    void setLink(const QString& interface, OrvaNetworkState state);
+    /// Publishes the live requests once, when the event loop has done what is queued.
+    void publishSoftApRequests();
+    void publishSoftApRequestsNow();
+
+    Networking_LowLevel& m_lowlevel;
+    const Worker m_worker;
+    SoftApStations m_stations;
+    CMValueNode* m_softApRequestsNode = nullptr;
+    QStringList m_softApInterfaces;
+    SoftApsByInterface m_softAps;
+    bool m_softApRequestsChanged = false; ///< Their publication is queued.
+    QTimer m_softApTimeoutTimer{this};
+};
