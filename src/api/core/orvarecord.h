@@ -245,8 +245,9 @@ public:                                                                         
     static const QVector<OrvaField>& fields() { return OrvaFieldTable<Self>::fields(); }
 
 /// Declares one field of a record, on one row: the static key name `Name()`, the getter `name()`, the
-/// setter `setName()` and the row of the record's field table. The key is a heap string of its own, so
-/// that it outlives the library that used it.
+/// setter `setName()`, `editName(change)`, which puts the field back after `change(Type&)`, and the row
+/// of the record's field table. The key is a heap string of its own, so that it outlives the library
+/// that used it.
 #define ORVA_FIELD(Type, name, Name)                                                               \
     static const QString& Name()                                                                   \
     {                                                                                              \
@@ -255,6 +256,13 @@ public:                                                                         
     }                                                                                              \
     [[nodiscard]] Type name() const { return orvaField<Type>(m_hash, Name()); }                    \
     void set##Name(const Type& value) { m_hash.insert(Name(), OrvaCodec<Type>::encode(value)); }   \
+    template <class Change>                                                                        \
+    void edit##Name(const Change& change)                                                          \
+    {                                                                                              \
+        Type edited = name();                                                                      \
+        change(edited);                                                                            \
+        set##Name(edited);                                                                         \
+    }                                                                                              \
     inline static const bool s_##name##Listed =                                                    \
         OrvaFieldTable<Self>::add(orvaFieldKey(#name), &OrvaCodec<Type>::accepts)
 

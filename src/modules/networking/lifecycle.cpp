@@ -2,7 +2,6 @@
 #include "networking.h"
 #include "networkinglog.h"
 #include "nodevalues.h"
-#include "picture/networkinforules.h"
 #include "profile/networkprofilerules.h"
 
 #include <utility>
@@ -32,16 +31,14 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     // Cleared first: a link that goes down inside the call is not one that connects again.
-    const bool wiredConfigured = std::exchange(m_wiredConfigured, false);
-    const bool wirelessConfigured = std::exchange(m_wirelessConfigured, false);
+    const Configured configured = std::exchange(m_configured, {});
     if (!m_lowlevel->disconnect()) {
-        m_wiredConfigured = wiredConfigured;
-        m_wirelessConfigured = wirelessConfigured;
+        m_configured = configured;
         LOG4CPLUS_WARN(networkingLogger(), "Unable to disconnect!");
         return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(Q_FUNC_INFO),
                                                                       "Unable to disconnect!")));
     }
-    publishInfo(withUnconfiguredIdle(info(), false, false));
+    m_picture.edit([](OrvaNetworkInfo& info) { info = withUnconfiguredIdle(info, {}); });
     m_softAps->clearSoftAp();
     deactivateLocalSoftAp();
     stopSoftApTimer();
@@ -69,8 +66,7 @@ void Networking::on_shutdown_req(const CMSetDataRequest& request)
         return request.fail(
             CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
     m_shutdownInProgress = true;
-    m_downByShutdown = interfacesIn(info(), OrvaNetworkState::Connected);
-    publishInfoAndState(shuttingDown(info()));
+    m_picture.shutDown();
     m_shutdownTimer.start();
     request.answer();
 }
@@ -90,7 +86,5 @@ void Networking::cancelShutdown()
     if (!std::exchange(m_shutdownInProgress, false))
         return;
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
-    OrvaNetworkInfo updated = shutdownCancelled(info(), m_downByShutdown);
-    updated.setWirelessNetworks(knownNetworks(m_profile));
-    publishInfoAndState(withSoftApState(updated, m_softAps->calculateSoftApState()));
+    m_picture.cancelShutdown(m_profile, m_softAps->calculateSoftApState());
 }

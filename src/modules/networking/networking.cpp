@@ -3,14 +3,13 @@
 #include "backend/fake/networkinglowlevelfake.h"
 #include "backend/lumo/networkinglowlevellumo.h"
 #include "backend/mounttable.h"
-#include "core/model/nodes/cmactivatenode.h"
+#include "backend/softapinterface.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
+#include "nodetable.h"
 #include "nodevalues.h"
-#include "picture/networkinforules.h"
 #include "power/powerrecords.h"
 #include "profile/networkprofilerules.h"
-#include "wake/wakeonlan.h"
 #include "watchdog/wifirestart.h"
 
 #include <QFile>
@@ -44,30 +43,28 @@ Networking::Networking(const QVariantHash& config)
 
 Networking::Networking(const QVariantHash& config, const BackendFactory& createBackend)
     : CMNodesWorker(config, QStringLiteral("Networking"))
+    , m_wiredInterfaceName(readValue(OrvaNetworkWiredInterfacePath()).string_())
+    , m_wirelessInterfaceName(readValue(OrvaNetworkWirelessInterfacePath()).string_())
+    , m_lowlevel(createBackend(*this))
+    , m_picture(createNodes(*this), *m_lowlevel, m_wiredInterfaceName, m_wirelessInterfaceName)
 {
-    readSettings();
-    m_lowlevel = createBackend(*this);
-    m_stateConnectedNode = CMValueNode::create(nodes(), OrvaNetworkStateConnected());
-    m_stateConnectedNode->setValue(toValue(false));
-
-    const QString ethernetMac = m_lowlevel->getEthernetMAC().toUpper();
-    const QString wirelessMac = m_lowlevel->getWirelessMAC().toUpper();
+    m_maxAuthFailures = readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_();
     m_airplaneModeType = readValue(OrvaNetworkAirplaneModeTypeSettingPath()).airplaneModeType();
-    const bool airplaneMode = readValue(OrvaNetworkAirplaneModeSettingPath()).bool_();
-    createInfoNode(ethernetMac, wirelessMac, airplaneMode);
-    createValueNodes(ethernetMac, wirelessMac);
+    const OrvaNetworkProfile stored =
+        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+    m_profileNode = valueNode(nodes(), OrvaNetworkProfilePath());
+    m_profileNode->setValue(OrvaValue::of(hidePassword(stored)));
+    m_scanResultsNode = qobject_cast<CMListRowsNode*>(nodes().find(OrvaNetworkScanResultsPath()));
     createSoftAps();
-    createActivateNodes();
 
     connectTimers();
     connectBackend();
     readSoftApAutoEnabled();
-    m_softAps->readSoftApConfiguration(m_currentMacNode->value().string_());
     startSoftApTimer();
-    createCompanions();
+    m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
+    bindActions();
     registerWithPowerManager();
-    createAirplaneModeNode(TrString(trExtractContext(Q_FUNC_INFO), "Airplane Mode"), airplaneMode);
-    createSoftApRequestsNode();
+    followAirplaneMode();
 }
 
 Networking::~Networking() = default;
@@ -81,142 +78,46 @@ bool Networking::isNFS()
     return isRootOnNetwork(mountTable);
 }
 
-void Networking::readSettings()
-{
-    m_maxAuthFailures = readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_();
-    m_wiredInterfaceName = readValue(OrvaNetworkWiredInterfacePath()).string_();
-    m_wirelessInterfaceName = readValue(OrvaNetworkWirelessInterfacePath()).string_();
-}
-
-void Networking::createInfoNode(const QString& ethernetMac, const QString& wirelessMac,
-                                bool airplaneMode)
-{
-    OrvaNetworkWiredInterface wired;
-    wired.setName(m_wiredInterfaceName);
-    wired.setState(OrvaNetworkState::Disconnected);
-    wired.setCableConnected(m_lowlevel->cableStatus());
-    wired.setMac(ethernetMac);
-
-    OrvaNetworkWps wps;
-    wps.setStatus(OrvaNetworkWpsStatus::None);
-    OrvaNetworkWirelessInterface wireless;
-    wireless.setName(m_wirelessInterfaceName);
-    wireless.setState(OrvaNetworkState::Disconnected);
-    wireless.setMac(wirelessMac);
-    wireless.setWps(wps);
-
-    OrvaNetworkSoftApInterface softAp;
-    softAp.setName(QStringLiteral("softap"));
-    softAp.setState(OrvaNetworkState::Disconnected);
-
-    OrvaNetworkInfo info;
-    info.setState(OrvaNetworkState::Disconnected);
-    info.setWired(wired);
-    info.setWireless(wireless);
-    info.setSoftAp(softAp);
-    info.setAirplaneMode(airplaneMode);
-    m_infoNode = CMValueNode::create(nodes(), OrvaNetworkInfoPath());
-    m_infoNode->setReadOnly(true);
-    publishInfo(info);
-}
-
-CMValueNode* Networking::createValueNode(const CMPath& path, const OrvaValue& value,
-                                         const QString& title)
-{
-    CMValueNode* node = CMValueNode::create(nodes(), path);
-    if (!title.isEmpty())
-        node->setTitle(title);
-    if (!value.isEmpty())
-        node->setValue(value);
-    return node;
-}
-
-void Networking::createValueNodes(const QString& ethernetMac, const QString& wirelessMac)
-{
-    m_stateNode = createValueNode(OrvaNetworkStatePath(), toValue(OrvaNetworkState::Disconnected));
-    m_connectingMessageNode = createValueNode(OrvaNetworkConnectingMessage(), toValue(QString()));
-    m_scanResultsNode = CMListRowsNode::create(nodes(), OrvaNetworkScanResultsPath());
-    m_currentStateNode = createValueNode(OrvaNetworkCurrentStatePath());
-    LOG4CPLUS_INFO(networkingLogger(), "Ethernet MAC address: " << ethernetMac);
-    m_ethernetMacNode = createValueNode(OrvaNetworkStateEthernetMAC(), toValue(ethernetMac));
-    LOG4CPLUS_INFO(networkingLogger(), "Wireless MAC address: " << wirelessMac);
-    m_wirelessMacNode = createValueNode(OrvaNetworkStateWirelessMAC(), toValue(wirelessMac));
-    m_currentMacNode = createValueNode(OrvaNetworkStateCurrentMAC(),
-                                       toValue(ethernetMac.isEmpty() ? wirelessMac : ethernetMac));
-    m_macMissed = m_currentMacNode->value().string_().isEmpty();
-    m_cableStatusNode =
-        createValueNode(OrvaNetworkStateCurrentCableStatus(), toValue(m_lowlevel->cableStatus()),
-                        QStringLiteral("Current cable status"));
-    const OrvaNetworkProfile stored =
-        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
-    m_profileNode = createValueNode(OrvaNetworkProfilePath(), toValue(hidePassword(stored)),
-                                    QStringLiteral("Network profile"));
-    m_profileNode->setReadOnly(true);
-    createWebserverNodes();
-}
-
 void Networking::createSoftAps()
 {
-    CMValueNode* const stations =
-        createValueNode(OrvaNetworkConnectedSoftApStationsPath(), OrvaValue(),
-                        QStringLiteral("Connected SoftAp stations"));
-    stations->setReadOnly(true);
-    stations->setPermission(OrvaPermission::Service);
     m_softAps = std::make_unique<SoftAps>(
         *m_lowlevel,
         SoftAps::Worker{name(), [this] { return m_started; }, [this] { return m_clock(); }},
-        stations, this);
+        valueNode(nodes(), OrvaNetworkConnectedSoftApStationsPath()), this);
+    CMValueNode* const requests = valueNode(nodes(), OrvaNetworkSoftApRequestsPath());
+    requests->setValue(OrvaValue::of(OrvaList<OrvaNetworkSoftApRequestStatus>()));
+    m_softAps->setRequestsNode(requests);
     connect(m_softAps.get(), &SoftAps::wifiNeeded, this, [this](bool needed) {
         m_wifiResource.requestWifiResource(WifiResource::SoftAp, needed);
     });
-    connect(m_softAps.get(), &SoftAps::stateChanged, this,
-            [this](const OrvaNetworkState& state) { publishInfo(withSoftApState(info(), state)); });
+    connect(m_softAps.get(), &SoftAps::stateChanged, &m_picture, &Picture::setSoftApState);
+    connect(&m_picture, &Picture::currentMacRecovered, m_softAps.get(),
+            [this] { m_softAps->readSoftApConfiguration(m_picture.currentMac()); });
+    m_softAps->readSoftApConfiguration(m_picture.currentMac());
 }
 
-void Networking::createWebserverNodes()
+void Networking::bindActions()
 {
-    m_webserverPortSuffix = webserverPortSuffix(readValue(OrvaWebserverPortPath()).i32_());
-    m_webserverUrlNode = createValueNode(OrvaNetworkLocalWebserverUrlPath(), OrvaValue(),
-                                         QStringLiteral("Local Webserver URL"));
-    const QString localhost =
-        QStringLiteral("http://localhost") + m_webserverPortSuffix + QLatin1Char('/');
-    m_localhostUrlNode =
-        createValueNode(OrvaNetworkLocalWebserverLocalhostUrlPath(), toValue(localhost),
-                        QStringLiteral("Local Webserver URL (localhost)"));
-}
-
-template <class Room>
-void Networking::bind(const CMPath& path, Room* room, void (Room::*slot)(const CMSetDataRequest&),
-                      const QStringList& accepts)
-{
-    CMActivateNode* node = CMActivateNode::create(nodes(), path);
-    node->setAccepts(accepts);
-    node->setInvoke(room, slot, Qt::QueuedConnection);
-}
-
-void Networking::createActivateNodes()
-{
+    const auto bind = [this](const CMPath& path, auto* receiver, auto slot) {
+        qobject_cast<CMActivateNode*>(nodes().find(path))
+            ->setInvoke(receiver, slot, Qt::QueuedConnection);
+    };
     bind(OrvaNetworkStartPath(), this, &Networking::on_start_req);
     bind(OrvaNetworkRestartPath(), this, &Networking::on_restart_req);
     bind(OrvaNetworkShutdownPath(), this, &Networking::on_shutdown_req);
     bind(OrvaNetworkStopPath(), this, &Networking::on_stop_req);
     bind(OrvaNetworkForceWifiReconnectPath(), this, &Networking::on_forceWifiReconnect_req);
-    bind(OrvaNetworkSetNetworkProfilePath(), this, &Networking::on_setNetworkProfile_req,
-         {OrvaValue::NetworkProfile()});
-    bind(OrvaNetworkRemoveWirelessNetworkPath(), this, &Networking::on_removeWirelessNetwork_req,
-         {OrvaValue::String()});
+    bind(OrvaNetworkSetNetworkProfilePath(), this, &Networking::on_setNetworkProfile_req);
+    bind(OrvaNetworkRemoveWirelessNetworkPath(), this, &Networking::on_removeWirelessNetwork_req);
     bind(OrvaNetworkScanPath(), this, &Networking::on_scanNetworks_req);
     bind(OrvaNetworkPerformWpsPbcPath(), this, &Networking::on_performWpsPbc_req);
-    bind(OrvaNetworkPerformWpsPinPath(), this, &Networking::on_performWpsPin_req,
-         {OrvaValue::String()});
+    bind(OrvaNetworkPerformWpsPinPath(), this, &Networking::on_performWpsPin_req);
     bind(OrvaNetworkGenerateWpsPinPath(), this, &Networking::on_generateWpsPin_req);
-    bind(OrvaNetworkApplyWpsPath(), this, &Networking::on_applyWps_req,
-         {OrvaValue::NetworkInterface()});
+    bind(OrvaNetworkApplyWpsPath(), this, &Networking::on_applyWps_req);
     bind(OrvaNetworkWirelessRssiPath(), this, &Networking::on_wirelessRssiNode_activated);
-    bind(OrvaNetworkRequestSoftApPath(), m_softAps.get(), &SoftAps::on_requestSoftAp_req,
-         {OrvaValue::NetworkSoftApRequest()});
-    bind(OrvaNetworkRevokeSoftApPath(), m_softAps.get(), &SoftAps::on_revokeSoftAp_req,
-         {OrvaValue::NetworkSoftApRequest(), OrvaValue::String()});
+    bind(OrvaNetworkRequestSoftApPath(), m_softAps.get(), &SoftAps::on_requestSoftAp_req);
+    bind(OrvaNetworkRevokeSoftApPath(), m_softAps.get(), &SoftAps::on_revokeSoftAp_req);
+    bind(OrvaNetworkRequestWifiRestartPath(), m_wifiRestart, &WifiRestart::on_restart_requested);
 }
 
 void Networking::connectTimers()
@@ -240,7 +141,8 @@ void Networking::connectBackend()
     using Backend = Networking_LowLevel;
     const Backend* backend = m_lowlevel.get();
     connect(backend, &Backend::ScanResults, this, &Networking::on_lowlevel_ScanResults);
-    connect(backend, &Backend::AddressesChanged, this, &Networking::on_lowlevel_AddressesChanged);
+    connect(backend, &Backend::AddressesChanged, &m_picture,
+            &Picture::on_lowlevel_AddressesChanged);
     connect(backend, &Backend::AuthError, this, &Networking::on_lowlevel_AuthError);
     connect(backend, &Backend::Error, this, &Networking::on_lowlevel_Error);
     connect(backend, &Backend::InterfaceStatusChanged, this,
@@ -258,14 +160,6 @@ void Networking::readSoftApAutoEnabled()
     m_softApAutoEnabled = readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_();
 }
 
-void Networking::createCompanions()
-{
-    m_wakeOnLan = new WakeOnLan(this);
-    m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
-    CMActivateNode::create(nodes(), OrvaNetworkRequestWifiRestartPath())
-        ->setInvoke(m_wifiRestart, &WifiRestart::on_restart_requested, Qt::QueuedConnection);
-}
-
 void Networking::registerWithPowerManager()
 {
     OrvaPowerManagerModuleRegister registration;
@@ -274,20 +168,114 @@ void Networking::registerWithPowerManager()
                      CMReply<QVariant>::create());
 }
 
-void Networking::createAirplaneModeNode(const TrString& title, bool airplaneMode)
+void Networking::followAirplaneMode()
 {
-    m_airplaneModeNode = CMValueNode::create(nodes(), OrvaNetworkAirplaneModePath());
-    m_airplaneModeNode->setTitle(title);
+    m_airplaneModeNode = valueNode(nodes(), OrvaNetworkAirplaneModePath());
     // Connected first, so that the stored airplane mode is applied.
     connect(m_airplaneModeNode, &CMValueNode::valueChanged, this,
             &Networking::on_airplaneMode_changed);
-    m_airplaneModeNode->setValue(toValue(airplaneMode));
+    m_airplaneModeNode->setValue(OrvaValue::of(m_picture.info().airplaneMode()));
 }
 
-void Networking::createSoftApRequestsNode()
+QStringList Networking::disconnectingInterfaces() const
 {
-    CMValueNode* const requests = createValueNode(
-        OrvaNetworkSoftApRequestsPath(), OrvaValue::of(OrvaList<OrvaNetworkSoftApRequestStatus>()));
-    requests->setReadOnly(true);
-    m_softAps->setRequestsNode(requests);
+    return m_picture.disconnecting() + m_softAps->disconnectingInterfaces();
+}
+
+void Networking::setLinkStatus(const QString& interface, bool up)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
+    if (isSoftApInterface(interface))
+        m_softAps->setLinkStatus(interface, up);
+    else
+        setNetworkLinkStatus(interface, up);
+    m_picture.updateCurrentMac();
+}
+
+void Networking::setNetworkLinkStatus(const QString& interface, bool up)
+{
+    if (up) {
+        stopSoftApTimer();
+        deactivateLocalSoftAp();
+    }
+    if (up && interface == m_wirelessInterfaceName)
+        m_authFailureCount = -1;
+    m_picture.setLinkStatus(interface, up, m_configured);
+    if (!m_picture.isLinkUp())
+        restartSoftApTimer(m_profile, m_profile);
+    if (m_picture.info().wired().state() == OrvaNetworkState::Connected)
+        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
+}
+
+void Networking::setDisconnecting(const QString& interface)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const bool ours = interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName;
+    if (!ours && isSoftApInterface(interface))
+        m_softAps->setDisconnecting(interface);
+    else if (!ours)
+        LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
+    m_picture.setDisconnecting(interface);
+    updateConnectingMessage(QString());
+}
+
+void Networking::updateConnectingMessage(const QString& message)
+{
+    // What a WPS session says of itself stays.
+    if (!message.isEmpty() || !m_wpsRequest)
+        m_picture.updateConnectingMessage(message);
+}
+
+void Networking::setCurrentCableStatus(bool connected)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_TRACE(networkingLogger(), "connected: " << connected);
+    m_picture.setCurrentCableStatus(connected, m_configured);
+    if (!connected && m_configured.wireless)
+        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
+}
+
+void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& description)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
+    updateConnectingMessage(description);
+    m_picture.setAuthError(ssid);
+    if (m_authFailureCount < 0 || m_maxAuthFailures <= 0)
+        return;
+    ++m_authFailureCount;
+    LOG4CPLUS_WARN(networkingLogger(), "Failed connection attempts: " << m_authFailureCount
+                                                                      << " of " << m_maxAuthFailures
+                                                                      << " maximum attempts");
+    if (m_authFailureCount == m_maxAuthFailures)
+        dropWirelessNetworks();
+}
+
+void Networking::on_lowlevel_Error(const QString& message)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_ERROR(networkingLogger(), "Received low-level network error: " << message);
+}
+
+void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
+                                                    Networking_LowLevel::InterfaceStatus status)
+{
+    LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
+    if (interface != m_wirelessInterfaceName)
+        return;
+    restoreLocalSoftAp();
+    if (status == Networking_LowLevel::Idle)
+        startQueuedScans();
+}
+
+void Networking::restoreLocalSoftAp()
+{
+    // The wireless interface may have been missing at the start; a status alone is no proof of it.
+    if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
+        !m_lowlevel->hasWireless())
+        return;
+    m_softApAutoEnabled = true;
+    if (m_localSoftApActive)
+        activateLocalSoftAp();
 }

@@ -5,6 +5,7 @@
 #include "core/orva.h"
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
+#include "picture/picture.h"
 #include "radio/wifiresource.h"
 #include "softap/softaps.h"
 
@@ -16,7 +17,6 @@
 #include <memory>
 #include <optional>
 
-class WakeOnLan;
 class WifiRestart;
 
 /// The network manager: owns the network subtree of the node tree, drives the network through one
@@ -60,10 +60,8 @@ public:
 
     /// What the nodes publish: whether some link other than a soft AP is up, and whether a cable is
     /// in.
-    [[nodiscard]] bool linkStatus() const;
-    [[nodiscard]] bool currentCableStatus() const;
-
-    [[nodiscard]] static OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info);
+    [[nodiscard]] bool linkStatus() const { return m_picture.linkStatus(); }
+    [[nodiscard]] bool currentCableStatus() const { return m_picture.currentCableStatus(); }
 
     /// Airplane mode is taken over only when it is stored.
     void setDataRequest(const CMSetDataRequest& request) override;
@@ -98,7 +96,6 @@ public Q_SLOTS:
     void on_airplaneMode_changed(const OrvaValue& value);
 
     // Backend.
-    void on_lowlevel_AddressesChanged();
     void on_lowlevel_AuthError(const QString& ssid, const QString& description);
     void on_lowlevel_Error(const QString& message);
     void on_lowlevel_InterfaceStatusChanged(const QString& interface,
@@ -106,26 +103,14 @@ public Q_SLOTS:
     void on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results);
 
 private:
-    // Construction, in the order of its steps (networking.cpp).
-    void readSettings();
-    void createInfoNode(const QString& ethernetMac, const QString& wirelessMac, bool airplaneMode);
-    CMValueNode* createValueNode(const CMPath& path, const OrvaValue& value = OrvaValue(),
-                                 const QString& title = QString());
-    void createValueNodes(const QString& ethernetMac, const QString& wirelessMac);
-    void createWebserverNodes();
+    // Construction (networking.cpp).
     void createSoftAps();
-    /// Creates an activate node that is bound to a room's slot and takes values of these types.
-    template <class Room>
-    void bind(const CMPath& path, Room* room, void (Room::*slot)(const CMSetDataRequest&),
-              const QStringList& accepts = {});
-    void createActivateNodes();
     void connectTimers();
     void connectBackend();
     void readSoftApAutoEnabled();
-    void createCompanions();
+    void bindActions();
     void registerWithPowerManager();
-    void createAirplaneModeNode(const TrString& title, bool airplaneMode);
-    void createSoftApRequestsNode();
+    void followAirplaneMode();
 
     // Life cycle (lifecycle.cpp).
     void cancelShutdown();
@@ -159,20 +144,18 @@ private:
     void dropWirelessNetworks();
     [[nodiscard]] CMError forgetNetworks(OrvaNetworkProfile& profile);
 
-    // State (picture/picture.cpp).
-    [[nodiscard]] OrvaNetworkInfo info() const;
-    void publishInfo(const OrvaNetworkInfo& info);
-    /// Publishes the info with its overall state calculated, and that state.
-    void publishInfoAndState(OrvaNetworkInfo info);
+    // What crosses the rooms (networking.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
-    /// Reads the backend's picture and publishes it.
-    void readNetworkState();
-    void updateCurrentMac();
-    void recoverCurrentMac();
-    void updateWebserverUrl();
     /// Starts the local soft access point again, once, when its interface is seen.
     void restoreLocalSoftAp();
     void updateConnectingMessage(const QString& message);
+
+    // For the rooms that are none yet.
+    [[nodiscard]] OrvaNetworkInfo info() const { return m_picture.info(); }
+    void publishInfo(const OrvaNetworkInfo& info)
+    {
+        m_picture.edit([&](OrvaNetworkInfo& published) { published = info; });
+    }
 
     // WPS (wps/wpssession.cpp).
     using WpsStart = std::function<bool(const CMReply<OrvaNetworkInterface>& reply)>;
@@ -209,20 +192,20 @@ private:
     void startQueuedScans();
     void on_scanTimer_timeout();
 
+    const QString m_wiredInterfaceName;
+    const QString m_wirelessInterfaceName;
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
+    Picture m_picture;
     MonotonicClock m_clock = monotonicMs;
 
     // Life cycle.
     bool m_started = false;
     bool m_shutdownInProgress = false;
     QTimer m_shutdownTimer;
-    /// The interfaces that the shutdown shows as in between, as nothing else does.
-    QSet<QString> m_downByShutdown;
 
-    // Profile. What is configured is said of the profile last applied; both are false after a stop.
+    // Profile. What is configured is said of the profile last applied; nothing is after a stop.
     OrvaNetworkProfile m_profile;
-    bool m_wirelessConfigured = false;
-    bool m_wiredConfigured = false;
+    Configured m_configured;
     qint32 m_authFailureCount = -1;
     qint32 m_maxAuthFailures = 0;
     bool m_authFailureFallback = false;
@@ -231,14 +214,6 @@ private:
     QHash<const CMReplyData*, ProfileChange> m_profileChanges;
     /// Requests for a profile; that of the first one is in use and being stored.
     QQueue<CMSetDataRequest> m_profileRequests;
-
-    // State.
-    QString m_wiredInterfaceName;
-    QString m_wirelessInterfaceName;
-    QString m_webserverPortSuffix;
-    bool m_macMissed = false; ///< No MAC at the construction, and none since.
-    QSet<QString> m_linksUp;
-    bool m_addressesChanged = false; ///< A readout is queued.
 
     // Scanning. Whenever the timer stands still, both lists are empty.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
@@ -259,22 +234,9 @@ private:
     WifiResource m_wifiResource{this};
 
     // Nodes; the container of the base class owns them.
-    CMValueNode* m_stateConnectedNode = nullptr;
-    CMValueNode* m_infoNode = nullptr;
-    CMValueNode* m_stateNode = nullptr;
-    CMValueNode* m_connectingMessageNode = nullptr;
     CMListRowsNode* m_scanResultsNode = nullptr;
-    CMValueNode* m_currentStateNode = nullptr;
-    CMValueNode* m_ethernetMacNode = nullptr;
-    CMValueNode* m_wirelessMacNode = nullptr;
-    CMValueNode* m_currentMacNode = nullptr;
-    CMValueNode* m_cableStatusNode = nullptr;
     CMValueNode* m_profileNode = nullptr;
-    CMValueNode* m_webserverUrlNode = nullptr;
-    CMValueNode* m_localhostUrlNode = nullptr;
     CMValueNode* m_airplaneModeNode = nullptr;
 
-    // Companions, children of the worker.
-    WakeOnLan* m_wakeOnLan = nullptr;
-    WifiRestart* m_wifiRestart = nullptr;
+    WifiRestart* m_wifiRestart = nullptr; ///< A child of the worker.
 };

@@ -9,6 +9,16 @@
     return OrvaValue(CMRoot()->getValue(path).toHash());
 }
 
+/// The value node at `path`, which the worker has created before its rooms. A path without one is
+/// our own mistake (fatal).
+[[nodiscard]] inline CMValueNode* valueNode(const CMNodes& nodes, const CMPath& path)
+{
+    auto* const node = qobject_cast<CMValueNode*>(nodes.find(path));
+    if (!node)
+        qFatal("no value node at %s", qPrintable(path.toString()));
+    return node;
+}
+
 // What a node holds, made of a plain value.
 
 [[nodiscard]] inline OrvaValue toValue(bool value)

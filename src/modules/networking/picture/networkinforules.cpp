@@ -107,6 +107,29 @@ QString webserverHost(const OrvaNetworkInfo& info)
 
 } // namespace
 
+OrvaNetworkInfo firstInfo(const NamedInterface& wired, const NamedInterface& wireless, bool cable,
+                          bool airplaneMode)
+{
+    const auto introduce = [](auto& record, const NamedInterface& interface) {
+        record.setName(interface.name);
+        record.setMac(interface.mac);
+        record.setState(OrvaNetworkState::Disconnected);
+    };
+    OrvaNetworkInfo info;
+    info.setState(OrvaNetworkState::Disconnected);
+    info.editWired([&](auto& record) {
+        introduce(record, wired);
+        record.setCableConnected(cable);
+    });
+    info.editWireless([&](auto& record) { introduce(record, wireless); });
+    info.editSoftAp([](auto& softAp) {
+        softAp.setName(QStringLiteral("softap"));
+        softAp.setState(OrvaNetworkState::Disconnected);
+    });
+    info.setAirplaneMode(airplaneMode);
+    return withoutWpsSession(info);
+}
+
 OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info)
 {
     const OrvaNetworkState wired = info.wired().state();
@@ -120,21 +143,17 @@ OrvaNetworkState calculateNetworkInfoState(const OrvaNetworkInfo& info)
 OrvaNetworkInfo withInterfaceState(OrvaNetworkInfo info, const QString& interface,
                                    OrvaNetworkState state)
 {
-    OrvaNetworkWiredInterface wired = info.wired();
-    OrvaNetworkWirelessInterface wireless = info.wireless();
-    if (interface == wired.name()) {
-        wired.setState(state);
-        info.setWired(wired);
-    } else if (interface == wireless.name()) {
-        wireless.setState(state);
-        info.setWireless(wireless);
-    }
+    const auto set = [state](auto& record) { record.setState(state); };
+    if (interface == info.wired().name())
+        info.editWired(set);
+    else if (interface == info.wireless().name())
+        info.editWireless(set);
     return info;
 }
 
-QSet<QString> interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state)
+QStringList interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state)
 {
-    QSet<QString> names;
+    QStringList names;
     if (info.wired().state() == state)
         names << info.wired().name();
     if (info.wireless().state() == state)
@@ -142,66 +161,63 @@ QSet<QString> interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state)
     return names;
 }
 
-OrvaNetworkInfo withSoftApState(OrvaNetworkInfo info, OrvaNetworkState state)
-{
-    OrvaNetworkSoftApInterface softAp = info.softAp();
-    softAp.setState(state);
-    info.setSoftAp(softAp);
-    return info;
-}
-
 OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info)
 {
-    OrvaNetworkWirelessInterface wireless = info.wireless();
-    OrvaNetworkWps wps = wireless.wps();
-    wps.setStatus(OrvaNetworkWpsStatus::None);
-    wireless.setWps(wps);
-    info.setWireless(wireless);
+    info.editWireless([](auto& wireless) {
+        wireless.editWps([](auto& wps) { wps.setStatus(OrvaNetworkWpsStatus::None); });
+    });
     return info;
 }
 
-OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp, bool wiredConfigured,
-                                     bool wirelessConfigured)
+OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp, Configured configured)
 {
-    OrvaNetworkWiredInterface wired = info.wired();
-    OrvaNetworkWirelessInterface wireless = info.wireless();
-    if (linkUp) {
-        wired.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
-        wireless.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
-    } else {
-        if (wirelessConfigured)
-            wireless.setConnectingStatus(OrvaNetworkConnectingStatus::Connecting);
-        if (wired.cableConnected() && wiredConfigured)
-            wired.setConnectingStatus(OrvaNetworkConnectingStatus::Connecting);
-    }
-    info.setWired(wired);
-    info.setWireless(wireless);
-    const bool idle = wireless.connectingStatus() == OrvaNetworkConnectingStatus::Idle;
+    using Status = OrvaNetworkConnectingStatus;
+    info.editWired([&](auto& wired) {
+        if (linkUp)
+            wired.setConnectingStatus(Status::Idle);
+        else if (wired.cableConnected() && configured.wired)
+            wired.setConnectingStatus(Status::Connecting);
+    });
+    info.editWireless([&](auto& wireless) {
+        if (linkUp)
+            wireless.setConnectingStatus(Status::Idle);
+        else if (configured.wireless)
+            wireless.setConnectingStatus(Status::Connecting);
+    });
+    const bool idle = info.wireless().connectingStatus() == Status::Idle;
     return idle ? withoutWpsSession(info) : info;
 }
 
-OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, bool wiredConfigured,
-                                     bool wirelessConfigured)
+OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, Configured configured)
 {
-    const auto idle = [](auto interface) {
+    const auto idle = [](auto& interface) {
         interface.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
-        return interface;
     };
-    if (!wiredConfigured)
-        info.setWired(idle(info.wired()));
-    if (!wirelessConfigured)
-        info.setWireless(idle(info.wireless()));
+    if (!configured.wired)
+        info.editWired(idle);
+    if (!configured.wireless)
+        info.editWireless(idle);
+    return info;
+}
+
+OrvaNetworkInfo withCable(OrvaNetworkInfo info, bool connected, Configured configured)
+{
+    const bool connects = info.state() == OrvaNetworkState::Disconnected && configured.wired;
+    info.editWired([&](auto& wired) {
+        wired.setCableConnected(connected);
+        if (!connected)
+            wired.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
+        else if (connects)
+            wired.setConnectingStatus(OrvaNetworkConnectingStatus::Connecting);
+    });
     return info;
 }
 
 OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid, bool suspect)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    OrvaNetworkWirelessInterface wireless = info.wireless();
-    if (wireless.ssid() == ssid) {
-        wireless.setCredentialsSuspect(suspect);
-        info.setWireless(wireless);
-    }
+    if (info.wireless().ssid() == ssid)
+        info.editWireless([&](auto& wireless) { wireless.setCredentialsSuspect(suspect); });
     auto networks = info.wirelessNetworks();
     const auto found = std::find_if(
         networks.begin(), networks.end(),
@@ -234,28 +250,26 @@ OrvaNetworkInfo withWorkerFields(OrvaNetworkInfo snapshot, const OrvaNetworkInfo
 
 OrvaNetworkInfo shuttingDown(OrvaNetworkInfo info)
 {
-    const auto leave = [](auto interface) {
+    const auto leave = [](auto& interface) {
         if (interface.state() == OrvaNetworkState::Connected)
             interface.setState(OrvaNetworkState::Disconnecting);
-        return interface;
     };
-    info.setWired(leave(info.wired()));
-    info.setWireless(leave(info.wireless()));
-    info.setSoftAp(leave(info.softAp()));
+    info.editWired(leave);
+    info.editWireless(leave);
+    info.editSoftAp(leave);
     info.__remove(OrvaNetworkInfo::WirelessNetworks());
     return info;
 }
 
-OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& marked)
+OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QStringList& marked)
 {
-    const auto comeBack = [&](auto interface) {
+    const auto comeBack = [&](auto& interface) {
         if (interface.state() == OrvaNetworkState::Disconnecting &&
             marked.contains(interface.name()))
             interface.setState(OrvaNetworkState::Connected);
-        return interface;
     };
-    info.setWired(comeBack(info.wired()));
-    info.setWireless(comeBack(info.wireless()));
+    info.editWired(comeBack);
+    info.editWireless(comeBack);
     return info;
 }
 

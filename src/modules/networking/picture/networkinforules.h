@@ -2,9 +2,27 @@
 
 #include "network/networkrecords.h"
 
-#include <QSet>
+#include <QStringList>
 
 // The rules of the published network state, from plain values to plain values.
+
+/// Which of the two interfaces the profile in use asks for. None does while networking is stopped.
+struct Configured
+{
+    bool wired = false;
+    bool wireless = false;
+};
+
+/// An interface as it is known before it was ever up.
+struct NamedInterface
+{
+    QString name;
+    QString mac; ///< With colons; may be empty.
+};
+
+/// The first info: everything is disconnected.
+[[nodiscard]] OrvaNetworkInfo firstInfo(const NamedInterface& wired, const NamedInterface& wireless,
+                                        bool cable, bool airplaneMode);
 
 /// The overall state: connected when the wired or the wireless interface is, disconnected when both
 /// are, else in between. Soft access points take no part.
@@ -16,10 +34,7 @@
                                                  OrvaNetworkState state);
 
 /// The names of the wired and the wireless interface, of those that are in the state.
-[[nodiscard]] QSet<QString> interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state);
-
-/// The info with the state of the soft access points set.
-[[nodiscard]] OrvaNetworkInfo withSoftApState(OrvaNetworkInfo info, OrvaNetworkState state);
+[[nodiscard]] QStringList interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state);
 
 /// The info without a WPS session; what the last one brought stays.
 [[nodiscard]] OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info);
@@ -29,11 +44,15 @@
 /// is connecting. The others keep their status. A wireless interface that is not at it has no WPS
 /// session either.
 [[nodiscard]] OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp,
-                                                   bool wiredConfigured, bool wirelessConfigured);
+                                                   Configured configured);
 
 /// The info with nothing in progress on the interfaces that are not configured.
-[[nodiscard]] OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, bool wiredConfigured,
-                                                   bool wirelessConfigured);
+[[nodiscard]] OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, Configured configured);
+
+/// The info with the cable in or out. Without a link, the wired interface is connecting as soon as
+/// its cable is in, if it is configured; without a cable it is not at it.
+[[nodiscard]] OrvaNetworkInfo withCable(OrvaNetworkInfo info, bool connected,
+                                        Configured configured);
 
 /// The info with the suspicion that the credentials of the network `ssid` are wrong set or cleared:
 /// in the wireless interface if it is on that network, and in the first known network of that SSID.
@@ -52,7 +71,7 @@
 /// The info after a shutdown that was called off: those of the interfaces `marked` that are in
 /// between are connected again. Leaves the overall state and that of the soft access points to be
 /// calculated.
-[[nodiscard]] OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QSet<QString>& marked);
+[[nodiscard]] OrvaNetworkInfo shutdownCancelled(OrvaNetworkInfo info, const QStringList& marked);
 
 /// One entry for each network of the profile, with its SSID.
 [[nodiscard]] OrvaList<OrvaNetworkWirelessInterface>

@@ -1,39 +1,100 @@
-#include "backend/softapinterface.h"
+#include "picture/picture.h"
+
+#include "backend/networkinglowlevel.h"
 #include "network/networkpaths.h"
-#include "networking.h"
 #include "networkinglog.h"
 #include "nodevalues.h"
-#include "picture/networkinforules.h"
-#include "profile/networkprofilerules.h"
 
 #include <utility>
 
-OrvaNetworkState Networking::calculateNetworkInfoState(const OrvaNetworkInfo& info)
+namespace {
+
+QString textOf(OrvaNetworkState state)
 {
-    return ::calculateNetworkInfoState(info);
+    switch (state) {
+    case OrvaNetworkState::Connected:
+        return QStringLiteral("Connected");
+    case OrvaNetworkState::Disconnecting:
+        return QStringLiteral("Disconnecting");
+    case OrvaNetworkState::Disconnected:
+        break;
+    }
+    return QStringLiteral("Disconnected");
 }
 
-bool Networking::linkStatus() const
+} // namespace
+
+Picture::Picture(const CMNodes& nodes, Networking_LowLevel& backend, const QString& wired,
+                 const QString& wireless)
+    : m_lowlevel(backend)
+    , m_infoNode(valueNode(nodes, OrvaNetworkInfoPath()))
+    , m_stateNode(valueNode(nodes, OrvaNetworkStatePath()))
+    , m_stateConnectedNode(valueNode(nodes, OrvaNetworkStateConnected()))
+    , m_connectingMessageNode(valueNode(nodes, OrvaNetworkConnectingMessage()))
+    , m_currentStateNode(valueNode(nodes, OrvaNetworkCurrentStatePath()))
+    , m_ethernetMacNode(valueNode(nodes, OrvaNetworkStateEthernetMAC()))
+    , m_wirelessMacNode(valueNode(nodes, OrvaNetworkStateWirelessMAC()))
+    , m_currentMacNode(valueNode(nodes, OrvaNetworkStateCurrentMAC()))
+    , m_cableStatusNode(valueNode(nodes, OrvaNetworkStateCurrentCableStatus()))
+    , m_webserverUrlNode(valueNode(nodes, OrvaNetworkLocalWebserverUrlPath()))
+    , m_localhostUrlNode(valueNode(nodes, OrvaNetworkLocalWebserverLocalhostUrlPath()))
 {
-    return m_stateConnectedNode->value().bool_();
+    const QString ethernetMac = backend.getEthernetMAC().toUpper();
+    const QString wirelessMac = backend.getWirelessMAC().toUpper();
+    const bool airplaneMode = readValue(OrvaNetworkAirplaneModeSettingPath()).bool_();
+    const bool cable = backend.cableStatus();
+    publishInfo(firstInfo({wired, ethernetMac}, {wireless, wirelessMac}, cable, airplaneMode));
+    m_stateConnectedNode->setValue(OrvaValue::of(false));
+    m_stateNode->setValue(OrvaValue::of(info().state()));
+    m_connectingMessageNode->setValue(OrvaValue::of(QString()));
+    m_cableStatusNode->setValue(OrvaValue::of(cable));
+    publishFirstMacs(ethernetMac, wirelessMac);
+    publishLocalhostUrl();
 }
 
-bool Networking::currentCableStatus() const
+void Picture::publishFirstMacs(const QString& ethernetMac, const QString& wirelessMac)
 {
-    return m_cableStatusNode->value().bool_();
+    LOG4CPLUS_INFO(networkingLogger(), "Ethernet MAC address: " << ethernetMac);
+    m_ethernetMacNode->setValue(OrvaValue::of(ethernetMac));
+    LOG4CPLUS_INFO(networkingLogger(), "Wireless MAC address: " << wirelessMac);
+    m_wirelessMacNode->setValue(OrvaValue::of(wirelessMac));
+    m_currentMacNode->setValue(OrvaValue::of(ethernetMac.isEmpty() ? wirelessMac : ethernetMac));
+    m_macMissed = currentMac().isEmpty();
 }
 
-OrvaNetworkInfo Networking::info() const
+void Picture::publishLocalhostUrl()
+{
+    m_webserverPortSuffix = webserverPortSuffix(readValue(OrvaWebserverPortPath()).i32_());
+    m_localhostUrlNode->setValue(OrvaValue::of(QStringLiteral("http://localhost") +
+                                               m_webserverPortSuffix + QLatin1Char('/')));
+}
+
+OrvaNetworkInfo Picture::info() const
 {
     return m_infoNode->value().networkInfo();
 }
 
-void Networking::publishInfo(const OrvaNetworkInfo& info)
+bool Picture::linkStatus() const
 {
-    m_infoNode->setValue(toValue(info));
+    return m_stateConnectedNode->value().bool_();
 }
 
-void Networking::publishInfoAndState(OrvaNetworkInfo info)
+bool Picture::currentCableStatus() const
+{
+    return m_cableStatusNode->value().bool_();
+}
+
+QString Picture::currentMac() const
+{
+    return m_currentMacNode->value().string_();
+}
+
+void Picture::publishInfo(const OrvaNetworkInfo& info)
+{
+    m_infoNode->setValue(OrvaValue::of(info));
+}
+
+void Picture::publishInfoAndState(OrvaNetworkInfo info)
 {
     info.setState(calculateNetworkInfoState(info));
     const OrvaNetworkState old = m_stateNode->value().networkState();
@@ -42,204 +103,132 @@ void Networking::publishInfoAndState(OrvaNetworkInfo info)
                        "Network state: " << OrvaNetworkState::toString(old) << " -> "
                                          << OrvaNetworkState::toString(info.state()));
     publishInfo(info);
-    m_stateConnectedNode->setValue(toValue(!m_linksUp.isEmpty()));
-    m_stateNode->setValue(toValue(info.state()));
+    m_stateConnectedNode->setValue(OrvaValue::of(isLinkUp()));
+    m_stateNode->setValue(OrvaValue::of(info.state()));
 }
 
-void Networking::updateConnectingMessage(const QString& message)
+void Picture::setLinkStatus(const QString& interface, bool up, Configured configured)
 {
-    if (!message.isEmpty())
-        return m_connectingMessageNode->setValue(toValue(message));
-    if (m_wpsRequest)
-        return;
-    const auto textOf = [](OrvaNetworkState state) {
-        switch (state) {
-        case OrvaNetworkState::Connected:
-            return QStringLiteral("Connected");
-        case OrvaNetworkState::Disconnecting:
-            return QStringLiteral("Disconnecting");
-        case OrvaNetworkState::Disconnected:
-            break;
-        }
-        return QStringLiteral("Disconnected");
-    };
-    m_connectingMessageNode->setValue(toValue(textOf(info().state())));
-}
-
-void Networking::setLinkStatus(const QString& interface, bool up)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
-    if (isSoftApInterface(interface))
-        m_softAps->setLinkStatus(interface, up);
-    else
-        setNetworkLinkStatus(interface, up);
-    updateCurrentMac();
-}
-
-void Networking::setNetworkLinkStatus(const QString& interface, bool up)
-{
-    if (up) {
-        stopSoftApTimer();
-        deactivateLocalSoftAp();
+    if (up)
         m_linksUp.insert(interface);
-    } else {
+    else
         m_linksUp.remove(interface);
-    }
-    if (up && interface == m_wirelessInterfaceName)
-        m_authFailureCount = -1;
-    const bool linkUp = !m_linksUp.isEmpty();
-    const OrvaNetworkInfo changed = withInterfaceState(
-        info(), interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
-    publishInfoAndState(
-        withConnectingStatus(changed, linkUp, m_wiredConfigured, m_wirelessConfigured));
-    if (!linkUp)
-        restartSoftApTimer(m_profile, m_profile);
-    if (info().wired().state() == OrvaNetworkState::Connected)
-        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
+    editStates([&](OrvaNetworkInfo& info) {
+        info = withInterfaceState(
+            info, interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
+        info = withConnectingStatus(info, isLinkUp(), configured);
+    });
 }
 
-void Networking::updateCurrentMac()
+void Picture::setDisconnecting(const QString& interface)
 {
+    m_downByShutdown.removeAll(interface);
+    editStates([&](OrvaNetworkInfo& info) {
+        info = withInterfaceState(info, interface, OrvaNetworkState::Disconnecting);
+    });
+}
+
+void Picture::setSoftApState(OrvaNetworkState state)
+{
+    edit([&](OrvaNetworkInfo& info) {
+        info.editSoftAp([&](auto& softAp) { softAp.setState(state); });
+    });
+}
+
+void Picture::setCurrentCableStatus(bool connected, Configured configured)
+{
+    m_cableStatusNode->setValue(OrvaValue::of(connected));
+    edit([&](OrvaNetworkInfo& info) { info = withCable(info, connected, configured); });
+}
+
+void Picture::setAuthError(const QString& ssid)
+{
+    edit([&](OrvaNetworkInfo& info) {
+        info = updateCredentialsSuspect(info, ssid, true);
+        info.editWireless([](auto& wireless) {
+            wireless.setConnectingStatus(OrvaNetworkConnectingStatus::AuthenticationFailed);
+        });
+    });
+}
+
+void Picture::updateConnectingMessage(const QString& message)
+{
+    m_connectingMessageNode->setValue(
+        OrvaValue::of(message.isEmpty() ? textOf(info().state()) : message));
+}
+
+void Picture::updateCurrentMac()
+{
+    const OrvaNetworkInfo published = info();
+    const bool softApRuns = published.softAp().state() == OrvaNetworkState::Connected;
     QString mac;
-    const bool softApRuns = info().softAp().state() == OrvaNetworkState::Connected;
-    if (m_linksUp.contains(m_wiredInterfaceName) || (m_linksUp.isEmpty() && !softApRuns))
-        mac = m_lowlevel->getEthernetMAC().toUpper();
+    if (m_linksUp.contains(published.wired().name()) || (!isLinkUp() && !softApRuns))
+        mac = m_lowlevel.getEthernetMAC().toUpper();
     if (mac.isEmpty())
-        mac = m_lowlevel->getWirelessMAC().toUpper();
-    m_currentMacNode->setValue(toValue(mac));
+        mac = m_lowlevel.getWirelessMAC().toUpper();
+    m_currentMacNode->setValue(OrvaValue::of(mac));
 }
 
-void Networking::setDisconnecting(const QString& interface)
+QStringList Picture::disconnecting() const
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    m_downByShutdown.remove(interface);
-    OrvaNetworkInfo updated = info();
-    if (interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName) {
-        updated = withInterfaceState(updated, interface, OrvaNetworkState::Disconnecting);
-    } else if (isSoftApInterface(interface)) {
-        m_softAps->setDisconnecting(interface);
-        updated = info();
-    } else {
-        LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
-    }
-    publishInfoAndState(updated);
-    updateConnectingMessage(QString());
+    return interfacesIn(info(), OrvaNetworkState::Disconnecting);
 }
 
-QStringList Networking::disconnectingInterfaces() const
+void Picture::shutDown()
 {
-    return interfacesIn(info(), OrvaNetworkState::Disconnecting).values() +
-           m_softAps->disconnectingInterfaces();
+    m_downByShutdown = interfacesIn(info(), OrvaNetworkState::Connected);
+    editStates([](OrvaNetworkInfo& info) { info = shuttingDown(info); });
 }
 
-void Networking::setCurrentCableStatus(bool connected)
+void Picture::cancelShutdown(const OrvaNetworkProfile& profile, OrvaNetworkState softApState)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(networkingLogger(), "connected: " << connected);
-    m_cableStatusNode->setValue(toValue(connected));
-    OrvaNetworkInfo updated = info();
-    OrvaNetworkWiredInterface wired = updated.wired();
-    wired.setCableConnected(connected);
-    if (!connected)
-        wired.setConnectingStatus(OrvaNetworkConnectingStatus::Idle);
-    else if (updated.state() == OrvaNetworkState::Disconnected && m_wiredConfigured)
-        wired.setConnectingStatus(OrvaNetworkConnectingStatus::Connecting);
-    updated.setWired(wired);
-    publishInfo(updated);
-    if (!connected && m_wirelessConfigured)
-        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
+    editStates([&](OrvaNetworkInfo& info) {
+        info = shutdownCancelled(info, m_downByShutdown);
+        info.setWirelessNetworks(knownNetworks(profile));
+        info.editSoftAp([&](auto& softAp) { softAp.setState(softApState); });
+    });
 }
 
 // Many may come at once, and each readout asks the backend and waits.
-void Networking::on_lowlevel_AddressesChanged()
+void Picture::on_lowlevel_AddressesChanged()
 {
     if (std::exchange(m_addressesChanged, true))
         return;
-    QMetaObject::invokeMethod(this, &Networking::readNetworkState, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &Picture::readNetworkState, Qt::QueuedConnection);
 }
 
-void Networking::readNetworkState()
+void Picture::readNetworkState()
 {
     m_addressesChanged = false;
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const OrvaNetworkInfo snapshot = m_lowlevel->getNetworkState();
-    OrvaNetworkInfo merged = info();
-    merged.__mergeWith(snapshot);
-    m_currentStateNode->setValue(toValue(currentStateProfile(merged)));
-
+    const OrvaNetworkInfo snapshot = m_lowlevel.getNetworkState();
     const OrvaNetworkInfo old = info();
+    OrvaNetworkInfo merged = old;
+    merged.__mergeWith(snapshot);
+    m_currentStateNode->setValue(OrvaValue::of(currentStateProfile(merged)));
+
     merged = updateCredentialsSuspect(withWorkerFields(merged, old), old.wireless().ssid(), false);
     publishInfo(merged);
-    m_ethernetMacNode->setValue(toValue(merged.wired().mac()));
-    m_wirelessMacNode->setValue(toValue(merged.wireless().mac()));
+    m_ethernetMacNode->setValue(OrvaValue::of(merged.wired().mac()));
+    m_wirelessMacNode->setValue(OrvaValue::of(merged.wireless().mac()));
     recoverCurrentMac();
     updateWebserverUrl();
 }
 
 /// A backend that did not answer at the construction left no MAC, nor one for the soft AP's own
 /// SSID. One that does not later must not rename the soft AP.
-void Networking::recoverCurrentMac()
+void Picture::recoverCurrentMac()
 {
     if (!m_macMissed)
         return;
     updateCurrentMac();
-    m_macMissed = m_currentMacNode->value().string_().isEmpty();
+    m_macMissed = currentMac().isEmpty();
     if (!m_macMissed)
-        m_softAps->readSoftApConfiguration(m_currentMacNode->value().string_());
+        Q_EMIT currentMacRecovered();
 }
 
-void Networking::updateWebserverUrl()
+void Picture::updateWebserverUrl()
 {
-    const QString url = webserverUrl(m_lowlevel->getNetworkState(), m_webserverPortSuffix);
-    m_webserverUrlNode->setValue(url.isEmpty() ? m_localhostUrlNode->value() : toValue(url));
-}
-
-void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& description)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
-    updateConnectingMessage(description);
-    OrvaNetworkInfo updated = updateCredentialsSuspect(info(), ssid, true);
-    OrvaNetworkWirelessInterface wireless = updated.wireless();
-    wireless.setConnectingStatus(OrvaNetworkConnectingStatus::AuthenticationFailed);
-    updated.setWireless(wireless);
-    publishInfo(updated);
-
-    if (m_authFailureCount < 0 || m_maxAuthFailures <= 0)
-        return;
-    ++m_authFailureCount;
-    LOG4CPLUS_WARN(networkingLogger(), "Failed connection attempts: " << m_authFailureCount
-                                                                      << " of " << m_maxAuthFailures
-                                                                      << " maximum attempts");
-    if (m_authFailureCount == m_maxAuthFailures)
-        dropWirelessNetworks();
-}
-
-void Networking::on_lowlevel_Error(const QString& message)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_ERROR(networkingLogger(), "Received low-level network error: " << message);
-}
-
-void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
-                                                    Networking_LowLevel::InterfaceStatus status)
-{
-    LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
-    if (interface != m_wirelessInterfaceName)
-        return;
-    restoreLocalSoftAp();
-    if (status == Networking_LowLevel::Idle)
-        startQueuedScans();
-}
-
-void Networking::restoreLocalSoftAp()
-{
-    // The wireless interface may have been missing at the start; a status alone is no proof of it.
-    if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
-        !m_lowlevel->hasWireless())
-        return;
-    m_softApAutoEnabled = true;
-    if (m_localSoftApActive)
-        activateLocalSoftAp();
+    const QString url = webserverUrl(m_lowlevel.getNetworkState(), m_webserverPortSuffix);
+    m_webserverUrlNode->setValue(url.isEmpty() ? m_localhostUrlNode->value() : OrvaValue::of(url));
 }

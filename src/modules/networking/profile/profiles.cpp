@@ -104,9 +104,7 @@ void Networking::restoreProfile(const OrvaNetworkProfile& before)
                    "The profile could not be stored, going back to the one before");
     if (m_started)
         return useProfile(before);
-    OrvaNetworkInfo updated = info();
-    updated.setWirelessNetworks(knownNetworks(before));
-    publishInfo(updated);
+    m_picture.edit([&](OrvaNetworkInfo& info) { info.setWirelessNetworks(knownNetworks(before)); });
     adoptProfile(before);
 }
 
@@ -167,8 +165,7 @@ bool Networking::applyProfile(const OrvaNetworkProfile& profile)
     LOG4CPLUS_INFO(networkingLogger(),
                    "Applying profile: type: " << OrvaNetworkProfileType::toString(profile.type())
                                               << " data: " << profile);
-    m_wirelessConfigured = isWirelessConfigured(profile);
-    m_wiredConfigured = isWiredConfigured(profile);
+    m_configured = {isWiredConfigured(profile), isWirelessConfigured(profile)};
     publishKnownNetworks(profile);
     if (!m_lowlevel->applyProfile(profile)) {
         LOG4CPLUS_ERROR(networkingLogger(), "Unable to apply profile!");
@@ -179,7 +176,7 @@ bool Networking::applyProfile(const OrvaNetworkProfile& profile)
 
 void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
 {
-    OrvaNetworkInfo updated = withUnconfiguredIdle(info(), m_wiredConfigured, m_wirelessConfigured);
+    OrvaNetworkInfo updated = withUnconfiguredIdle(info(), m_configured);
     updated.setWirelessNetworks(knownNetworks(profile));
     if (profile.wireless().ssid().isEmpty())
         return publishInfo(updated);
@@ -191,8 +188,8 @@ void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
     } else {
         LOG4CPLUS_INFO(networkingLogger(),
                        "Applying wireless profile, wired: " << OrvaNetworkState::toString(wired));
-        updated = withConnectingStatus(withoutWpsSession(updated), !m_linksUp.isEmpty(),
-                                       m_wiredConfigured, m_wirelessConfigured);
+        updated =
+            withConnectingStatus(withoutWpsSession(updated), m_picture.isLinkUp(), m_configured);
     }
     publishInfo(updated);
 }

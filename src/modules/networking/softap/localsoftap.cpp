@@ -76,12 +76,12 @@ void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                                     const OrvaNetworkProfile& oldProfile)
 {
     LOG4CPLUS_TRACE(networkingLogger(), "new: " << newProfile << " old: " << oldProfile);
-    if (m_wirelessConfigured && wirelessChanged(newProfile, oldProfile))
+    if (m_configured.wireless && wirelessChanged(newProfile, oldProfile))
         deactivateLocalSoftAp();
     const bool fallback = std::exchange(m_authFailureFallback, false);
     if (m_localSoftApActive)
         return;
-    if (currentCableStatus() || m_wirelessConfigured) {
+    if (currentCableStatus() || m_configured.wireless) {
         if (!linkStatus())
             startSoftApTimer();
         return;

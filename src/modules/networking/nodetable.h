@@ -1,0 +1,8 @@
+#pragma once
+
+class CMNodes;
+class CMNodesWorker;
+
+/// Creates the nodes of the network manager in `worker`, in the order in which clients see them,
+/// without values and bound to nothing. Whoever they belong to finds them by their paths.
+CMNodes& createNodes(CMNodesWorker& worker);
