@@ -39,9 +39,9 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
                                                                       "Unable to disconnect!")));
     }
     m_picture.edit([](OrvaNetworkInfo& info) { info = withUnconfiguredIdle(info, {}); });
-    m_softAps->clearSoftAp();
-    deactivateLocalSoftAp();
-    stopSoftApTimer();
+    m_softAps.clearSoftAp();
+    m_localSoftAp.deactivateLocalSoftAp();
+    m_localSoftAp.stopSoftApTimer();
     m_started = false;
     m_shutdownTimer.stop();
     m_shutdownInProgress = false;
@@ -86,5 +86,5 @@ void Networking::cancelShutdown()
     if (!std::exchange(m_shutdownInProgress, false))
         return;
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
-    m_picture.cancelShutdown(m_profile, m_softAps->calculateSoftApState());
+    m_picture.cancelShutdown(m_profile, m_softAps.calculateSoftApState());
 }

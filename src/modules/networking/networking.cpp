@@ -47,24 +47,34 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_wirelessInterfaceName(readValue(OrvaNetworkWirelessInterfacePath()).string_())
     , m_lowlevel(createBackend(*this))
     , m_picture(createNodes(*this), *m_lowlevel, m_wiredInterfaceName, m_wirelessInterfaceName)
+    , m_wirelessLink(*m_lowlevel)
+    , m_airplaneMode(m_picture)
+    , m_scans(
+          nodes(), *m_lowlevel, m_picture, [this] { return m_clock(); }, this)
+    , m_wpsSession(*m_lowlevel, m_picture,
+                   [this](const WpsSession::ProfileEdit& edit) { return editProfile(edit); })
+    , m_softAps(nodes(), *m_lowlevel,
+                {name(), [this] { return m_started; }, [this] { return m_clock(); }}, this)
+    , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, this)
 {
     m_maxAuthFailures = readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_();
-    m_airplaneModeType = readValue(OrvaNetworkAirplaneModeTypeSettingPath()).airplaneModeType();
     const OrvaNetworkProfile stored =
         readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
     m_profileNode = valueNode(nodes(), OrvaNetworkProfilePath());
     m_profileNode->setValue(OrvaValue::of(hidePassword(stored)));
-    m_scanResultsNode = qobject_cast<CMListRowsNode*>(nodes().find(OrvaNetworkScanResultsPath()));
-    createSoftAps();
-
-    connectTimers();
+    m_shutdownTimer.setObjectName(QStringLiteral("m_shutdownTimer"));
+    m_shutdownTimer.setSingleShot(true);
+    m_shutdownTimer.setInterval(shutdownDelayMs);
+    connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);
     connectBackend();
-    readSoftApAutoEnabled();
-    startSoftApTimer();
+    connectRooms();
+    m_softAps.readSoftApConfiguration(m_picture.currentMac());
+    m_localSoftAp.readSoftApAutoEnabled();
+    m_localSoftAp.startSoftApTimer();
     m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
     bindActions();
     registerWithPowerManager();
-    followAirplaneMode();
+    m_airplaneMode.follow(nodeAt<CMValueNode>(nodes(), OrvaNetworkAirplaneModePath()));
 }
 
 Networking::~Networking() = default;
@@ -78,22 +88,23 @@ bool Networking::isNFS()
     return isRootOnNetwork(mountTable);
 }
 
-void Networking::createSoftAps()
+void Networking::connectRooms()
 {
-    m_softAps = std::make_unique<SoftAps>(
-        *m_lowlevel,
-        SoftAps::Worker{name(), [this] { return m_started; }, [this] { return m_clock(); }},
-        valueNode(nodes(), OrvaNetworkConnectedSoftApStationsPath()), this);
-    CMValueNode* const requests = valueNode(nodes(), OrvaNetworkSoftApRequestsPath());
-    requests->setValue(OrvaValue::of(OrvaList<OrvaNetworkSoftApRequestStatus>()));
-    m_softAps->setRequestsNode(requests);
-    connect(m_softAps.get(), &SoftAps::wifiNeeded, this, [this](bool needed) {
-        m_wifiResource.requestWifiResource(WifiResource::SoftAp, needed);
+    const auto claimFor = [this](WifiResource::ResourceRequestSubmodule submodule) {
+        return [this, submodule](bool needed) {
+            m_wifiResource.requestWifiResource(submodule, needed);
+        };
+    };
+    connect(&m_scans, &Scans::wifiNeeded, this, claimFor(WifiResource::Scan));
+    connect(&m_wpsSession, &WpsSession::wifiNeeded, this, claimFor(WifiResource::Wps));
+    connect(&m_softAps, &SoftAps::wifiNeeded, this, claimFor(WifiResource::SoftAp));
+    connect(&m_scans, &Scans::drained, this, [this] {
+        if (m_wifiResource.isActive(WifiResource::Scan))
+            m_wifiResource.requestWifiResource(WifiResource::Scan, false);
     });
-    connect(m_softAps.get(), &SoftAps::stateChanged, &m_picture, &Picture::setSoftApState);
-    connect(&m_picture, &Picture::currentMacRecovered, m_softAps.get(),
-            [this] { m_softAps->readSoftApConfiguration(m_picture.currentMac()); });
-    m_softAps->readSoftApConfiguration(m_picture.currentMac());
+    connect(&m_softAps, &SoftAps::stateChanged, &m_picture, &Picture::setSoftApState);
+    connect(&m_picture, &Picture::currentMacRecovered, &m_softAps,
+            [this] { m_softAps.readSoftApConfiguration(m_picture.currentMac()); });
 }
 
 void Networking::bindActions()
@@ -106,58 +117,32 @@ void Networking::bindActions()
     bind(OrvaNetworkRestartPath(), this, &Networking::on_restart_req);
     bind(OrvaNetworkShutdownPath(), this, &Networking::on_shutdown_req);
     bind(OrvaNetworkStopPath(), this, &Networking::on_stop_req);
-    bind(OrvaNetworkForceWifiReconnectPath(), this, &Networking::on_forceWifiReconnect_req);
+    bind(OrvaNetworkForceWifiReconnectPath(), &m_wirelessLink,
+         &WirelessLink::on_forceWifiReconnect_req);
     bind(OrvaNetworkSetNetworkProfilePath(), this, &Networking::on_setNetworkProfile_req);
     bind(OrvaNetworkRemoveWirelessNetworkPath(), this, &Networking::on_removeWirelessNetwork_req);
-    bind(OrvaNetworkScanPath(), this, &Networking::on_scanNetworks_req);
-    bind(OrvaNetworkPerformWpsPbcPath(), this, &Networking::on_performWpsPbc_req);
-    bind(OrvaNetworkPerformWpsPinPath(), this, &Networking::on_performWpsPin_req);
-    bind(OrvaNetworkGenerateWpsPinPath(), this, &Networking::on_generateWpsPin_req);
-    bind(OrvaNetworkApplyWpsPath(), this, &Networking::on_applyWps_req);
-    bind(OrvaNetworkWirelessRssiPath(), this, &Networking::on_wirelessRssiNode_activated);
-    bind(OrvaNetworkRequestSoftApPath(), m_softAps.get(), &SoftAps::on_requestSoftAp_req);
-    bind(OrvaNetworkRevokeSoftApPath(), m_softAps.get(), &SoftAps::on_revokeSoftAp_req);
+    bind(OrvaNetworkScanPath(), &m_scans, &Scans::on_scanNetworks_req);
+    bind(OrvaNetworkPerformWpsPbcPath(), &m_wpsSession, &WpsSession::on_performWpsPbc_req);
+    bind(OrvaNetworkPerformWpsPinPath(), &m_wpsSession, &WpsSession::on_performWpsPin_req);
+    bind(OrvaNetworkGenerateWpsPinPath(), &m_wpsSession, &WpsSession::on_generateWpsPin_req);
+    bind(OrvaNetworkApplyWpsPath(), &m_wpsSession, &WpsSession::on_applyWps_req);
+    bind(OrvaNetworkWirelessRssiPath(), &m_wirelessLink,
+         &WirelessLink::on_wirelessRssiNode_activated);
+    bind(OrvaNetworkRequestSoftApPath(), &m_softAps, &SoftAps::on_requestSoftAp_req);
+    bind(OrvaNetworkRevokeSoftApPath(), &m_softAps, &SoftAps::on_revokeSoftAp_req);
     bind(OrvaNetworkRequestWifiRestartPath(), m_wifiRestart, &WifiRestart::on_restart_requested);
-}
-
-void Networking::connectTimers()
-{
-    const auto connectTimer = [this](QTimer& timer, const QString& name, auto slot) {
-        timer.setParent(this);
-        timer.setObjectName(name);
-        timer.setSingleShot(true);
-        connect(&timer, &QTimer::timeout, this, slot);
-    };
-    connectTimer(m_shutdownTimer, QStringLiteral("m_shutdownTimer"),
-                 &Networking::on_shutdownTimer_timeout);
-    m_shutdownTimer.setInterval(shutdownDelayMs);
-    connectTimer(m_softApTimer, QStringLiteral("m_softApTimer"),
-                 &Networking::on_softApTimer_timeout);
-    connectTimer(m_scanTimer, QStringLiteral("m_scanTimer"), &Networking::on_scanTimer_timeout);
 }
 
 void Networking::connectBackend()
 {
     using Backend = Networking_LowLevel;
     const Backend* backend = m_lowlevel.get();
-    connect(backend, &Backend::ScanResults, this, &Networking::on_lowlevel_ScanResults);
     connect(backend, &Backend::AddressesChanged, &m_picture,
             &Picture::on_lowlevel_AddressesChanged);
     connect(backend, &Backend::AuthError, this, &Networking::on_lowlevel_AuthError);
     connect(backend, &Backend::Error, this, &Networking::on_lowlevel_Error);
     connect(backend, &Backend::InterfaceStatusChanged, this,
             &Networking::on_lowlevel_InterfaceStatusChanged);
-}
-
-void Networking::readSoftApAutoEnabled()
-{
-    if (!m_lowlevel->hasWireless()) {
-        LOG4CPLUS_WARN(networkingLogger(),
-                       "No wireless interface on the system, disabling softap mode");
-        return;
-    }
-    LOG4CPLUS_DEBUG(networkingLogger(), "There is a wireless interface on the system");
-    m_softApAutoEnabled = readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_();
 }
 
 void Networking::registerWithPowerManager()
@@ -168,18 +153,18 @@ void Networking::registerWithPowerManager()
                      CMReply<QVariant>::create());
 }
 
-void Networking::followAirplaneMode()
+void Networking::setDataRequest(const CMSetDataRequest& request)
 {
-    m_airplaneModeNode = valueNode(nodes(), OrvaNetworkAirplaneModePath());
-    // Connected first, so that the stored airplane mode is applied.
-    connect(m_airplaneModeNode, &CMValueNode::valueChanged, this,
-            &Networking::on_airplaneMode_changed);
-    m_airplaneModeNode->setValue(OrvaValue::of(m_picture.info().airplaneMode()));
+    const auto write = [this, request] { CMNodesWorker::setDataRequest(request); };
+    if (AirplaneMode::isSwitch(request))
+        m_airplaneMode.store(request, write);
+    else
+        write();
 }
 
 QStringList Networking::disconnectingInterfaces() const
 {
-    return m_picture.disconnecting() + m_softAps->disconnectingInterfaces();
+    return m_picture.disconnecting() + m_softAps.disconnectingInterfaces();
 }
 
 void Networking::setLinkStatus(const QString& interface, bool up)
@@ -187,7 +172,7 @@ void Networking::setLinkStatus(const QString& interface, bool up)
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
     if (isSoftApInterface(interface))
-        m_softAps->setLinkStatus(interface, up);
+        m_softAps.setLinkStatus(interface, up);
     else
         setNetworkLinkStatus(interface, up);
     m_picture.updateCurrentMac();
@@ -196,8 +181,8 @@ void Networking::setLinkStatus(const QString& interface, bool up)
 void Networking::setNetworkLinkStatus(const QString& interface, bool up)
 {
     if (up) {
-        stopSoftApTimer();
-        deactivateLocalSoftAp();
+        m_localSoftAp.stopSoftApTimer();
+        m_localSoftAp.deactivateLocalSoftAp();
     }
     if (up && interface == m_wirelessInterfaceName)
         m_authFailureCount = -1;
@@ -208,12 +193,26 @@ void Networking::setNetworkLinkStatus(const QString& interface, bool up)
         m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
 }
 
+void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
+                                    const OrvaNetworkProfile& oldProfile)
+{
+    m_localSoftAp.restartSoftApTimer(newProfile, oldProfile, m_configured.wireless);
+}
+
+CMReply<QVariant> Networking::editProfile(const WpsSession::ProfileEdit& edit)
+{
+    return requestProfileChange([edit](OrvaNetworkProfile& profile) {
+        profile = edit(profile);
+        return CMError();
+    });
+}
+
 void Networking::setDisconnecting(const QString& interface)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const bool ours = interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName;
     if (!ours && isSoftApInterface(interface))
-        m_softAps->setDisconnecting(interface);
+        m_softAps.setDisconnecting(interface);
     else if (!ours)
         LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
     m_picture.setDisconnecting(interface);
@@ -223,7 +222,7 @@ void Networking::setDisconnecting(const QString& interface)
 void Networking::updateConnectingMessage(const QString& message)
 {
     // What a WPS session says of itself stays.
-    if (!message.isEmpty() || !m_wpsRequest)
+    if (!message.isEmpty() || !m_wpsSession.isRunning())
         m_picture.updateConnectingMessage(message);
 }
 
@@ -264,18 +263,7 @@ void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
     LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
     if (interface != m_wirelessInterfaceName)
         return;
-    restoreLocalSoftAp();
+    m_localSoftAp.restoreLocalSoftAp();
     if (status == Networking_LowLevel::Idle)
-        startQueuedScans();
-}
-
-void Networking::restoreLocalSoftAp()
-{
-    // The wireless interface may have been missing at the start; a status alone is no proof of it.
-    if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
-        !m_lowlevel->hasWireless())
-        return;
-    m_softApAutoEnabled = true;
-    if (m_localSoftApActive)
-        activateLocalSoftAp();
+        m_scans.startQueuedScans();
 }

@@ -6,8 +6,13 @@
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
 #include "picture/picture.h"
+#include "radio/airplanemode.h"
 #include "radio/wifiresource.h"
+#include "radio/wirelesslink.h"
+#include "scan/scans.h"
+#include "softap/localsoftap.h"
 #include "softap/softaps.h"
+#include "wps/wpssession.h"
 
 #include <QQueue>
 #include <QSet>
@@ -51,7 +56,7 @@ public:
     [[nodiscard]] QString wirelessInterface() const override { return m_wirelessInterfaceName; }
     [[nodiscard]] QStringList softapInterfaces() const override
     {
-        return m_softAps->softapInterfaces();
+        return m_softAps.softapInterfaces();
     }
     [[nodiscard]] QStringList disconnectingInterfaces() const override;
     void setLinkStatus(const QString& interface, bool up) override;
@@ -78,39 +83,18 @@ public Q_SLOTS:
     void on_setNetworkProfile_req(const CMSetDataRequest& request);
     void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
 
-    // Scanning.
-    void on_scanNetworks_req(const CMSetDataRequest& request);
-
-    // WPS.
-    void on_generateWpsPin_req(const CMSetDataRequest& request);
-    void on_performWpsPbc_req(const CMSetDataRequest& request);
-    void on_performWpsPin_req(const CMSetDataRequest& request);
-    void on_applyWps_req(const CMSetDataRequest& request);
-
-    // The local soft access point.
-    void on_softApTimer_timeout();
-
-    // Radio.
-    void on_forceWifiReconnect_req(const CMSetDataRequest& request);
-    void on_wirelessRssiNode_activated(const CMSetDataRequest& request);
-    void on_airplaneMode_changed(const OrvaValue& value);
-
     // Backend.
     void on_lowlevel_AuthError(const QString& ssid, const QString& description);
     void on_lowlevel_Error(const QString& message);
     void on_lowlevel_InterfaceStatusChanged(const QString& interface,
                                             Networking_LowLevel::InterfaceStatus status);
-    void on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results);
 
 private:
     // Construction (networking.cpp).
-    void createSoftAps();
-    void connectTimers();
+    void connectRooms();
     void connectBackend();
-    void readSoftApAutoEnabled();
     void bindActions();
     void registerWithPowerManager();
-    void followAirplaneMode();
 
     // Life cycle (lifecycle.cpp).
     void cancelShutdown();
@@ -146,8 +130,6 @@ private:
 
     // What crosses the rooms (networking.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
-    /// Starts the local soft access point again, once, when its interface is seen.
-    void restoreLocalSoftAp();
     void updateConnectingMessage(const QString& message);
 
     // For the rooms that are none yet.
@@ -157,40 +139,9 @@ private:
         m_picture.edit([&](OrvaNetworkInfo& published) { published = info; });
     }
 
-    // WPS (wps/wpssession.cpp).
-    using WpsStart = std::function<bool(const CMReply<OrvaNetworkInterface>& reply)>;
-    [[nodiscard]] bool refuseSecondWps(const CMSetDataRequest& request, const char* signature);
-    void announceWps(OrvaNetworkWpsType type, const QString& message);
-    void startWps(const CMSetDataRequest& request, const char* signature, const WpsStart& start);
-    void publishWps(OrvaNetworkWpsStatus status, const std::function<void(OrvaNetworkWps&)>& also);
-    void wpsFinished(const CMReply<OrvaNetworkInterface>& reply);
-    void wpsSucceeded(const OrvaNetworkInterface& credentials);
-    void wpsFailed(const CMError& error);
-
-    // The worker's own, local soft access point (softap/localsoftap.cpp).
-    void activateLocalSoftAp();
-    void deactivateLocalSoftAp();
-    void startSoftApTimer();
-    void startSoftApTimer(unsigned int seconds);
-    void stopSoftApTimer();
+    CMReply<QVariant> editProfile(const WpsSession::ProfileEdit& edit);
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile);
-
-    // Scanning (scan/scans.cpp).
-    struct QueuedScan
-    {
-        CMSetDataRequest request;
-        qint64 arrivedMs; ///< On the worker's clock.
-    };
-    void scanNetworks(const QueuedScan& scan);
-    void startScan(const CMSetDataRequest& request);
-    void refuseScan();
-    void clearScanResults();
-    void stopIdleScanTimer();
-    void guardQueuedScans();
-    /// Runs the scan requests that waited for the wireless interface, which is idle now.
-    void startQueuedScans();
-    void on_scanTimer_timeout();
 
     const QString m_wiredInterfaceName;
     const QString m_wirelessInterfaceName;
@@ -198,45 +149,33 @@ private:
     Picture m_picture;
     MonotonicClock m_clock = monotonicMs;
 
+    // The rooms.
+    WifiResource m_wifiResource{this};
+    WirelessLink m_wirelessLink;
+    AirplaneMode m_airplaneMode;
+    Scans m_scans;
+    WpsSession m_wpsSession;
+    SoftAps m_softAps;
+    LocalSoftAp m_localSoftAp;
+
     // Life cycle.
     bool m_started = false;
     bool m_shutdownInProgress = false;
-    QTimer m_shutdownTimer;
+    QTimer m_shutdownTimer{this};
 
     // Profile. What is configured is said of the profile last applied; nothing is after a stop.
     OrvaNetworkProfile m_profile;
     Configured m_configured;
     qint32 m_authFailureCount = -1;
     qint32 m_maxAuthFailures = 0;
-    bool m_authFailureFallback = false;
     /// What the worker's own requests for a profile want, by their replies, which nobody else has.
     /// Outlives the requests: those that are dropped at the end still take theirs out.
     QHash<const CMReplyData*, ProfileChange> m_profileChanges;
     /// Requests for a profile; that of the first one is in use and being stored.
     QQueue<CMSetDataRequest> m_profileRequests;
 
-    // Scanning. Whenever the timer stands still, both lists are empty.
-    QVector<CMReply<QVariant>> m_pendingScanReplies;
-    QVector<QueuedScan> m_queueScanRequests;
-    QTimer m_scanTimer;
-
-    // WPS: the session in progress.
-    std::optional<CMSetDataRequest> m_wpsRequest;
-
-    // Soft access point.
-    std::unique_ptr<SoftAps> m_softAps;
-    bool m_softApAutoEnabled = false;
-    bool m_localSoftApActive = false;
-    QTimer m_softApTimer;
-
-    // Radio.
-    OrvaAirplaneModeType m_airplaneModeType;
-    WifiResource m_wifiResource{this};
-
     // Nodes; the container of the base class owns them.
-    CMListRowsNode* m_scanResultsNode = nullptr;
     CMValueNode* m_profileNode = nullptr;
-    CMValueNode* m_airplaneModeNode = nullptr;
 
     WifiRestart* m_wifiRestart = nullptr; ///< A child of the worker.
 };

@@ -9,14 +9,21 @@
     return OrvaValue(CMRoot()->getValue(path).toHash());
 }
 
-/// The value node at `path`, which the worker has created before its rooms. A path without one is
-/// our own mistake (fatal).
+/// The node at `path`, which the worker has created before its rooms. A path without one of that
+/// kind is our own mistake (fatal).
+template <class Node>
+[[nodiscard]] Node* nodeAt(const CMNodes& nodes, const CMPath& path)
+{
+    auto* const node = qobject_cast<Node*>(nodes.find(path));
+    if (!node)
+        qFatal("no such node at %s", qPrintable(path.toString()));
+    return node;
+}
+
+/// The value node at `path`.
 [[nodiscard]] inline CMValueNode* valueNode(const CMNodes& nodes, const CMPath& path)
 {
-    auto* const node = qobject_cast<CMValueNode*>(nodes.find(path));
-    if (!node)
-        qFatal("no value node at %s", qPrintable(path.toString()));
-    return node;
+    return nodeAt<CMValueNode>(nodes, path);
 }
 
 // What a node holds, made of a plain value.

@@ -224,7 +224,7 @@ CMError Networking::forgetNetworks(OrvaNetworkProfile& profile)
         LOG4CPLUS_INFO(networkingLogger(), text);
         return CMError(QStringLiteral("error"), text);
     }
-    m_authFailureFallback = true;
+    m_localSoftAp.setAuthFailureFallback();
     profile = withoutNetworks(profile);
     return CMError();
 }

@@ -1,18 +1,25 @@
-#include "networking.h"
+#include "scan/scans.h"
+
+#include "core/orva.h"
+#include "network/networkpaths.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
+#include "nodevalues.h"
+#include "picture/picture.h"
 #include "scan/scanrow.h"
 
 #include <utility>
 
 namespace {
 
-/// How long the first request of a batch waits for results.
+/// How long the oldest request waits for results.
 constexpr int scanTimeoutMs = 30000;
 
-/// The translation context of what a scan request is answered.
-constexpr const char* requestSignature =
-    "void Networking::on_scanNetworks_req(const CMSetDataRequest&)";
+// What the slots are called in the log and in the translations.
+constexpr auto requestContext = "void Networking::on_scanNetworks_req(const CMSetDataRequest&)";
+constexpr auto resultsContext =
+    "void Networking::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>&)";
+constexpr auto timeoutContext = "void Networking::on_scanTimer_timeout()";
 
 QString idsOf(const QVector<OrvaRoles>& rows)
 {
@@ -22,87 +29,104 @@ QString idsOf(const QVector<OrvaRoles>& rows)
     return ids.join(QStringLiteral(", "));
 }
 
+void failAll(const QVector<CMReply<QVariant>>& replies, const CMError& error)
+{
+    for (const CMReply<QVariant>& reply : replies)
+        reply.setError(error);
+}
+
 } // namespace
 
-void Networking::on_scanNetworks_req(const CMSetDataRequest& request)
+Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& picture,
+             const MonotonicClock& clock, QObject* parent)
+    : QObject(parent)
+    , m_lowlevel(backend)
+    , m_picture(picture)
+    , m_clock(clock)
+    , m_scanResultsNode(nodeAt<CMListRowsNode>(nodes, OrvaNetworkScanResultsPath()))
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    m_scanTimer.setObjectName(QStringLiteral("m_scanTimer"));
+    m_scanTimer.setSingleShot(true);
+    connect(&m_scanTimer, &QTimer::timeout, this, &Scans::on_scanTimer_timeout);
+    connect(&backend, &Networking_LowLevel::ScanResults, this, &Scans::on_lowlevel_ScanResults);
+}
+
+void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
     scanNetworks({request, m_clock()});
     stopIdleScanTimer();
 }
 
-void Networking::scanNetworks(const QueuedScan& scan)
+void Scans::scanNetworks(const QueuedScan& scan)
 {
-    if (info().airplaneMode()) {
+    if (m_picture.info().airplaneMode()) {
         LOG4CPLUS_INFO(networkingLogger(),
                        "Scan requested but airplaneMode is enabled, cannot scan at this time!");
-        scan.request.fail(networkingError(
-            requestSignature, "Scan network request failed as airplaneMode is enabled!"));
-        return;
+        return scan.request.fail(networkingError(
+            requestContext, "Scan network request failed as airplaneMode is enabled!"));
     }
     if (!m_scanTimer.isActive()) {
         Q_ASSERT(m_pendingScanReplies.isEmpty());
         Q_ASSERT(m_queueScanRequests.isEmpty());
         m_scanTimer.start(scanTimeoutMs);
     }
-    m_wifiResource.requestWifiResource(WifiResource::Scan, true);
-    if (m_lowlevel->interfaceStatus(info().wireless().name()) == Networking_LowLevel::Idle)
+    Q_EMIT wifiNeeded(true);
+    const QString wireless = m_picture.info().wireless().name();
+    if (m_lowlevel.interfaceStatus(wireless) == Networking_LowLevel::Idle)
         startScan(scan.request);
     else
         m_queueScanRequests.append(scan);
 }
 
-void Networking::startScan(const CMSetDataRequest& request)
+void Scans::startScan(const CMSetDataRequest& request)
 {
     clearScanResults();
     // The reply waits before the backend is asked, which may bring its results at once.
     m_pendingScanReplies.append(request.reply());
     const bool running = m_pendingScanReplies.size() > 1;
-    if (running || m_lowlevel->scanNetworks())
-        return;
-    refuseScan();
+    if (!running && !m_lowlevel.scanNetworks())
+        refuseScan();
 }
 
-void Networking::refuseScan()
+void Scans::refuseScan()
 {
     LOG4CPLUS_ERROR(networkingLogger(), "Scan failed.");
     clearScanResults();
-    m_wifiResource.requestWifiResource(WifiResource::Scan, false);
-    const auto refused = std::exchange(m_pendingScanReplies, {});
-    for (const CMReply<QVariant>& reply : refused)
-        reply.setError(networkingError(requestSignature, "Scan networks request failed."));
+    Q_EMIT wifiNeeded(false);
+    failAll(std::exchange(m_pendingScanReplies, {}),
+            networkingError(requestContext, "Scan networks request failed."));
 }
 
-void Networking::stopIdleScanTimer()
+void Scans::stopIdleScanTimer()
 {
     if (m_pendingScanReplies.isEmpty() && m_queueScanRequests.isEmpty())
         m_scanTimer.stop();
 }
 
-void Networking::clearScanResults()
+void Scans::clearScanResults()
 {
     const QVector<OrvaRoles> cleared = m_scanResultsNode->rows();
     m_scanResultsNode->rowsClear();
     LOG4CPLUS_DEBUG(networkingLogger(), "ScanResults cleared: (" << idsOf(cleared) << ")");
 }
 
-void Networking::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results)
+void Scans::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), resultsContext);
     m_scanTimer.stop();
     guardQueuedScans();
     const auto answered = std::exchange(m_pendingScanReplies, {});
     for (const OrvaNetworkScanResult& result : results)
         m_scanResultsNode->rowsSetById(scanRow(result));
-    OrvaValue value;
-    value.setNetworkScanResults(results);
+    const QVariant value = OrvaValue::of(OrvaList<OrvaNetworkScanResult>(results)).__variant();
     for (const CMReply<QVariant>& reply : answered)
-        reply.finish(value.__variant());
-    m_wifiResource.requestWifiResource(WifiResource::Scan, false);
+        reply.finish(value);
+    Q_EMIT wifiNeeded(false);
 }
 
-/// The oldest request stands first in the queue, and waits no longer because of others' results.
-void Networking::guardQueuedScans()
+// Nobody waits longer because of others' results.
+void Scans::guardQueuedScans()
 {
     if (m_queueScanRequests.isEmpty())
         return;
@@ -111,7 +135,7 @@ void Networking::guardQueuedScans()
         static_cast<int>(qBound(qint64{0}, scanTimeoutMs - waitedMs, qint64{scanTimeoutMs})));
 }
 
-void Networking::startQueuedScans()
+void Scans::startQueuedScans()
 {
     if (m_queueScanRequests.isEmpty())
         return;
@@ -121,14 +145,13 @@ void Networking::startQueuedScans()
         scanNetworks(scan);
     }
     stopIdleScanTimer();
-    // What airplane mode refused leaves the claim that it made when it was queued.
-    if (!m_scanTimer.isActive() && m_wifiResource.isActive(WifiResource::Scan))
-        m_wifiResource.requestWifiResource(WifiResource::Scan, false);
+    if (!m_scanTimer.isActive())
+        Q_EMIT drained();
 }
 
-void Networking::on_scanTimer_timeout()
+void Scans::on_scanTimer_timeout()
 {
-    m_lowlevel->forgetScan();
+    m_lowlevel.forgetScan();
     auto cancelled = std::exchange(m_pendingScanReplies, {});
     const auto queued = std::exchange(m_queueScanRequests, {});
     for (const QueuedScan& scan : queued)
@@ -137,6 +160,5 @@ void Networking::on_scanTimer_timeout()
         return;
     LOG4CPLUS_ERROR(networkingLogger(),
                     "Scan request timed out, cancelling " << cancelled.size() << " requests");
-    for (const CMReply<QVariant>& reply : std::as_const(cancelled))
-        reply.setError(networkingError(Q_FUNC_INFO, "Scan request timed out"));
+    failAll(cancelled, networkingError(timeoutContext, "Scan request timed out"));
 }

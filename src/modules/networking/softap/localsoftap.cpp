@@ -1,6 +1,9 @@
+#include "softap/localsoftap.h"
+
 #include "network/networkpaths.h"
-#include "networking.h"
 #include "networkinglog.h"
+#include "nodevalues.h"
+#include "picture/picture.h"
 #include "softap/softapactivation.h"
 
 #include <utility>
@@ -26,63 +29,97 @@ bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProf
 
 } // namespace
 
-void Networking::activateLocalSoftAp()
+LocalSoftAp::LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const Picture& picture,
+                         QObject* parent)
+    : QObject(parent)
+    , m_softAps(softAps)
+    , m_lowlevel(backend)
+    , m_picture(picture)
+{
+    m_softApTimer.setObjectName(QStringLiteral("m_softApTimer"));
+    m_softApTimer.setSingleShot(true);
+    connect(&m_softApTimer, &QTimer::timeout, this, &LocalSoftAp::on_softApTimer_timeout);
+}
+
+void LocalSoftAp::readSoftApAutoEnabled()
+{
+    if (!m_lowlevel.hasWireless()) {
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "No wireless interface on the system, disabling softap mode");
+        return;
+    }
+    LOG4CPLUS_DEBUG(networkingLogger(), "There is a wireless interface on the system");
+    m_softApAutoEnabled = readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_();
+}
+
+void LocalSoftAp::restoreLocalSoftAp()
+{
+    // The wireless interface may have been missing at the start; a status alone is no proof of it.
+    if (m_softApAutoEnabled || !readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_() ||
+        !m_lowlevel.hasWireless())
+        return;
+    m_softApAutoEnabled = true;
+    if (m_localSoftApActive)
+        activateLocalSoftAp();
+}
+
+void LocalSoftAp::activateLocalSoftAp()
 {
     // Not before networking is started: the request would be refused, and the next start would find
     // the soft AP marked as active and leave it alone.
-    m_localSoftApActive = m_started;
+    m_localSoftApActive = m_softAps.worker().isStarted();
     if (!m_softApAutoEnabled)
         return;
-    m_softAps->on_requestSoftAp_req(
-        softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(name())));
+    m_softAps.on_requestSoftAp_req(
+        softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(m_softAps.worker().name)));
 }
 
-void Networking::deactivateLocalSoftAp()
+void LocalSoftAp::deactivateLocalSoftAp()
 {
     m_localSoftApActive = false;
     if (!m_softApAutoEnabled)
         return;
-    m_softAps->on_revokeSoftAp_req(
-        softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(name())));
+    m_softAps.on_revokeSoftAp_req(
+        softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(m_softAps.worker().name)));
 }
 
-void Networking::startSoftApTimer()
+void LocalSoftAp::startSoftApTimer()
 {
     LOG4CPLUS_INFO(networkingLogger(), "Starting softap timer");
     m_softApTimer.start(OrvaNetworkSoftApTimeout());
 }
 
-void Networking::startSoftApTimer(unsigned int seconds)
+void LocalSoftAp::startSoftApTimer(unsigned int seconds)
 {
     LOG4CPLUS_INFO(networkingLogger(),
                    "Starting softap timer with custom timeout: " << seconds << " seconds");
     m_softApTimer.start(static_cast<int>(seconds) * 1000);
 }
 
-void Networking::stopSoftApTimer()
+void LocalSoftAp::stopSoftApTimer()
 {
     if (m_softApTimer.isActive())
         LOG4CPLUS_INFO(networkingLogger(), "Stopping softap timer.");
     m_softApTimer.stop();
 }
 
-void Networking::on_softApTimer_timeout()
+void LocalSoftAp::on_softApTimer_timeout()
 {
     LOG4CPLUS_INFO(networkingLogger(), "activating local soft ap");
     activateLocalSoftAp();
 }
 
-void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
-                                    const OrvaNetworkProfile& oldProfile)
+void LocalSoftAp::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
+                                     const OrvaNetworkProfile& oldProfile, bool wirelessConfigured)
 {
     LOG4CPLUS_TRACE(networkingLogger(), "new: " << newProfile << " old: " << oldProfile);
-    if (m_configured.wireless && wirelessChanged(newProfile, oldProfile))
+    if (wirelessConfigured && wirelessChanged(newProfile, oldProfile))
         deactivateLocalSoftAp();
     const bool fallback = std::exchange(m_authFailureFallback, false);
     if (m_localSoftApActive)
         return;
-    if (currentCableStatus() || m_configured.wireless) {
-        if (!linkStatus())
+    if (m_picture.currentCableStatus() || wirelessConfigured) {
+        if (!m_picture.linkStatus())
             startSoftApTimer();
         return;
     }

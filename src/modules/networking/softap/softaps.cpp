@@ -24,17 +24,19 @@ CMError revocationError(const char* text)
 
 } // namespace
 
-SoftAps::SoftAps(Networking_LowLevel& backend, const Worker& worker, CMValueNode* stations,
+SoftAps::SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Worker& worker,
                  QObject* parent)
     : QObject(parent)
     , m_lowlevel(backend)
     , m_worker(worker)
-    , m_stations(backend, stations)
+    , m_stations(backend, valueNode(nodes, OrvaNetworkConnectedSoftApStationsPath()))
+    , m_softApRequestsNode(valueNode(nodes, OrvaNetworkSoftApRequestsPath()))
 {
     m_softApTimeoutTimer.setObjectName(QStringLiteral("m_softApTimeoutTimer"));
     m_softApTimeoutTimer.setSingleShot(true);
     m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_softApTimeoutTimer, &QTimer::timeout, this, &SoftAps::on_softApTimeoutTimer_timeout);
+    publishSoftApRequestsNow();
 }
 
 void SoftAps::readSoftApConfiguration(const QString& mac)
@@ -53,11 +55,6 @@ void SoftAps::readSoftApConfiguration(const QString& mac)
         if (!m_softApInterfaces.contains(settings.apInterface()))
             m_softApInterfaces.append(settings.apInterface());
     }
-}
-
-void SoftAps::setRequestsNode(CMValueNode* node)
-{
-    m_softApRequestsNode = node;
 }
 
 void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)

@@ -27,15 +27,16 @@ public:
         MonotonicClock clock;
     };
 
-    /// `backend` and the node of the connected stations must outlive this object.
-    SoftAps(Networking_LowLevel& backend, const Worker& worker, CMValueNode* stations,
+    /// `nodes` has those of the live requests and of the connected stations. The backend must
+    /// outlive this object.
+    SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Worker& worker,
             QObject* parent);
 
     /// Reads which interfaces there are and how they are configured, from the settings. `mac` tells
     /// the SSIDs of devices apart.
     void readSoftApConfiguration(const QString& mac);
-    /// The node that shows the live requests. It is the last one of the worker's.
-    void setRequestsNode(CMValueNode* node);
+    /// The worker, as it shows itself to the access points.
+    [[nodiscard]] const Worker& worker() const { return m_worker; }
     /// The interfaces that the configuration names, in its order.
     [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
 
@@ -79,7 +80,7 @@ private:
     Networking_LowLevel& m_lowlevel;
     const Worker m_worker;
     SoftApStations m_stations;
-    CMValueNode* m_softApRequestsNode = nullptr;
+    CMValueNode* const m_softApRequestsNode;
     QStringList m_softApInterfaces;
     SoftApsByInterface m_softAps;
     bool m_softApRequestsChanged = false; ///< Their publication is queued.

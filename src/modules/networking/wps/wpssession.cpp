@@ -1,8 +1,9 @@
-#include "answeras.h"
-#include "networking.h"
+#include "wps/wpssession.h"
+
+#include "core/dbglog.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "picture/picture.h"
 #include "wps/wpscredentials.h"
 #include "wps/wpspin.h"
 
@@ -10,134 +11,154 @@
 
 #include <cstdlib>
 
-void Networking::on_generateWpsPin_req(const CMSetDataRequest& request)
+namespace {
+
+// What the slots are called in the log and in the translations.
+constexpr auto generateContext = "void Networking::on_generateWpsPin_req(const CMSetDataRequest&)";
+constexpr auto pbcContext = "void Networking::on_performWpsPbc_req(const CMSetDataRequest&)";
+constexpr auto pinContext = "void Networking::on_performWpsPin_req(const CMSetDataRequest&)";
+constexpr auto applyContext = "void Networking::on_applyWps_req(const CMSetDataRequest&)";
+constexpr auto finishedContext =
+    "void Networking::wpsFinished(const CMReply<OrvaNetworkInterface>&)";
+
+/// The published record of the session, after `change(OrvaNetworkWps&)`.
+template <class Change>
+void publishWps(Picture& picture, const Change& change)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    std::srand(static_cast<unsigned int>(QDateTime::currentMSecsSinceEpoch()));
-    request.answer(toValue(wpsPin(static_cast<quint32>(std::rand()) % 10000000)));
+    picture.edit([&](OrvaNetworkInfo& info) {
+        OrvaNetworkWirelessInterface wireless = info.wireless();
+        OrvaNetworkWps wps = wireless.wps();
+        change(wps);
+        wireless.setWps(wps);
+        info.setWireless(wireless);
+    });
 }
 
-void Networking::on_performWpsPbc_req(const CMSetDataRequest& request)
+} // namespace
+
+WpsSession::WpsSession(Networking_LowLevel& backend, Picture& picture,
+                       const ChangeProfile& changeProfile)
+    : m_lowlevel(backend)
+    , m_picture(picture)
+    , m_changeProfile(changeProfile)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    if (refuseSecondWps(request, Q_FUNC_INFO))
+}
+
+void WpsSession::on_generateWpsPin_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), generateContext);
+    std::srand(static_cast<unsigned int>(QDateTime::currentMSecsSinceEpoch()));
+    request.answer(OrvaValue::of(wpsPin(static_cast<quint32>(std::rand()) % 10000000)));
+}
+
+void WpsSession::on_performWpsPbc_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), pbcContext);
+    if (refuseSecond(request, pbcContext))
         return;
     LOG4CPLUS_DEBUG(networkingLogger(), "Starting WPS-PBC");
-    announceWps(OrvaNetworkWpsType::PushButton, QStringLiteral("WPS in progress..."));
+    announce(OrvaNetworkWpsType::PushButton, QStringLiteral("WPS in progress..."));
     LOG4CPLUS_WARN(networkingLogger(), "To continue with WPS, push WPS button on your router.");
-    startWps(request, Q_FUNC_INFO,
-             [this](const auto& reply) { return m_lowlevel->performWpsPbc(reply); });
+    start(request, pbcContext,
+          [this](const WpsReply& reply) { return m_lowlevel.performWpsPbc(reply); });
 }
 
-void Networking::on_performWpsPin_req(const CMSetDataRequest& request)
+void WpsSession::on_performWpsPin_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    if (refuseSecondWps(request, Q_FUNC_INFO))
+    const auto trace = dbglog_scopedFunction(networkingLogger(), pinContext);
+    if (refuseSecond(request, pinContext))
         return;
     const QString pin = request.value().string_();
     LOG4CPLUS_TRACE(networkingLogger(), "Checking passed in PIN: " << pin);
-    if (!isWpsPin(pin)) {
-        request.fail(networkingError(Q_FUNC_INFO, "WPS PIN needs to be exactly 8 digits"));
-        return;
-    }
+    if (!isWpsPin(pin))
+        return request.fail(networkingError(pinContext, "WPS PIN needs to be exactly 8 digits"));
     LOG4CPLUS_INFO(networkingLogger(), "Starting WPS-PIN with PIN " << pin);
-    announceWps(OrvaNetworkWpsType::Pin, QStringLiteral("WPS PIN in progress..."));
+    announce(OrvaNetworkWpsType::Pin, QStringLiteral("WPS PIN in progress..."));
     LOG4CPLUS_WARN(networkingLogger(),
                    "To continue with WPS, enter the device PIN and continue on your router.");
-    startWps(request, Q_FUNC_INFO,
-             [this, pin](const auto& reply) { return m_lowlevel->performWpsPin(pin, reply); });
+    start(request, pinContext,
+          [this, pin](const WpsReply& reply) { return m_lowlevel.performWpsPin(pin, reply); });
 }
 
-bool Networking::refuseSecondWps(const CMSetDataRequest& request, const char* signature)
+bool WpsSession::refuseSecond(const CMSetDataRequest& request, const char* context)
 {
-    if (m_wpsRequest)
-        request.fail(networkingError(signature, "WPS in progress, ignoring request."));
-    return m_wpsRequest.has_value();
+    if (isRunning())
+        request.fail(networkingError(context, "WPS in progress, ignoring request."));
+    return isRunning();
 }
 
-void Networking::announceWps(OrvaNetworkWpsType type, const QString& message)
+void WpsSession::announce(OrvaNetworkWpsType type, const QString& message)
 {
-    m_wifiResource.requestWifiResource(WifiResource::Wps, true);
-    updateConnectingMessage(message);
-    publishWps(OrvaNetworkWpsStatus::InProgress,
-               [type](OrvaNetworkWps& wps) { wps.setType(type); });
+    Q_EMIT wifiNeeded(true);
+    m_picture.updateConnectingMessage(message);
+    publishWps(m_picture, [type](OrvaNetworkWps& wps) {
+        wps.setStatus(OrvaNetworkWpsStatus::InProgress);
+        wps.setType(type);
+    });
 }
 
-void Networking::startWps(const CMSetDataRequest& request, const char* signature,
-                          const WpsStart& start)
+void WpsSession::start(const CMSetDataRequest& request, const char* context,
+                       const std::function<bool(const WpsReply& reply)>& perform)
 {
     m_wpsRequest = request;
-    const auto reply = CMReply<OrvaNetworkInterface>::create();
-    if (!start(reply)) {
-        request.fail(networkingError(signature, "WPS request failed."));
+    const auto reply = WpsReply::create();
+    if (!perform(reply)) {
+        request.fail(networkingError(context, "WPS request failed."));
         m_wpsRequest.reset();
-        m_wifiResource.requestWifiResource(WifiResource::Wps, false);
+        Q_EMIT wifiNeeded(false);
         return;
     }
     // Only a session that runs is watched: the end of a reply that no backend took would be taken
     // for that of the next session.
     reply.addWatcher(
-        this, [this](const CMReply<OrvaNetworkInterface>& finished) { wpsFinished(finished); },
-        Qt::QueuedConnection);
+        this, [this](const WpsReply& finished) { wpsFinished(finished); }, Qt::QueuedConnection);
 }
 
-void Networking::publishWps(OrvaNetworkWpsStatus status,
-                            const std::function<void(OrvaNetworkWps&)>& also)
-{
-    OrvaNetworkInfo published = info();
-    OrvaNetworkWirelessInterface wireless = published.wireless();
-    OrvaNetworkWps wps = wireless.wps();
-    wps.setStatus(status);
-    also(wps);
-    wireless.setWps(wps);
-    published.setWireless(wireless);
-    publishInfo(published);
-}
-
-void Networking::wpsFinished(const CMReply<OrvaNetworkInterface>& reply)
+void WpsSession::wpsFinished(const WpsReply& reply)
 {
     const CMError error = reply.error();
-    LOG4CPLUS_TRACE(networkingLogger(), "Enter " << Q_FUNC_INFO << " reply.error: " << error
+    LOG4CPLUS_TRACE(networkingLogger(), "Enter " << finishedContext << " reply.error: " << error
                                                  << " reply.value: " << reply.value());
-    m_wifiResource.requestWifiResource(WifiResource::Wps, false);
+    Q_EMIT wifiNeeded(false);
     if (!m_wpsRequest) {
         LOG4CPLUS_ERROR(networkingLogger(), "Unmatched WPS notify (no request)");
         return;
     }
     if (error.isEmpty())
-        wpsSucceeded(reply.value());
+        succeed(reply.value());
     else
-        wpsFailed(error);
+        fail(error);
     m_wpsRequest.reset();
 }
 
-void Networking::wpsSucceeded(const OrvaNetworkInterface& credentials)
+void WpsSession::succeed(const OrvaNetworkInterface& credentials)
 {
     LOG4CPLUS_INFO(networkingLogger(), "WPS session successfully finished.");
-    updateConnectingMessage(QStringLiteral("WPS finished successfully!"));
-    publishWps(OrvaNetworkWpsStatus::Succeeded, [](OrvaNetworkWps&) {});
-    OrvaValue value;
-    value.setNetworkInterface(credentials);
-    m_wpsRequest->answer(value);
+    m_picture.updateConnectingMessage(QStringLiteral("WPS finished successfully!"));
+    publishWps(m_picture,
+               [](OrvaNetworkWps& wps) { wps.setStatus(OrvaNetworkWpsStatus::Succeeded); });
+    m_wpsRequest->answer(OrvaValue::of(credentials));
 }
 
-void Networking::wpsFailed(const CMError& error)
+void WpsSession::fail(const CMError& error)
 {
     LOG4CPLUS_ERROR(networkingLogger(), "WPS Error: " << error);
-    updateConnectingMessage(QStringLiteral("WPS failed: ") + error.message());
-    publishWps(OrvaNetworkWpsStatus::Failed,
-               [&error](OrvaNetworkWps& wps) { wps.setLastError(error.message()); });
+    m_picture.updateConnectingMessage(QStringLiteral("WPS failed: ") + error.message());
+    publishWps(m_picture, [&error](OrvaNetworkWps& wps) {
+        wps.setStatus(OrvaNetworkWpsStatus::Failed);
+        wps.setLastError(error.message());
+    });
     m_wpsRequest->fail(error);
 }
 
-void Networking::on_applyWps_req(const CMSetDataRequest& request)
+void WpsSession::on_applyWps_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), applyContext);
     const OrvaNetworkInterface credentials = request.value().networkInterface();
-    const auto applied = requestProfileChange([credentials](OrvaNetworkProfile& profile) {
-        profile = withWpsCredentials(profile, credentials);
-        LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << profile);
-        return CMError();
+    const auto applied = m_changeProfile([credentials](const OrvaNetworkProfile& profile) {
+        const OrvaNetworkProfile changed = withWpsCredentials(profile, credentials);
+        LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << changed);
+        return changed;
     });
-    answerAs(applied, request);
+    applied.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
 }

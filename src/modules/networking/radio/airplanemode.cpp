@@ -1,7 +1,11 @@
+#include "radio/airplanemode.h"
+
+#include "core/orva.h"
 #include "network/networkpaths.h"
-#include "networking.h"
 #include "networkinglog.h"
+#include "nodevalues.h"
 #include "orvaprocesshandler.h"
+#include "picture/picture.h"
 
 namespace {
 
@@ -36,19 +40,33 @@ void runRfkill(const QStringList& arguments)
 
 } // namespace
 
-void Networking::setDataRequest(const CMSetDataRequest& request)
+AirplaneMode::AirplaneMode(Picture& picture)
+    : m_picture(picture)
+    , m_airplaneModeType(readValue(OrvaNetworkAirplaneModeTypeSettingPath()).airplaneModeType())
 {
-    const bool switchesAirplaneMode = request.path() == OrvaNetworkAirplaneModePath() &&
-                                      request.role() == OrvaRoles::Value() &&
-                                      request.value().typeKey() == OrvaValue::Bool();
-    if (!switchesAirplaneMode)
-        return CMNodesWorker::setDataRequest(request);
+}
+
+void AirplaneMode::follow(CMValueNode* node)
+{
+    // Connected first, so that the stored airplane mode is applied.
+    connect(node, &CMValueNode::valueChanged, this, &AirplaneMode::on_airplaneMode_changed);
+    node->setValue(OrvaValue::of(m_picture.info().airplaneMode()));
+}
+
+bool AirplaneMode::isSwitch(const CMSetDataRequest& request)
+{
+    return request.path() == OrvaNetworkAirplaneModePath() &&
+           request.role() == OrvaRoles::Value() && request.value().typeKey() == OrvaValue::Bool();
+}
+
+void AirplaneMode::store(const CMSetDataRequest& request, const std::function<void()>& move)
+{
     const auto stored = CMReply<QVariant>::create();
     stored.addWatcher(
         this,
-        [this, request](const CMReply<QVariant>& reply) {
+        [request, move](const CMReply<QVariant>& reply) {
             if (reply.error().isEmpty())
-                CMNodesWorker::setDataRequest(request);
+                move();
             else
                 request.fail(reply.error());
         },
@@ -58,33 +76,10 @@ void Networking::setDataRequest(const CMSetDataRequest& request)
     stored.data()->hurry();
 }
 
-void Networking::on_airplaneMode_changed(const OrvaValue& value)
+void AirplaneMode::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
     LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
     runRfkill(rfkillArguments(on, m_airplaneModeType));
-    OrvaNetworkInfo published = info();
-    published.setAirplaneMode(on);
-    publishInfo(published);
-}
-
-void Networking::on_forceWifiReconnect_req(const CMSetDataRequest& request)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    m_lowlevel->forceWifiReconnect();
-    request.answer();
-}
-
-void Networking::on_wirelessRssiNode_activated(const CMSetDataRequest& request)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const double rssi = m_lowlevel->getWirelessRssi();
-    if (rssi == 0.0) {
-        request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(Q_FUNC_INFO),
-                                                               "Unable to get wireless rssi")));
-        return;
-    }
-    OrvaValue value;
-    value.setDouble_(rssi);
-    request.answer(value);
+    m_picture.edit([on](OrvaNetworkInfo& info) { info.setAirplaneMode(on); });
 }

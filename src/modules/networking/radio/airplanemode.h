@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/model/cmrequest.h"
+#include "network/networkenums.h"
+
+#include <QObject>
+
+#include <functional>
+
+class CMValueNode;
+class Picture;
+
+/// Airplane mode: has the radios blocked by `rfkill`, and keeps the switch across restarts.
+class AirplaneMode : public QObject
+{
+    Q_OBJECT
+public:
+    /// Reads which radios the device blocks. The picture must outlive this object.
+    explicit AirplaneMode(Picture& picture);
+
+    /// Applies the mode that is stored, and from now on what `node` is switched to.
+    void follow(CMValueNode* node);
+    /// Whether the request asks for the switch to be moved.
+    [[nodiscard]] static bool isSwitch(const CMSetDataRequest& request);
+    /// Stores the mode that the request asks for, then calls `move`. A mode that cannot be stored
+    /// changes nothing, which the request is told.
+    void store(const CMSetDataRequest& request, const std::function<void()>& move);
+
+public Q_SLOTS:
+    /// Blocks or frees the radios; waits for rfkill, at most 5 s.
+    void on_airplaneMode_changed(const OrvaValue& value);
+
+private:
+    Picture& m_picture;
+    const OrvaAirplaneModeType m_airplaneModeType;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "core/model/cmrequest.h"
+
+#include <QObject>
+
+class Networking_LowLevel;
+
+/// What is asked of the wireless link as it stands: its signal, and to be associated anew.
+class WirelessLink : public QObject
+{
+    Q_OBJECT
+public:
+    /// `backend` must outlive this object.
+    explicit WirelessLink(Networking_LowLevel& backend);
+
+public Q_SLOTS:
+    /// Answers with success, whatever the backend says.
+    void on_forceWifiReconnect_req(const CMSetDataRequest& request);
+    /// Answers with the signal in dBm, a double; with an error where there is none.
+    void on_wirelessRssiNode_activated(const CMSetDataRequest& request);
+
+private:
+    Networking_LowLevel& m_lowlevel;
+};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "network/networkrecords.h"
+#include "softap/softaps.h"
+
+#include <QTimer>
+
+class Picture;
+
+/// The device's own soft access point, by which it is set up: started when no network is there for
+/// a while, gone when one is.
+class LocalSoftAp : public QObject
+{
+    Q_OBJECT
+public:
+    /// Asks and revokes at `softAps`, in the worker's name. All must outlive this object.
+    LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const Picture& picture,
+                QObject* parent);
+
+    /// Reads whether the device may have an access point of its own, which takes a wireless
+    /// interface.
+    void readSoftApAutoEnabled();
+    /// Starts the access point that was missed for want of a wireless interface, once.
+    void restoreLocalSoftAp();
+
+    void activateLocalSoftAp();
+    void deactivateLocalSoftAp();
+
+    /// Starts the access point after the usual delay.
+    void startSoftApTimer();
+    void startSoftApTimer(unsigned int seconds);
+    void stopSoftApTimer();
+    /// A profile was applied in the place of another, or the last link went. Stops the access point
+    /// where another wireless network is to be joined, and starts the timer that fits.
+    void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
+                            const OrvaNetworkProfile& oldProfile, bool wirelessConfigured);
+    /// The wireless keys are wrong: the next start of the timer is for at once.
+    void setAuthFailureFallback() { m_authFailureFallback = true; }
+
+public Q_SLOTS:
+    void on_softApTimer_timeout();
+
+private:
+    SoftAps& m_softAps;
+    Networking_LowLevel& m_lowlevel;
+    const Picture& m_picture;
+    bool m_softApAutoEnabled = false;
+    bool m_localSoftApActive = false;
+    bool m_authFailureFallback = false;
+    QTimer m_softApTimer{this};
+};
