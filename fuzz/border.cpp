@@ -1,4 +1,5 @@
 // JSON from a client: what passes is a plain value that reads back as itself, in any record.
+#include "core/orvalogtext.h"
 #include "core/orvaplainvalue.h"
 #include "network/networkrecords.h"
 #include "target.h"

@@ -1,5 +1,6 @@
 #include "valuetext.h"
 
+#include "core/orvalogtext.h"
 #include "core/orvaplainvalue.h"
 
 #include <QJsonDocument>

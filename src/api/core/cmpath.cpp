@@ -1,5 +1,7 @@
 #include "core/cmpath.h"
 
+#include "core/orvalogtext.h"
+
 #include <ostream>
 
 std::ostream& operator<<(std::ostream& stream, const CMPath& path)

@@ -1,7 +1,5 @@
 #include "core/dbglog.h"
 
-#include "core/orvahash.h"
-
 #include <ostream>
 
 std::ostream& operator<<(std::ostream& stream, const QString& text)

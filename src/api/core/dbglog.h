@@ -1,8 +1,6 @@
 #pragma once
 
-#include "core/orva_global.h"
-
-#include <QString>
+#include "core/orvalogtext.h"
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>

@@ -1,6 +1,6 @@
 #include "core/orvahash.h"
 
-#include <QStringList>
+#include "core/orvalogtext.h"
 
 #include <algorithm>
 #include <ostream>
@@ -17,64 +17,6 @@ bool equalHashes(const QVariantHash& left, const QVariantHash& right)
         const auto other = right.constFind(entry.first);
         return other != right.constEnd() && orvaStrictlyEqual(entry.second, *other);
     });
-}
-
-QString scalarToLog(const QVariant& value)
-{
-    switch (value.userType()) {
-    case QMetaType::QString:
-        return QLatin1Char('"') + orvaLogText(value.toString()) + QLatin1Char('"');
-    case QMetaType::QByteArray:
-        return QString::fromLatin1(value.toByteArray().toHex());
-    case QMetaType::UnknownType:
-        return QStringLiteral("none");
-    default:
-        return value.toString();
-    }
-}
-
-/// Whatever stands under a secret's name is hidden, a container too; that it is empty may show.
-QString fieldToLog(const QString& key, const QVariant& value)
-{
-    const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
-    const bool hide = orvaIsSecretKey(key) && !isEmptyText;
-    return orvaLogText(key) + QStringLiteral(": ") +
-           (hide ? QStringLiteral("****") : orvaToLog(value));
-}
-
-/// A fixed order, so that two runs write the same line.
-QString hashToLog(const QVariantHash& hash)
-{
-    QStringList keys = hash.keys();
-    keys.sort();
-    QStringList fields;
-    for (const QString& key : std::as_const(keys))
-        fields << fieldToLog(key, hash.value(key));
-    return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
-}
-
-/// Whether the character turns the direction of the text around it.
-bool turnsText(QChar character)
-{
-    const ushort code = character.unicode();
-    return code == 0x061c || code == 0x200e || code == 0x200f ||
-           (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
-}
-
-/// Whether the character does something to a line or to its terminal beside being shown.
-bool rulesTheTerminal(QChar character)
-{
-    return character.category() == QChar::Other_Control ||
-           character.category() == QChar::Separator_Line ||
-           character.category() == QChar::Separator_Paragraph || turnsText(character);
-}
-
-QVariantHash toHash(const QVariantMap& map)
-{
-    QVariantHash hash;
-    for (auto entry = map.begin(); entry != map.end(); ++entry)
-        hash.insert(entry.key(), entry.value());
-    return hash;
 }
 
 } // namespace
@@ -103,56 +45,6 @@ bool orvaStrictlyEqual(const QVariant& left, const QVariant& right)
     return leftItems.isSharedWith(rightItems) ||
            std::equal(leftItems.begin(), leftItems.end(), rightItems.begin(), rightItems.end(),
                       orvaStrictlyEqual);
-}
-
-bool orvaIsSecretKey(const QString& key)
-{
-    static const QStringList names = {QStringLiteral("key"),           QStringLiteral("wpa_psk"),
-                                      QStringLiteral("psk"),           QStringLiteral("passphrase"),
-                                      QStringLiteral("password"),      QStringLiteral("wep_key"),
-                                      QStringLiteral("wpa_passphrase")};
-    return names.contains(key, Qt::CaseInsensitive);
-}
-
-QString orvaLogText(const QString& text)
-{
-    if (std::none_of(text.begin(), text.end(), rulesTheTerminal))
-        return text;
-    QString escaped;
-    for (const QChar character : text) {
-        if (rulesTheTerminal(character))
-            escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
-        else
-            escaped += character;
-    }
-    return escaped;
-}
-
-QString orvaLogLine(const QString& text)
-{
-    constexpr int longest = 65536;
-    if (text.size() <= longest)
-        return text;
-    return text.left(longest) + QStringLiteral("... (%1 characters)").arg(text.size());
-}
-
-QString orvaToLog(const QVariant& value)
-{
-    switch (value.userType()) {
-    case QMetaType::QVariantHash:
-        return hashToLog(value.toHash());
-    case QMetaType::QVariantMap:
-        return hashToLog(toHash(value.toMap()));
-    case QMetaType::QVariantList: {
-        QStringList items;
-        const QVariantList list = value.toList();
-        for (const QVariant& item : list)
-            items << orvaToLog(item);
-        return QLatin1Char('[') + items.join(QStringLiteral(", ")) + QLatin1Char(']');
-    }
-    default:
-        return scalarToLog(value);
-    }
 }
 
 std::ostream& operator<<(std::ostream& stream, const OrvaHash& hash)

@@ -56,20 +56,5 @@ protected:
 /// true and "1" for equal.
 [[nodiscard]] ORVA_API bool orvaStrictlyEqual(const QVariant& left, const QVariant& right);
 
-/// Whether a field of this name holds a key or passphrase, which no log may show.
-[[nodiscard]] ORVA_API bool orvaIsSecretKey(const QString& key);
-
-/// Text as it may stand in one line of a log or on a terminal: control characters (the 8-bit ones
-/// too), separators of lines and marks that turn the direction of text as `\u` and four hexadecimal
-/// digits, as JSON has them.
-[[nodiscard]] ORVA_API QString orvaLogText(const QString& text);
-
-/// What one line of a log takes of a text: all of it up to 65536 characters, else its beginning and
-/// its length.
-[[nodiscard]] ORVA_API QString orvaLogLine(const QString& text);
-
-/// Any plain value as one line for a log: keys in alphabetical order, secrets as "****".
-[[nodiscard]] ORVA_API QString orvaToLog(const QVariant& value);
-
 /// Writes `orvaToLog` of the hash, within `orvaLogLine`. Serves every record, value and error.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaHash& hash);

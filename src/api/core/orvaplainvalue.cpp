@@ -1,6 +1,6 @@
 #include "core/orvaplainvalue.h"
 
-#include "core/orvahash.h"
+#include "core/orvalogtext.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
