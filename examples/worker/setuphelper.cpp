@@ -16,7 +16,8 @@ SetupHelper::SetupHelper(const QVariantHash& config)
     , m_advice(CMValueNode::create(nodes(), CMPath(QStringLiteral("setup-helper/advice"))))
     , m_info(this, OrvaNetworkInfoPath())
 {
-    m_advice->setTitle(TrString(trExtractContext(Q_FUNC_INFO), "How to reach this device"));
+    m_advice->setTitle(TrString(trExtractContext("SetupHelper::SetupHelper(const QVariantHash&)"),
+                                "How to reach this device"));
     m_advice->setReadOnly(true);
     // Comes for the first known value too, whichever worker is loaded first.
     connect(&m_info, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
@@ -26,7 +27,8 @@ SetupHelper::SetupHelper(const QVariantHash& config)
     });
 
     auto* open = CMActivateNode::create(nodes(), CMPath(QStringLiteral("setup-helper/open")));
-    open->setTitle(TrString(trExtractContext(Q_FUNC_INFO), "Open the setup network"));
+    open->setTitle(TrString(trExtractContext("SetupHelper::SetupHelper(const QVariantHash&)"),
+                            "Open the setup network"));
     open->setInvoke(this, &SetupHelper::on_open_req, Qt::QueuedConnection);
 }
 

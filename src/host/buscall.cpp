@@ -14,7 +14,8 @@ bool isNameCharacter(QChar character)
 CMError tooLarge()
 {
     return {QStringLiteral("TooLarge"),
-            TrString(trExtractContext(Q_FUNC_INFO), "The answer is too large for the bus.")};
+            TrString(trExtractContext("CMError {anonymous}::tooLarge()"),
+                     "The answer is too large for the bus.")};
 }
 
 } // namespace

@@ -73,7 +73,7 @@ std::optional<OrvaValue> valueFromBus(const OrvaBusValue& foreign, QString* why)
 CMError accessDenied(const CMPath& path)
 {
     return {QStringLiteral("AccessDenied"),
-            TrString(trExtractContext(Q_FUNC_INFO),
+            TrString(trExtractContext("CMError {anonymous}::accessDenied(const CMPath&)"),
                      "The node at \"%1\" is for root and the host's own user alone.",
                      {path.toString()})};
 }

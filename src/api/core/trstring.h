@@ -55,7 +55,8 @@ private:
     QList<TrArg> m_arguments;
 };
 
-/// The translation context of a function: its signature text, as `Q_FUNC_INFO` gives it.
+/// The translation context of a function: its signature, written out in the form that gcc gives it,
+/// so that a catalogue of translations serves the builds of every compiler.
 [[nodiscard]] ORVA_API QByteArray trExtractContext(const char* signature);
 
 /// Writes `toString()`.

@@ -48,8 +48,8 @@ bool refuseModuleName(const CMSetDataRequest& request, const QString& name)
 
 CMError tooMany()
 {
-    return {QStringLiteral("TooMany"),
-            TrString(trExtractContext(Q_FUNC_INFO), "There are %1 modules already.", {MaxModules})};
+    return {QStringLiteral("TooMany"), TrString(trExtractContext("CMError {anonymous}::tooMany()"),
+                                                "There are %1 modules already.", {MaxModules})};
 }
 
 CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& first)

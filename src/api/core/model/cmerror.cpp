@@ -9,39 +9,46 @@ CMError::CMError(const QString& name, const TrString& message, const TrString& t
 
 TrString CMError::DefaultTitle()
 {
-    return TrString(trExtractContext(Q_FUNC_INFO), "Error");
+    return TrString(trExtractContext("static TrString CMError::DefaultTitle()"), "Error");
+}
+
+CMError CMError::failed(const QString& why)
+{
+    return {QStringLiteral("error"), TrString(why)};
 }
 
 CMError CMError::unknownPath(const CMPath& path)
 {
-    return {
-        QStringLiteral("UnknownPath"),
-        TrString(trExtractContext(Q_FUNC_INFO), "There is no node at \"%1\".", {path.toString()})};
+    return {QStringLiteral("UnknownPath"),
+            TrString(trExtractContext("static CMError CMError::unknownPath(const CMPath&)"),
+                     "There is no node at \"%1\".", {path.toString()})};
 }
 
 CMError CMError::wrongKind(const CMPath& path)
 {
     return {QStringLiteral("WrongKind"),
-            TrString(trExtractContext(Q_FUNC_INFO), "The node at \"%1\" is of another kind.",
-                     {path.toString()})};
+            TrString(trExtractContext("static CMError CMError::wrongKind(const CMPath&)"),
+                     "The node at \"%1\" is of another kind.", {path.toString()})};
 }
 
 CMError CMError::readOnly(const CMPath& path)
 {
     return {QStringLiteral("ReadOnly"),
-            TrString(trExtractContext(Q_FUNC_INFO), "The node at \"%1\" is read-only.",
-                     {path.toString()})};
+            TrString(trExtractContext("static CMError CMError::readOnly(const CMPath&)"),
+                     "The node at \"%1\" is read-only.", {path.toString()})};
 }
 
 CMError CMError::malformedValue(const CMPath& path, const QString& why)
 {
     return {QStringLiteral("MalformedValue"),
-            TrString(trExtractContext(Q_FUNC_INFO), "The value for \"%1\" is malformed: %2.",
-                     {path.toString(), why})};
+            TrString(trExtractContext(
+                         "static CMError CMError::malformedValue(const CMPath&, const QString&)"),
+                     "The value for \"%1\" is malformed: %2.", {path.toString(), why})};
 }
 
 CMError CMError::dropped()
 {
     return {QStringLiteral("Dropped"),
-            TrString(trExtractContext(Q_FUNC_INFO), "The request was dropped without an answer.")};
+            TrString(trExtractContext("static CMError CMError::dropped()"),
+                     "The request was dropped without an answer.")};
 }

@@ -22,6 +22,8 @@ class ORVA_API CMError : public OrvaHash
     /// The heading where none is given.
     static TrString DefaultTitle();
 
+    /// "error": nothing more is known than `why`, in words for a person.
+    static CMError failed(const QString& why);
     /// "UnknownPath": there is no node at `path`.
     static CMError unknownPath(const CMPath& path);
     /// "WrongKind": the node has nothing to do with such a request, as a value node with an
