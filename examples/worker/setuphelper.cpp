@@ -51,13 +51,8 @@ void SetupHelper::on_open_req(const CMSetDataRequest& request)
 
     const auto reply = CMReply<QVariant>::create();
     // Answered when the access point is up, or refused; the requester gets that answer.
-    reply.addWatcher(this, [request](const CMReply<QVariant>& finished) {
-        if (finished.error().isEmpty())
-            request.answer();
-        else
-            request.fail(finished.error());
-    });
-    CMRoot()->invoke(OrvaNetworkRequestSoftApPath(), value, reply);
+    request.answerAs(reply);
+    CMRoot()->invoke(OrvaNetworkRequestSoftApPath(), OrvaValue::of(softAp), reply);
 }
 
 extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)

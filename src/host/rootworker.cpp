@@ -1,13 +1,7 @@
 #include "rootworker.h"
 
 namespace {
-
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("RootWorker");
-    return instance;
-}
-
+ORVA_LOGGER("RootWorker")
 } // namespace
 
 RootWorker::RootWorker()
@@ -41,7 +35,7 @@ void RootWorker::addWorker(std::unique_ptr<CMAbstractWorker> worker)
     connect(added, &CMAbstractWorker::valueChanged, this,
             [this, added](const CMPath& path, const OrvaValue& value) {
                 if (ownerOf(path) == added)
-                    announce(path, value);
+                    Q_EMIT valueChanged(path, value);
             });
 
     QVector<CMPath> claimed;
@@ -54,7 +48,7 @@ void RootWorker::addWorker(std::unique_ptr<CMAbstractWorker> worker)
     for (const CMPath& path : std::as_const(claimed)) {
         const OrvaValue value(getValue(path).toHash());
         if (!value.isEmpty())
-            announce(path, value);
+            Q_EMIT valueChanged(path, value);
     }
 }
 
@@ -70,47 +64,10 @@ void RootWorker::trace()
         worker->trace();
 }
 
-void RootWorker::getDataRequest(const CMGetDataRequest& request)
-{
-    if (CMAbstractWorker* owner = ownerOf(request.path))
-        owner->getDataRequest(request);
-    else
-        request.reply.setError(CMError::unknownPath(request.path));
-}
-
-void RootWorker::getRowsRequest(const CMGetRowsRequest& request)
-{
-    if (CMAbstractWorker* owner = ownerOf(request.path))
-        owner->getRowsRequest(request);
-    else
-        request.reply.setError(CMError::unknownPath(request.path));
-}
-
-void RootWorker::matchRowRequest(const CMMatchRowRequest& request)
-{
-    if (CMAbstractWorker* owner = ownerOf(request.path))
-        owner->matchRowRequest(request);
-    else
-        request.reply.setError(CMError::unknownPath(request.path));
-}
-
 void RootWorker::setDataRequest(const CMSetDataRequest& request)
 {
     LOG4CPLUS_TRACE(logger(), "Request for " << request);
-    if (CMAbstractWorker* owner = ownerOf(request.path()))
-        owner->setDataRequest(request);
-    else
-        request.fail(CMError::unknownPath(request.path()));
-}
-
-void RootWorker::connectChange(const CMPath& path, CMChangeListener* listener)
-{
-    m_changes.add(path, listener);
-}
-
-void RootWorker::disconnectChange(const CMPath& path, CMChangeListener* listener)
-{
-    m_changes.remove(path, listener);
+    CMAbstractWorker::setDataRequest(request);
 }
 
 QVector<CMNodeInfo> RootWorker::nodeInfos() const
@@ -132,6 +89,14 @@ bool RootWorker::isSecret(const CMPath& path) const
     return owner && owner->isSecret(path);
 }
 
+bool RootWorker::route(const CMPath& path, const CMRequest& request)
+{
+    CMAbstractWorker* owner = ownerOf(path);
+    if (owner)
+        owner->request(request);
+    return owner;
+}
+
 bool RootWorker::claim(const CMPath& path, CMAbstractWorker* worker)
 {
     const CMAbstractWorker* owner = ownerOf(path);
@@ -148,10 +113,4 @@ bool RootWorker::claim(const CMPath& path, CMAbstractWorker* worker)
 CMAbstractWorker* RootWorker::ownerOf(const CMPath& path) const
 {
     return m_owners.value(path);
-}
-
-void RootWorker::announce(const CMPath& path, const OrvaValue& value)
-{
-    m_changes.notify(path, value);
-    Q_EMIT valueChanged(path, value);
 }

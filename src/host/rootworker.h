@@ -24,23 +24,17 @@ public:
 
     bool ping() override;
     void trace() override;
-    void getDataRequest(const CMGetDataRequest& request) override;
-    void getRowsRequest(const CMGetRowsRequest& request) override;
-    void matchRowRequest(const CMMatchRowRequest& request) override;
     void setDataRequest(const CMSetDataRequest& request) override;
-    void connectChange(const CMPath& path, CMChangeListener* listener) override;
-    void disconnectChange(const CMPath& path, CMChangeListener* listener) override;
     /// The nodes of all workers, in the order of the workers.
     [[nodiscard]] QVector<CMNodeInfo> nodeInfos() const override;
     [[nodiscard]] bool isSecret(const CMPath& path) const override;
 
 private:
+    bool route(const CMPath& path, const CMRequest& request) override;
     /// False when another worker has a node at `path`.
     bool claim(const CMPath& path, CMAbstractWorker* worker);
     [[nodiscard]] CMAbstractWorker* ownerOf(const CMPath& path) const;
-    void announce(const CMPath& path, const OrvaValue& value);
 
     std::vector<std::unique_ptr<CMAbstractWorker>> m_workers;
     QHash<CMPath, CMAbstractWorker*> m_owners;
-    CMChangeHub m_changes;
 };

@@ -24,6 +24,13 @@ struct Dispatch
 
 } // namespace
 
+CMAbstractWorker::CMAbstractWorker(QObject* parent)
+    : QObject(parent)
+{
+    connect(this, &CMAbstractWorker::valueChanged, this,
+            [this](const CMPath& path, const OrvaValue& value) { m_changes.notify(path, value); });
+}
+
 void CMAbstractWorker::request(const CMRequest& request)
 {
     std::visit(Dispatch{*this}, request);
@@ -35,6 +42,48 @@ bool CMAbstractWorker::ping()
 }
 
 void CMAbstractWorker::trace() {}
+
+void CMAbstractWorker::getDataRequest(const CMGetDataRequest& request)
+{
+    routeOrFail(request);
+}
+
+void CMAbstractWorker::getRowsRequest(const CMGetRowsRequest& request)
+{
+    routeOrFail(request);
+}
+
+void CMAbstractWorker::matchRowRequest(const CMMatchRowRequest& request)
+{
+    routeOrFail(request);
+}
+
+void CMAbstractWorker::setDataRequest(const CMSetDataRequest& request)
+{
+    routeOrFail(request);
+}
+
+void CMAbstractWorker::connectChange(const CMPath& path, CMChangeListener* listener)
+{
+    m_changes.add(path, listener);
+}
+
+void CMAbstractWorker::disconnectChange(const CMPath& path, CMChangeListener* listener)
+{
+    m_changes.remove(path, listener);
+}
+
+bool CMAbstractWorker::route(const CMPath&, const CMRequest&)
+{
+    return false;
+}
+
+void CMAbstractWorker::routeOrFail(const CMRequest& request)
+{
+    const CMPath path = orvaPathOf(request);
+    if (!route(path, request))
+        orvaFail(request, CMError::unknownPath(path));
+}
 
 QVariant CMAbstractWorker::getValue(const CMPath& path)
 {

@@ -41,10 +41,7 @@ class ORVA_API CMAbstractWorker : public QObject
     Q_OBJECT
 public:
     /// The host owns the worker; `parent` is for workers that are part of another object.
-    explicit CMAbstractWorker(QObject* parent = nullptr)
-        : QObject(parent)
-    {
-    }
+    explicit CMAbstractWorker(QObject* parent = nullptr);
 
     /// The host's entry for requests: hands each to the operation of its kind.
     virtual void request(const CMRequest& request);
@@ -52,19 +49,20 @@ public:
     virtual bool ping();
     /// Writes what the worker holds to the log, at debug level.
     virtual void trace();
-    /// Answers with the value of a node; with `CMError::unknownPath` where there is none.
-    virtual void getDataRequest(const CMGetDataRequest& request) = 0;
+    /// Answers with the value of a node; with `CMError::unknownPath` where there is none. This and
+    /// the next three do what `route` does.
+    virtual void getDataRequest(const CMGetDataRequest& request);
     /// Answers with the rows of a list node.
-    virtual void getRowsRequest(const CMGetRowsRequest& request) = 0;
+    virtual void getRowsRequest(const CMGetRowsRequest& request);
     /// Answers with one row of a list node.
-    virtual void matchRowRequest(const CMMatchRowRequest& request) = 0;
+    virtual void matchRowRequest(const CMMatchRowRequest& request);
     /// Writes or activates a node, as the request's role says; answers when that is done.
-    virtual void setDataRequest(const CMSetDataRequest& request) = 0;
+    virtual void setDataRequest(const CMSetDataRequest& request);
     /// Watches a path, whether or not there is a node yet. The listener must disconnect before it
     /// dies.
-    virtual void connectChange(const CMPath& path, CMChangeListener* listener) = 0;
+    virtual void connectChange(const CMPath& path, CMChangeListener* listener);
     /// Ends what `connectChange` began.
-    virtual void disconnectChange(const CMPath& path, CMChangeListener* listener) = 0;
+    virtual void disconnectChange(const CMPath& path, CMChangeListener* listener);
 
     /// What the worker's nodes tell of themselves, in the order of their creation.
     [[nodiscard]] virtual QVector<CMNodeInfo> nodeInfos() const = 0;
@@ -93,4 +91,14 @@ Q_SIGNALS:
     void rowsChanged(const CMPath& path);
     /// There is a node at `path` from now on.
     void nodeAdded(const CMPath& path);
+
+protected:
+    /// Hands a request, of whatever kind, to who has a node at its path; false where nobody has,
+    /// which is the case unless a worker says otherwise.
+    virtual bool route(const CMPath& path, const CMRequest& request);
+
+private:
+    void routeOrFail(const CMRequest& request);
+
+    CMChangeHub m_changes;
 };

@@ -22,18 +22,13 @@ public:
     [[nodiscard]] const CMNodes& nodes() const { return m_nodes; }
 
     void trace() override;
-    void getDataRequest(const CMGetDataRequest& request) override;
-    void getRowsRequest(const CMGetRowsRequest& request) override;
-    void matchRowRequest(const CMMatchRowRequest& request) override;
-    void setDataRequest(const CMSetDataRequest& request) override;
-    void connectChange(const CMPath& path, CMChangeListener* listener) override;
-    void disconnectChange(const CMPath& path, CMChangeListener* listener) override;
     [[nodiscard]] QVector<CMNodeInfo> nodeInfos() const override;
     [[nodiscard]] bool isSecret(const CMPath& path) const override;
 
 private:
+    bool route(const CMPath& path, const CMRequest& request) override;
+
     QVariantHash m_config;
     QString m_name;
     CMNodes m_nodes;
-    CMChangeHub m_changes;
 };

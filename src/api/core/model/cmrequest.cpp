@@ -2,6 +2,32 @@
 
 #include <ostream>
 
+namespace {
+
+struct PathOf
+{
+    template <class Request>
+    CMPath operator()(const Request& request) const
+    {
+        return request.path;
+    }
+    CMPath operator()(const CMSetDataRequest& request) const { return request.path(); }
+};
+
+struct Fail
+{
+    const CMError& error;
+
+    template <class Request>
+    void operator()(const Request& request) const
+    {
+        request.reply.setError(error);
+    }
+    void operator()(const CMSetDataRequest& request) const { request.fail(error); }
+};
+
+} // namespace
+
 CMSetDataRequest::CMSetDataRequest(const CMPath& path, const QString& role, const OrvaValue& value,
                                    const CMReply<QVariant>& reply)
     : m_path(path)
@@ -21,12 +47,24 @@ void CMSetDataRequest::fail(const CMError& error) const
     m_reply.setError(error);
 }
 
-void CMSetDataRequest::answerAs(const CMVoidReply& finished) const
+void CMSetDataRequest::answerAs(const CMVoidReply& reply) const
 {
-    if (finished.error().isEmpty())
-        answer();
-    else
-        fail(finished.error());
+    reply.addWatcher([request = *this](const CMVoidReply& finished) {
+        if (finished.error().isEmpty())
+            request.answer();
+        else
+            request.fail(finished.error());
+    });
+}
+
+CMPath orvaPathOf(const CMRequest& request)
+{
+    return std::visit(PathOf(), request);
+}
+
+void orvaFail(const CMRequest& request, const CMError& error)
+{
+    std::visit(Fail{error}, request);
 }
 
 std::ostream& operator<<(std::ostream& stream, const CMSetDataRequest& request)

@@ -57,8 +57,9 @@ public:
     void answer(const OrvaValue& value = OrvaValue()) const;
     /// Answers with an error, if anybody wants an answer.
     void fail(const CMError& error) const;
-    /// Answers as `finished` ended, without its value: with its error or with success.
-    void answerAs(const CMVoidReply& finished) const;
+    /// Answers as `reply` ends, as soon as it does: with its error or with success, without its
+    /// value.
+    void answerAs(const CMVoidReply& reply) const;
 
 private:
     CMPath m_path;
@@ -75,3 +76,9 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const CMSetDataRequest& 
 /// Whatever can be asked of a worker.
 using CMRequest =
     std::variant<CMGetDataRequest, CMGetRowsRequest, CMMatchRowRequest, CMSetDataRequest>;
+
+/// The node that is asked.
+[[nodiscard]] ORVA_API CMPath orvaPathOf(const CMRequest& request);
+
+/// Answers the request with an error, if anybody wants an answer.
+ORVA_API void orvaFail(const CMRequest& request, const CMError& error);

@@ -2,6 +2,20 @@
 
 #include "core/model/nodes/cmnodes.h"
 
+namespace {
+
+struct Dispatch
+{
+    CMUINode& node;
+
+    void operator()(const CMGetDataRequest& request) const { node.getData(request); }
+    void operator()(const CMGetRowsRequest& request) const { node.getRows(request); }
+    void operator()(const CMMatchRowRequest& request) const { node.matchRow(request); }
+    void operator()(const CMSetDataRequest& request) const { node.setData(request); }
+};
+
+} // namespace
+
 CMUINode::CMUINode(CMNodes& nodes, const CMPath& path)
     : QObject(&nodes)
     , m_path(path)
@@ -11,6 +25,11 @@ CMUINode::CMUINode(CMNodes& nodes, const CMPath& path)
 CMNodeInfo CMUINode::info() const
 {
     return {m_path, kind(), m_title.toString(), m_permission, isReadOnly(), m_secret};
+}
+
+void CMUINode::request(const CMRequest& request)
+{
+    std::visit(Dispatch{*this}, request);
 }
 
 void CMUINode::getData(const CMGetDataRequest& request)

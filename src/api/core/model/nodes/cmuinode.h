@@ -56,6 +56,8 @@ public:
     /// Whether clients may only read the node.
     [[nodiscard]] virtual bool isReadOnly() const { return false; }
 
+    /// Hands a client's request to the operation of its kind, of those below.
+    void request(const CMRequest& request);
     /// A client asks for the value. A kind without one refuses with `CMError::wrongKind`.
     virtual void getData(const CMGetDataRequest& request);
     /// A client asks for the rows; refused likewise.
