@@ -6,13 +6,7 @@
 #include "workerlibrary.h"
 
 namespace {
-
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("Host");
-    return instance;
-}
-
+ORVA_LOGGER("Host")
 } // namespace
 
 Host::Host(const HostConfig& config, const QDBusConnection& connection)

@@ -4,6 +4,8 @@
 
 namespace {
 
+ORVA_LOGGER("HostConfig")
+
 struct InterfacesRecord : OrvaHash
 {
     ORVA_RECORD(InterfacesRecord)
@@ -53,8 +55,7 @@ void logUnknownKeys(const OrvaHash& config)
     for (const QString& key : keys) {
         if (std::none_of(fields.begin(), fields.end(),
                          [&key](const OrvaField& field) { return field.key == key; }))
-            LOG4CPLUS_WARN(log4cplus::Logger::getInstance("HostConfig"),
-                           "The configuration's key \"" << key << "\" means nothing");
+            LOG4CPLUS_WARN(logger(), "The configuration's key \"" << key << "\" means nothing");
     }
 }
 

@@ -10,11 +10,7 @@ namespace {
 constexpr qint64 MaxValue = 1 << 20;   // bytes of what a node announces
 constexpr qint64 MaxAnswer = 16 << 20; // bytes; the bus throws off who sends it twice as much
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("HostControl");
-    return instance;
-}
+ORVA_LOGGER("HostControl")
 
 QString objectPath()
 {

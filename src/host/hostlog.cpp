@@ -16,6 +16,8 @@
 #include <syslog.h>
 
 namespace {
+ORVA_LOGGER("Qt")
+
 
 log4cplus::LogLevel levelOf(QtMsgType type)
 {
@@ -36,8 +38,7 @@ log4cplus::LogLevel levelOf(QtMsgType type)
 
 void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    log4cplus::Logger::getInstance("Qt").log(levelOf(type),
-                                             orvaLogLine(orvaLogText(text)).toStdString());
+    logger().log(levelOf(type), orvaLogLine(orvaLogText(text)).toStdString());
 }
 
 /// The journal's own form: the priority of syslog(3) first, and no time.

@@ -14,12 +14,14 @@
 
 namespace {
 
+ORVA_LOGGER("Host")
+
 constexpr int Failure = 1;
 constexpr int UsageError = 2;
 
 int refuse(const QString& text)
 {
-    LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"), text);
+    LOG4CPLUS_ERROR(logger(), text);
     return UsageError;
 }
 
@@ -33,7 +35,7 @@ int run(const HostConfig& config)
         return Failure;
     ::sd_notify(0, "READY=1");
     const int status = QCoreApplication::exec();
-    LOG4CPLUS_INFO(log4cplus::Logger::getInstance("Host"), "The host ends");
+    LOG4CPLUS_INFO(logger(), "The host ends");
     return status;
 }
 
@@ -87,9 +89,8 @@ int main(int argc, char** argv)
     QString why;
     auto config = readHostConfig(parser.value(configFile), &why);
     if (!config) {
-        LOG4CPLUS_ERROR(log4cplus::Logger::getInstance("Host"), "Couldn't use the configuration "
-                                                                    << parser.value(configFile)
-                                                                    << ": " << why);
+        LOG4CPLUS_ERROR(logger(), "Couldn't use the configuration " << parser.value(configFile)
+                                                                    << ": " << config.why());
         return EX_CONFIG;
     }
     if (parser.isSet(stateDirectory))

@@ -1,13 +1,7 @@
 #include "settings.h"
 
 namespace {
-
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("Settings");
-    return instance;
-}
-
+ORVA_LOGGER("Settings")
 } // namespace
 
 Settings::Settings(const QVector<SettingDefault>& defaults, const QString& directory)

@@ -15,11 +15,7 @@ namespace {
 
 constexpr qint64 MaxFileSize = 64 << 20;
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("Settings");
-    return instance;
-}
+ORVA_LOGGER("Settings")
 
 QString fileName()
 {

@@ -10,10 +10,10 @@
 /// Text in a log line, as UTF-8, escaped by `orvaLogText`: no text can forge a line.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 
-/// Defines `logger()`, the logger `name`, for the file or class that stands below. Made on first
-/// use, when the log is configured.
+/// Defines `logger()`, the logger of that name: for the file where it stands in one, for the class
+/// where it stands in one. Made on first use, when the log is configured.
 #define ORVA_LOGGER(name)                                                                  \
-    [[nodiscard]] inline const log4cplus::Logger& logger()                                 \
+    [[nodiscard]] static inline const log4cplus::Logger& logger()                          \
     {                                                                                      \
         static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT(name)); \
         return instance;                                                                   \

@@ -10,11 +10,7 @@ constexpr int MaxRequests = 100; // A thousand rows are most of a megabyte.
 constexpr int MaxModuleName = 64;
 constexpr int MaxModules = 100;
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("PowerManager");
-    return instance;
-}
+ORVA_LOGGER("PowerManager")
 
 /// The record that a request carries, without the fields that no record of its kind has; nothing,
 /// and the request refused, where it is malformed.

@@ -12,18 +12,7 @@
 
 namespace {
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("WifiRestarter"));
-    return instance;
-}
-
-OrvaValue number(int value)
-{
-    OrvaValue result;
-    result.setI32_(value);
-    return result;
-}
+ORVA_LOGGER("WifiRestarter")
 
 bool setUp(int socket, const QByteArray& name, bool up)
 {

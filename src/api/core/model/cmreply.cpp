@@ -7,13 +7,7 @@
 #include <QTimer>
 
 namespace {
-
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance("CMReply");
-    return instance;
-}
-
+ORVA_LOGGER("CMReply")
 } // namespace
 
 std::shared_ptr<CMReplyData> CMReplyData::create()

@@ -3,6 +3,10 @@
 #include "core/dbglog.h"
 #include "core/orva.h"
 
+namespace {
+ORVA_LOGGER("CMInitWatcher")
+} // namespace
+
 CMValueItem::CMValueItem(QObject* parent, const CMPath& path)
     : QObject(parent)
     , m_path(path)
@@ -59,8 +63,7 @@ void CMInitWatcher::done()
     m_done = true;
     for (const CMValueItem* item : std::as_const(m_missing)) {
         if (item->value().isEmpty())
-            LOG4CPLUS_DEBUG(log4cplus::Logger::getInstance("CMInitWatcher"),
-                            m_name << " waits for " << item->path());
+            LOG4CPLUS_DEBUG(logger(), m_name << " waits for " << item->path());
     }
     QMetaObject::invokeMethod(this, &CMInitWatcher::checkComplete, Qt::QueuedConnection);
 }
