@@ -48,9 +48,7 @@ QDBusMessage readState()
 
 QDBusMessage setSetting(int number)
 {
-    OrvaValue value;
-    value.setI32_(number + 1);
-    return write("SetValue", OrvaNetworkMaxAuthFailuresSettingsPath(), value);
+    return write("SetValue", OrvaNetworkMaxAuthFailuresSettingsPath(), OrvaValue::of(number + 1));
 }
 
 QDBusMessage setProfile(int number)
@@ -60,16 +58,12 @@ QDBusMessage setProfile(int number)
     OrvaNetworkProfile profile;
     profile.setType(OrvaNetworkProfileType::Auto);
     profile.setWireless(wireless);
-    OrvaValue value;
-    value.setNetworkProfile(profile);
-    return write("Invoke", OrvaNetworkSetNetworkProfilePath(), value);
+    return write("Invoke", OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
 }
 
 QDBusMessage setAirplaneMode(int number)
 {
-    OrvaValue value;
-    value.setBool_(number % 2 == 0);
-    return write("SetValue", OrvaNetworkAirplaneModePath(), value);
+    return write("SetValue", OrvaNetworkAirplaneModePath(), OrvaValue::of(number % 2 == 0));
 }
 
 QDBusMessage ping()

@@ -80,8 +80,7 @@ void measureRequests()
 {
     RootWorker root;
     root.addWorker(std::make_unique<Echo>());
-    OrvaValue value;
-    value.setNetworkInfo(fullInfo());
+    const OrvaValue value = OrvaValue::of(fullInfo());
     measure("queued request and its answer", 100000, [&](int) {
         const auto reply = CMReply<QVariant>::create();
         root.invoke(Echo::path(), value, reply);
@@ -108,12 +107,9 @@ void measureSettings()
 {
     const QTemporaryDir directory(QStringLiteral("settings-XXXXXX"));
     SettingsFile file(directory.path());
-    OrvaValue value;
     measure("a setting stored and synced", 500, [&](int i) {
-        value.setI32_(i);
-        QString why;
-        if (!file.put(CMPath(QStringLiteral("setting")), value, &why) || !file.commit(&why))
-            qFatal("%s", qPrintable(why));
+        if (!file.put(CMPath(QStringLiteral("setting")), OrvaValue::of(i)) || !file.commit())
+            qFatal("The setting could not be stored");
     });
 }
 

@@ -66,7 +66,7 @@ int runDevice(const QString& stateDirectory)
     config.stateDirectory = stateDirectory;
     for (SettingDefault& setting : config.settings) {
         if (setting.path == OrvaNetworkMaxNumberWifiNetworks())
-            setting.value.setI32_(0);
+            setting.value = OrvaValue::of(0);
     }
     Host host(config, QDBusConnection::systemBus());
     ScriptedBackend* backend = nullptr;
@@ -170,7 +170,7 @@ void measureProfiles(const QByteArray& where)
         std::vector<qint64> times;
         for (int i = -10; i < 200; ++i) {
             const qint64 time = timed(invocation(OrvaNetworkSetNetworkProfilePath(),
-                                                 toValue(profileOf(networkCount, i))));
+                                                 OrvaValue::of(profileOf(networkCount, i))));
             if (i >= 0)
                 times.push_back(time);
         }
@@ -186,20 +186,17 @@ void measureChanges()
     constexpr int burst = 10000;
     Listener listener;
     std::vector<qint64> pings;
-    OrvaValue count;
-    count.setI32_(1);
     for (std::size_t i = 1; i <= samples; ++i) {
         pings.push_back(ping());
-        (void)QDBusConnection::systemBus().asyncCall(invocation(changePath(), count));
+        (void)QDBusConnection::systemBus().asyncCall(invocation(changePath(), OrvaValue::of(1)));
         listener.waitFor(i);
     }
     printPercentiles("a ping", pings);
     printPercentiles("a change, from signal to client", listener.underWay);
 
     listener.underWay.clear();
-    count.setI32_(burst);
     const qint64 begin = nowNs();
-    (void)QDBusConnection::systemBus().asyncCall(invocation(changePath(), count));
+    (void)QDBusConnection::systemBus().asyncCall(invocation(changePath(), OrvaValue::of(burst)));
     listener.waitFor(burst);
     const double seconds = double(nowNs() - begin) / 1e9;
     std::printf("{\"name\":\"changes absorbed\",\"count\":%zu,\"per_second\":%.0f}\n",

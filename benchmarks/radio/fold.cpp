@@ -21,13 +21,6 @@ OrvaNetworkProfileSoftApRequest request(int number, int channel)
     return request;
 }
 
-OrvaValue toValue(const OrvaNetworkProfileSoftApRequest& request)
-{
-    OrvaValue value;
-    value.setNetworkSoftApRequest(request);
-    return value;
-}
-
 void report(const char* what, int requesters, int rounds, const QElapsedTimer& timer)
 {
     std::printf("{\"what\": \"%s\", \"requesters\": %d, \"us_each\": %.1f}\n", what, requesters,
@@ -55,14 +48,14 @@ void measureRequest(int requesters)
     interface.setApInterface(QStringLiteral("uap0"));
     OrvaNetworkProfile configuration;
     configuration.setSoftApSettings({interface});
-    WorkerFixture fixture({{OrvaNetworkSoftApConfigSettingsPath(), ::toValue(configuration)}});
+    WorkerFixture fixture({{OrvaNetworkSoftApConfigSettingsPath(), OrvaValue::of(configuration)}});
     fixture.request(OrvaNetworkStartPath());
     for (int i = 0; i < requesters; ++i)
-        fixture.request(OrvaNetworkRequestSoftApPath(), toValue(request(i, 1)));
+        fixture.request(OrvaNetworkRequestSoftApPath(), OrvaValue::of(request(i, 1)));
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < rounds; ++i) {
-        fixture.send(OrvaNetworkRequestSoftApPath(), toValue(request(0, 1 + i % 11)));
+        fixture.send(OrvaNetworkRequestSoftApPath(), OrvaValue::of(request(0, 1 + i % 11)));
         QCoreApplication::sendPostedEvents();
     }
     report("request that changes its settings", requesters, rounds, timer);

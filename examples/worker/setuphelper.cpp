@@ -21,9 +21,7 @@ SetupHelper::SetupHelper(const QVariantHash& config)
     m_advice->setReadOnly(true);
     // Comes for the first known value too, whichever worker is loaded first.
     connect(&m_info, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
-        OrvaValue advice;
-        advice.setString(adviceFor(value.networkInfo()));
-        m_advice->setValue(advice);
+        m_advice->setValue(OrvaValue::of(adviceFor(value.networkInfo())));
     });
 
     auto* open = CMActivateNode::create(nodes(), CMPath(QStringLiteral("setup-helper/open")));
@@ -46,9 +44,6 @@ void SetupHelper::on_open_req(const CMSetDataRequest& request)
     OrvaNetworkProfileSoftApRequest softAp;
     softAp.setName(name());
     softAp.setTimeout(OpenForMs);
-    OrvaValue value;
-    value.setNetworkSoftApRequest(softAp);
-
     const auto reply = CMReply<QVariant>::create();
     // Answered when the access point is up, or refused; the requester gets that answer.
     request.answerAs(reply);

@@ -5,29 +5,6 @@
 
 namespace {
 
-template <class T>
-OrvaValue valueOf(void (OrvaValue::*set)(const T&), const T& content)
-{
-    OrvaValue value;
-    (value.*set)(content);
-    return value;
-}
-
-OrvaValue number(qint32 content)
-{
-    return valueOf(&OrvaValue::setI32, content);
-}
-
-OrvaValue flag(bool content)
-{
-    return valueOf(&OrvaValue::setBool, content);
-}
-
-OrvaValue profile(const OrvaNetworkProfile& content)
-{
-    return valueOf(&OrvaValue::setNetworkProfile, content);
-}
-
 OrvaNetworkProfile automaticProfile()
 {
     OrvaNetworkInterface wired;
@@ -64,17 +41,15 @@ OrvaNetworkProfile softApProfile()
 QVector<SettingDefault> networkSettingDefaults()
 {
     return {
-        {OrvaNetworkCurrentProfileSettingsPath(), profile(automaticProfile())},
-        {OrvaNetworkBackupProfileSettingsPath(), profile(OrvaNetworkProfile())},
-        {OrvaNetworkMaxAuthFailuresSettingsPath(), number(3)},
-        {OrvaNetworkMaxNumberWifiNetworks(), number(10)},
-        {OrvaNetworkAirplaneModeSettingPath(), flag(false)},
-        {OrvaNetworkAirplaneModeTypeSettingPath(),
-         valueOf(&OrvaValue::setAirplaneModeType, OrvaAirplaneModeType())},
-        {OrvaNetworkSoftApAutoEnabledSettingsPath(), flag(true)},
-        {OrvaNetworkSoftApDefaultSsidSettingsPath(), valueOf(&OrvaValue::setString, defaultSsid())},
-        {OrvaNetworkSoftApConfigSettingsPath(), profile(softApProfile())},
-        {OrvaNetworkWifiRestartCriteriaPath(),
-         valueOf(&OrvaValue::setWifiRestartCriteria, OrvaNetworkWifiRestartCriteria())},
+        {OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(automaticProfile())},
+        {OrvaNetworkBackupProfileSettingsPath(), OrvaValue::of(OrvaNetworkProfile())},
+        {OrvaNetworkMaxAuthFailuresSettingsPath(), OrvaValue::of(3)},
+        {OrvaNetworkMaxNumberWifiNetworks(), OrvaValue::of(10)},
+        {OrvaNetworkAirplaneModeSettingPath(), OrvaValue::of(false)},
+        {OrvaNetworkAirplaneModeTypeSettingPath(), OrvaValue::of(OrvaAirplaneModeType())},
+        {OrvaNetworkSoftApAutoEnabledSettingsPath(), OrvaValue::of(true)},
+        {OrvaNetworkSoftApDefaultSsidSettingsPath(), OrvaValue::of(defaultSsid())},
+        {OrvaNetworkSoftApConfigSettingsPath(), OrvaValue::of(softApProfile())},
+        {OrvaNetworkWifiRestartCriteriaPath(), OrvaValue::of(OrvaNetworkWifiRestartCriteria())},
     };
 }

@@ -67,8 +67,8 @@ private Q_SLOTS:
         QSignalSpy changed(node, &CMValueNode::valueChanged);
         node->setValue(OrvaValue());
         QCOMPARE(changed.size(), 1);
-        node->setValue(number(1));
-        node->setValue(number(1));
+        node->setValue(OrvaValue::of(1));
+        node->setValue(OrvaValue::of(1));
         QCOMPARE(changed.size(), 2);
     }
 
@@ -78,7 +78,7 @@ private Q_SLOTS:
         auto* node = CMActivateNode::create(nodes, path());
         auto receiver = std::make_unique<Receiver>();
         node->setInvoke(receiver.get(), &Receiver::on_request, Qt::QueuedConnection);
-        node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), number(1)));
+        node->setData(CMSetDataRequest(path(), OrvaRoles::Activate(), OrvaValue::of(1)));
         QVERIFY(receiver->requests.isEmpty());
         QTRY_COMPARE(receiver->requests.size(), 1);
         auto reply = CMReply<QVariant>::create();

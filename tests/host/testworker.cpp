@@ -34,8 +34,7 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
                                               0);
     });
     add("test/grow"_s, [large](const CMSetDataRequest& request) {
-        OrvaValue value;
-        value.setString_(QString(request.value().i32_(), QLatin1Char('x')));
+        const auto value = OrvaValue::of(QString(request.value().i32_(), QLatin1Char('x')));
         large->setValue(value);
         request.answer(value);
     });

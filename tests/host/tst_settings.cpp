@@ -34,8 +34,7 @@ CMPath maxFailures()
 {
     ::umask(0);
     SettingsFile file(directory);
-    QString why;
-    for (qint32 i = 1; file.put(maxFailures(), number(i), &why) && file.commit(&why); ++i)
+    for (qint32 i = 1; file.put(maxFailures(), OrvaValue::of(i)) && file.commit(); ++i)
         (void)!::write(acknowledge, &i, sizeof i);
     ::_exit(1);
 }
@@ -86,7 +85,7 @@ private Q_SLOTS:
             made << QFileInfo(m_directory);
             for (const QFileInfo& file : std::as_const(made))
                 QVERIFY(!(file.permissions() & QFile::Permissions(0x0077)));
-            const auto stored = SettingsFile(m_directory).take(maxFailures(), number(0));
+            const auto stored = SettingsFile(m_directory).take(maxFailures(), OrvaValue::of(0));
             QVERIFY(stored.has_value());
             QVERIFY(stored->i32_() == reported || stored->i32_() == reported + 1);
             QCOMPARE(files(), QStringList("settings.json"_s));
@@ -115,8 +114,8 @@ private Q_SLOTS:
         if (make(path) != 0)
             QVERIFY(::unlink(path) == 0 && make(path) == 0);
         Settings settings(networkSettingDefaults(), m_directory);
-        QCOMPARE(valueOf(settings, maxFailures()), number(3));
-        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(3));
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(8)), QString());
         QCOMPARE(
             QDir(m_directory).entryList({"*damaged*"_s}, QDir::AllEntries | QDir::System).size(),
             1);
@@ -146,14 +145,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         put(content);
         Settings settings(networkSettingDefaults(), m_directory);
-        QCOMPARE(valueOf(settings, maxFailures()), number(3));
+        QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(3));
         const QStringList aside = QDir(m_directory).entryList({"settings.json.damaged-*"_s});
         QCOMPARE(aside.size(), 1);
         QFile kept(m_directory + "/"_s + aside.first());
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), content);
 
-        QCOMPARE(write(settings, maxFailures(), number(7)), QString());
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(7)), QString());
         const Settings next(networkSettingDefaults(), m_directory);
         QCOMPARE(files().size(), 2);
     }
@@ -172,7 +171,7 @@ private Q_SLOTS:
         DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
         Settings settings(networkSettingDefaults(), m_directory);
         DiskCalls::refused.clear();
-        QCOMPARE(write(settings, maxFailures(), number(7)), "NotStored"_s);
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(7)), "NotStored"_s);
         QCOMPARE(stored(), content);
     }
 
@@ -184,7 +183,7 @@ private Q_SLOTS:
         const LogCapture& log = LogCapture::install();
         Settings settings(networkSettingDefaults(), m_directory);
         QCOMPARE(log.count("settings/of/another"_s), 1);
-        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(8)), QString());
         Settings next(networkSettingDefaults(), m_directory);
         QCOMPARE(valueOf(next, OrvaNetworkBackupProfileSettingsPath()),
                  json(R"({"networkProfile": {"later": [1]}})"));
@@ -203,19 +202,19 @@ private Q_SLOTS:
     {
         QFETCH(int, calls);
         Settings settings(networkSettingDefaults(), m_directory);
-        QCOMPARE(write(settings, maxFailures(), number(8)), QString());
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(8)), QString());
         QCOMPARE(DiskCalls::made,
                  QStringList({"open"_s, "write"_s, "sync file"_s, "rename"_s, "sync directory"_s}));
         DiskCalls::made.clear();
         DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
-        QCOMPARE(write(settings, maxFailures(), number(9)), "NotStored"_s);
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(9)), "NotStored"_s);
         QCOMPARE(DiskCalls::made.mid(0, calls).last(), DiskCalls::refused);
-        QCOMPARE(valueOf(settings, maxFailures()), number(8));
+        QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
         QCOMPARE(files(), QStringList("settings.json"_s));
-        QCOMPARE(afterRestart(), number(8));
+        QCOMPARE(afterRestart(), OrvaValue::of(8));
         DiskCalls::refused.clear();
-        QCOMPARE(write(settings, OrvaNetworkMaxNumberWifiNetworks(), number(4)), QString());
-        QCOMPARE(afterRestart(), number(8));
+        QCOMPARE(write(settings, OrvaNetworkMaxNumberWifiNetworks(), OrvaValue::of(4)), QString());
+        QCOMPARE(afterRestart(), OrvaValue::of(8));
     }
 
     void whatCouldNotBeReadBackIsRefused_data()
@@ -247,9 +246,9 @@ private Q_SLOTS:
     void aDefaultThatWasSetIsStored()
     {
         Settings settings(networkSettingDefaults(), m_directory);
-        QCOMPARE(write(settings, maxFailures(), number(3)), QString());
-        Settings next({{maxFailures(), number(5)}}, m_directory);
-        QCOMPARE(valueOf(next, maxFailures()), number(3));
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(3)), QString());
+        Settings next({{maxFailures(), OrvaValue::of(5)}}, m_directory);
+        QCOMPARE(valueOf(next, maxFailures()), OrvaValue::of(3));
     }
 
     void whatIsWrittenTogetherIsStoredTogetherAndThenAnswered_data()
@@ -260,7 +259,7 @@ private Q_SLOTS:
         QTest::newRow("somebody waits") << End(
             [](Settings&, const CMVoidReply& last) { QVERIFY(last.data()->waitForFinished(0)); });
         QTest::newRow("somebody reads") << End([](Settings& settings, const CMVoidReply&) {
-            QCOMPARE(valueOf(settings, maxFailures()), number(8));
+            QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
         });
     }
 
@@ -272,13 +271,13 @@ private Q_SLOTS:
         for (const qint32 value : {7, 3, 8}) {
             last = CMReply<QVariant>::create();
             last.addWatcher([](const auto&) { DiskCalls::made << "answer"_s; });
-            settings.setValue(maxFailures(), number(value), last);
+            settings.setValue(maxFailures(), OrvaValue::of(value), last);
         }
         QVERIFY(DiskCalls::made.isEmpty());
         end(settings, last);
         QCOMPARE(DiskCalls::made.mid(4),
                  QStringList({"sync directory"_s, "answer"_s, "answer"_s, "answer"_s}));
-        QCOMPARE(valueOf(settings, maxFailures()), number(8));
+        QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
     }
 
     void theExampleShowsTheDefaults()

@@ -38,12 +38,12 @@ private Q_SLOTS:
 
     void aRequestGoesToTheFirstWorkerOfItsPath()
     {
-        m_root->addWorker(workerWith("a/one", number(1)));
-        m_root->addWorker(workerWith("a/one/two", number(2)));
-        m_root->addWorker(workerWith("a/one", number(4)));
+        m_root->addWorker(workerWith("a/one", OrvaValue::of(1)));
+        m_root->addWorker(workerWith("a/one/two", OrvaValue::of(2)));
+        m_root->addWorker(workerWith("a/one", OrvaValue::of(4)));
         QCOMPARE(m_root->nodeInfos().size(), 2);
         const auto reply = CMReply<QVariant>::create();
-        m_root->setValue(path("a/one/two"), number(3), reply);
+        m_root->setValue(path("a/one/two"), OrvaValue::of(3), reply);
         QVERIFY(reply.isFinished() && reply.error().isEmpty());
         QCOMPARE(valueAt("a/one"), 1);
         QCOMPARE(valueAt("a/one/two"), 3);
@@ -63,7 +63,7 @@ private Q_SLOTS:
         };
         QVariant answer = QVariantHash{{"unasked"_s, true}};
         m_root->addWorker(std::make_unique<Asker>(&answer));
-        m_root->addWorker(workerWith("later", number(1)));
+        m_root->addWorker(workerWith("later", OrvaValue::of(1)));
         m_root.reset(); // The last goes first.
         QVERIFY(answer.toHash().isEmpty());
     }
@@ -72,7 +72,7 @@ private Q_SLOTS:
     {
         const CMValueItem item(nullptr, path("late"));
         QSignalSpy changed(&item, &CMValueItem::changed);
-        m_root->addWorker(workerWith("late", number(4)));
+        m_root->addWorker(workerWith("late", OrvaValue::of(4)));
         QCOMPARE(changed.size(), 1);
         QCOMPARE(item.value().i32_(), 4);
     }

@@ -12,7 +12,7 @@ constexpr int tcp = 6;
 constexpr int laterFragment = 0x10;
 constexpr const char* either = " 08(00|42) ";
 
-const OrvaValue address = text("00:11:22:AA:BB:CC");
+const OrvaValue address = OrvaValue::of("00:11:22:AA:BB:CC"_s);
 const QByteArray pattern = QByteArray(6, '\xFF') + QByteArray::fromHex("001122aabbcc").repeated(16);
 
 /// An IPv4 packet with `words` 32-bit words of header, whose payload begins with both ports.
@@ -91,12 +91,12 @@ private Q_SLOTS:
         send(0x0842, pattern);
         send(0x0800, ipv4(5, udp, 9, 0, pattern));
         QTest::qWait(50);
-        m_mac->setValue(text("02:00:00:00:00:01"));
+        m_mac->setValue(OrvaValue::of("02:00:00:00:00:01"_s));
         send(0x0842, pattern);
         QTest::qWait(50);
         m_mac->setValue(address);
-        for (const char* none : {"0011223344", "00:11:22:33:44:55:66", "no address", ""})
-            m_mac->setValue(text(none));
+        for (const auto& none : {"0011223344"_s, "00:11:22:33:44:55:66"_s, "no address"_s, ""_s})
+            m_mac->setValue(OrvaValue::of(none));
         QCOMPARE(wakes(), 0);
         QCOMPARE(m_log.count("Configuring WOL matcher to "_s), 2);
     }
@@ -139,9 +139,7 @@ private Q_SLOTS:
 private:
     void enable(bool on)
     {
-        OrvaValue value;
-        value.setBool_(on);
-        QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), value), "/"_s);
+        QCOMPARE(outcome(*m_tree, OrvaNetworkWakeOnLanSetEnabledPath(), OrvaValue::of(on)), "/"_s);
     }
 
     void send(quint16 protocol, const QByteArray& packet) const

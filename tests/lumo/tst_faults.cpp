@@ -118,8 +118,7 @@ private Q_SLOTS:
             killDaemon();
         });
         add("killed between the writes and the mode", [this] {
-            OrvaValue profile;
-            profile.setNetworkProfile(profileWith({"Home"_s}));
+            const OrvaValue profile = OrvaValue::of(profileWith({"Home"_s}));
             signalDaemon(SIGSTOP);
             requestUntilAnswered(OrvaNetworkSetNetworkProfilePath(), profile);
             killDaemon();

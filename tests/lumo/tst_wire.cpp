@@ -81,7 +81,7 @@ private Q_SLOTS:
         send(OrvaNetworkStartPath());
         send(OrvaNetworkForceWifiReconnectPath());
         const auto softAp = send(OrvaNetworkRequestSoftApPath(), softApRequest());
-        const auto pin = send(OrvaNetworkPerformWpsPinPath(), toValue("12345670"_s));
+        const auto pin = send(OrvaNetworkPerformWpsPinPath(), OrvaValue::of("12345670"_s));
         expected << "ForceWifiReconnect()"_s << softApCall() << "WpsPin(s:12345670)"_s;
         EVENTUALLY_EQUAL(callsSinceStart(), expected);
 

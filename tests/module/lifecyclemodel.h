@@ -71,7 +71,7 @@ private:
         case 2:
             return sendLifecycle(rng);
         case 3:
-            m_driver.send(OrvaNetworkRemoveWirelessNetworkPath(), toValue(ssid));
+            m_driver.send(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(ssid));
             return "remove "_s + ssid;
         case 4:
         case 5:
@@ -194,7 +194,7 @@ private:
     {
         m_fixture.backend->refused = refused ? QStringList("applyProfile"_s) : QStringList();
         m_fixture.store->full = diskFull;
-        m_driver.send(OrvaNetworkSetNetworkProfilePath(), toValue(profile));
+        m_driver.send(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
         return "set "_s + orvaToLog(profile.__variant());
     }
 

@@ -9,7 +9,7 @@ const QString home = "Home"_s;
 
 NodeValues withNetworks(const QStringList& ssids)
 {
-    return {{OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith(ssids))}};
+    return {{OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(profileWith(ssids))}};
 }
 
 OrvaNetworkProfile storedProfile(WorkerFixture& fixture)
@@ -47,14 +47,7 @@ OrvaValue setting(const QString& what)
     OrvaNetworkProfile profile;
     profile.setWireless(network);
     profile.setType(static_cast<OrvaNetworkProfileType::Value>(what.section(" "_s, 1).toInt()));
-    return toValue(profile);
-}
-
-OrvaValue credentials(const QString& ssid)
-{
-    OrvaValue value;
-    value.setNetworkInterface(wpaNetwork(ssid));
-    return value;
+    return OrvaValue::of(profile);
 }
 
 /// Whether the backend answers with the MACs.
@@ -70,11 +63,11 @@ CMReply<QVariant> begin(WorkerFixture& fixture, const QString& step)
     const QString verb = step.section(" "_s, 0, 0);
     const QString what = step.section(" "_s, 1);
     if (verb == "remove"_s)
-        return fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), toValue(what));
+        return fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(what));
     if (verb == "set"_s)
         return fixture.send(OrvaNetworkSetNetworkProfilePath(), setting(what));
     if (verb == "wps"_s)
-        return fixture.send(OrvaNetworkApplyWpsPath(), credentials(what));
+        return fixture.send(OrvaNetworkApplyWpsPath(), OrvaValue::of(wpaNetwork(what)));
     if (what.isEmpty())
         return fixture.send(CMPath("network/"_s + verb));
     const QHash<QString, std::function<void()>> events = {
@@ -191,7 +184,7 @@ private Q_SLOTS:
                                          {0, "http://localhost/"_s},
                                          {-1, "http://localhost/"_s}};
         for (auto row = urls.begin(); row != urls.end(); ++row) {
-            WorkerFixture fixture({{OrvaWebserverPortPath(), number(row.key())}});
+            WorkerFixture fixture({{OrvaWebserverPortPath(), OrvaValue::of(row.key())}});
             QCOMPARE(fixture.value(OrvaNetworkLocalWebserverLocalhostUrlPath()).string_(), *row);
             Q_EMIT fixture.backend->AddressesChanged();
             fixture.settle();
@@ -321,10 +314,10 @@ private Q_SLOTS:
         NodeValues values = withNetworks({home, "Office"_s});
         if (all.first().startsWith("failures "_s))
             values.insert(OrvaNetworkMaxAuthFailuresSettingsPath(),
-                          number(all.takeFirst().mid(9).toInt()));
+                          OrvaValue::of(all.takeFirst().mid(9).toInt()));
         else if (all.first().startsWith("networks "_s))
             values.insert(OrvaNetworkMaxNumberWifiNetworks(),
-                          number(all.takeFirst().mid(9).toInt()));
+                          OrvaValue::of(all.takeFirst().mid(9).toInt()));
         const bool deaf = all.first() == "deaf on"_s;
         WorkerFixture fixture(values, [&](ScriptedBackend& backend) { hear(backend, !deaf); });
         QString last;
@@ -343,13 +336,14 @@ private Q_SLOTS:
         WorkerFixture fixture;
         const CMPath set = OrvaNetworkSetNetworkProfilePath();
         OrvaNetworkProfile profile = profileWith({home});
-        QCOMPARE(fixture.request(set, toValue(profile)), "error: Networking is not started."_s);
+        QCOMPARE(fixture.request(set, OrvaValue::of(profile)),
+                 "error: Networking is not started."_s);
         fixture.request(OrvaNetworkStartPath());
         OrvaNetworkInterface masked = wpaNetwork("New"_s);
         masked.setKey("****"_s);
         profile.setWireless(masked);
-        QVERIFY(fixture.request(set, toValue(profile)).startsWith("error: "_s));
-        QVERIFY(!fixture.request(set, toValue(home)).isEmpty());
+        QVERIFY(fixture.request(set, OrvaValue::of(profile)).startsWith("error: "_s));
+        QVERIFY(!fixture.request(set, OrvaValue::of(home)).isEmpty());
         QVERIFY(!fixture.request(set).isEmpty());
         QVERIFY(fixture.writes(OrvaNetworkCurrentProfileSettingsPath()).isEmpty());
         QCOMPARE(fixture.backend->profiles.size(), 1);
@@ -362,7 +356,8 @@ private Q_SLOTS:
         fixture.backend->refused << "applyProfile"_s;
         OrvaNetworkProfile edited = fixture.value(OrvaNetworkProfilePath()).networkProfile();
         edited.setWireless(edited.wirelessNetworks().last());
-        QCOMPARE(fixture.request(OrvaNetworkSetNetworkProfilePath(), toValue(edited)), QString());
+        QCOMPARE(fixture.request(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(edited)),
+                 QString());
         const OrvaNetworkProfile expected = profileWith({"Office"_s, home});
         QCOMPARE(storedProfile(fixture), expected);
         QCOMPARE(fixture.backend->profiles.last(), expected);
@@ -373,9 +368,9 @@ private Q_SLOTS:
         WorkerFixture fixture(withNetworks({home, "Office"_s}));
         fixture.request(OrvaNetworkStartPath());
         const CMPath remove = OrvaNetworkRemoveWirelessNetworkPath();
-        const auto first = fixture.send(remove, toValue(home));
-        const auto second = fixture.send(remove, toValue("Office"_s));
-        const auto third = fixture.send(remove, toValue(home));
+        const auto first = fixture.send(remove, OrvaValue::of(home));
+        const auto second = fixture.send(remove, OrvaValue::of("Office"_s));
+        const auto third = fixture.send(remove, OrvaValue::of(home));
         fixture.settle();
         QCOMPARE(fixture.outcome(first) + fixture.outcome(second), QString());
         QCOMPARE(fixture.outcome(third), "error: Network is not configured"_s);
@@ -391,7 +386,7 @@ private Q_SLOTS:
         fixture.request(OrvaNetworkStartPath());
         fixture.store->mute = true;
         fixture.send(OrvaNetworkSetNetworkProfilePath(), setting("Cafe"_s));
-        const auto open = fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), toValue(home));
+        const auto open = fixture.send(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(home));
         fixture.settle();
         QCOMPARE(fixture.outcome(open), "no answer"_s);
     }

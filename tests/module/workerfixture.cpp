@@ -9,9 +9,9 @@ namespace {
 
 NodeValues completed(const NodeValues& values)
 {
-    NodeValues all = {{OrvaNetworkWiredInterfacePath(), text("eth0")},
-                      {OrvaNetworkWirelessInterfacePath(), text("wlan0")},
-                      {OrvaWebserverPortPath(), number(80)}};
+    NodeValues all = {{OrvaNetworkWiredInterfacePath(), OrvaValue::of("eth0"_s)},
+                      {OrvaNetworkWirelessInterfacePath(), OrvaValue::of("wlan0"_s)},
+                      {OrvaWebserverPortPath(), OrvaValue::of(80)}};
     const auto defaults = networkSettingDefaults();
     for (const SettingDefault& setting : defaults)
         all.insert(setting.path, setting.value);

@@ -17,9 +17,7 @@ inline OrvaValue softApRequest(const QString& name, const QVariantHash& settings
     request.setSettings(OrvaNetworkProfileSoftApSettings(settings));
     request.setTimeout(timeout);
     request.setHoldSoftAp(hold);
-    OrvaValue value;
-    value.setNetworkSoftApRequest(request);
-    return value;
+    return OrvaValue::of(request);
 }
 
 /// What the power manager was asked for, in order: "+" for a request, "-" for a release.

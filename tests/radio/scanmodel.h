@@ -31,7 +31,7 @@ private:
             return "scans are refused: %1"_s.arg(m_refused);
         case 1:
             m_airplane = !m_airplane;
-            fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(m_airplane), {});
+            fixture.root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(m_airplane), {});
             return "airplane mode: %1"_s.arg(m_airplane);
         case 2:
             setBusy(!m_busy);

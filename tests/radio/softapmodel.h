@@ -10,7 +10,7 @@ public:
     static NodeValues nodeValues()
     {
         return {
-            {OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith({"Home"_s}))},
+            {OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(profileWith({"Home"_s}))},
             {OrvaNetworkSoftApConfigSettingsPath(), json(R"({"networkProfile": {"softApSettings": [
                      {"apInterface": "uap0", "ssid": "Box", "vendorSpecificData": "v"},
                      {"apInterface": "uap1"}]}})")}};

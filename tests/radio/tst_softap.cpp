@@ -147,7 +147,7 @@ private Q_SLOTS:
         SoftApDevice device;
         device.request(OrvaNetworkStartPath());
         device.ask(ssid("a"_s, "A"_s));
-        QCOMPARE(device.request(OrvaNetworkRevokeSoftApPath(), text("a")), QString());
+        QCOMPARE(device.request(OrvaNetworkRevokeSoftApPath(), OrvaValue::of("a"_s)), QString());
         QCOMPARE(device.live(), QString());
     }
 
@@ -233,13 +233,14 @@ private Q_SLOTS:
             QCOMPARE(device.backend->startedSoftAps.size(), round);
             up("uap0", true);
             Q_EMIT device.backend->StationConnected("aa:bb:cc:00:11:22"_s);
-            device.request(OrvaNetworkSetNetworkProfilePath(), toValue(profileWith({"Home"_s})));
+            device.request(OrvaNetworkSetNetworkProfilePath(),
+                           OrvaValue::of(profileWith({"Home"_s})));
             QCOMPARE(device.backend->stoppedSoftAps.size(), round);
             up("uap0", false);
             QVERIFY(device.value(OrvaNetworkConnectedSoftApStationsPath()).stringList().isEmpty());
             up("wlan0", true);
             QVERIFY(!device.timer(fallbackTimer)->isActive());
-            device.request(OrvaNetworkRemoveWirelessNetworkPath(), text("Home"));
+            device.request(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of("Home"_s));
             up("wlan0", false);
         }
     }
@@ -247,8 +248,8 @@ private Q_SLOTS:
     void fallsBackAtOnceAfterWrongKeys()
     {
         WorkerFixture device(
-            {{OrvaNetworkMaxAuthFailuresSettingsPath(), number(1)},
-             {OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith({"Home"_s}))}},
+            {{OrvaNetworkMaxAuthFailuresSettingsPath(), OrvaValue::of(1)},
+             {OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(profileWith({"Home"_s}))}},
             [](ScriptedBackend& backend) { backend.cable = false; });
         device.request(OrvaNetworkStartPath());
         Q_EMIT device.backend->AuthError("Home"_s, "wrong key"_s);

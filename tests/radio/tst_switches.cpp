@@ -18,11 +18,11 @@ private Q_SLOTS:
         QFETCH(bool, stored);
         QFETCH(int, type);
         const QByteArray typeJson = R"({"airplaneModeType": )" + QByteArray::number(type) + "}";
-        WorkerFixture fixture({{OrvaNetworkAirplaneModeSettingPath(), toValue(stored)},
+        WorkerFixture fixture({{OrvaNetworkAirplaneModeSettingPath(), OrvaValue::of(stored)},
                                {OrvaNetworkAirplaneModeTypeSettingPath(), json(typeJson)}});
         QCOMPARE(fixture.info().airplaneMode(), stored);
         for (const bool on : {!stored, stored}) {
-            fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(on), {});
+            fixture.root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on), {});
             fixture.settle();
             QCOMPARE(fixture.info().airplaneMode(), on);
             QCOMPARE(fixture.value(OrvaNetworkAirplaneModeSettingPath()).bool_(), on);
@@ -34,7 +34,7 @@ private Q_SLOTS:
     {
         WorkerFixture fixture;
         for (const bool on : {true, false})
-            fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(on), {});
+            fixture.root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on), {});
         fixture.settle();
         QCOMPARE(fixture.writes(OrvaNetworkAirplaneModeSettingPath()).size(), 2);
     }
@@ -44,7 +44,7 @@ private Q_SLOTS:
         WorkerFixture fixture;
         fixture.store->full = true;
         const auto reply = CMReply<QVariant>::create();
-        fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(true), reply);
+        fixture.root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(true), reply);
         fixture.settle();
         QCOMPARE(WorkerFixture::outcome(reply), "NotStored: full"_s);
         QVERIFY(!fixture.value(OrvaNetworkAirplaneModePath()).bool_());
@@ -76,7 +76,7 @@ private Q_SLOTS:
         qputenv("PATH", directory.path().toLocal8Bit());
         QElapsedTimer blocked;
         blocked.start();
-        fixture.root.setValue(OrvaNetworkAirplaneModePath(), toValue(true), {});
+        fixture.root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(true), {});
         fixture.settle();
         qputenv("PATH", path);
         QVERIFY(blocked.elapsed() < 7000);
@@ -106,7 +106,7 @@ private Q_SLOTS:
     void letsTheRadioGo()
     {
         WorkerFixture fixture(
-            {{OrvaNetworkCurrentProfileSettingsPath(), toValue(profileWith({"Home"_s}))}});
+            {{OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(profileWith({"Home"_s}))}});
         fixture.request(OrvaNetworkStartPath());
         fixture.request(OrvaNetworkStopPath());
         QCOMPARE(fixture.timer(releaseTimer)->interval(), 5000);

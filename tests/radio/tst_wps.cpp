@@ -25,7 +25,8 @@ public:
             else if (word == "dropped")
                 backend->wpsReply = {};
             else
-                replies << send(OrvaNetworkPerformWpsPinPath(), text(word));
+                replies << send(OrvaNetworkPerformWpsPinPath(),
+                                OrvaValue::of(QString::fromLatin1(word)));
             settle();
         }
     }

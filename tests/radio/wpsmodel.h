@@ -39,7 +39,7 @@ private:
         }
         const bool valid = rng.chance(50);
         const QString pin = valid ? "12345670"_s : QString(8, QChar(0x0661));
-        start(driver.ask(OrvaNetworkPerformWpsPinPath(), toValue(pin)), valid);
+        start(driver.ask(OrvaNetworkPerformWpsPinPath(), OrvaValue::of(pin)), valid);
         return "WPS by PIN "_s + pin;
     }
 

@@ -2,24 +2,6 @@
 
 #include "network/networkpaths.h"
 
-namespace {
-
-OrvaValue text(const QString& text)
-{
-    OrvaValue value;
-    value.setString_(text);
-    return value;
-}
-
-OrvaValue number(qint32 number)
-{
-    OrvaValue value;
-    value.setI32_(number);
-    return value;
-}
-
-} // namespace
-
 FixedValues::FixedValues(const QString& name, const QVector<QPair<CMPath, OrvaValue>>& values)
     : CMNodesWorker(QVariantHash(), name)
 {
@@ -35,13 +17,14 @@ std::unique_ptr<CMAbstractWorker> createInterfaceNames(const QString& wired,
 {
     return std::make_unique<FixedValues>(
         QStringLiteral("InterfaceNames"),
-        QVector<QPair<CMPath, OrvaValue>>{{OrvaNetworkWiredInterfacePath(), text(wired)},
-                                          {OrvaNetworkWirelessInterfacePath(), text(wireless)}});
+        QVector<QPair<CMPath, OrvaValue>>{
+            {OrvaNetworkWiredInterfacePath(), OrvaValue::of(wired)},
+            {OrvaNetworkWirelessInterfacePath(), OrvaValue::of(wireless)}});
 }
 
 std::unique_ptr<CMAbstractWorker> createWebserver(qint32 port)
 {
     return std::make_unique<FixedValues>(
         QStringLiteral("Webserver"),
-        QVector<QPair<CMPath, OrvaValue>>{{OrvaWebserverPortPath(), number(port)}});
+        QVector<QPair<CMPath, OrvaValue>>{{OrvaWebserverPortPath(), OrvaValue::of(port)}});
 }

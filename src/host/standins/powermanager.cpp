@@ -56,28 +56,14 @@ CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& firs
     return node;
 }
 
-OrvaValue flag(bool on)
-{
-    OrvaValue value;
-    value.setBool_(on);
-    return value;
-}
-
-OrvaValue number(qint32 number)
-{
-    OrvaValue value;
-    value.setI32_(number);
-    return value;
-}
-
 } // namespace
 
 PowerManager::PowerManager()
     : CMNodesWorker(QVariantHash(), QStringLiteral("PowerManager"))
     , m_modules(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/modules"))))
     , m_requests(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/requests"))))
-    , m_wifi(createShown(nodes(), "power/resource/wifi", flag(false)))
-    , m_target(createShown(nodes(), "power/target", number(0)))
+    , m_wifi(createShown(nodes(), "power/resource/wifi", OrvaValue::of(false)))
+    , m_target(createShown(nodes(), "power/target", OrvaValue::of(0)))
 {
     CMActivateNode::create(nodes(), OrvaPowerManagerModuleRegisterPath())
         ->setInvoke(this, &PowerManager::on_register, Qt::QueuedConnection);
@@ -116,7 +102,7 @@ void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
             m_wifiHolders.removeAll(wanted->moduleName());
         if (wanted->action() == OrvaPowerModuleActions::Request)
             m_wifiHolders << wanted->moduleName();
-        m_wifi->setValue(flag(!m_wifiHolders.isEmpty()));
+        m_wifi->setValue(OrvaValue::of(!m_wifiHolders.isEmpty()));
     }
     request.answer();
 }
@@ -127,7 +113,7 @@ void PowerManager::on_targetRequest(const CMSetDataRequest& request)
     if (!wanted)
         return;
     record(QStringLiteral("target"), *wanted);
-    m_target->setValue(number(wanted->target()));
+    m_target->setValue(OrvaValue::of(qint32(wanted->target())));
     request.answer();
 }
 

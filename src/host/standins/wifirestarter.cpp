@@ -46,7 +46,7 @@ WifiRestarter::WifiRestarter(const QVariantHash& config)
     , m_count(CMValueNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/count"))))
 {
     m_count->setReadOnly(true);
-    m_count->setValue(number(0));
+    m_count->setValue(OrvaValue::of(0));
     CMActivateNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/restart")))
         ->setInvoke(this, &WifiRestarter::on_restart, Qt::QueuedConnection);
 }
@@ -63,6 +63,6 @@ void WifiRestarter::on_restart(const CMSetDataRequest& request)
         return;
     }
     LOG4CPLUS_INFO(logger(), "Restarted " << interface);
-    m_count->setValue(number(m_count->value().i32_() + 1));
+    m_count->setValue(OrvaValue::of(m_count->value().i32_() + 1));
     request.answer();
 }
