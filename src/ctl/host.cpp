@@ -19,11 +19,11 @@ constexpr OrvaPlain::Limits answerLimits = {32, 128 << 20};
 
 Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
 {
-    QString why;
-    const auto hash = OrvaPlain::hashFromBus(fromBus, &why, answerLimits);
+    const auto hash = OrvaPlain::hashFromBus(fromBus, answerLimits);
     if (hash)
         return OrvaValue(*hash);
-    return Result{ExitStatus::Other, QStringLiteral("The host's answer is no value: %1.").arg(why)};
+    return Result{ExitStatus::Other,
+                  QStringLiteral("The host's answer is no value: %1.").arg(hash.why())};
 }
 
 Outcome<OrvaValue> plainValue(const Outcome<QVariantMap>& answer)

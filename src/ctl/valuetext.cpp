@@ -47,7 +47,7 @@ std::optional<QVariant> doubleFromText(const QString& text)
 std::optional<QVariant> jsonFromText(const QString& text, QMetaType::Type type)
 {
     const auto json = OrvaPlain::fromJson(text.toUtf8());
-    return json && json->userType() == type ? json : std::nullopt;
+    return json && json->userType() == type ? std::optional(*json) : std::nullopt;
 }
 
 /// What is quoted is a JSON string; anything else is the text itself.
@@ -101,10 +101,9 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type)
 
 Outcome<QVariantHash> parseObject(const QByteArray& text)
 {
-    QString why;
-    const auto json = OrvaPlain::fromJson(text, &why);
+    const auto json = OrvaPlain::fromJson(text);
     if (!json)
-        return usage(QStringLiteral("Not a value: %1.").arg(why));
+        return usage(QStringLiteral("Not a value: %1.").arg(json.why()));
     if (json->userType() != QMetaType::QVariantHash)
         return usage(QStringLiteral("Not a value: a JSON object is wanted."));
     return json->toHash();
@@ -117,10 +116,10 @@ bool looksLikeObject(const QString& text)
 
 Result checkText(const QString& text)
 {
-    QString why;
-    if (OrvaPlain::fromForeign(text, &why))
+    const auto plain = OrvaPlain::fromForeign(text);
+    if (plain)
         return {};
-    return usage(QStringLiteral("Cannot be sent: %1.").arg(why));
+    return usage(QStringLiteral("Cannot be sent: %1.").arg(plain.why()));
 }
 
 QString toJson(const QVariant& value)

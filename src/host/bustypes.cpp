@@ -23,13 +23,16 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node
 
 QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusValue& value)
 {
-    return argument << OrvaPlain::toBus(value.plain);
+    return argument << OrvaPlain::toBus(value.plain.value_or({}));
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusValue& value)
 {
-    const auto plain = OrvaPlain::fromForeign(QVariant::fromValue(argument), &value.why);
-    value.plain = plain.value_or(QVariant()).toHash();
+    const auto plain = OrvaPlain::fromForeign(QVariant::fromValue(argument));
+    if (plain)
+        value.plain = plain->toHash();
+    else
+        value.plain = plain.error();
     return argument;
 }
 

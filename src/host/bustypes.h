@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/orvaplainvalue.h"
+
 #include <QList>
 #include <QMetaType>
 #include <QVariant>
@@ -20,11 +22,11 @@ struct OrvaBusNode
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 
-/// A value as it came from the bus, `a{sv}`: unpacked no further than the border's limits.
+/// A value as it came from the bus, `a{sv}`: unpacked no further than the border's limits, or what
+/// is wrong with it.
 struct OrvaBusValue
 {
-    QVariantHash plain;
-    QString why; ///< What is wrong with it, in words for a person; empty where nothing is.
+    OrvaResult<QVariantHash> plain = QVariantHash();
 };
 
 /// About how many bytes a plain value takes on the bus.

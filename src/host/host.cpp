@@ -32,9 +32,10 @@ bool Host::start()
 {
     // First of all, so that a second host ends before it touches anything. Whoever calls in the
     // meantime is answered when the event loop runs.
-    QString why;
-    if (!m_control.start(&why)) {
-        LOG4CPLUS_ERROR(logger(), "Couldn't take the host's name on the system bus: " << why);
+    const auto started = m_control.start();
+    if (!started) {
+        LOG4CPLUS_ERROR(logger(),
+                        "Couldn't take the host's name on the system bus: " << started.why());
         return false;
     }
     m_watchdog.start();
@@ -59,14 +60,14 @@ void Host::addStandIns()
 bool Host::addLibraries()
 {
     for (const WorkerConfig& config : std::as_const(m_config.workers)) {
-        QString why;
-        auto worker = createWorker(config.library, config.config, &why);
+        auto worker = createWorker(config.library, config.config);
         if (worker) {
             LOG4CPLUS_INFO(logger(), "Loaded the worker of " << config.library);
-            m_root.addWorker(std::move(worker));
+            m_root.addWorker(std::move(*worker));
             continue;
         }
-        LOG4CPLUS_ERROR(logger(), "Couldn't load the worker of " << config.library << ": " << why);
+        LOG4CPLUS_ERROR(logger(),
+                        "Couldn't load the worker of " << config.library << ": " << worker.why());
         if (config.required)
             return false;
     }

@@ -59,9 +59,9 @@ void logUnknownKeys(const OrvaHash& config)
     }
 }
 
-/// Puts the configured defaults in the place of the built-in ones. Returns the path of the first
-/// that does not suit; empty when all do.
-QString mergeSettings(QVector<SettingDefault>& settings, const QVariantHash& configured)
+/// Puts the configured defaults in the place of the built-in ones. Fails at the first that does not
+/// suit.
+OrvaResult<void> mergeSettings(QVector<SettingDefault>& settings, const QVariantHash& configured)
 {
     for (auto entry = configured.begin(); entry != configured.end(); ++entry) {
         const OrvaValue value(entry->toHash());
@@ -73,13 +73,14 @@ QString mergeSettings(QVector<SettingDefault>& settings, const QVariantHash& con
                            orvaMalformedField(OrvaValue::fields(), value.__hash()).isEmpty() &&
                            (known == settings.end() || known->value.typeKey() == value.typeKey());
         if (!suits)
-            return entry.key();
+            return CMError::failed(
+                QStringLiteral("the setting \"%1\" is not what it should be").arg(entry.key()));
         if (known == settings.end())
             settings.append({path, value});
         else
             known->value = value;
     }
-    return QString();
+    return {};
 }
 
 HostConfig fromRecord(const ConfigRecord& record)
@@ -103,37 +104,29 @@ HostConfig fromRecord(const ConfigRecord& record)
 
 } // namespace
 
-std::optional<HostConfig> readHostConfig(const QString& fileName, QString* why)
+OrvaResult<HostConfig> readHostConfig(const QString& fileName)
 {
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *why = file.errorString();
-        return std::nullopt;
-    }
-    return parseHostConfig(file.readAll(), why);
+    if (!file.open(QIODevice::ReadOnly))
+        return CMError::failed(file.errorString());
+    return parseHostConfig(file.readAll());
 }
 
-std::optional<HostConfig> parseHostConfig(const QByteArray& text, QString* why)
+OrvaResult<HostConfig> parseHostConfig(const QByteArray& text)
 {
-    const auto json = OrvaPlain::fromJson(withoutComments(text), why);
+    const auto json = OrvaPlain::fromJson(withoutComments(text));
     if (!json)
-        return std::nullopt;
-    if (json->userType() != QMetaType::QVariantHash) {
-        *why = QStringLiteral("it is not an object");
-        return std::nullopt;
-    }
+        return json.error();
+    if (json->userType() != QMetaType::QVariantHash)
+        return CMError::failed(QStringLiteral("it is not an object"));
     const ConfigRecord record(json->toHash());
     const QString malformed = orvaMalformedField(ConfigRecord::fields(), record.__hash());
-    if (!malformed.isEmpty()) {
-        *why = QStringLiteral("\"%1\" is not what it should be").arg(malformed);
-        return std::nullopt;
-    }
+    if (!malformed.isEmpty())
+        return CMError::failed(QStringLiteral("\"%1\" is not what it should be").arg(malformed));
     logUnknownKeys(record);
     HostConfig config = fromRecord(record);
-    const QString unsuitable = mergeSettings(config.settings, record.settings().__hash());
-    if (!unsuitable.isEmpty()) {
-        *why = QStringLiteral("the setting \"%1\" is not what it should be").arg(unsuitable);
-        return std::nullopt;
-    }
+    const auto merged = mergeSettings(config.settings, record.settings().__hash());
+    if (!merged)
+        return merged.error();
     return config;
 }

@@ -28,7 +28,7 @@ struct HostConfig
     QVector<SettingDefault> settings = networkSettingDefaults();
 };
 
-/// Reads a configuration: JSON, in which lines that begin with "//" are comments. Nothing, with the
-/// reason in `why`, where anything in it does not suit. Keys that nobody knows are logged.
-[[nodiscard]] std::optional<HostConfig> readHostConfig(const QString& file, QString* why);
-[[nodiscard]] std::optional<HostConfig> parseHostConfig(const QByteArray& text, QString* why);
+/// Reads a configuration: JSON, in which lines that begin with "//" are comments. Fails where
+/// anything in it does not suit. Keys that nobody knows are logged.
+[[nodiscard]] OrvaResult<HostConfig> readHostConfig(const QString& file);
+[[nodiscard]] OrvaResult<HostConfig> parseHostConfig(const QByteArray& text);

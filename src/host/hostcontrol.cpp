@@ -51,19 +51,17 @@ std::optional<QVariantList> rowsToBus(const QVariant& rows)
     return QVariantList{QVariant::fromValue(onBus)};
 }
 
-/// A value from the bus as a plain one, each known field of it of the right type; nothing, with
-/// the reason in `why`, where it is malformed.
-std::optional<OrvaValue> valueFromBus(const OrvaBusValue& foreign, QString* why)
+/// A value from the bus as a plain one, each known field of it of the right type.
+OrvaResult<OrvaValue> valueFromBus(const OrvaBusValue& foreign)
 {
-    *why = foreign.why;
-    if (!why->isEmpty())
-        return std::nullopt;
-    const QString malformed = orvaMalformedField(OrvaValue::fields(), foreign.plain);
+    if (!foreign.plain)
+        return foreign.plain.error();
+    const QString malformed = orvaMalformedField(OrvaValue::fields(), *foreign.plain);
     if (malformed.isEmpty())
-        return OrvaValue(foreign.plain);
-    *why = QStringLiteral("its \"%1\" is, or holds, something of the wrong type or out of range")
-               .arg(malformed);
-    return std::nullopt;
+        return OrvaValue(*foreign.plain);
+    return CMError::failed(
+        QStringLiteral("its \"%1\" is, or holds, something of the wrong type or out of range")
+            .arg(malformed));
 }
 
 CMError accessDenied(const CMPath& path)
@@ -88,12 +86,11 @@ HostControl::HostControl(CMAbstractWorker& root, const QDBusConnection& connecti
             [this](const CMPath& path) { Q_EMIT RowsChanged(path.toString()); });
 }
 
-bool HostControl::start(QString* why)
+OrvaResult<void> HostControl::start()
 {
-    if (!m_connection.isConnected()) {
-        *why = QStringLiteral("there is no bus: ") + m_connection.lastError().message();
-        return false;
-    }
+    if (!m_connection.isConnected())
+        return CMError::failed(QStringLiteral("there is no bus: ") +
+                               m_connection.lastError().message());
     auto* sieve = BusSieve::install(m_connection);
     connect(sieve, &BusSieve::heard, this, [this, sieve] {
         sieve->listen();
@@ -104,11 +101,10 @@ bool HostControl::start(QString* why)
                          QStringLiteral("Disconnected"), this, SLOT(on_disconnected()));
     if (m_connection.registerObject(objectPath(), this) &&
         m_connection.registerService(serviceName()))
-        return true;
-    *why = m_connection.lastError().isValid()
-               ? m_connection.lastError().message()
-               : QStringLiteral("another host has the name ") + serviceName();
-    return false;
+        return {};
+    return CMError::failed(m_connection.lastError().isValid()
+                               ? m_connection.lastError().message()
+                               : QStringLiteral("another host has the name ") + serviceName());
 }
 
 QString HostControl::serviceName()
@@ -208,11 +204,10 @@ void HostControl::admitValue(
     const std::function<void(const BusCall& call, const OrvaValue& value)>& action)
 {
     admit(path, work, [path, foreign, action](const BusCall& call) {
-        QString why;
-        const auto value = valueFromBus(foreign, &why);
+        const auto value = valueFromBus(foreign);
         if (value)
             action(call, *value);
         else
-            call.fail(CMError::malformedValue(path, why));
+            call.fail(CMError::malformedValue(path, value.why()));
     });
 }

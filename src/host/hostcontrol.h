@@ -24,7 +24,7 @@ public:
 
     /// Takes the name on the bus. Calls are answered as soon as the event loop runs. False, with
     /// the reason in `why`, where the name is taken or the bus refuses it.
-    [[nodiscard]] bool start(QString* why);
+    [[nodiscard]] OrvaResult<void> start();
 
     /// The name on the bus.
     [[nodiscard]] static QString serviceName();

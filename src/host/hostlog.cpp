@@ -2,7 +2,6 @@
 
 #include "common/journalstream.h"
 #include "core/dbglog.h"
-#include "core/orvahash.h"
 
 #include <log4cplus/configurator.h>
 #include <log4cplus/consoleappender.h>
@@ -16,8 +15,8 @@
 #include <syslog.h>
 
 namespace {
-ORVA_LOGGER("Qt")
 
+ORVA_LOGGER("Qt")
 
 log4cplus::LogLevel levelOf(QtMsgType type)
 {

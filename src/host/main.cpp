@@ -86,8 +86,7 @@ int main(int argc, char** argv)
         return refuse(QStringLiteral("There is no log level \"%1\"").arg(parser.value(logLevel)));
     HostLog::setLevel(*level);
 
-    QString why;
-    auto config = readHostConfig(parser.value(configFile), &why);
+    auto config = readHostConfig(parser.value(configFile));
     if (!config) {
         LOG4CPLUS_ERROR(logger(), "Couldn't use the configuration " << parser.value(configFile)
                                                                     << ": " << config.why());

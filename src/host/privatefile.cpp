@@ -57,24 +57,25 @@ bool writeFresh(QByteArray* path, const QByteArray& bytes)
            file.close();
 }
 
-QString errorText()
+/// What `errno` says.
+CMError systemError()
 {
-    return QString::fromLocal8Bit(std::strerror(errno));
+    return CMError::failed(QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-/// Why a file is not to be read; empty where it may.
-QString findFault(int file, const QString& directory, qint64 limit)
+/// Fails where the file is not to be read.
+OrvaResult<void> checkFile(int file, const QString& directory, qint64 limit)
 {
     struct stat own = {};
     struct stat parent = {};
     if (::fstat(file, &own) != 0 || ::stat(QFile::encodeName(directory).constData(), &parent) != 0)
-        return errorText();
+        return systemError();
     if (!S_ISREG(own.st_mode))
-        return QStringLiteral("it is no regular file");
+        return CMError::failed(QStringLiteral("it is no regular file"));
     if (own.st_uid != ::geteuid() && own.st_uid != parent.st_uid)
-        return QStringLiteral("it belongs to the user %1").arg(own.st_uid);
+        return CMError::failed(QStringLiteral("it belongs to the user %1").arg(own.st_uid));
     if (own.st_size > limit)
-        return QStringLiteral("it is larger than %1 bytes").arg(limit);
+        return CMError::failed(QStringLiteral("it is larger than %1 bytes").arg(limit));
     return {};
 }
 
@@ -96,41 +97,39 @@ bool PrivateFile::makeDirectory(const QString& directory)
            (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0 || errno == EEXIST);
 }
 
-bool PrivateFile::replace(const QString& directory, const QString& name, const QByteArray& bytes,
-                          QString* why)
+OrvaResult<void> PrivateFile::replace(const QString& directory, const QString& name,
+                                      const QByteArray& bytes)
 {
     const QByteArray folder = QFile::encodeName(directory);
     const QByteArray target = QFile::encodeName(QDir(directory).filePath(name));
     QByteArray fresh = target + Writing;
     if (writeFresh(&fresh, bytes) && ::rename(fresh.constData(), target.constData()) == 0 &&
         syncDirectory(folder))
-        return true;
-    *why = errorText();
+        return {};
+    const CMError error = systemError();
     ::unlink(fresh.constData());
-    return false;
+    return error;
 }
 
-std::optional<QByteArray> PrivateFile::read(const QString& directory, const QString& name,
-                                            qint64 limit, QString* why)
+OrvaResult<std::optional<QByteArray>> PrivateFile::read(const QString& directory,
+                                                        const QString& name, qint64 limit)
 {
     const Descriptor descriptor(
         ::open(QFile::encodeName(QDir(directory).filePath(name)).constData(),
                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!descriptor.isOpen()) {
-        *why = errno == ENOENT  ? QString()
-               : errno == ELOOP ? QStringLiteral("it is a symbolic link")
-                                : errorText();
-        return std::nullopt;
-    }
-    *why = findFault(descriptor.number(), directory, limit);
-    if (!why->isEmpty())
-        return std::nullopt;
+    if (!descriptor.isOpen() && errno == ENOENT)
+        return std::optional<QByteArray>();
+    if (!descriptor.isOpen())
+        return errno == ELOOP ? CMError::failed(QStringLiteral("it is a symbolic link"))
+                              : systemError();
+    const auto readable = checkFile(descriptor.number(), directory, limit);
+    if (!readable)
+        return readable.error();
     (void)::fchmod(descriptor.number(), S_IRUSR | S_IWUSR);
     QFile file;
     if (file.open(descriptor.number(), QIODevice::ReadOnly))
-        return file.read(limit);
-    *why = file.errorString();
-    return std::nullopt;
+        return std::optional(file.read(limit));
+    return CMError::failed(file.errorString());
 }
 
 int PrivateFile::sweep(const QString& directory, const QString& name)

@@ -39,9 +39,9 @@ void Settings::setDataRequest(const CMSetDataRequest& request)
 {
     if (!suits(request))
         return CMNodesWorker::setDataRequest(request);
-    QString why;
-    if (!m_file.put(request.path(), request.value(), &why))
-        return refuse(request, why);
+    const auto put = m_file.put(request.path(), request.value());
+    if (!put)
+        return refuse(request, put.error());
     if (m_waiting.isEmpty())
         QMetaObject::invokeMethod(this, &Settings::commit, Qt::QueuedConnection);
     m_waiting.append(request);
@@ -59,10 +59,10 @@ bool Settings::suits(const CMSetDataRequest& request) const
 void Settings::commit()
 {
     const auto written = std::exchange(m_waiting, {});
-    QString why;
-    if (!written.isEmpty() && !m_file.commit(&why)) {
+    const auto stored = written.isEmpty() ? OrvaResult<void>() : m_file.commit();
+    if (!stored) {
         for (const CMSetDataRequest& request : written)
-            refuse(request, why);
+            refuse(request, stored.error());
         return;
     }
     for (const CMSetDataRequest& request : written)
@@ -73,11 +73,12 @@ void Settings::commit()
         CMNodesWorker::setDataRequest(m_stored.dequeue());
 }
 
-void Settings::refuse(const CMSetDataRequest& request, const QString& why) const
+void Settings::refuse(const CMSetDataRequest& request, const CMError& error) const
 {
-    LOG4CPLUS_ERROR(logger(), "Couldn't store " << request.path() << ": " << why);
-    request.fail(
-        CMError(QStringLiteral("NotStored"), TrString(trExtractContext(Q_FUNC_INFO),
-                                                      "The setting \"%1\" could not be stored: %2.",
-                                                      {request.path().toString(), why})));
+    LOG4CPLUS_ERROR(logger(), "Couldn't store " << request.path() << ": " << error.message());
+    const auto context =
+        trExtractContext("void Settings::refuse(const CMSetDataRequest&, const QString&) const");
+    request.fail(CMError(QStringLiteral("NotStored"),
+                         TrString(context, "The setting \"%1\" could not be stored: %2.",
+                                  {request.path().toString(), error.message()})));
 }

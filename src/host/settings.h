@@ -35,7 +35,7 @@ private:
     [[nodiscard]] bool suits(const CMSetDataRequest& request) const;
     /// Stores the waiting writes and answers them.
     void commit();
-    void refuse(const CMSetDataRequest& request, const QString& why) const;
+    void refuse(const CMSetDataRequest& request, const CMError& error) const;
 
     SettingsFile m_file;
     /// Writes that the disk does not have yet.

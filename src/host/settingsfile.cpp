@@ -22,18 +22,17 @@ QString fileName()
     return QStringLiteral("settings.json");
 }
 
-/// The value of an entry; nothing, with the reason in `why`, where it is not one of `type`.
-std::optional<OrvaValue> decode(const QJsonValue& entry, const QString& type, QString* why)
+/// The value of an entry; fails where it is not one of `type`.
+OrvaResult<OrvaValue> decode(const QJsonValue& entry, const QString& type)
 {
-    const auto plain = OrvaPlain::fromForeign(entry.toVariant(), why);
+    const auto plain = OrvaPlain::fromForeign(entry.toVariant());
     if (!plain)
-        return std::nullopt;
+        return plain.error();
     const OrvaValue value(plain->toHash());
     const QString malformed = orvaMalformedField(OrvaValue::fields(), value.__hash());
     if (value.typeKey() == type && malformed.isEmpty())
         return value;
-    *why = QStringLiteral("it is not a well-formed \"%1\"").arg(type);
-    return std::nullopt;
+    return CMError::failed(QStringLiteral("it is not a well-formed \"%1\"").arg(type));
 }
 
 } // namespace
@@ -53,37 +52,37 @@ std::optional<OrvaValue> SettingsFile::take(const CMPath& path, const OrvaValue&
     const auto entry = m_entries.constFind(path.toString());
     if (entry == m_entries.constEnd())
         return std::nullopt;
-    QString why;
-    auto value = decode(*entry, expected.typeKey(), &why);
-    if (!value)
-        drop(path, why);
-    return value;
+    const auto value = decode(*entry, expected.typeKey());
+    if (value)
+        return *value;
+    drop(path, value.why());
+    return std::nullopt;
 }
 
-bool SettingsFile::put(const CMPath& path, const OrvaValue& value, QString* why)
+OrvaResult<void> SettingsFile::put(const CMPath& path, const OrvaValue& value)
 {
     const QJsonObject entry = QJsonObject::fromVariantHash(value.__hash());
-    if (!decode(entry, value.typeKey(), why))
-        return false;
-    m_put.insert(path.toString(), entry);
-    return true;
+    const auto back = decode(entry, value.typeKey());
+    if (back)
+        m_put.insert(path.toString(), entry);
+    return back;
 }
 
-bool SettingsFile::commit(QString* why)
+OrvaResult<void> SettingsFile::commit()
 {
     const QJsonObject put = std::exchange(m_put, {});
     QJsonObject entries = m_entries;
     for (auto entry = put.begin(); entry != put.end(); ++entry)
         entries.insert(entry.key(), entry.value());
-    return entries == m_entries || write(entries, why);
+    return entries == m_entries ? OrvaResult<void>() : write(entries);
 }
 
 void SettingsFile::read()
 {
-    QString why;
-    const auto bytes = PrivateFile::read(m_directory, fileName(), MaxFileSize, &why);
-    if (!why.isEmpty())
-        return setAside(why);
+    const auto file = PrivateFile::read(m_directory, fileName(), MaxFileSize);
+    if (!file)
+        return setAside(file.why());
+    const auto& bytes = *file;
     if (!bytes) {
         LOG4CPLUS_INFO(logger(), "No settings are stored in " << m_directory << " yet");
         return;
@@ -105,8 +104,8 @@ void SettingsFile::setAside(const QString& reason)
     if (::rename(QFile::encodeName(filePath()).constData(), QFile::encodeName(name).constData()) ==
         0)
         return;
-    m_blocked = QStringLiteral("the damaged settings file could not be set aside");
-    LOG4CPLUS_ERROR(logger(), "No setting will be stored: " << m_blocked);
+    m_blocked = CMError::failed(QStringLiteral("the damaged settings file could not be set aside"));
+    LOG4CPLUS_ERROR(logger(), "No setting will be stored: " << m_blocked->message());
 }
 
 void SettingsFile::drop(const CMPath& path, const QString& reason)
@@ -124,34 +123,30 @@ void SettingsFile::drop(const CMPath& path, const QString& reason)
     }
     if (!m_copied) {
         // The next write would destroy the only copy.
-        m_blocked = QStringLiteral("the damaged settings could not be kept");
+        m_blocked = CMError::failed(QStringLiteral("the damaged settings could not be kept"));
         return;
     }
     QJsonObject entries = m_entries;
     entries.remove(path.toString());
-    QString why;
-    if (!write(entries, &why))
-        LOG4CPLUS_ERROR(logger(), "Couldn't store the settings: " << why);
+    const auto written = write(entries);
+    if (!written)
+        LOG4CPLUS_ERROR(logger(), "Couldn't store the settings: " << written.why());
 }
 
-bool SettingsFile::write(const QJsonObject& entries, QString* why)
+OrvaResult<void> SettingsFile::write(const QJsonObject& entries)
 {
     const QByteArray bytes = QJsonDocument(entries).toJson();
     if (bytes.size() > MaxFileSize)
-        *why = QStringLiteral("the file would be larger than %1 bytes").arg(MaxFileSize);
-    else
-        *why = m_blocked;
-    if (!why->isEmpty())
-        return false;
-    if (PrivateFile::replace(m_directory, fileName(), bytes, why)) {
+        return CMError::failed(
+            QStringLiteral("the file would be larger than %1 bytes").arg(MaxFileSize));
+    if (m_blocked)
+        return *m_blocked;
+    const auto replaced = PrivateFile::replace(m_directory, fileName(), bytes);
+    if (replaced)
         m_entries = entries;
-        return true;
-    }
-    // What was refused may be in place, though nobody knows for how long.
-    QString ignored;
-    (void)PrivateFile::replace(m_directory, fileName(), QJsonDocument(m_entries).toJson(),
-                               &ignored);
-    return false;
+    else // What was refused may be in place, though nobody knows for how long.
+        (void)PrivateFile::replace(m_directory, fileName(), QJsonDocument(m_entries).toJson());
+    return replaced;
 }
 
 QString SettingsFile::filePath() const

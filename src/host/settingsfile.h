@@ -20,14 +20,13 @@ public:
     /// or what is stored does not suit, which is set aside.
     [[nodiscard]] std::optional<OrvaValue> take(const CMPath& path, const OrvaValue& expected);
 
-    /// Puts a setting among those that the next commit writes. False, with the reason in `why`,
-    /// when it could not be read back.
-    [[nodiscard]] bool put(const CMPath& path, const OrvaValue& value, QString* why);
+    /// Puts a setting among those that the next commit writes. Fails when it could not be read
+    /// back.
+    [[nodiscard]] OrvaResult<void> put(const CMPath& path, const OrvaValue& value);
 
-    /// Writes what was put since the last commit, where it differs from what is stored. False, with
-    /// the reason in `why`, when the disk does not have it; what was stored before stays then, and
-    /// what was put is forgotten.
-    [[nodiscard]] bool commit(QString* why);
+    /// Writes what was put since the last commit, where it differs from what is stored. Fails when
+    /// the disk does not have it; what was stored before stays then, and what was put is forgotten.
+    [[nodiscard]] OrvaResult<void> commit();
 
     /// What is stored.
     [[nodiscard]] QStringList paths() const { return m_entries.keys(); }
@@ -38,7 +37,7 @@ private:
     void setAside(const QString& reason);
     /// Takes an entry out that does not suit. The file as it was is kept.
     void drop(const CMPath& path, const QString& reason);
-    [[nodiscard]] bool write(const QJsonObject& entries, QString* why);
+    [[nodiscard]] OrvaResult<void> write(const QJsonObject& entries);
     [[nodiscard]] QString filePath() const;
     [[nodiscard]] QString freeName() const;
 
@@ -47,5 +46,6 @@ private:
     /// What was put since the last commit.
     QJsonObject m_put;
     bool m_copied = false;
-    QString m_blocked;
+    /// Why nothing is stored any more.
+    std::optional<CMError> m_blocked;
 };

@@ -24,30 +24,26 @@ bool isTrusted(const QString& library)
 
 } // namespace
 
-std::unique_ptr<CMAbstractWorker> createWorker(const QString& library, const QVariantHash& config,
-                                               QString* why)
+OrvaResult<std::unique_ptr<CMAbstractWorker>> createWorker(const QString& library,
+                                                           const QVariantHash& config)
 {
     // A bare name would be searched for, and what is found need not be what was meant.
-    if (!QFileInfo(library).isAbsolute()) {
-        *why = QStringLiteral("\"%1\" is not an absolute path").arg(library);
-        return nullptr;
-    }
-    if (!isTrusted(library)) {
-        *why = QStringLiteral("others than root and the host's user may change it");
-        return nullptr;
-    }
-    *why = foreignQtOf(library);
-    if (!why->isEmpty())
-        return nullptr;
+    if (!QFileInfo(library).isAbsolute())
+        return CMError::failed(QStringLiteral("\"%1\" is not an absolute path").arg(library));
+    if (!isTrusted(library))
+        return CMError::failed(
+            QStringLiteral("others than root and the host's user may change it"));
+    const auto fits = checkQtOf(library);
+    if (!fits)
+        return fits.error();
     QLibrary file(library);
     file.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     const auto create = reinterpret_cast<OrvaWorkerCreate>(file.resolve("worker_create"));
-    if (!create) {
-        *why = file.isLoaded() ? QStringLiteral("it has no worker_create") : file.errorString();
-        return nullptr;
-    }
+    if (!create)
+        return CMError::failed(file.isLoaded() ? QStringLiteral("it has no worker_create")
+                                               : file.errorString());
     std::unique_ptr<CMAbstractWorker> worker(create(config));
     if (!worker)
-        *why = QStringLiteral("its worker_create made no worker");
+        return CMError::failed(QStringLiteral("its worker_create made no worker"));
     return worker;
 }

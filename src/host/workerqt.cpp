@@ -18,7 +18,7 @@ bool needsQt(std::string_view library, int version)
 
 } // namespace
 
-QString foreignQtOf(const QString& library)
+OrvaResult<void> checkQtOf(const QString& library)
 {
     QFile file(library);
     const uchar* content = file.open(QIODevice::ReadOnly) ? file.map(0, file.size()) : nullptr;
@@ -28,9 +28,10 @@ QString foreignQtOf(const QString& library)
                                  static_cast<std::size_t>(file.size()));
     for (const int other : {OwnQt - 1, OwnQt + 1}) {
         if (needsQt(bytes, other) && !needsQt(bytes, OwnQt))
-            return QStringLiteral("it is built with Qt %1, and this host with Qt %2")
-                .arg(other)
-                .arg(OwnQt);
+            return CMError::failed(
+                QStringLiteral("it is built with Qt %1, and this host with Qt %2")
+                    .arg(other)
+                    .arg(OwnQt));
     }
     return {};
 }

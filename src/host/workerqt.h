@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QString>
+#include "core/model/cmerror.h"
+#include "core/orvaresult.h"
 
-/// Why a worker's library cannot share this process for the Qt that it was built with; empty when
-/// it can. Looks at the file alone: once it were loaded, its Qt would run beside the host's and
-/// crash later.
-[[nodiscard]] QString foreignQtOf(const QString& library);
+/// Fails where a worker's library cannot share this process for the Qt that it was built with.
+/// Looks at the file alone: once it were loaded, its Qt would run beside the host's and crash
+/// later.
+[[nodiscard]] OrvaResult<void> checkQtOf(const QString& library);

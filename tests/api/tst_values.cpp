@@ -188,8 +188,8 @@ private Q_SLOTS:
     void theBorderRefuses()
     {
         QFETCH(QVariant, foreign);
-        QString why;
-        QVERIFY(!OrvaPlain::fromForeign(foreign, &why) && !why.isEmpty());
+        const auto plain = OrvaPlain::fromForeign(foreign);
+        QVERIFY(!plain && !plain.why().isEmpty());
     }
 
     void theBorderMakesPlainValues()

@@ -282,9 +282,8 @@ private Q_SLOTS:
 
     void theExampleShowsTheDefaults()
     {
-        QString why;
-        const auto example = readHostConfig(QStringLiteral(ORVA_EXAMPLE), &why);
-        QVERIFY2(example, qPrintable(why));
+        const auto example = readHostConfig(QStringLiteral(ORVA_EXAMPLE));
+        QVERIFY2(example, qPrintable(example.why()));
         const auto defaults = networkSettingDefaults();
         QCOMPARE(example->settings.size(), defaults.size());
         for (int i = 0; i < defaults.size(); ++i)

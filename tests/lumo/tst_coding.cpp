@@ -83,8 +83,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, given);
         QFETCH(QByteArray, expected);
         QVERIFY(readers.contains(section));
-        const QByteArray read =
-            OrvaPlain::toJson(readers[section](OrvaPlain::fromJson(given).value()));
+        const QByteArray read = OrvaPlain::toJson(readers[section](*OrvaPlain::fromJson(given)));
         QCOMPARE(QString::fromUtf8(read), QString::fromUtf8(expected));
     }
 

@@ -244,14 +244,12 @@ QVariant Reader::read(const QVariant& value, int depth)
     return QVariant();
 }
 
-template <class Result>
-std::optional<Result> finish(const Reader& reader, const Result& result, QString* why)
+template <class Plain>
+OrvaResult<Plain> resultOf(const Reader& reader, const Plain& plain)
 {
-    if (!reader.failed())
-        return result;
-    if (why)
-        *why = reader.why();
-    return std::nullopt;
+    if (reader.failed())
+        return CMError::failed(reader.why());
+    return plain;
 }
 
 QVariant toBusValue(const QVariant& plain)
@@ -295,33 +293,30 @@ QJsonValue toJsonValue(const QVariant& plain)
 
 } // namespace
 
-std::optional<QVariant> OrvaPlain::fromForeign(const QVariant& foreign, QString* why, Limits limits)
+OrvaResult<QVariant> OrvaPlain::fromForeign(const QVariant& foreign, Limits limits)
 {
     Reader reader(limits);
     const QVariant plain = reader.read(foreign, 1);
-    return finish(reader, plain, why);
+    return resultOf(reader, plain);
 }
 
-std::optional<QVariantHash> OrvaPlain::hashFromBus(const QVariantMap& foreign, QString* why,
-                                                   Limits limits)
+OrvaResult<QVariantHash> OrvaPlain::hashFromBus(const QVariantMap& foreign, Limits limits)
 {
     Reader reader(limits);
     const QVariant plain = reader.readMap(foreign, 1);
-    return finish(reader, plain.toHash(), why);
+    return resultOf(reader, plain.toHash());
 }
 
-std::optional<QVariant> OrvaPlain::fromJson(const QByteArray& json, QString* why, Limits limits)
+OrvaResult<QVariant> OrvaPlain::fromJson(const QByteArray& json, Limits limits)
 {
     // QJsonDocument takes objects and arrays alone; a bare word or number is a document too.
     QJsonParseError error;
     const auto document = QJsonDocument::fromJson('[' + json + ']', &error);
-    if (error.error != QJsonParseError::NoError || document.array().size() != 1) {
-        if (why)
-            *why = error.error != QJsonParseError::NoError ? error.errorString()
-                                                           : QStringLiteral("not one JSON value");
-        return std::nullopt;
-    }
-    return fromForeign(document.array().at(0).toVariant(), why, limits);
+    if (error.error != QJsonParseError::NoError)
+        return CMError::failed(error.errorString());
+    if (document.array().size() != 1)
+        return CMError::failed(QStringLiteral("not one JSON value"));
+    return fromForeign(document.array().at(0).toVariant(), limits);
 }
 
 QByteArray OrvaPlain::toJson(const QVariant& plain)

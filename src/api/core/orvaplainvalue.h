@@ -1,10 +1,7 @@
 #pragma once
 
-#include "core/orva_global.h"
-
-#include <QVariant>
-
-#include <optional>
+#include "core/model/cmerror.h"
+#include "core/orvaresult.h"
 
 /// The border: what comes from D-Bus or JSON becomes plain values here and nowhere else.
 ///
@@ -23,19 +20,18 @@ struct Limits
     qint64 bytes = 1 << 20;
 };
 
-/// `foreign` as a plain value. Nothing when it is too deep, too large, or holds text with a NUL or
-/// a lone surrogate (D-Bus would cut or change it); `why` then says so in words for a person. A
-/// null gives an invalid variant.
-[[nodiscard]] ORVA_API std::optional<QVariant>
-fromForeign(const QVariant& foreign, QString* why = nullptr, Limits limits = Limits());
+/// `foreign` as a plain value. Fails when it is too deep, too large, or holds text with a NUL or a
+/// lone surrogate (D-Bus would cut or change it). A null gives an invalid variant.
+[[nodiscard]] ORVA_API OrvaResult<QVariant> fromForeign(const QVariant& foreign,
+                                                        Limits limits = Limits());
 
 /// The same for a map as D-Bus delivers it.
-[[nodiscard]] ORVA_API std::optional<QVariantHash>
-hashFromBus(const QVariantMap& foreign, QString* why = nullptr, Limits limits = Limits());
+[[nodiscard]] ORVA_API OrvaResult<QVariantHash> hashFromBus(const QVariantMap& foreign,
+                                                            Limits limits = Limits());
 
 /// One JSON document, of any type.
-[[nodiscard]] ORVA_API std::optional<QVariant>
-fromJson(const QByteArray& json, QString* why = nullptr, Limits limits = Limits());
+[[nodiscard]] ORVA_API OrvaResult<QVariant> fromJson(const QByteArray& json,
+                                                     Limits limits = Limits());
 
 /// A plain value as compact JSON on one line, keys in alphabetical order. Bytes become hexadecimal
 /// text; what `orvaLogText` escapes is escaped.

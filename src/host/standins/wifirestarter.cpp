@@ -59,7 +59,7 @@ void WifiRestarter::on_restart(const CMSetDataRequest& request)
     if (error != 0) {
         const QString reason = QString::fromLocal8Bit(std::strerror(error));
         LOG4CPLUS_ERROR(logger(), "Couldn't restart " << interface << ": " << reason);
-        request.fail(CMError(QStringLiteral("error"), TrString(reason)));
+        request.fail(CMError::failed(reason));
         return;
     }
     LOG4CPLUS_INFO(logger(), "Restarted " << interface);

@@ -86,9 +86,11 @@ QVariantMap lumoPlainMap(const QVariantMap& foreign)
     OrvaPlain::Limits limits;
     limits.bytes = entryLimit;
     for (auto entry = foreign.begin(); entry != foreign.end(); ++entry) {
-        const auto plain = OrvaPlain::fromForeign(entry.value(), &why, limits);
+        const auto plain = OrvaPlain::fromForeign(entry.value(), limits);
         const qint64 cost = plain ? entry.key().size() + weight(*plain) : 0;
-        if (cost > budget)
+        if (!plain)
+            why = plain.why();
+        else if (cost > budget)
             why = QStringLiteral("the map is too large");
         if (!plain || !plain->isValid() || cost > budget) {
             ++dropped;
