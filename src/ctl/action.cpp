@@ -30,7 +30,7 @@ Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& va
                        const InfoVerdict& verdict)
 {
     const auto answer = activate(context, path, value);
-    return answer ? waitForInfo(context, verdict) : answer.failure();
+    return answer ? waitForInfo(context, verdict) : answer.error();
 }
 
 } // namespace ctl

@@ -7,12 +7,6 @@
 
 namespace ctl {
 
-/// A value of one type, in the plain form of it.
-inline OrvaValue valueOf(const QString& type, const QVariant& content)
-{
-    return OrvaValue(QVariantHash{{type, content}});
-}
-
 /// Activates a node and waits for its answer, which is shown to a machine.
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
                             std::chrono::seconds atMost = Bus::patience);

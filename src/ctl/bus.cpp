@@ -30,7 +30,6 @@ ExitStatus statusOf(const QDBusError& error)
     return name.startsWith(QLatin1String("org.orva.")) ? ExitStatus::Failed : ExitStatus::Other;
 }
 
-/// The exit status for a D-Bus error, and a text that a person understands.
 /// The world's interface is missing where the daemon drives real ones.
 bool isWithoutWorld(const QDBusError& error)
 {
@@ -39,19 +38,21 @@ bool isWithoutWorld(const QDBusError& error)
            error.message().contains(QLatin1String("org.orva.lumod.World"));
 }
 
-Result fromBusError(const QDBusError& error)
+/// The exit status for a D-Bus error, and a text that a person understands.
+Failure fromBusError(const QDBusError& error)
 {
     if (isWithoutWorld(error))
-        return {ExitStatus::Other,
-                QStringLiteral("lumod drives this machine's own interfaces here; these commands "
-                               "belong to the world that it plays with --world.")};
+        return Failure{
+            ExitStatus::Other,
+            QStringLiteral("lumod drives this machine's own interfaces here; these commands "
+                           "belong to the world that it plays with --world.")};
     const ExitStatus status = statusOf(error);
     const QString text = error.message().isEmpty() ? error.name() : error.message();
     if (status == ExitStatus::NotRunning)
-        return {status, QStringLiteral("Not running: %1").arg(text)};
+        return Failure{status, QStringLiteral("Not running: %1").arg(text)};
     if (status == ExitStatus::Refused)
-        return {status, QStringLiteral("Not allowed: %1").arg(text)};
-    return {status, text};
+        return Failure{status, QStringLiteral("Not allowed: %1").arg(text)};
+    return Failure{status, text};
 }
 
 } // namespace
@@ -73,8 +74,8 @@ Result Bus::check() const
 {
     if (m_connection.isConnected())
         return {};
-    return {ExitStatus::NotRunning,
-            QStringLiteral("No system bus: %1").arg(m_connection.lastError().message())};
+    return Failure{ExitStatus::NotRunning,
+                   QStringLiteral("No system bus: %1").arg(m_connection.lastError().message())};
 }
 
 bool Bus::runUntil(const std::function<bool()>& done, const QDeadlineTimer& deadline)
@@ -97,8 +98,10 @@ Result Bus::finish(const QDBusPendingCall& call, std::chrono::seconds atMost) co
     const QDeadlineTimer deadline = m_deadline.isForever() ? QDeadlineTimer(atMost) : m_deadline;
     const QDBusPendingCallWatcher watcher(call);
     if (!runUntil([&watcher] { return watcher.isFinished(); }, deadline))
-        return {ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
-    return watcher.isError() ? fromBusError(watcher.error()) : Result();
+        return Failure{ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
+    if (watcher.isError())
+        return fromBusError(watcher.error());
+    return {};
 }
 
 } // namespace ctl

@@ -42,7 +42,9 @@ public:
     Outcome<T> await(const QDBusPendingReply<T>& call, std::chrono::seconds atMost = patience) const
     {
         const Result result = finish(call, atMost);
-        return result.ok() ? Outcome<T>(QDBusPendingReply<T>(call).value()) : Outcome<T>(result);
+        if (!result)
+            return result.error();
+        return QDBusPendingReply<T>(call).value();
     }
 
     /// Waits for the answer to @p call, whatever it holds: until the deadline, and @p atMost where

@@ -41,7 +41,7 @@ Result nodes(Context& context, const Arguments& given)
     const bool pathsOnly = given.flag("--paths");
     const auto nodes = context.host.nodes();
     if (!nodes)
-        return nodes.failure();
+        return nodes.error();
     QVector<QStringList> table;
     for (const OrvaBusNode& node : *nodes) {
         if (!kind.isEmpty() && node.kind != kind)
@@ -64,7 +64,7 @@ Result get(Context& context, const Arguments& given)
 {
     const auto value = context.host.value(pathOf(given));
     if (!value)
-        return value.failure();
+        return value.error();
     showValue(context.out, *value);
     return {};
 }
@@ -79,16 +79,16 @@ Result set(Context& context, const Arguments& given)
 {
     const auto written = valueText(given.text("VALUE"));
     if (!written)
-        return written.failure();
+        return written.error();
     QString type;
     if (!looksLikeObject(*written)) {
         const auto current = context.host.value(pathOf(given));
         if (!current)
-            return current.failure();
+            return current.error();
         type = current->typeKey();
     }
     const auto value = parseValue(*written, type);
-    return value ? context.host.setValue(pathOf(given), *value) : value.failure();
+    return value ? context.host.setValue(pathOf(given), *value) : value.error();
 }
 
 /// The type of the value that an action of the network takes, where it is a plain one.
@@ -108,7 +108,7 @@ Outcome<OrvaValue> actionValue(const CMPath& path, const QString& argument)
     if (argument.isEmpty())
         return OrvaValue();
     const auto written = valueText(argument);
-    return written ? parseValue(*written, actionType(path)) : written.failure();
+    return written ? parseValue(*written, actionType(path)) : written.error();
 }
 
 Result invoke(Context& context, const Arguments& given)
@@ -116,10 +116,10 @@ Result invoke(Context& context, const Arguments& given)
     const CMPath path = pathOf(given);
     const auto value = actionValue(path, given.text("VALUE"));
     if (!value)
-        return value.failure();
+        return value.error();
     const auto answer = context.host.invoke(path, *value);
     if (!answer)
-        return answer.failure();
+        return answer.error();
     if (context.out.json() || !answer->isEmpty())
         showValue(context.out, *answer);
     return {};
@@ -129,7 +129,7 @@ Result rows(Context& context, const Arguments& given)
 {
     const auto rows = context.host.rows(pathOf(given));
     if (!rows)
-        return rows.failure();
+        return rows.error();
     QVector<QStringList> table;
     for (const OrvaRoles& row : *rows) {
         context.out.document(row.__hash());

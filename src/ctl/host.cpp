@@ -22,13 +22,13 @@ Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
     const auto hash = OrvaPlain::hashFromBus(fromBus, answerLimits);
     if (hash)
         return OrvaValue(*hash);
-    return Result{ExitStatus::Other,
-                  QStringLiteral("The host's answer is no value: %1.").arg(hash.why())};
+    return Failure{ExitStatus::Other,
+                   QStringLiteral("The host's answer is no value: %1.").arg(hash.why())};
 }
 
 Outcome<OrvaValue> plainValue(const Outcome<QVariantMap>& answer)
 {
-    return answer ? plainValue(*answer) : answer.failure();
+    return answer ? plainValue(*answer) : answer.error();
 }
 
 /// The part of a version that changes with the interface.
@@ -38,9 +38,10 @@ QVersionNumber interfaceVersion(const QString& version)
     return {number.majorVersion(), number.minorVersion()};
 }
 
-Result lostHost()
+Failure lostHost()
 {
-    return {ExitStatus::NotRunning, QStringLiteral("Not running: the host has left the bus.")};
+    return Failure{ExitStatus::NotRunning,
+                   QStringLiteral("Not running: the host has left the bus.")};
 }
 
 } // namespace
@@ -75,15 +76,16 @@ Result Host::checkVersion() const
     const auto answer =
         m_bus.await<QDBusVariant>(m_proxy->connection().asyncCall(get, m_proxy->timeout()));
     if (!answer) // The command meets most faults again and tells them.
-        return answer.failure().status == ExitStatus::TimedOut ? answer.failure() : Result();
+        return answer.error().status == ExitStatus::TimedOut ? answer.error() : Result();
     const QString ours = QStringLiteral(ORVA_VERSION);
     const QString theirs = answer->variant().toString();
     if (interfaceVersion(theirs) == interfaceVersion(ours))
         return {};
-    return {ExitStatus::Other,
-            QStringLiteral("orvactl %1 and the host %2 do not understand each other: install both "
-                           "in the same version.")
-                .arg(ours, theirs)};
+    return Failure{
+        ExitStatus::Other,
+        QStringLiteral("orvactl %1 and the host %2 do not understand each other: install both "
+                       "in the same version.")
+            .arg(ours, theirs)};
 }
 
 Outcome<OrvaValue> Host::value(const CMPath& path)
@@ -107,12 +109,12 @@ Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
 {
     const auto answer = m_bus.await<OrvaBusRows>(m_proxy->GetRows(path.toString()));
     if (!answer)
-        return answer.failure();
+        return answer.error();
     QVector<OrvaRoles> rows;
     for (const QVariantMap& row : *answer) {
         const auto plain = plainValue(row);
         if (!plain)
-            return plain.failure();
+            return plain.error();
         rows.append(OrvaRoles(*plain));
     }
     return rows;
@@ -134,12 +136,12 @@ Result Host::waitFor(const CMPath& path, const Verdict& verdict)
     });
     const auto now = value(path);
     if (!now)
-        return now.failure();
+        return now.error();
     if (!end)
         end = verdict(*now);
     if (!Bus::runUntil([&] { return end || isGone(); }, m_bus.deadline()))
-        return {ExitStatus::TimedOut,
-                QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
+        return Failure{ExitStatus::TimedOut,
+                       QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
     return end ? *end : lostHost();
 }
 

@@ -16,10 +16,10 @@ bool isUtf8(const char* argument)
     return QString::fromUtf8(argument).toUtf8() == argument;
 }
 
-int status(const Output& out, const Result& result)
+int fail(const Output& out, const Failure& failure)
 {
-    out.failure(result);
-    return int(result.status);
+    out.failure(failure);
+    return int(failure.status);
 }
 
 std::string generated(const Program& program, const QString& what)
@@ -33,13 +33,13 @@ Result runOnce(const Choice& choice, Output& out)
     if (!choice.deadline.isForever() || !choice.command->isPatient)
         alarm.emplace(choice.deadline);
     const Bus bus(choice.deadline);
-    Result connected = bus.check();
-    if (!connected.ok())
+    const Result connected = bus.check();
+    if (!connected)
         return connected;
     Host host(bus);
     alarm.reset();
     const Result fits = host.checkVersion();
-    if (!fits.ok())
+    if (!fits)
         return fits;
     Context context{bus, host, out};
     return choice.command->run(context, choice.arguments);
@@ -57,9 +57,9 @@ Result runCommand(const Choice& choice, Output& out)
 {
     registerBusTypes();
     Result result = runOnce(choice, out);
-    while (choice.command->isPatient && result.status == ExitStatus::NotRunning) {
+    while (choice.command->isPatient && result.error().status == ExitStatus::NotRunning) {
         if (choice.deadline.hasExpired())
-            return {ExitStatus::TimedOut, QStringLiteral("Timed out: %1").arg(result.text)};
+            return Failure{ExitStatus::TimedOut, QStringLiteral("Timed out: %1").arg(result.why())};
         pauseBefore(choice.deadline);
         result = runOnce(choice, out);
     }
@@ -73,7 +73,7 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     Output out;
     if (!std::all_of(argv, argv + argc, isUtf8))
-        return status(out, {ExitStatus::Usage, QStringLiteral("An argument is not UTF-8 text.")});
+        return fail(out, {ExitStatus::Usage, QStringLiteral("An argument is not UTF-8 text.")});
     const Program orvactl = program();
     const auto parsed = parseCommandLine(orvactl, argc, argv);
     if (const auto* ended = std::get_if<ExitStatus>(&parsed))
@@ -84,5 +84,6 @@ int main(int argc, char* argv[])
         return int(ExitStatus::Done);
     }
     out.setJson(choice.json);
-    return status(out, runCommand(choice, out));
+    const Result result = runCommand(choice, out);
+    return result ? int(ExitStatus::Done) : fail(out, result.error());
 }

@@ -22,7 +22,7 @@ public:
     {
         const auto nodes = m_context.host.nodes();
         if (!nodes)
-            return nodes.failure();
+            return nodes.error();
         for (const OrvaBusNode& node : *nodes) {
             const CMPath path(node.path);
             if (wanted(path) && node.kind == QLatin1String("value"))
@@ -122,7 +122,7 @@ Result monitor(Context& context, const Arguments& given)
 {
     Monitor watcher(context, given.texts("PREFIX"));
     Result begun = watcher.begin();
-    if (!begun.ok())
+    if (!begun)
         return begun;
     const QObject guard;
     QObject::connect(&context.host, &Host::valueChanged, &guard,

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QString>
-#include <utility>
-#include <variant>
+#include "core/orvaresult.h"
 
 namespace ctl {
 
@@ -18,40 +16,20 @@ enum class ExitStatus {
     NotRunning = 8, ///< the host or the bus is not there
 };
 
-/// How a step ended: its status and, unless it is done, a text for the person who asked.
-struct [[nodiscard]] Result
+/// Why a step failed: the exit status, and a text for the person who asked.
+struct Failure
 {
-    ExitStatus status = ExitStatus::Done;
+    ExitStatus status = ExitStatus::Other;
     QString text;
 
-    [[nodiscard]] bool ok() const { return status == ExitStatus::Done; }
+    [[nodiscard]] QString message() const { return text; }
 };
 
-/// A value, or the result that says why there is none.
+/// A value, or the failure that says why there is none.
 template <typename T>
-class [[nodiscard]] Outcome
-{
-public:
-    Outcome(T value)
-        : m_state(std::move(value))
-    {
-    }
-    Outcome(Result failure)
-        : m_state(std::move(failure))
-    {
-    }
+using Outcome = OrvaResult<T, Failure>;
 
-    explicit operator bool() const { return std::holds_alternative<T>(m_state); }
-    [[nodiscard]] const T& operator*() const { return *std::get_if<T>(&m_state); }
-    [[nodiscard]] const T* operator->() const { return std::get_if<T>(&m_state); }
-
-    /// The same without the value.
-    [[nodiscard]] Result result() const { return *this ? Result() : failure(); }
-    /// Why there is no value; only to be called where there is none.
-    [[nodiscard]] const Result& failure() const { return *std::get_if<Result>(&m_state); }
-
-private:
-    std::variant<T, Result> m_state;
-};
+/// How a step without a value ended.
+using Result = OrvaResult<void, Failure>;
 
 } // namespace ctl

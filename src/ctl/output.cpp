@@ -60,10 +60,10 @@ void Output::note(const QString& text) const
     write(stderr, text);
 }
 
-void Output::failure(const Result& result) const
+void Output::failure(const Failure& failure) const
 {
-    if (!result.text.isEmpty())
-        write(stderr, QStringLiteral("orvactl: %1").arg(printable(result.text)));
+    if (!failure.text.isEmpty())
+        write(stderr, QStringLiteral("orvactl: %1").arg(printable(failure.text)));
 }
 
 QString Output::styled(const QString& text, Style style)

@@ -28,7 +28,7 @@ public:
     /// A remark on stderr.
     void note(const QString& text) const;
     /// Why the command failed, on stderr.
-    void failure(const Result& result) const;
+    void failure(const Failure& failure) const;
 
     /// @p text with the style's colour codes, where stdout is a terminal and NO_COLOR is not set.
     [[nodiscard]] static QString styled(const QString& text, Style style);

@@ -39,7 +39,7 @@ Result show(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkProfilePath());
     if (!value)
-        return value.failure();
+        return value.error();
     context.out.document(value->__hash());
     const OrvaNetworkProfile profile = value->networkProfile();
     QVector<QStringList> table = {
@@ -94,14 +94,15 @@ OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& name)
 Result set(Context& context, const Arguments& given)
 {
     if (given.text("--type").isEmpty() && !hasAddress(given))
-        return {ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto published = publishedProfile(context.host);
     if (!published)
-        return published.failure();
+        return published.error();
     OrvaNetworkProfile profile = withType(*published, given.text("--type"));
     const bool isWireless = given.text("--interface") == QLatin1String("wireless");
     if (hasAddress(given) && isWireless && profile.wireless().ssid().isEmpty())
-        return {ExitStatus::Usage, QStringLiteral("There is no wireless network to set it for.")};
+        return Failure{ExitStatus::Usage,
+                       QStringLiteral("There is no wireless network to set it for.")};
     if (hasAddress(given) && isWireless)
         profile.setWireless(withAddress(profile.wireless(), given));
     else if (hasAddress(given))
@@ -134,13 +135,13 @@ std::vector<Parameter> setParameters()
 Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
 {
     const auto value = host.value(OrvaNetworkProfilePath());
-    return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.failure();
+    return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.error();
 }
 
 Result setProfile(Context& context, const OrvaNetworkProfile& profile, const InfoVerdict& verdict)
 {
-    return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(),
-                           valueOf(OrvaValue::NetworkProfile(), profile.__variant()), verdict);
+    return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile),
+                           verdict);
 }
 
 Commands profileCommands()

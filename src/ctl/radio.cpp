@@ -14,7 +14,7 @@ Result showAirplane(Context& context)
 {
     const auto value = context.host.value(OrvaNetworkAirplaneModePath());
     if (!value)
-        return value.failure();
+        return value.error();
     context.out.document(value->__hash());
     context.out.line(value->bool_() ? QStringLiteral("on") : QStringLiteral("off"));
     return {};
@@ -25,9 +25,8 @@ Result airplane(Context& context, const Arguments& given)
     if (given.text("STATE").isEmpty())
         return showAirplane(context);
     const bool on = isOn(given);
-    Result set =
-        context.host.setValue(OrvaNetworkAirplaneModePath(), valueOf(OrvaValue::Bool(), on));
-    if (!set.ok())
+    Result set = context.host.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on));
+    if (!set)
         return set;
     return waitForInfo(
         context, whenInfo([on](const OrvaNetworkInfo& info) { return info.airplaneMode() == on; }));
@@ -35,8 +34,8 @@ Result airplane(Context& context, const Arguments& given)
 
 Result wakeOnLan(Context& context, const Arguments& given)
 {
-    const OrvaValue value = valueOf(OrvaValue::Bool(), isOn(given));
-    return activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value).result();
+    const OrvaValue value = OrvaValue::of(isOn(given));
+    return activate(context, OrvaNetworkWakeOnLanSetEnabledPath(), value);
 }
 
 } // namespace

@@ -39,10 +39,10 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
                      });
     const auto info = context.host.value(OrvaNetworkInfoPath());
     if (!info)
-        return info.failure();
+        return info.error();
     const auto profile = publishedProfile(context.host);
     if (!profile)
-        return profile.failure();
+        return profile.error();
     QVector<QStringList> table = {{QString(), QStringLiteral("SSID"), QStringLiteral("SECURITY"),
                                    QStringLiteral("CHANNEL"), QStringLiteral("BAND"),
                                    QStringLiteral("SIGNAL")}};
@@ -62,14 +62,14 @@ Result scan(Context& context, const Arguments&)
     if (Output::stderrIsTerminal())
         context.out.note(QStringLiteral("Scanning…"));
     const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, scanPatience);
-    return answer ? showNetworks(context, answer->networkScanResults()) : answer.failure();
+    return answer ? showNetworks(context, answer->networkScanResults()) : answer.error();
 }
 
 Result list(Context& context, const Arguments&)
 {
     const auto rows = context.host.rows(OrvaNetworkScanResultsPath());
     if (!rows)
-        return rows.failure();
+        return rows.error();
     OrvaList<OrvaNetworkScanResult> networks;
     for (const OrvaRoles& row : *rows)
         networks.append(row.value().networkScanResult());

@@ -63,9 +63,11 @@ Outcome<QString> toText(QByteArray bytes)
         bytes.chop(1);
     const QString text = QString::fromUtf8(bytes);
     if (text.toUtf8() != bytes)
-        return Result{ExitStatus::Usage, QStringLiteral("The input is not UTF-8 text.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("The input is not UTF-8 text.")};
     const Result sendable = checkText(text);
-    return sendable.ok() ? Outcome<QString>(text) : sendable;
+    if (!sendable)
+        return sendable.error();
+    return text;
 }
 
 Outcome<QString> readAll(QFile& file)
@@ -76,21 +78,21 @@ Outcome<QString> readAll(QFile& file)
     while (bytes.size() <= maximumInput && !(part = file.read(maximumInput)).isEmpty())
         bytes += part;
     if (bytes.size() > maximumInput)
-        return Result{ExitStatus::Usage, QStringLiteral("The input is larger than 1 MiB.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("The input is larger than 1 MiB.")};
     return toText(bytes);
 }
 
 Outcome<QString> promptForKey(const QString& prompt)
 {
     if (isatty(STDIN_FILENO) != 1)
-        return Result{
+        return Failure{
             ExitStatus::Usage,
             QStringLiteral("No terminal to ask for the key on; give it with --key-file.")};
     std::fputs(prompt.toUtf8().constData(), stderr);
     const EchoOff quiet;
     QFile terminal;
     if (!terminal.open(STDIN_FILENO, QIODevice::ReadOnly))
-        return Result{ExitStatus::Other, QStringLiteral("The terminal cannot be read.")};
+        return Failure{ExitStatus::Other, QStringLiteral("The terminal cannot be read.")};
     return toText(terminal.readLine(maximumInput));
 }
 
@@ -102,7 +104,7 @@ Outcome<QString> readText(const QString& file)
     const bool open = file == QLatin1String("-") ? input.open(STDIN_FILENO, QIODevice::ReadOnly)
                                                  : input.open(QIODevice::ReadOnly);
     if (!open)
-        return Result{ExitStatus::Other, QStringLiteral("%1: %2").arg(file, input.errorString())};
+        return Failure{ExitStatus::Other, QStringLiteral("%1: %2").arg(file, input.errorString())};
     return readAll(input);
 }
 
@@ -110,7 +112,7 @@ Outcome<QString> readKey(const QString& file, const QString& prompt)
 {
     auto key = file.isEmpty() ? promptForKey(prompt) : readText(file);
     if (key && key->isEmpty())
-        return Result{ExitStatus::Usage, QStringLiteral("The key is empty.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("The key is empty.")};
     return key;
 }
 

@@ -62,9 +62,8 @@ OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
 
 Result request(Context& context, const Arguments& given)
 {
-    const OrvaValue value =
-        valueOf(OrvaValue::NetworkSoftApRequest(), requestOf(given).__variant());
-    return activate(context, OrvaNetworkRequestSoftApPath(), value).result();
+    const OrvaValue value = OrvaValue::of(requestOf(given));
+    return activate(context, OrvaNetworkRequestSoftApPath(), value);
 }
 
 Result revoke(Context& context, const Arguments& given)
@@ -76,8 +75,8 @@ Result revoke(Context& context, const Arguments& given)
         settings.setApInterface(given.text("--interface"));
         request.setSettings(settings);
     }
-    const OrvaValue value = valueOf(OrvaValue::NetworkSoftApRequest(), request.__variant());
-    return activate(context, OrvaNetworkRevokeSoftApPath(), value).result();
+    const OrvaValue value = OrvaValue::of(request);
+    return activate(context, OrvaNetworkRevokeSoftApPath(), value);
 }
 
 QString yes(bool value)
@@ -111,7 +110,7 @@ Result list(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkSoftApRequestsPath());
     if (!value)
-        return value.failure();
+        return value.error();
     context.out.document(value->__hash());
     QVector<QStringList> table = {{QStringLiteral("NAME"), QStringLiteral("INTERFACE"),
                                    QStringLiteral("SSID"), QStringLiteral("CHANNEL"),
@@ -127,7 +126,7 @@ Result stations(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkConnectedSoftApStationsPath());
     if (!value)
-        return value.failure();
+        return value.error();
     context.out.document(value->__hash());
     for (const QString& station : value->stringList())
         context.out.line(printable(station));

@@ -177,7 +177,7 @@ Result status(Context& context, const Arguments&)
           OrvaNetworkConnectedSoftApStationsPath()}) {
         const auto value = context.host.value(path);
         if (!value)
-            return value.failure();
+            return value.error();
         values.insert(path, *value);
         document.insert(path.toString(), value->__hash());
     }

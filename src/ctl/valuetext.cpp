@@ -13,9 +13,9 @@ namespace ctl {
 
 namespace {
 
-Result usage(const QString& text)
+Failure usage(const QString& text)
 {
-    return {ExitStatus::Usage, text};
+    return Failure{ExitStatus::Usage, text};
 }
 
 std::optional<QVariant> boolFromText(const QString& text)
@@ -85,11 +85,11 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type)
 {
     if (looksLikeObject(text)) {
         const auto object = parseObject(text.toUtf8());
-        return object ? Outcome<OrvaValue>(OrvaValue(*object)) : object.failure();
+        return object ? Outcome<OrvaValue>(OrvaValue(*object)) : object.error();
     }
     const Result sendable = checkText(text);
-    if (!sendable.ok())
-        return sendable;
+    if (!sendable)
+        return sendable.error();
     if (type.isEmpty())
         return usage(
             QStringLiteral("The node's type is not known: write the value as {\"type\": ...}."));

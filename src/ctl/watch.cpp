@@ -20,7 +20,7 @@ Result showRows(Context& context, const CMPath& path)
 {
     const auto rows = context.host.rows(path);
     if (!rows)
-        return rows.failure();
+        return rows.error();
     QVariantList list;
     for (const OrvaRoles& row : *rows)
         list.append(row.__variant());
@@ -39,7 +39,7 @@ Result showPresent(Context& context, const OrvaBusNode& node)
         return showRows(context, path);
     const auto value = context.host.value(path);
     if (!value)
-        return value.failure();
+        return value.error();
     showChange(context.out, path, *value);
     return {};
 }
@@ -48,14 +48,14 @@ Result showPresent(Context& context, const QStringList& paths)
 {
     const auto nodes = context.host.nodes();
     if (!nodes)
-        return nodes.failure();
+        return nodes.error();
     for (const QString& path : paths) {
         const auto node = std::find_if(nodes->begin(), nodes->end(),
                                        [&path](const auto& known) { return known.path == path; });
         if (node == nodes->end())
-            return {ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path)};
+            return Failure{ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path)};
         Result shown = showPresent(context, *node);
-        if (!shown.ok())
+        if (!shown)
             return shown;
     }
     return {};
@@ -80,7 +80,7 @@ Result watch(Context& context, const Arguments& given)
                              static_cast<void>(showRows(context, path));
                      });
     const Result present = showPresent(context, paths);
-    return present.ok() ? context.host.follow() : present;
+    return present ? context.host.follow() : present;
 }
 
 Result wait(Context& context, const Arguments& given)
@@ -88,14 +88,14 @@ Result wait(Context& context, const Arguments& given)
     const QString condition = given.text("CONDITION");
     const int split = condition.indexOf(QLatin1String("=="));
     if (split < 1)
-        return {ExitStatus::Usage, QStringLiteral("A condition is written PATH==VALUE.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("A condition is written PATH==VALUE.")};
     const QString wantedText = condition.mid(split + 2);
     const auto verdict = [&wantedText](const OrvaValue& value) -> std::optional<Result> {
         if (value.isEmpty())
             return std::nullopt;
         const auto wanted = parseValue(wantedText, value.typeKey());
         if (!wanted)
-            return wanted.failure();
+            return wanted.error();
         return holds(value.__variant(), wanted->__variant()) ? std::optional(Result())
                                                              : std::nullopt;
     };

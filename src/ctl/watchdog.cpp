@@ -13,7 +13,7 @@ constexpr int shortestIntervalMs = 10000;
 Outcome<Criteria> criteria(Host& host)
 {
     const auto value = host.value(OrvaNetworkWifiRestartCriteriaPath());
-    return value ? Outcome<Criteria>(value->wifiRestartCriteria()) : value.failure();
+    return value ? Outcome<Criteria>(value->wifiRestartCriteria()) : value.error();
 }
 
 QString description(const Criteria& criteria)
@@ -34,7 +34,7 @@ Result status(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkWifiRestartCriteriaPath());
     if (!value)
-        return value.failure();
+        return value.error();
     context.out.document(value->__hash());
     context.out.line(QStringLiteral("Watchdog  %1").arg(description(value->wifiRestartCriteria())));
     // Only a host that counts the restarts has this node.
@@ -46,13 +46,12 @@ Result status(Context& context, const Arguments&)
 
 Result restart(Context& context, const Arguments&)
 {
-    return activate(context, OrvaNetworkRequestWifiRestartPath(), {}).result();
+    return activate(context, OrvaNetworkRequestWifiRestartPath(), {});
 }
 
 Result write(Context& context, const Criteria& criteria)
 {
-    return context.host.setValue(OrvaNetworkWifiRestartCriteriaPath(),
-                                 valueOf(OrvaValue::WifiRestartCriteria(), criteria.__variant()));
+    return context.host.setValue(OrvaNetworkWifiRestartCriteriaPath(), OrvaValue::of(criteria));
 }
 
 Result set(Context& context, const Arguments& given)
@@ -61,10 +60,10 @@ Result set(Context& context, const Arguments& given)
     const auto threshold = given.integer("--threshold");
     const QString path = given.text("--path");
     if (!interval && !threshold && path.isEmpty())
-        return {ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto present = criteria(context.host);
     if (!present)
-        return present.failure();
+        return present.error();
     Criteria changed = *present;
     if (interval)
         changed.setCheckIntervalMs(qRound(qMin(*interval, 1e6) * 1000));
@@ -79,7 +78,7 @@ Result off(Context& context, const Arguments&)
 {
     const auto present = criteria(context.host);
     if (!present)
-        return present.failure();
+        return present.error();
     Criteria changed = *present;
     changed.setCheckIntervalMs(0);
     return write(context, changed);

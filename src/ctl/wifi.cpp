@@ -60,7 +60,7 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
     const auto key =
         readKey(given.text("--key-file"), QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
     if (!key)
-        return key.failure();
+        return key.error();
     network.setKey(*key);
     network.setEncryption(seen && !seenOpen ? *seen : Encryption(Encryption::WpaPsk));
     return network;
@@ -73,7 +73,7 @@ std::optional<Result> judgeJoining(const OrvaNetworkInfo& info, const QString& s
         return Result();
     for (const OrvaNetworkWirelessInterface& network : info.wirelessNetworks()) {
         if (network.ssid() == ssid && network.credentialsSuspect())
-            return Result{ExitStatus::Failed, QStringLiteral("The network refused the key.")};
+            return Failure{ExitStatus::Failed, QStringLiteral("The network refused the key.")};
     }
     return std::nullopt;
 }
@@ -82,13 +82,13 @@ Result connectTo(Context& context, const Arguments& given)
 {
     const QString ssid = given.text("SSID");
     if (ssid.isEmpty())
-        return {ExitStatus::Usage, QStringLiteral("A network has a name.")};
+        return Failure{ExitStatus::Usage, QStringLiteral("A network has a name.")};
     const auto published = publishedProfile(context.host);
     if (!published)
-        return published.failure();
+        return published.error();
     const auto network = networkToJoin(context, *published, given);
     if (!network)
-        return network.failure();
+        return network.error();
     OrvaNetworkProfile profile = *published;
     profile.setWireless(*network);
     if (profile.type() == OrvaNetworkProfileType::Wired)
@@ -100,8 +100,8 @@ Result connectTo(Context& context, const Arguments& given)
 
 Result forget(Context& context, const Arguments& given)
 {
-    const OrvaValue ssid = valueOf(OrvaValue::String(), given.text("SSID"));
-    return activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid).result();
+    const OrvaValue ssid = OrvaValue::of(given.text("SSID"));
+    return activate(context, OrvaNetworkRemoveWirelessNetworkPath(), ssid);
 }
 
 QString remarkOn(const OrvaNetworkInfo& info, const QString& ssid)
@@ -119,10 +119,10 @@ Result known(Context& context, const Arguments&)
 {
     const auto profile = publishedProfile(context.host);
     if (!profile)
-        return profile.failure();
+        return profile.error();
     const auto info = context.host.value(OrvaNetworkInfoPath());
     if (!info)
-        return info.failure();
+        return info.error();
     QVector<QStringList> table = {{QStringLiteral("SSID"), QStringLiteral("SECURITY"), QString()}};
     for (const OrvaNetworkInterface& network : profile->wirelessNetworks()) {
         context.out.document({{OrvaValue::NetworkInterface(), network.__variant()}});

@@ -9,7 +9,7 @@ Result rssi(Context& context, const Arguments&)
 {
     const auto level = activate(context, OrvaNetworkWirelessRssiPath(), {});
     if (!level)
-        return level.failure();
+        return level.error();
     context.out.line(QStringLiteral("%1 dBm").arg(level->double_()));
     return {};
 }

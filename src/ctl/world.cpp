@@ -26,10 +26,10 @@ Result show(Context& context, const Arguments&)
 {
     const auto snapshot = context.bus.await<QString>(World(context).Snapshot());
     if (!snapshot)
-        return snapshot.failure();
+        return snapshot.error();
     const auto state = parseObject(snapshot->toUtf8());
     if (!state)
-        return {ExitStatus::Other, state.failure().text};
+        return Failure{ExitStatus::Other, state.error().text};
     context.out.document(*state);
     context.out.line(toIndentedJson(*state));
     return {};
@@ -54,7 +54,7 @@ Outcome<QVariantMap> settingsOf(const Arguments& given)
         return settings;
     const auto key = readKey(given.text("--key-file"), {});
     if (!key)
-        return key.failure();
+        return key.error();
     settings.insert(QStringLiteral("key"), *key);
     return settings;
 }
@@ -63,12 +63,12 @@ Result addPoint(Context& context, const Arguments& given)
 {
     const auto described = settingsOf(given);
     if (!described)
-        return described.failure();
+        return described.error();
     QVariantMap settings = *described;
     settings.insert(QStringLiteral("ssid"), given.text("SSID"));
     const auto bssid = context.bus.await<QString>(World(context).AddAccessPoint(settings));
     if (!bssid)
-        return bssid.failure();
+        return bssid.error();
     context.out.document({{QStringLiteral("bssid"), *bssid}});
     context.out.line(printable(*bssid));
     return {};
@@ -82,14 +82,14 @@ Result changePoint(Context& context, const QString& point, const QVariantMap& se
 Result changePoint(Context& context, const Arguments& given)
 {
     const auto settings = settingsOf(given);
-    return settings ? changePoint(context, given.text("AP"), *settings) : settings.failure();
+    return settings ? changePoint(context, given.text("AP"), *settings) : settings.error();
 }
 
 Result setKey(Context& context, const Arguments& given)
 {
     const auto key = readKey(given.text("--key-file"), QStringLiteral("New key: "));
     return key ? changePoint(context, given.text("AP"), {{QStringLiteral("key"), *key}})
-               : key.failure();
+               : key.error();
 }
 
 Result joinStation(Context& context, const Arguments& given)
@@ -102,7 +102,7 @@ Result crash(Context& context, const Arguments&)
 {
     const Result result = context.bus.finish(World(context).Crash());
     // The daemon is gone without an answer: that is what was asked for.
-    return result.status == ExitStatus::NotRunning ? Result() : result;
+    return result.error().status == ExitStatus::NotRunning ? Result() : result;
 }
 
 const Parameter accessPoint =

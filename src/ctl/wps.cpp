@@ -24,11 +24,11 @@ Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
 {
     const auto credentials = activate(context, path, value, sessionPatience);
     if (!credentials)
-        return credentials.failure();
+        return credentials.error();
     showCredentials(context.out, credentials->networkInterface(), given.flag("--apply"));
     if (!given.flag("--apply"))
         return {};
-    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials).result();
+    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials);
 }
 
 Result pushButton(Context& context, const Arguments& given)
@@ -41,14 +41,14 @@ Outcome<OrvaValue> pinOf(Host& host, const Arguments& given)
 {
     if (given.text("PIN").isEmpty())
         return host.invoke(OrvaNetworkGenerateWpsPinPath(), {});
-    return valueOf(OrvaValue::String(), given.text("PIN"));
+    return OrvaValue::of(given.text("PIN"));
 }
 
 Result pinSession(Context& context, const Arguments& given)
 {
     const auto pin = pinOf(context.host, given);
     if (!pin)
-        return pin.failure();
+        return pin.error();
     context.out.note(
         QStringLiteral("Enter the PIN %1 at the router.").arg(printable(pin->string_())));
     return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, given);
@@ -58,7 +58,7 @@ Result generate(Context& context, const Arguments&)
 {
     const auto pin = activate(context, OrvaNetworkGenerateWpsPinPath(), {});
     if (!pin)
-        return pin.failure();
+        return pin.error();
     context.out.line(printable(pin->string_()));
     return {};
 }
