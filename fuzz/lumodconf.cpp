@@ -10,11 +10,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const bool quiet = (QLoggingCategory::setFilterRules(QStringLiteral("*=false")), true);
     require(quiet);
-    QString error;
     const auto file =
         readJson(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)),
-                 QStringLiteral("lumod.conf"), &error);
-    require(file.has_value() == error.isEmpty());
+                 QStringLiteral("lumod.conf"));
+    require(file.isOk() == file.why().isEmpty());
     const auto settings = realSettings(file.value_or(QVariantMap()));
     for (const auto& name : {settings.wired, settings.wireless, settings.softAp})
         require(name.toUtf8().size() < 16 && !name.contains(QLatin1Char('/')));

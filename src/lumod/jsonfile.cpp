@@ -17,8 +17,7 @@ QByteArray withoutComments(const QByteArray& text)
 
 } // namespace
 
-std::optional<QVariantMap> readJson(const QByteArray& commented, const QString& fileName,
-                                    QString* error)
+Result<QVariantMap> readJson(const QByteArray& commented, const QString& fileName)
 {
     const auto text = withoutComments(commented);
     QJsonParseError fault{};
@@ -26,19 +25,18 @@ std::optional<QVariantMap> readJson(const QByteArray& commented, const QString& 
     if (document.isObject())
         return document.object().toVariantMap();
     const auto line = text.left(fault.offset).count('\n') + 1;
-    *error = QStringLiteral("%1:%2: %3")
-                 .arg(fileName)
-                 .arg(line)
-                 .arg(fault.error == QJsonParseError::NoError ? QStringLiteral("not an object")
-                                                              : fault.errorString());
-    return std::nullopt;
+    return Failure{QStringLiteral("%1:%2: %3")
+                       .arg(fileName)
+                       .arg(line)
+                       .arg(fault.error == QJsonParseError::NoError
+                                ? QStringLiteral("not an object")
+                                : fault.errorString())};
 }
 
-std::optional<QVariantMap> readJsonFile(const QString& fileName, QString* error)
+Result<QVariantMap> readJsonFile(const QString& fileName)
 {
     QFile file(fileName);
     if (file.open(QIODevice::ReadOnly))
-        return readJson(file.readAll(), fileName, error);
-    *error = QStringLiteral("%1: %2").arg(fileName, file.errorString());
-    return std::nullopt;
+        return readJson(file.readAll(), fileName);
+    return Failure{QStringLiteral("%1: %2").arg(fileName, file.errorString())};
 }

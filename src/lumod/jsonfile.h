@@ -1,12 +1,11 @@
 #pragma once
 
+#include "failure.h"
+
 #include <QVariantMap>
 
-#include <optional>
-
-/// Reads a JSON object in which lines that begin with "//" are comments.
-/// @param error says for a person, with file and line, why nothing is returned
-std::optional<QVariantMap> readJsonFile(const QString& fileName, QString* error);
+/// Reads a JSON object in which lines that begin with "//" are comments. A failure names file and
+/// line.
+Result<QVariantMap> readJsonFile(const QString& fileName);
 /// The same for a text that stands in `fileName`.
-std::optional<QVariantMap> readJson(const QByteArray& text, const QString& fileName,
-                                    QString* error);
+Result<QVariantMap> readJson(const QByteArray& text, const QString& fileName);

@@ -86,10 +86,9 @@ int fail(const QString& why)
 
 int play(const QString& worldFile)
 {
-    QString error;
-    const auto description = readWorldFile(worldFile, &error);
+    const auto description = readWorldFile(worldFile);
     if (!description)
-        return fail(QStringLiteral("Cannot read the world: ") + error);
+        return fail(QStringLiteral("Cannot read the world: ") + description.why());
     PlayedWorld world(*description);
     WorldControl daemon(world);
     new LumodAdaptor(&daemon);
@@ -104,13 +103,12 @@ int play(const QString& worldFile)
 
 int drive(const QString& configFile)
 {
-    QString error;
-    const auto file = QFile::exists(configFile) ? readJsonFile(configFile, &error) : QVariantMap();
+    const auto file = QFile::exists(configFile) ? readJsonFile(configFile) : QVariantMap();
     if (!file)
-        return fail(QStringLiteral("Cannot read the configuration: ") + error);
+        return fail(QStringLiteral("Cannot read the configuration: ") + file.why());
     RealWorld world(realSettings(*file));
-    if (error = world.open(); !error.isEmpty())
-        return fail(error);
+    if (const auto opened = world.open(); !opened)
+        return fail(opened.why());
     Daemon daemon(world);
     new LumodAdaptor(&daemon);
     daemon.setLogLevel(daemon.logLevel());

@@ -14,23 +14,23 @@ std::optional<Security> securityFrom(const QString& text)
     return std::nullopt;
 }
 
-/// The first thing that cannot be, for a person; empty when all is well.
-QString faultOf(const AccessPoint& point)
+/// Fails with the first thing that cannot be.
+Result<> check(const AccessPoint& point)
 {
     constexpr int weakest = -120;
     constexpr int minKey = 8;
     constexpr int maxKey = 64;
     if (!wire::isSsid(point.ssid))
-        return QStringLiteral("ssid must have 1 to 32 bytes");
+        return Failure{QStringLiteral("ssid must have 1 to 32 bytes")};
     if (!isHardwareAddress(point.bssid))
-        return QStringLiteral("bssid must be six hexadecimal pairs with colons");
+        return Failure{QStringLiteral("bssid must be six hexadecimal pairs with colons")};
     if (point.frequency == 0)
-        return QStringLiteral("channel does not exist");
+        return Failure{QStringLiteral("channel does not exist")};
     if (point.signal < weakest || point.signal > 0)
-        return QStringLiteral("signal must be -120 to 0 dBm");
+        return Failure{QStringLiteral("signal must be -120 to 0 dBm")};
     const auto size = point.key.toUtf8().size();
     if (point.security == Security::WpaPsk && (size < minKey || size > maxKey))
-        return QStringLiteral("key must have 8 to 64 bytes");
+        return Failure{QStringLiteral("key must have 8 to 64 bytes")};
     return {};
 }
 
@@ -97,12 +97,10 @@ int frequencyOf(int channel)
     return 0;
 }
 
-std::optional<AccessPoint> changed(AccessPoint point, const QVariantMap& changes, QString* error)
+Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes)
 {
-    if (!isWellTyped(changes)) {
-        *error = QStringLiteral("an unknown key, or a value of a wrong type");
-        return std::nullopt;
-    }
+    if (!isWellTyped(changes))
+        return Failure{QStringLiteral("an unknown key, or a value of a wrong type")};
     point.ssid = wire::text(changes, "ssid").value_or(point.ssid);
     point.bssid = wire::text(changes, "bssid").value_or(point.bssid);
     if (const auto channel = wire::integer(changes, "channel")) {
@@ -114,14 +112,15 @@ std::optional<AccessPoint> changed(AccessPoint point, const QVariantMap& changes
     point.key = wire::text(changes, "key").value_or(point.key);
     point.wps = wire::boolean(changes, "wps").value_or(point.wps);
     point.network = wire::text(changes, "network").value_or(point.network);
-    const auto security = wire::text(changes, "security").value_or(toString(point.security));
-    if (const auto known = securityFrom(security))
-        point.security = *known;
-    else
-        *error = QStringLiteral("security must be open, wpa-psk or wep");
-    if (error->isEmpty())
-        *error = faultOf(point);
-    return error->isEmpty() ? std::optional(point) : std::nullopt;
+    const auto security =
+        securityFrom(wire::text(changes, "security").value_or(toString(point.security)));
+    if (!security)
+        return Failure{QStringLiteral("security must be open, wpa-psk or wep")};
+    point.security = *security;
+    const auto sound = check(point);
+    if (!sound)
+        return sound.error();
+    return point;
 }
 
 QByteArray informationElements(const AccessPoint& point)

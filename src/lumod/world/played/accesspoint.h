@@ -1,5 +1,6 @@
 #pragma once
 
+#include "failure.h"
 #include "world/worldtypes.h"
 
 #include <QVariantMap>
@@ -20,8 +21,7 @@ struct AccessPoint
 
 /// `point` with `changes` applied, keys as in the world file: ssid, bssid, channel, frequency,
 /// signal, security, key, wps, network. A new channel without a frequency brings its own.
-/// @param error says for a person why nothing is returned.
-std::optional<AccessPoint> changed(AccessPoint point, const QVariantMap& changes, QString* error);
+Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes);
 
 /// The centre frequency of a Wi-Fi channel in MHz, 0 for one that does not exist.
 int frequencyOf(int channel);

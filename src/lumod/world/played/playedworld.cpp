@@ -1,5 +1,14 @@
 #include "world/played/playedworld.h"
 
+namespace {
+
+Failure noSuchPoint(const QString& accessPoint)
+{
+    return {QStringLiteral("No such access point: ") + accessPoint};
+}
+
+} // namespace
+
 PlayedWorld::PlayedWorld(WorldDescription description, QObject* parent)
     : World(parent)
     , m_description(std::move(description))
@@ -125,86 +134,87 @@ void PlayedWorld::plug(bool plugged)
     m_radio.permit(permission());
 }
 
-QString PlayedWorld::addAccessPoint(const QVariantMap& settings, QString* bssid)
+Result<QString> PlayedWorld::addAccessPoint(const QVariantMap& settings)
 {
-    QString error;
-    *bssid = m_description.addAccessPoint(settings, &error);
-    m_radio.accessPointsChanged();
-    return error;
-}
-
-QString PlayedWorld::changeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
-{
-    QString error = QStringLiteral("No such access point: ") + accessPoint;
-    const int index = m_description.find(accessPoint);
-    if (index < 0)
-        return error;
-    error.clear();
-    if (m_description.changeAccessPoint(index, changes, &error))
+    const auto bssid = m_description.addAccessPoint(settings);
+    if (bssid)
         m_radio.accessPointsChanged();
-    return error;
+    return bssid;
 }
 
-QString PlayedWorld::removeAccessPoint(const QString& accessPoint)
+Result<> PlayedWorld::changeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
 {
     const int index = m_description.find(accessPoint);
     if (index < 0)
-        return QStringLiteral("No such access point: ") + accessPoint;
+        return noSuchPoint(accessPoint);
+    const auto changed = m_description.changeAccessPoint(index, changes);
+    if (changed)
+        m_radio.accessPointsChanged();
+    return changed;
+}
+
+Result<> PlayedWorld::removeAccessPoint(const QString& accessPoint)
+{
+    const int index = m_description.find(accessPoint);
+    if (index < 0)
+        return noSuchPoint(accessPoint);
     m_description.accessPoints.removeAt(index);
     m_radio.accessPointsChanged();
     return {};
 }
 
-QString PlayedWorld::withWpsOf(const QString& accessPoint,
-                               const std::function<void(const QString&)>& act)
+Result<> PlayedWorld::withWpsOf(const QString& accessPoint,
+                                const std::function<void(const QString&)>& act)
 {
     const int index = m_description.find(accessPoint);
     if (index < 0)
-        return QStringLiteral("No such access point: ") + accessPoint;
+        return noSuchPoint(accessPoint);
     if (!m_description.accessPoints.at(index).wps)
-        return QStringLiteral("The access point does not do WPS: ") + accessPoint;
+        return Failure{QStringLiteral("The access point does not do WPS: ") + accessPoint};
     act(m_description.accessPoints.at(index).bssid);
     return {};
 }
 
-QString PlayedWorld::pressWps(const QString& accessPoint)
+Result<> PlayedWorld::pressWps(const QString& accessPoint)
 {
     return withWpsOf(accessPoint, [this](const QString& bssid) { m_radio.wps().press(bssid); });
 }
 
-QString PlayedWorld::enterWpsPin(const QString& accessPoint, const QString& pin)
+Result<> PlayedWorld::enterWpsPin(const QString& accessPoint, const QString& pin)
 {
     return withWpsOf(accessPoint,
                      [this, pin](const QString& bssid) { m_radio.wps().enterPin(bssid, pin); });
 }
 
-QString PlayedWorld::failWps(const QString& message)
+Result<> PlayedWorld::failWps(const QString& message)
 {
     if (!m_radio.wps().isRunning())
-        return QStringLiteral("No WPS session runs");
+        return Failure{QStringLiteral("No WPS session runs")};
     m_radio.wps().fail(message);
     return {};
 }
 
-QString PlayedWorld::joinStation(const QString& interface, const QString& hwAddress)
+Result<> PlayedWorld::joinStation(const QString& interface, const QString& hwAddress)
 {
     if (!isHardwareAddress(hwAddress))
-        return QStringLiteral("Not a hardware address: ") + hwAddress;
-    return m_softAps.join(interface, hwAddress)
-               ? QString()
-               : QStringLiteral("No soft access point is up on ") + interface;
+        return Failure{QStringLiteral("Not a hardware address: ") + hwAddress};
+    if (!m_softAps.join(interface, hwAddress))
+        return Failure{QStringLiteral("No soft access point is up on ") + interface};
+    return {};
 }
 
-QString PlayedWorld::leaveStation(const QString& hwAddress)
+Result<> PlayedWorld::leaveStation(const QString& hwAddress)
 {
-    return m_softAps.leave(hwAddress) ? QString() : QStringLiteral("No such station: ") + hwAddress;
+    if (!m_softAps.leave(hwAddress))
+        return Failure{QStringLiteral("No such station: ") + hwAddress};
+    return {};
 }
 
-QString PlayedWorld::setDelay(const QString& step, int milliseconds)
+Result<> PlayedWorld::setDelay(const QString& step, int milliseconds)
 {
     const auto found = m_description.delays.values.find(step);
     if (found == m_description.delays.values.end())
-        return QStringLiteral("No such step: ") + step;
+        return Failure{QStringLiteral("No such step: ") + step};
     *found = milliseconds;
     return {};
 }

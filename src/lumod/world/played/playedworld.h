@@ -30,15 +30,16 @@ public:
     void stopSoftAp(const QString& interface) override;
 
     void plug(bool plugged);
-    QString addAccessPoint(const QVariantMap& settings, QString* bssid);
-    QString changeAccessPoint(const QString& accessPoint, const QVariantMap& changes);
-    QString removeAccessPoint(const QString& accessPoint);
-    QString pressWps(const QString& accessPoint);
-    QString enterWpsPin(const QString& accessPoint, const QString& pin);
-    QString failWps(const QString& message);
-    QString joinStation(const QString& interface, const QString& hwAddress);
-    QString leaveStation(const QString& hwAddress);
-    QString setDelay(const QString& step, int milliseconds);
+    /// Gives its BSSID.
+    Result<QString> addAccessPoint(const QVariantMap& settings);
+    Result<> changeAccessPoint(const QString& accessPoint, const QVariantMap& changes);
+    Result<> removeAccessPoint(const QString& accessPoint);
+    Result<> pressWps(const QString& accessPoint);
+    Result<> enterWpsPin(const QString& accessPoint, const QString& pin);
+    Result<> failWps(const QString& message);
+    Result<> joinStation(const QString& interface, const QString& hwAddress);
+    Result<> leaveStation(const QString& hwAddress);
+    Result<> setDelay(const QString& step, int milliseconds);
 
     /// What a scan finds now.
     [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const { return m_radio.seenNetworks(); }
@@ -48,7 +49,7 @@ public:
 private:
     [[nodiscard]] PlayedRadio::Permission permission() const;
     [[nodiscard]] bool hasRadio() const { return !m_description.wireless.isEmpty(); }
-    QString withWpsOf(const QString& accessPoint, const std::function<void(const QString&)>& act);
+    Result<> withWpsOf(const QString& accessPoint, const std::function<void(const QString&)>& act);
     [[nodiscard]] InterfaceStatus status(const QString& interface) const;
 
     WorldDescription m_description;

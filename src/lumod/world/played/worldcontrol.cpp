@@ -15,10 +15,10 @@ WorldControl::WorldControl(PlayedWorld& world, QObject* parent)
 {
 }
 
-void WorldControl::answer(const QString& error) const
+void WorldControl::answer(const Result<>& result) const
 {
-    if (!error.isEmpty())
-        sendErrorReply(QStringLiteral("org.orva.lumod.World.Error.Invalid"), error);
+    if (!result)
+        sendErrorReply(QStringLiteral("org.orva.lumod.World.Error.Invalid"), result.why());
 }
 
 QVariantMap WorldControl::outgoing(const QVariantMap& map) const
@@ -45,9 +45,9 @@ void WorldControl::Unplug()
 
 QString WorldControl::AddAccessPoint(const QVariantMap& settings)
 {
-    QString bssid;
-    answer(m_world.addAccessPoint(wire::plain(settings), &bssid));
-    return bssid;
+    const auto bssid = m_world.addAccessPoint(wire::plain(settings));
+    answer(bssid);
+    return bssid.value_or(QString());
 }
 
 void WorldControl::ChangeAccessPoint(const QString& accessPoint, const QVariantMap& changes)
@@ -107,7 +107,7 @@ void WorldControl::Garble(const QString& kind)
 {
     const Spoiler spoiler = spoilerFor(kind);
     if (!spoiler)
-        return answer(QStringLiteral("No such kind of garbage: ") + kind);
+        return answer(Failure{QStringLiteral("No such kind of garbage: ") + kind});
     m_spoil = spoiler;
     Q_EMIT m_world.addressesChanged();
     Q_EMIT m_world.scanned(m_world.seenNetworks());

@@ -35,8 +35,8 @@ protected:
     [[nodiscard]] QVariantMap outgoing(const QVariantMap& map) const override;
 
 private:
-    /// Answers the call with `error` unless that is empty.
-    void answer(const QString& error) const;
+    /// Answers the call with an error where `result` is a failure.
+    void answer(const Result<>& result) const;
 
     PlayedWorld& m_world;
     Spoiler m_spoil = spoilerFor(QStringLiteral("none"));

@@ -69,9 +69,9 @@ void readDelays(const QVariantMap& file, Delays& delays)
 void readAccessPoints(const QVariantList& list, WorldDescription& world)
 {
     for (const auto& entry : list) {
-        QString error;
-        if (world.addAccessPoint(entry.toMap(), &error).isEmpty())
-            qCWarning(lcLumod).noquote() << "Leaving out an access point:" << error;
+        const auto added = world.addAccessPoint(entry.toMap());
+        if (!added)
+            qCWarning(lcLumod).noquote() << "Leaving out an access point:" << added.why();
     }
 }
 
@@ -147,38 +147,38 @@ int WorldDescription::find(const QString& accessPoint) const
     return best;
 }
 
-QString WorldDescription::addAccessPoint(const QVariantMap& settings, QString* error)
+Result<QString> WorldDescription::addAccessPoint(const QVariantMap& settings)
 {
     AccessPoint point;
     for (int i = 1; point.bssid.isEmpty() || find(point.bssid) >= 0; ++i)
         point.bssid = QStringLiteral("02:00:00:00:%1:%2")
                           .arg(0x20 + i / 0x100, 2, 16, QLatin1Char('0'))
                           .arg(i % 0x100, 2, 16, QLatin1Char('0'));
-    const auto added = changed(point, settings, error);
-    if (added && find(added->bssid) >= 0)
-        *error = QStringLiteral("there is one with this bssid");
-    if (!error->isEmpty())
-        return {};
+    const auto added = changed(point, settings);
+    if (!added)
+        return added.error();
+    if (find(added->bssid) >= 0)
+        return Failure{QStringLiteral("there is one with this bssid")};
     accessPoints.append(*added);
     return added->bssid;
 }
 
-bool WorldDescription::changeAccessPoint(int index, const QVariantMap& changes, QString* error)
+Result<> WorldDescription::changeAccessPoint(int index, const QVariantMap& changes)
 {
-    const auto point = changed(accessPoints.at(index), changes, error);
+    const auto point = changed(accessPoints.at(index), changes);
     if (!point)
-        return false;
+        return point.error();
     const int other = find(point->bssid);
-    if (other >= 0 && other != index) {
-        *error = QStringLiteral("there is another one with this bssid");
-        return false;
-    }
+    if (other >= 0 && other != index)
+        return Failure{QStringLiteral("there is another one with this bssid")};
     accessPoints[index] = *point;
-    return true;
+    return {};
 }
 
-std::optional<WorldDescription> readWorldFile(const QString& fileName, QString* error)
+Result<WorldDescription> readWorldFile(const QString& fileName)
 {
-    const auto file = readJsonFile(fileName, error);
-    return file ? std::optional(describe(*file)) : std::nullopt;
+    const auto file = readJsonFile(fileName);
+    if (!file)
+        return file.error();
+    return describe(*file);
 }

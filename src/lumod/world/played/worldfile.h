@@ -55,13 +55,12 @@ struct WorldDescription
     /// Index of the access point with that BSSID, else of the strongest with that SSID, else -1.
     [[nodiscard]] int find(const QString& accessPoint) const;
     /// Adds an access point, with a free BSSID when `settings` give none.
-    /// @return its BSSID; empty, and why in `error`, when it cannot be
-    QString addAccessPoint(const QVariantMap& settings, QString* error);
-    /// Changes the access point at `index`; leaves it as it is, and says why, when that cannot be.
-    bool changeAccessPoint(int index, const QVariantMap& changes, QString* error);
+    /// @return its BSSID
+    Result<QString> addAccessPoint(const QVariantMap& settings);
+    /// Changes the access point at `index`; leaves it as it is when that cannot be.
+    Result<> changeAccessPoint(int index, const QVariantMap& changes);
 };
 
 /// Reads a world file: JSON in which lines that begin with "//" are comments. A value that cannot
-/// be is logged and left at its default.
-/// @param error says for a person why nothing is returned: no such file, or not JSON.
-std::optional<WorldDescription> readWorldFile(const QString& fileName, QString* error);
+/// be is logged and left at its default. Fails where there is no such file, or it is not JSON.
+Result<WorldDescription> readWorldFile(const QString& fileName);

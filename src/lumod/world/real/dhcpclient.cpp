@@ -153,10 +153,10 @@ bool DhcpClient::writeConfiguration()
             .arg(m_metric)
             .arg(m_settings.runtimeDirectory)
             .arg(++m_start);
-    const auto fault = saveText(m_configuration, text.toUtf8());
-    if (!fault.isEmpty())
-        Q_EMIT failed(QStringLiteral("Cannot write ") + fault);
-    return fault.isEmpty();
+    const auto saved = saveText(m_configuration, text.toUtf8());
+    if (!saved)
+        Q_EMIT failed(QStringLiteral("Cannot write ") + saved.why());
+    return saved.isOk();
 }
 
 QStringList DhcpClient::arguments() const

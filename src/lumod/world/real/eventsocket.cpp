@@ -20,12 +20,12 @@ EventSocket::~EventSocket()
     ::unlink(m_path.constData());
 }
 
-QString EventSocket::open(const QString& fileName)
+Result<> EventSocket::open(const QString& fileName)
 {
     sockaddr_un address{};
     const auto path = QFile::encodeName(fileName);
     if (static_cast<size_t>(path.size()) >= sizeof address.sun_path)
-        return QStringLiteral("A path too long for a socket: ") + fileName;
+        return Failure{QStringLiteral("A path too long for a socket: ") + fileName};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
     ::unlink(path.constData());
@@ -36,7 +36,7 @@ QString EventSocket::open(const QString& fileName)
     ::umask(before);
     if (bound != 0) {
         ::close(std::exchange(m_socket, -1));
-        return QStringLiteral("Cannot make %1: %2").arg(fileName, qt_error_string(fault));
+        return Failure{QStringLiteral("Cannot make %1: %2").arg(fileName, qt_error_string(fault))};
     }
     m_path = path;
     m_notifier = std::make_unique<QSocketNotifier>(m_socket, QSocketNotifier::Read);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "failure.h"
 #include "world/real/dhcpevent.h"
 
 #include <QObject>
@@ -19,8 +20,7 @@ public:
     Q_DISABLE_COPY(EventSocket)
 
     /// Makes the socket `fileName`, in place of what stands there.
-    /// @return why it could not be, for a person; empty when it was
-    [[nodiscard]] QString open(const QString& fileName);
+    Result<> open(const QString& fileName);
 
 Q_SIGNALS:
     void received(const DhcpEvent& event);

@@ -139,12 +139,12 @@ Kernel::Kernel(QObject* parent)
 
 Kernel::~Kernel() = default;
 
-QString Kernel::open()
+Result<> Kernel::open()
 {
     m_events.reset(nl_socket_alloc());
     if (const int fault = nl_connect(m_events.get(), NETLINK_ROUTE))
-        return QStringLiteral("Cannot ask the kernel for its interfaces: ") +
-               QString::fromUtf8(nl_geterror(fault));
+        return Failure{QStringLiteral("Cannot ask the kernel for its interfaces: ") +
+                       QString::fromUtf8(nl_geterror(fault))};
     // Room for a burst; what does not fit is made up for by reading everything anyway.
     nl_socket_set_buffer_size(m_events.get(), eventBuffer, 0);
     nl_socket_set_nonblocking(m_events.get());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "failure.h"
+
 #include <QHash>
 #include <QObject>
 #include <QSocketNotifier>
@@ -64,8 +66,7 @@ public:
     Q_DISABLE_COPY(Kernel)
 
     /// Subscribes and reads everything once.
-    /// @return why it could not be, for a person; empty when it was
-    [[nodiscard]] QString open();
+    Result<> open();
 
     /// The interface of that name; index 0 when there is none.
     [[nodiscard]] KernelLink link(const QString& name) const;

@@ -52,15 +52,16 @@ NameServers::NameServers(const RealSettings& settings)
     connect(&m_limit, &QTimer::timeout, &m_program, &QProcess::kill);
     connect(&m_program, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int code) {
-                finish(code == 0 ? QString()
-                                 : QStringLiteral("%1: exit status %2 %3")
-                                       .arg(m_settings.resolvconf)
-                                       .arg(code)
-                                       .arg(QString::fromUtf8(m_program.readAll()).trimmed()));
+                if (code == 0)
+                    return finish({});
+                finish(Failure{QStringLiteral("%1: exit status %2 %3")
+                                   .arg(m_settings.resolvconf)
+                                   .arg(code)
+                                   .arg(QString::fromUtf8(m_program.readAll()).trimmed())});
             });
     connect(&m_program, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
-            finish(m_settings.resolvconf + QStringLiteral(": ") + m_program.errorString());
+            finish(Failure{m_settings.resolvconf + QStringLiteral(": ") + m_program.errorString()});
     });
     m_program.setProcessChannelMode(QProcess::MergedChannels);
 }
@@ -119,11 +120,11 @@ void NameServers::writeFile()
 {
     const auto& name = m_settings.resolvConf;
     if (isForeign(name))
-        return finish(QStringLiteral("%1 is somebody else's, leaving it").arg(name));
-    const auto fault = saveText(name, fileText());
-    if (!fault.isEmpty())
+        return finish(Failure{QStringLiteral("%1 is somebody else's, leaving it").arg(name)});
+    const auto saved = saveText(name, fileText());
+    if (!saved)
         m_retry.start(retryMilliseconds);
-    finish(fault);
+    finish(saved);
 }
 
 QStringList NameServers::programArguments(const QString& interface) const
@@ -149,14 +150,14 @@ void NameServers::runProgram()
     m_limit.start(programLimit);
 }
 
-void NameServers::finish(const QString& fault)
+void NameServers::finish(const Result<>& result)
 {
     m_limit.stop();
     if (!m_dirty.isEmpty())
         m_dirty.removeFirst();
-    if (fault != m_fault && !fault.isEmpty())
-        Q_EMIT failed(QStringLiteral("Name servers: ") + fault);
-    m_fault = fault;
+    if (!result && result.why() != m_fault)
+        Q_EMIT failed(QStringLiteral("Name servers: ") + result.why());
+    m_fault = result.why();
     runProgram();
     if (isSettled())
         Q_EMIT settled();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "failure.h"
 #include "world/real/realsettings.h"
 
 #include <QMap>
@@ -44,7 +45,7 @@ private:
     void writeFile();
     [[nodiscard]] QByteArray fileText() const;
     void runProgram();
-    void finish(const QString& fault);
+    void finish(const Result<>& result);
     [[nodiscard]] QStringList programArguments(const QString& interface) const;
 
     const RealSettings& m_settings;
@@ -53,5 +54,5 @@ private:
     QProcess m_program;
     QTimer m_limit;  ///< of the program
     QTimer m_retry;  ///< until a file that could not be written is tried again
-    QString m_fault; ///< the last one told
+    QString m_fault; ///< the last one told; empty after a success
 };

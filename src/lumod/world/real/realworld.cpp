@@ -26,30 +26,31 @@ RealWorld::~RealWorld()
         ::close(m_lock);
 }
 
-QString RealWorld::lock()
+Result<> RealWorld::lock()
 {
     const auto& directory = m_settings.runtimeDirectory;
     if (!QDir().mkpath(directory))
-        return QStringLiteral("Cannot make ") + directory;
+        return Failure{QStringLiteral("Cannot make ") + directory};
     m_lock = ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (m_lock >= 0 && ::flock(m_lock, LOCK_EX | LOCK_NB) == 0)
         return {};
     const auto why =
         errno == EWOULDBLOCK ? QStringLiteral("another lumod has it") : qt_error_string(errno);
-    return QStringLiteral("Cannot lock %1: %2").arg(directory, why);
+    return Failure{QStringLiteral("Cannot lock %1: %2").arg(directory, why)};
 }
 
-QString RealWorld::open()
+Result<> RealWorld::open()
 {
-    if (const auto error = lock(); !error.isEmpty())
-        return error;
-    if (const auto error = m_events.open(m_settings.runtimeDirectory + QStringLiteral("/events"));
-        !error.isEmpty())
-        return error;
-    const auto error = m_kernel.open();
-    if (error.isEmpty())
+    if (const auto locked = lock(); !locked)
+        return locked;
+    if (const auto listening =
+            m_events.open(m_settings.runtimeDirectory + QStringLiteral("/events"));
+        !listening)
+        return listening;
+    const auto reading = m_kernel.open();
+    if (reading)
         m_cable.update();
-    return error;
+    return reading;
 }
 
 QStringList RealWorld::interfaces() const

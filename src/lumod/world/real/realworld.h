@@ -17,8 +17,7 @@ public:
     Q_DISABLE_COPY(RealWorld)
 
     /// Takes the machine's network over. One at a time can.
-    /// @return why it could not, for a person; empty when it could
-    [[nodiscard]] QString open();
+    Result<> open();
 
     [[nodiscard]] QStringList interfaces() const override;
     [[nodiscard]] InterfaceDetails details(const QString& interface) const override;
@@ -32,7 +31,7 @@ public:
     void stopSoftAp(const QString& interface) override;
 
 private:
-    [[nodiscard]] QString lock();
+    Result<> lock();
 
     RealSettings m_settings;
     int m_lock = -1; ///< the runtime directory, which only one at a time can lock

@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-QString saveText(const QString& fileName, const QByteArray& text)
+Result<> saveText(const QString& fileName, const QByteArray& text)
 {
     QDir().mkpath(QFileInfo(fileName).path());
     QSaveFile file(fileName);
@@ -13,5 +13,7 @@ QString saveText(const QString& fileName, const QByteArray& text)
                        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                            QFileDevice::ReadGroup | QFileDevice::ReadOther) &&
                        file.commit();
-    return saved ? QString() : fileName + QStringLiteral(": ") + file.errorString();
+    if (!saved)
+        return Failure{fileName + QStringLiteral(": ") + file.errorString()};
+    return {};
 }
