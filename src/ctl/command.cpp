@@ -11,6 +11,7 @@ Arguments::Value emptyValue(Parameter::Kind kind)
     using Kind = Parameter::Kind;
     switch (kind) {
     case Kind::Flag:
+    case Kind::Version:
         return false;
     case Kind::Text:
     case Kind::Address:
@@ -36,6 +37,7 @@ std::string typeOfKind(Parameter::Kind kind)
     using Kind = Parameter::Kind;
     switch (kind) {
     case Kind::Flag:
+    case Kind::Version:
         return {};
     case Kind::Text:
     case Kind::Texts:

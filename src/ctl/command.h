@@ -21,6 +21,7 @@ struct Parameter
     /// What a person may write for it.
     enum class Kind {
         Flag,      ///< nothing: it is there or not
+        Version,   ///< nothing: it has the version shown instead of all else
         Text,      ///< any text
         Texts,     ///< any number of texts
         Integer,   ///< a number of 32 bits

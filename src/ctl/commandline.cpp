@@ -79,7 +79,6 @@ Parser::Parser(const Program& program)
     for (const char* type :
          {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT", "UINT"})
         m_app.get_formatter()->label(type, shownType(type));
-    m_app.set_version_flag("--version", "orvactl " ORVA_VERSION, "Print the version and exit");
     add(m_app, m_global, program.options);
     m_app.require_subcommand(0, 1);
     for (const Command& command : program.commands)
@@ -116,6 +115,8 @@ void Parser::add(CLI::App& app, Arguments& arguments, const std::vector<Paramete
 
 CLI::Option* Parser::add(CLI::App& app, Arguments& arguments, const Parameter& parameter)
 {
+    if (parameter.kind == Kind::Version)
+        return app.set_version_flag(parameter.name, "orvactl " ORVA_VERSION, parameter.description);
     CLI::Option* option = parameter.kind == Kind::Time
                               ? app.add_option(parameter.name, m_seconds, parameter.description)
                               : addOption(app, parameter, arguments.place(parameter));

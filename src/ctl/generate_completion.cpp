@@ -90,7 +90,7 @@ void addOption(Following& following, Values& values, const Parameter& option)
         values[option.name] = "_orvactl_paths --kind activate";
     else if (!choices.empty())
         values[option.name] = "COMPREPLY=($(compgen -W \"" + choices + "\" -- \"$cur\"))";
-    else if (option.kind != Parameter::Kind::Flag)
+    else if (!type.empty())
         values[option.name] = ":";
 }
 

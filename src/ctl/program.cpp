@@ -36,7 +36,8 @@ Program program()
     using Kind = Parameter::Kind;
     return {"Looks at and drives the network through the host's node tree.",
             footer,
-            {{"--json", "One JSON document a line on standard output, nothing else", Kind::Flag},
+            {{"--version", "Print the version and exit", Kind::Version},
+             {"--json", "One JSON document a line on standard output, nothing else", Kind::Flag},
              Parameter{"--generate", ""}.oneOf({"completion", "man"}).hidden()},
             allCommands()};
 }

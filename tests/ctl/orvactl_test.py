@@ -149,7 +149,8 @@ class Nodes(WithDevice):
         for words, expected in [
                 ("w", ["wifi", "wol", "watchdog", "watch", "wait", "world"]), ("airplane ''", ["on", "off"]),
                 ("get power/", ["power/resource/wifi", "power/target"]), ("rows ''", ["power/modules", "power/requests"]),
-                ("invoke wifi", ["wifi-restart/restart"]), ("nodes --kind r", ["rows"]), ("get --j", ["--json"])]:
+                ("invoke wifi", ["wifi-restart/restart"]), ("nodes --kind r", ["rows"]), ("get --j", ["--json"]),
+                ("--v", ["--version"])]:
             with self.subTest(words):
                 self.assertEqual(complete(self, words), expected)
 
@@ -243,7 +244,9 @@ class Commands(WithDevice):
     words = {"STATE": "on", "STEP": "scan", "MILLISECONDS": "1", "KIND": "none"}
 
     def test_every_command_runs_to_an_end_of_its_own(self):
-        synopses = re.findall(r"^\.TP\n\\fB([a-z ]+)\\fP(.*)$", self.ends(0, "orvactl --generate man"), re.MULTILINE)
+        manual = self.ends(0, "orvactl --generate man")
+        self.assertIn(r"\-\-version", manual)
+        synopses = re.findall(r"^\.TP\n\\fB([a-z ]+)\\fP(.*)$", manual, re.MULTILINE)
         self.assertGreater(len(synopses), 40)
         for command, arguments in synopses:
             if command not in ("monitor", "watch", "wait"):  # which have no end
