@@ -1,4 +1,4 @@
-#include "bustypes.h"
+#include "common/bustypes.h"
 
 #include "core/orvaplainvalue.h"
 

@@ -22,8 +22,8 @@ struct OrvaBusNode
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 
-/// A value as it came from the bus, `a{sv}`: unpacked no further than the border's limits, or what
-/// is wrong with it.
+/// A value as a client sends it, `a{sv}`: at the host unpacked no further than the border's limits,
+/// or what is wrong with it.
 struct OrvaBusValue
 {
     OrvaResult<QVariantHash> plain = QVariantHash();

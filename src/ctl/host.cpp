@@ -95,13 +95,13 @@ Outcome<OrvaValue> Host::value(const CMPath& path)
 
 Result Host::setValue(const CMPath& path, const OrvaValue& value)
 {
-    return m_bus.finish(m_proxy->SetValue(path.toString(), OrvaPlain::toBus(value.__hash())));
+    return m_bus.finish(m_proxy->SetValue(path.toString(), OrvaBusValue{value.__hash()}));
 }
 
 Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
                                 std::chrono::seconds atMost)
 {
-    const auto call = m_proxy->Invoke(path.toString(), OrvaPlain::toBus(value.__hash()));
+    const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
     return plainValue(m_bus.await<QVariantMap>(call, atMost));
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bus.h"
-#include "bustypes.h"
+#include "common/bustypes.h"
 
 #include "core/cmpath.h"
 #include "core/orvaroles.h"

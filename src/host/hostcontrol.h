@@ -3,8 +3,8 @@
 #include "buscall.h"
 #include "buscallers.h"
 #include "bussieve.h"
-#include "bustypes.h"
 #include "callerturns.h"
+#include "common/bustypes.h"
 
 #include <QDBusContext>
 

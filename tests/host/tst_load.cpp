@@ -1,5 +1,5 @@
 #include "busledger.h"
-#include "bustypes.h"
+#include "common/bustypes.h"
 #include "hostprocess.h"
 #include "privatebus.h"
 

@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(item.value().i32_(), 4);
     }
 
-    void thePowerManagerKeepsTheLastThousandRequestsInOrder()
+    void thePowerManagerKeepsTheLastHundredRequestsInOrder()
     {
         m_root->addWorker(std::make_unique<PowerManager>());
         OrvaPowerManagerResourceRequest wanted;
