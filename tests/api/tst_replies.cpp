@@ -20,6 +20,8 @@ public:
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(CMReply<QVariant>&)>)
+
 class RepliesTest : public QObject
 {
     Q_OBJECT
@@ -50,6 +52,32 @@ private Q_SLOTS:
         reply.finish();
         QCOMPARE(calls, 0);
         QTRY_COMPARE(calls, 10);
+    }
+
+    void aRequestAnswersAsAReplyEnds_data()
+    {
+        QTest::addColumn<std::function<void(CMReply<QVariant>&)>>("end");
+        QTest::addColumn<QString>("error");
+        using End = std::function<void(CMReply<QVariant>&)>;
+        QTest::newRow("well") << End([](auto& reply) { reply.finish(1); }) << QString();
+        QTest::newRow("with an error")
+            << End([](auto& reply) { reply.setError(CMError::failed("no"_s)); }) << "error"_s;
+        QTest::newRow("dropped") << End([](auto& reply) { reply = {}; }) << "Dropped"_s;
+    }
+
+    void aRequestAnswersAsAReplyEnds()
+    {
+        QFETCH(std::function<void(CMReply<QVariant>&)>, end);
+        QFETCH(QString, error);
+        auto relayed = CMReply<QVariant>::create();
+        const CMSetDataRequest request(path(), OrvaRoles::Activate(), {},
+                                       CMReply<QVariant>::create());
+        request.answerAs(relayed);
+        QVERIFY(!request.reply().isFinished());
+        end(relayed);
+        QVERIFY(request.reply().isFinished());
+        QCOMPARE(request.reply().error().name(), error);
+        QVERIFY(request.reply().value().toHash().isEmpty());
     }
 
     void aWaitHasALimit()
