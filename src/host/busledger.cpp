@@ -14,20 +14,20 @@ BusLedger::BusLedger(const BusLimits& limits)
 {
 }
 
-QByteArray BusLedger::enter(const QByteArray& caller, qint64 bytes)
+OrvaResult<void> BusLedger::enter(const QByteArray& caller, qint64 bytes)
 {
     const qint64 cost = bytes + Overhead;
     const QMutexLocker locker(&m_mutex);
     const Account before = m_accounts.value(caller);
     if (before.requests >= m_limits.requests)
-        return QByteArrayLiteral("the caller has ") + QByteArray::number(before.requests) +
-               " open requests already";
+        return CMError::failed(
+            QStringLiteral("the caller has %1 open requests already").arg(before.requests));
     const bool crowded = m_bytes + cost > m_limits.all;
     if (before.bytes + cost > (crowded ? m_limits.share : m_limits.caller))
-        return QByteArrayLiteral("the open requests are too large in all");
+        return CMError::failed(QStringLiteral("the open requests are too large in all"));
     m_accounts.insert(caller, {before.requests + 1, before.bytes + cost});
     m_bytes += cost;
-    return QByteArray();
+    return {};
 }
 
 void BusLedger::leave(const QByteArray& caller, qint64 bytes)

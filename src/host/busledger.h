@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/model/cmerror.h"
+#include "core/orvaresult.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QMutex>
@@ -29,9 +32,9 @@ public:
 
     [[nodiscard]] const BusLimits& limits() const { return m_limits; }
 
-    /// Counts a request of that many bytes in. Says in words for a person why not where it would
-    /// pass a limit; nothing is counted then.
-    [[nodiscard]] QByteArray enter(const QByteArray& caller, qint64 bytes);
+    /// Counts a request of that many bytes in. Fails where it would pass a limit; nothing is
+    /// counted then.
+    [[nodiscard]] OrvaResult<void> enter(const QByteArray& caller, qint64 bytes);
     /// Takes a request that was counted in out again.
     void leave(const QByteArray& caller, qint64 bytes);
 

@@ -123,13 +123,13 @@ void BusSieve::sift()
     while (DBusMessage* message = dbus_connection_borrow_message(m_connection)) {
         // A ping that looks whether the host hears is no reason to look again.
         any = any || !dbus_message_has_interface(message, DBUS_INTERFACE_PEER);
-        const QByteArray why = judge(message);
-        if (why.isEmpty()) {
+        const auto admitted = admit(message);
+        if (admitted) {
             dbus_connection_return_message(m_connection, message);
             dbus_connection_dispatch(m_connection); // To QtDBus.
         } else {
             dbus_connection_steal_borrowed_message(m_connection, message);
-            refuse(message, why);
+            refuse(message, admitted.error());
             dbus_message_unref(message);
         }
     }
@@ -137,40 +137,41 @@ void BusSieve::sift()
         Q_EMIT heard();
 }
 
-QByteArray BusSieve::judge(DBusMessage* message)
+OrvaResult<void> BusSieve::admit(DBusMessage* message)
 {
     const int type = dbus_message_get_type(message);
     const char* caller = dbus_message_get_sender(message);
     const bool foreign = caller && qstrcmp(caller, DBUS_SERVICE_DBUS) != 0;
     // The rest is what the host asked for.
     if (!foreign || (type != DBUS_MESSAGE_TYPE_METHOD_CALL && type != DBUS_MESSAGE_TYPE_SIGNAL))
-        return QByteArray();
+        return {};
     if (dbus_message_contains_unix_fds(message))
-        return QByteArrayLiteral("no file descriptors are taken");
+        return CMError::failed(QStringLiteral("no file descriptors are taken"));
     const qint64 bytes = sizeOnWire(message);
     if (bytes > m_ledger->limits().message)
-        return QByteArrayLiteral("the message is too large");
+        return CMError::failed(QStringLiteral("the message is too large"));
     if (type == DBUS_MESSAGE_TYPE_SIGNAL)
-        return QByteArray();
+        return {};
     if (dbus_connection_get_outgoing_size(m_connection) > m_ledger->limits().unsent)
-        return QByteArrayLiteral("too many answers wait for the bus");
-    const QByteArray why = m_ledger->enter(caller, bytes);
-    if (why.isEmpty())
+        return CMError::failed(QStringLiteral("too many answers wait for the bus"));
+    const auto entered = m_ledger->enter(caller, bytes);
+    if (entered)
         dbus_message_set_data(message, ticketSlot(), new Ticket{m_ledger, caller, bytes}, giveBack);
-    return why;
+    return entered;
 }
 
-void BusSieve::refuse(DBusMessage* message, const QByteArray& why)
+void BusSieve::refuse(DBusMessage* message, const CMError& error)
 {
     const bool answers =
         dbus_connection_get_outgoing_size(m_connection) <= m_ledger->limits().unsent;
     if (!answers || dbus_message_get_type(message) != DBUS_MESSAGE_TYPE_METHOD_CALL ||
         dbus_message_get_no_reply(message))
         return;
-    DBusMessage* error = dbus_message_new_error(message, DBUS_ERROR_LIMITS_EXCEEDED,
-                                                ("Refused: " + why + '.').constData());
-    if (!error)
+    const QByteArray text = QStringLiteral("Refused: %1.").arg(error.message()).toUtf8();
+    DBusMessage* answer =
+        dbus_message_new_error(message, DBUS_ERROR_LIMITS_EXCEEDED, text.constData());
+    if (!answer)
         return;
-    dbus_connection_send(m_connection, error, nullptr);
-    dbus_message_unref(error);
+    dbus_connection_send(m_connection, answer, nullptr);
+    dbus_message_unref(answer);
 }

@@ -48,9 +48,9 @@ private:
     static void toggleWatch(DBusWatch* watch, void* sieve);
     void handle(DBusWatch* watch);
     void sift();
-    /// Why a message is refused; empty where it is not.
-    [[nodiscard]] QByteArray judge(DBusMessage* message);
-    void refuse(DBusMessage* message, const QByteArray& why);
+    /// Fails where the message is to be refused; else counts it in.
+    [[nodiscard]] OrvaResult<void> admit(DBusMessage* message);
+    void refuse(DBusMessage* message, const CMError& error);
 
     DBusConnection* m_connection;
     std::shared_ptr<BusLedger> m_ledger;
