@@ -101,9 +101,9 @@ int main(int argc, char** argv)
         return 1;
     WorkerFixture fixture;
     HostControl control(fixture.root, QDBusConnection::systemBus());
-    QString why;
-    if (!control.start(&why))
-        qFatal("%s", qPrintable(why));
+    const auto started = control.start();
+    if (!started)
+        qFatal("%s", qPrintable(started.why()));
     QVector<QDBusConnection> clients;
     for (int i = 0; i < 100; ++i)
         clients << bus.connection(QStringLiteral("client%1").arg(i));
