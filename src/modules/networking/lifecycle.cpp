@@ -1,50 +1,54 @@
-#include "network/networkpaths.h"
 #include "networking.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
-#include "profile/networkprofilerules.h"
 
-#include <utility>
+namespace {
+
+/// The translation context of what a stop is answered.
+constexpr auto stopContext = "void Networking::on_stop_req(const CMSetDataRequest&)";
+
+} // namespace
+
+void Networking::setLife(NetworkingLife life)
+{
+    if (life == m_life)
+        return;
+    LOG4CPLUS_DEBUG(networkingLogger(), "Life: " << NetworkingLife::toString(m_life) << " -> "
+                                                 << NetworkingLife::toString(life));
+    m_life = life;
+}
 
 void Networking::on_start_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    if (m_started && !m_shutdownInProgress) {
+    if (m_life == NetworkingLife::Started) {
         const QString text = QStringLiteral("start_req called while already started!");
         LOG4CPLUS_ERROR(networkingLogger(), text);
         return request.fail(CMError(QStringLiteral("Error"), text));
     }
     cancelShutdown();
-    m_started = true;
-
-    // A profile that is still being stored is in use.
-    const OrvaNetworkProfile stored =
-        m_profileRequests.isEmpty()
-            ? readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile()
-            : m_profile;
-    LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
-    useProfile(withNetworkList(stored));
+    setLife(NetworkingLife::Started);
+    m_profiles.start();
     request.answer();
 }
 
 void Networking::on_stop_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    // Cleared first: a link that goes down inside the call is not one that connects again.
-    const Configured configured = std::exchange(m_configured, {});
+    const NetworkingLife before = m_life;
+    if (before.isStarted())
+        setLife(NetworkingLife::Stopping);
     if (!m_lowlevel->disconnect()) {
-        m_configured = configured;
+        setLife(before);
         LOG4CPLUS_WARN(networkingLogger(), "Unable to disconnect!");
-        return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(Q_FUNC_INFO),
+        return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(stopContext),
                                                                       "Unable to disconnect!")));
     }
     m_picture.edit([](OrvaNetworkInfo& info) { info = withUnconfiguredIdle(info, {}); });
     m_softAps.clearSoftAp();
     m_localSoftAp.deactivateLocalSoftAp();
     m_localSoftAp.stopSoftApTimer();
-    m_started = false;
     m_shutdownTimer.stop();
-    m_shutdownInProgress = false;
+    setLife(NetworkingLife::Stopped);
     m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
     m_wifiResource.requestWifiResource(WifiResource::SoftAp, false);
     m_wifiResource.requestWifiResource(WifiResource::Scan, false);
@@ -62,10 +66,11 @@ void Networking::on_restart_req(const CMSetDataRequest& request)
 void Networking::on_shutdown_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    if (m_shutdownInProgress)
+    if (m_life.isShuttingDown())
         return request.fail(
             CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
-    m_shutdownInProgress = true;
+    setLife(m_life.isStarted() ? NetworkingLife::ShuttingDown
+                               : NetworkingLife::ShuttingDownStopped);
     m_picture.shutDown();
     m_shutdownTimer.start();
     request.answer();
@@ -74,7 +79,7 @@ void Networking::on_shutdown_req(const CMSetDataRequest& request)
 void Networking::on_shutdownTimer_timeout()
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    if (m_shutdownInProgress)
+    if (m_life.isShuttingDown())
         on_stop_req(CMSetDataRequest());
     // Where the backend refused to disconnect, the picture goes back to what is up.
     cancelShutdown();
@@ -83,8 +88,9 @@ void Networking::on_shutdownTimer_timeout()
 void Networking::cancelShutdown()
 {
     m_shutdownTimer.stop();
-    if (!std::exchange(m_shutdownInProgress, false))
+    if (!m_life.isShuttingDown())
         return;
+    setLife(m_life.isStarted() ? NetworkingLife::Started : NetworkingLife::Stopped);
     LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
-    m_picture.cancelShutdown(m_profile, m_softAps.calculateSoftApState());
+    m_picture.cancelShutdown(m_profiles.inUse(), m_softAps.calculateSoftApState());
 }

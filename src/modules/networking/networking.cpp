@@ -3,13 +3,11 @@
 #include "backend/fake/networkinglowlevelfake.h"
 #include "backend/lumo/networkinglowlevellumo.h"
 #include "backend/mounttable.h"
-#include "backend/softapinterface.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
 #include "nodetable.h"
 #include "nodevalues.h"
 #include "power/powerrecords.h"
-#include "profile/networkprofilerules.h"
 #include "watchdog/wifirestart.h"
 
 #include <QFile>
@@ -47,21 +45,18 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_wirelessInterfaceName(readValue(OrvaNetworkWirelessInterfacePath()).string_())
     , m_lowlevel(createBackend(*this))
     , m_picture(createNodes(*this), *m_lowlevel, m_wiredInterfaceName, m_wirelessInterfaceName)
+    , m_profiles(nodes(), *m_lowlevel, m_picture, m_life)
     , m_wirelessLink(*m_lowlevel)
     , m_airplaneMode(m_picture)
     , m_scans(
           nodes(), *m_lowlevel, m_picture, [this] { return m_clock(); }, this)
-    , m_wpsSession(*m_lowlevel, m_picture,
-                   [this](const WpsSession::ProfileEdit& edit) { return editProfile(edit); })
+    , m_wpsSession(
+          *m_lowlevel, m_picture,
+          [this](const WpsSession::ProfileEdit& edit) { return m_profiles.requestChange(edit); })
     , m_softAps(nodes(), *m_lowlevel,
-                {name(), [this] { return m_started; }, [this] { return m_clock(); }}, this)
+                {name(), [this] { return m_life.isStarted(); }, [this] { return m_clock(); }}, this)
     , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, this)
 {
-    m_maxAuthFailures = readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_();
-    const OrvaNetworkProfile stored =
-        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
-    m_profileNode = valueNode(nodes(), OrvaNetworkProfilePath());
-    m_profileNode->setValue(OrvaValue::of(hidePassword(stored)));
     m_shutdownTimer.setObjectName(QStringLiteral("m_shutdownTimer"));
     m_shutdownTimer.setSingleShot(true);
     m_shutdownTimer.setInterval(shutdownDelayMs);
@@ -95,6 +90,10 @@ void Networking::connectRooms()
             m_wifiResource.requestWifiResource(submodule, needed);
         };
     };
+    connect(&m_profiles, &Profiles::wifiNeeded, this, claimFor(WifiResource::WirelessConnection));
+    connect(&m_profiles, &Profiles::profileApplied, this, &Networking::restartSoftApTimer);
+    connect(&m_profiles, &Profiles::wirelessNetworksDropped, &m_localSoftAp,
+            &LocalSoftAp::setAuthFailureFallback);
     connect(&m_scans, &Scans::wifiNeeded, this, claimFor(WifiResource::Scan));
     connect(&m_wpsSession, &WpsSession::wifiNeeded, this, claimFor(WifiResource::Wps));
     connect(&m_softAps, &SoftAps::wifiNeeded, this, claimFor(WifiResource::SoftAp));
@@ -119,8 +118,9 @@ void Networking::bindActions()
     bind(OrvaNetworkStopPath(), this, &Networking::on_stop_req);
     bind(OrvaNetworkForceWifiReconnectPath(), &m_wirelessLink,
          &WirelessLink::on_forceWifiReconnect_req);
-    bind(OrvaNetworkSetNetworkProfilePath(), this, &Networking::on_setNetworkProfile_req);
-    bind(OrvaNetworkRemoveWirelessNetworkPath(), this, &Networking::on_removeWirelessNetwork_req);
+    bind(OrvaNetworkSetNetworkProfilePath(), &m_profiles, &Profiles::on_setNetworkProfile_req);
+    bind(OrvaNetworkRemoveWirelessNetworkPath(), &m_profiles,
+         &Profiles::on_removeWirelessNetwork_req);
     bind(OrvaNetworkScanPath(), &m_scans, &Scans::on_scanNetworks_req);
     bind(OrvaNetworkPerformWpsPbcPath(), &m_wpsSession, &WpsSession::on_performWpsPbc_req);
     bind(OrvaNetworkPerformWpsPinPath(), &m_wpsSession, &WpsSession::on_performWpsPin_req);
@@ -160,110 +160,4 @@ void Networking::setDataRequest(const CMSetDataRequest& request)
         m_airplaneMode.store(request, write);
     else
         write();
-}
-
-QStringList Networking::disconnectingInterfaces() const
-{
-    return m_picture.disconnecting() + m_softAps.disconnectingInterfaces();
-}
-
-void Networking::setLinkStatus(const QString& interface, bool up)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
-    if (isSoftApInterface(interface))
-        m_softAps.setLinkStatus(interface, up);
-    else
-        setNetworkLinkStatus(interface, up);
-    m_picture.updateCurrentMac();
-}
-
-void Networking::setNetworkLinkStatus(const QString& interface, bool up)
-{
-    if (up) {
-        m_localSoftAp.stopSoftApTimer();
-        m_localSoftAp.deactivateLocalSoftAp();
-    }
-    if (up && interface == m_wirelessInterfaceName)
-        m_authFailureCount = -1;
-    m_picture.setLinkStatus(interface, up, m_configured);
-    if (!m_picture.isLinkUp())
-        restartSoftApTimer(m_profile, m_profile);
-    if (m_picture.info().wired().state() == OrvaNetworkState::Connected)
-        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
-}
-
-void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
-                                    const OrvaNetworkProfile& oldProfile)
-{
-    m_localSoftAp.restartSoftApTimer(newProfile, oldProfile, m_configured.wireless);
-}
-
-CMReply<QVariant> Networking::editProfile(const WpsSession::ProfileEdit& edit)
-{
-    return requestProfileChange([edit](OrvaNetworkProfile& profile) {
-        profile = edit(profile);
-        return CMError();
-    });
-}
-
-void Networking::setDisconnecting(const QString& interface)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const bool ours = interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName;
-    if (!ours && isSoftApInterface(interface))
-        m_softAps.setDisconnecting(interface);
-    else if (!ours)
-        LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
-    m_picture.setDisconnecting(interface);
-    updateConnectingMessage(QString());
-}
-
-void Networking::updateConnectingMessage(const QString& message)
-{
-    // What a WPS session says of itself stays.
-    if (!message.isEmpty() || !m_wpsSession.isRunning())
-        m_picture.updateConnectingMessage(message);
-}
-
-void Networking::setCurrentCableStatus(bool connected)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(networkingLogger(), "connected: " << connected);
-    m_picture.setCurrentCableStatus(connected, m_configured);
-    if (!connected && m_configured.wireless)
-        m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
-}
-
-void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& description)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
-    updateConnectingMessage(description);
-    m_picture.setAuthError(ssid);
-    if (m_authFailureCount < 0 || m_maxAuthFailures <= 0)
-        return;
-    ++m_authFailureCount;
-    LOG4CPLUS_WARN(networkingLogger(), "Failed connection attempts: " << m_authFailureCount
-                                                                      << " of " << m_maxAuthFailures
-                                                                      << " maximum attempts");
-    if (m_authFailureCount == m_maxAuthFailures)
-        dropWirelessNetworks();
-}
-
-void Networking::on_lowlevel_Error(const QString& message)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_ERROR(networkingLogger(), "Received low-level network error: " << message);
-}
-
-void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
-                                                    Networking_LowLevel::InterfaceStatus status)
-{
-    LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
-    if (interface != m_wirelessInterfaceName)
-        return;
-    m_localSoftAp.restoreLocalSoftAp();
-    if (status == Networking_LowLevel::Idle)
-        m_scans.startQueuedScans();
 }

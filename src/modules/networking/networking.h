@@ -6,6 +6,7 @@
 #include "monotonicclock.h"
 #include "network/networkrecords.h"
 #include "picture/picture.h"
+#include "profile/profiles.h"
 #include "radio/airplanemode.h"
 #include "radio/wifiresource.h"
 #include "radio/wirelesslink.h"
@@ -14,8 +15,6 @@
 #include "softap/softaps.h"
 #include "wps/wpssession.h"
 
-#include <QQueue>
-#include <QSet>
 #include <QTimer>
 
 #include <functional>
@@ -79,10 +78,6 @@ public Q_SLOTS:
     void on_shutdown_req(const CMSetDataRequest& request);
     void on_shutdownTimer_timeout();
 
-    // Profile.
-    void on_setNetworkProfile_req(const CMSetDataRequest& request);
-    void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
-
     // Backend.
     void on_lowlevel_AuthError(const QString& ssid, const QString& description);
     void on_lowlevel_Error(const QString& message);
@@ -97,59 +92,25 @@ private:
     void registerWithPowerManager();
 
     // Life cycle (lifecycle.cpp).
+    void setLife(NetworkingLife life);
     void cancelShutdown();
-
-    // Profile (profile/profiles.cpp).
-    [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
-    [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
-    bool applyProfile(const OrvaNetworkProfile& profile);
-    void publishKnownNetworks(const OrvaNetworkProfile& profile);
-    /// What the worker itself wants of the profile in use: changes it, or says why it stays.
-    using ProfileChange = std::function<CMError(OrvaNetworkProfile& profile)>;
-    /// Asks for a change through the node that sets a profile, as a client would for a profile of
-    /// its own. It is made of the profile that is in use when the request's turn has come, so that
-    /// what others set until then stays.
-    CMReply<QVariant> requestProfileChange(const ProfileChange& change);
-    /// Starts the first waiting request for a profile that is not refused.
-    void setNextProfile();
-    /// False when the request was refused, which it is told.
-    bool setProfile(const CMSetDataRequest& request);
-    /// The profile that the request asks for; the reason where there is none.
-    [[nodiscard]] CMError requestedProfile(const CMSetDataRequest& request,
-                                           OrvaNetworkProfile& profile) const;
-    /// The first waiting request's profile is on the disk, or not.
-    void profileStored(const OrvaNetworkProfile& before, const CMError& error);
-    void restoreProfile(const OrvaNetworkProfile& before);
-    /// Applies a profile that is stored.
-    void useProfile(const OrvaNetworkProfile& profile);
-    void adoptProfile(const OrvaNetworkProfile& profile);
-    /// Backs the profile up and goes on without wireless networks, so that the device can be set up
-    /// again.
-    void dropWirelessNetworks();
-    [[nodiscard]] CMError forgetNetworks(OrvaNetworkProfile& profile);
 
     // What crosses the rooms (networking.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
     void updateConnectingMessage(const QString& message);
-
-    // For the rooms that are none yet.
-    [[nodiscard]] OrvaNetworkInfo info() const { return m_picture.info(); }
-    void publishInfo(const OrvaNetworkInfo& info)
-    {
-        m_picture.edit([&](OrvaNetworkInfo& published) { published = info; });
-    }
-
-    CMReply<QVariant> editProfile(const WpsSession::ProfileEdit& edit);
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile);
 
     const QString m_wiredInterfaceName;
     const QString m_wirelessInterfaceName;
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
-    Picture m_picture;
     MonotonicClock m_clock = monotonicMs;
+    NetworkingLife m_life;
+    QTimer m_shutdownTimer{this};
 
     // The rooms.
+    Picture m_picture;
+    Profiles m_profiles;
     WifiResource m_wifiResource{this};
     WirelessLink m_wirelessLink;
     AirplaneMode m_airplaneMode;
@@ -157,25 +118,6 @@ private:
     WpsSession m_wpsSession;
     SoftAps m_softAps;
     LocalSoftAp m_localSoftAp;
-
-    // Life cycle.
-    bool m_started = false;
-    bool m_shutdownInProgress = false;
-    QTimer m_shutdownTimer{this};
-
-    // Profile. What is configured is said of the profile last applied; nothing is after a stop.
-    OrvaNetworkProfile m_profile;
-    Configured m_configured;
-    qint32 m_authFailureCount = -1;
-    qint32 m_maxAuthFailures = 0;
-    /// What the worker's own requests for a profile want, by their replies, which nobody else has.
-    /// Outlives the requests: those that are dropped at the end still take theirs out.
-    QHash<const CMReplyData*, ProfileChange> m_profileChanges;
-    /// Requests for a profile; that of the first one is in use and being stored.
-    QQueue<CMSetDataRequest> m_profileRequests;
-
-    // Nodes; the container of the base class owns them.
-    CMValueNode* m_profileNode = nullptr;
 
     WifiRestart* m_wifiRestart = nullptr; ///< A child of the worker.
 };

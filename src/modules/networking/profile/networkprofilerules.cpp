@@ -15,12 +15,13 @@ const QString& maskedKey()
     return text;
 }
 
-QString verifyNetwork(const OrvaNetworkInterface& network)
+OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
 {
-    QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
-    if (!why.isEmpty())
-        LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
-    return why;
+    const QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
+    if (why.isEmpty())
+        return {};
+    LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
+    return CMError(QStringLiteral("error"), why);
 }
 
 /// Every container is looked into and every type counts as a key, since a setting may hold what no
@@ -117,20 +118,15 @@ OrvaNetworkInterface noNetwork()
 
 } // namespace
 
-QString verifyProfile(const OrvaNetworkProfile& profile)
+OrvaResult<void> verifyProfile(const OrvaNetworkProfile& profile)
 {
     if (profile.wireless().ssid().isEmpty())
-        return QString();
-    QString why = verifyNetwork(profile.wireless());
-    if (!why.isEmpty())
-        return why;
+        return {};
+    auto verified = verifyNetwork(profile.wireless());
     const auto networks = profile.wirelessNetworks();
-    for (const OrvaNetworkInterface& network : networks) {
-        QString whyListed = verifyNetwork(network);
-        if (!whyListed.isEmpty())
-            return whyListed;
-    }
-    return QString();
+    for (auto network = networks.begin(); verified && network != networks.end(); ++network)
+        verified = verifyNetwork(*network);
+    return verified;
 }
 
 OrvaNetworkProfile hidePassword(const OrvaNetworkProfile& profile)

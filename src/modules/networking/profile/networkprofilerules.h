@@ -1,13 +1,14 @@
 #pragma once
 
+#include "core/orvaresult.h"
 #include "network/networkrecords.h"
 
 // The rules of the configured profile, from plain values to plain values. Where a field is absent
 // it differs from one that is present and empty, and stays absent.
 
-/// Why the profile cannot be used, in words for a person; empty when it can. Looks at the keys of
-/// `wireless` and the list; a profile whose `wireless` has no SSID always passes.
-[[nodiscard]] QString verifyProfile(const OrvaNetworkProfile& profile);
+/// Whether the profile can be used: looks at the keys of `wireless` and the list. A profile whose
+/// `wireless` has no SSID always passes. The error is for a person.
+[[nodiscard]] OrvaResult<void> verifyProfile(const OrvaNetworkProfile& profile);
 
 /// A copy with every key that is not empty replaced by "****", at every level.
 [[nodiscard]] OrvaNetworkProfile hidePassword(const OrvaNetworkProfile& profile);
@@ -31,8 +32,8 @@ void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile);
 /// A profile of an older layout, which has a `wireless` and no list, with the list made of it.
 [[nodiscard]] OrvaNetworkProfile withNetworkList(const OrvaNetworkProfile& profile);
 
-/// The profile without the networks of that SSID. Was it in use, the first one left takes its
-/// place; is none left, `wireless` keeps nothing but DHCP.
+/// The profile without the networks of that SSID. If that is the one in use, the first one left
+/// takes its place; if none is left, `wireless` keeps nothing but DHCP.
 [[nodiscard]] OrvaNetworkProfile withoutNetwork(const OrvaNetworkProfile& profile,
                                                 const QString& ssid);
 

@@ -1,94 +1,137 @@
-#include "answeras.h"
+#include "profile/profiles.h"
+
+#include "backend/networkinglowlevel.h"
 #include "network/networkpaths.h"
-#include "networking.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
 #include "nodevalues.h"
-#include "picture/networkinforules.h"
+#include "picture/picture.h"
 #include "profile/networkprofilerules.h"
+
+#include <utility>
 
 namespace {
 
+using Profile = OrvaNetworkProfile;
+
+// The translation contexts of what requests are answered.
 constexpr auto setProfileContext =
     "void Networking::on_setNetworkProfile_req(const CMSetDataRequest&)";
 constexpr auto removeNetworkContext =
     "void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest&)";
 
-CMError forgetNetwork(OrvaNetworkProfile& profile, const QString& ssid)
+Profile storedProfile()
 {
-    const int known = profile.wirelessNetworks().size();
-    profile = withoutNetwork(profile, ssid);
-    return profile.wirelessNetworks().size() < known
-               ? CMError()
-               : networkingError(removeNetworkContext, "Network is not configured");
+    return readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+}
+
+OrvaResult<Profile> forgetNetwork(const Profile& profile, const QString& ssid)
+{
+    const Profile left = withoutNetwork(profile, ssid);
+    if (left.wirelessNetworks().size() == profile.wirelessNetworks().size())
+        return networkingError(removeNetworkContext, "Network is not configured");
+    return left;
 }
 
 } // namespace
 
-void Networking::on_setNetworkProfile_req(const CMSetDataRequest& request)
+Profiles::Profiles(const CMNodes& nodes, Networking_LowLevel& backend, Picture& picture,
+                   const NetworkingLife& life)
+    : m_lowlevel(backend)
+    , m_picture(picture)
+    , m_life(life)
+    , m_profileNode(valueNode(nodes, OrvaNetworkProfilePath()))
+    , m_maxAuthFailures(readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_())
+{
+    m_profileNode->setValue(OrvaValue::of(hidePassword(storedProfile())));
+}
+
+Configured Profiles::configured() const
+{
+    if (!m_life.isConfigured())
+        return {};
+    return {isWiredConfigured(m_profile), isWirelessConfigured(m_profile)};
+}
+
+void Profiles::start()
+{
+    // A profile that is still being stored is in use.
+    const Profile stored = m_requests.isEmpty() ? storedProfile() : m_profile;
+    LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
+    useProfile(withNetworkList(stored));
+    adoptProfile();
+}
+
+void Profiles::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
-    m_profileRequests.enqueue(request);
-    // One at a time: where the disk refuses a profile the one before holds, and none is built on
-    // it.
-    if (m_profileRequests.size() == 1)
+    m_requests.enqueue(request);
+    if (m_requests.size() == 1)
         setNextProfile();
 }
 
-void Networking::setNextProfile()
+void Profiles::setNextProfile()
 {
-    while (!m_profileRequests.isEmpty() && !setProfile(m_profileRequests.head()))
-        m_profileRequests.dequeue();
+    while (!m_requests.isEmpty() && !setProfile(m_requests.head()))
+        m_requests.dequeue();
 }
 
-bool Networking::setProfile(const CMSetDataRequest& request)
+bool Profiles::setProfile(const CMSetDataRequest& request)
 {
-    OrvaNetworkProfile profile;
-    const CMError error = requestedProfile(request, profile);
-    if (!error.isEmpty()) {
-        request.fail(error);
+    const auto requested = requestedProfile(request);
+    if (!requested) {
+        request.fail(requested.error());
         return false;
     }
     const qint32 maximum = readValue(OrvaNetworkMaxNumberWifiNetworks()).i32_();
-    const OrvaNetworkProfile before = m_profile;
-    const OrvaNetworkProfile merged = computeNewNetworkProfile(profile, before, maximum);
+    const Profile before = m_profile;
+    const Profile merged = computeNewNetworkProfile(*requested, before, maximum);
     LOG4CPLUS_INFO(networkingLogger(), "Profile data changed. Loading...");
-    applyProfile(merged);
-    restartSoftApTimer(merged, before);
+    useProfile(merged);
+    store(before);
+    adoptProfile();
+    return true;
+}
+
+OrvaResult<Profile> Profiles::requestedProfile(const CMSetDataRequest& request) const
+{
+    if (!m_life.isStarted()) {
+        LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
+        return networkingError(setProfileContext, "Networking is not started.");
+    }
+    const Change change = m_changes.value(request.reply().data());
+    const auto profile = change ? change(m_profile) : extractNetworkProfile(request);
+    if (!profile)
+        return profile;
+    LOG4CPLUS_INFO(networkingLogger(), "New profile: " << *profile);
+    const auto verified = verifyProfile(*profile);
+    return verified ? profile : verified.error();
+}
+
+Profile Profiles::unhidePassword(const Profile& profile) const
+{
+    return restorePassword(profile, m_profile);
+}
+
+Profile Profiles::extractNetworkProfile(const CMSetDataRequest& request) const
+{
+    return unhidePassword(request.value().networkProfile());
+}
+
+void Profiles::store(const Profile& before)
+{
     const auto stored = CMReply<QVariant>::create();
     stored.addWatcher(
         this,
         [this, before](const CMReply<QVariant>& reply) { profileStored(before, reply.error()); },
         Qt::QueuedConnection);
-    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), toValue(merged), stored);
-    adoptProfile(merged);
-    return true;
+    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(m_profile), stored);
 }
 
-CMError Networking::requestedProfile(const CMSetDataRequest& request,
-                                     OrvaNetworkProfile& profile) const
+void Profiles::profileStored(const Profile& before, const CMError& error)
 {
-    if (!m_started) {
-        LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
-        return networkingError(setProfileContext, "Networking is not started.");
-    }
-    if (const auto change = m_profileChanges.value(request.reply().data())) {
-        profile = m_profile;
-        const CMError error = change(profile);
-        if (!error.isEmpty())
-            return error;
-    } else {
-        profile = extractNetworkProfile(request);
-    }
-    LOG4CPLUS_INFO(networkingLogger(), "New profile: " << profile);
-    const QString why = verifyProfile(profile);
-    return why.isEmpty() ? CMError() : CMError(QStringLiteral("error"), why);
-}
-
-void Networking::profileStored(const OrvaNetworkProfile& before, const CMError& error)
-{
-    const CMSetDataRequest request = m_profileRequests.dequeue();
+    const CMSetDataRequest request = m_requests.dequeue();
     if (error.isEmpty()) {
         request.answer();
     } else {
@@ -98,133 +141,92 @@ void Networking::profileStored(const OrvaNetworkProfile& before, const CMError& 
     setNextProfile();
 }
 
-void Networking::restoreProfile(const OrvaNetworkProfile& before)
+void Profiles::restoreProfile(const Profile& before)
 {
     LOG4CPLUS_WARN(networkingLogger(),
                    "The profile could not be stored, going back to the one before");
-    if (m_started)
-        return useProfile(before);
-    m_picture.edit([&](OrvaNetworkInfo& info) { info.setWirelessNetworks(knownNetworks(before)); });
-    adoptProfile(before);
+    if (m_life.isStarted()) {
+        useProfile(before);
+    } else {
+        m_profile = before;
+        m_picture.edit(
+            [&](OrvaNetworkInfo& info) { info.setWirelessNetworks(knownNetworks(before)); });
+    }
+    adoptProfile();
 }
 
-void Networking::useProfile(const OrvaNetworkProfile& profile)
+void Profiles::useProfile(const Profile& profile)
 {
+    const Profile before = m_profile;
     applyProfile(profile);
-    restartSoftApTimer(profile, m_profile);
-    adoptProfile(profile);
+    Q_EMIT profileApplied(profile, before);
 }
 
-void Networking::adoptProfile(const OrvaNetworkProfile& profile)
-{
-    m_profileNode->setValue(toValue(hidePassword(profile)));
-    m_authFailureCount = 0;
-    m_profile = profile;
-}
-
-CMReply<QVariant> Networking::requestProfileChange(const ProfileChange& change)
-{
-    const auto reply = CMReply<QVariant>::create();
-    const CMReplyData* const key = reply.data();
-    m_profileChanges.insert(key, change);
-    reply.addWatcher(
-        this, [this, key](const CMReply<QVariant>&) { m_profileChanges.remove(key); },
-        Qt::DirectConnection);
-    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), toValue(OrvaNetworkProfile()), reply);
-    return reply;
-}
-
-void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
-{
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
-    const QString ssid = request.value().string_();
-    LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
-    OrvaNetworkProfile published = m_profileNode->value().networkProfile();
-    const CMError error = forgetNetwork(published, ssid);
-    // A profile that still waits, or a change on its way, may bring the network.
-    if (!error.isEmpty() && m_profileRequests.isEmpty() && m_profileChanges.isEmpty())
-        return request.fail(error);
-    const auto removed = requestProfileChange(
-        [ssid](OrvaNetworkProfile& profile) { return forgetNetwork(profile, ssid); });
-    answerAs(removed, request);
-}
-
-OrvaNetworkProfile Networking::unhidePassword(const OrvaNetworkProfile& profile) const
-{
-    return restorePassword(profile, m_profile);
-}
-
-OrvaNetworkProfile Networking::extractNetworkProfile(const CMSetDataRequest& request) const
-{
-    return unhidePassword(request.value().networkProfile());
-}
-
-bool Networking::applyProfile(const OrvaNetworkProfile& profile)
+bool Profiles::applyProfile(const Profile& profile)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(networkingLogger(),
                    "Applying profile: type: " << OrvaNetworkProfileType::toString(profile.type())
                                               << " data: " << profile);
-    m_configured = {isWiredConfigured(profile), isWirelessConfigured(profile)};
-    publishKnownNetworks(profile);
-    if (!m_lowlevel->applyProfile(profile)) {
+    // First of all: what the backend reports inside the call is seen in its light.
+    m_profile = profile;
+    publishKnownNetworks();
+    if (!m_lowlevel.applyProfile(profile)) {
         LOG4CPLUS_ERROR(networkingLogger(), "Unable to apply profile!");
         return false;
     }
     return true;
 }
 
-void Networking::publishKnownNetworks(const OrvaNetworkProfile& profile)
+void Profiles::publishKnownNetworks()
 {
-    OrvaNetworkInfo updated = withUnconfiguredIdle(info(), m_configured);
-    updated.setWirelessNetworks(knownNetworks(profile));
-    if (profile.wireless().ssid().isEmpty())
-        return publishInfo(updated);
-
-    m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
-    const OrvaNetworkState wired = updated.wired().state();
-    if (wired == OrvaNetworkState::Connected) {
-        LOG4CPLUS_INFO(networkingLogger(), "Not applying wireless profile, wired is connected");
-    } else {
+    const OrvaNetworkState wired = m_picture.info().wired().state();
+    const bool hasWireless = !m_profile.wireless().ssid().isEmpty();
+    const bool connects = hasWireless && wired != OrvaNetworkState::Connected;
+    if (hasWireless)
+        Q_EMIT wifiNeeded(true);
+    if (connects)
         LOG4CPLUS_INFO(networkingLogger(),
                        "Applying wireless profile, wired: " << OrvaNetworkState::toString(wired));
-        updated =
-            withConnectingStatus(withoutWpsSession(updated), m_picture.isLinkUp(), m_configured);
-    }
-    publishInfo(updated);
-}
-
-void Networking::dropWirelessNetworks()
-{
-    LOG4CPLUS_INFO(networkingLogger(),
-                   "Max number of authentication attempts hit, wireless key is wrong!");
-    const OrvaNetworkProfile stored =
-        readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
-    // A late error finds the profile emptied, which must not overwrite the backup.
-    if (!hasNetwork(stored))
-        return;
-    const auto backup = CMReply<QVariant>::create();
-    backup.addWatcher(this, [this](const CMReply<QVariant>& reply) {
-        if (reply.error().isEmpty()) {
-            requestProfileChange(
-                [this](OrvaNetworkProfile& profile) { return forgetNetworks(profile); });
-            return;
-        }
-        LOG4CPLUS_ERROR(networkingLogger(),
-                        "Keeping the wireless networks, no backup: " << reply.error());
-        m_authFailureCount = 0;
+    else if (hasWireless)
+        LOG4CPLUS_INFO(networkingLogger(), "Not applying wireless profile, wired is connected");
+    m_picture.edit([&](OrvaNetworkInfo& info) {
+        info = withUnconfiguredIdle(info, configured());
+        info.setWirelessNetworks(knownNetworks(m_profile));
+        if (connects)
+            info =
+                withConnectingStatus(withoutWpsSession(info), m_picture.isLinkUp(), configured());
     });
-    CMRoot()->setValue(OrvaNetworkBackupProfileSettingsPath(), toValue(stored), backup);
 }
 
-CMError Networking::forgetNetworks(OrvaNetworkProfile& profile)
+void Profiles::adoptProfile()
 {
-    if (m_authFailureCount < m_maxAuthFailures) {
-        const QString text = QStringLiteral("The wireless networks changed, they stay.");
-        LOG4CPLUS_INFO(networkingLogger(), text);
-        return CMError(QStringLiteral("error"), text);
-    }
-    m_localSoftAp.setAuthFailureFallback();
-    profile = withoutNetworks(profile);
-    return CMError();
+    m_profileNode->setValue(OrvaValue::of(hidePassword(m_profile)));
+    m_authFailureCount = 0;
+}
+
+CMReply<QVariant> Profiles::requestChange(const Change& change)
+{
+    const auto reply = CMReply<QVariant>::create();
+    const CMReplyData* const key = reply.data();
+    m_changes.insert(key, change);
+    reply.addWatcher(
+        this, [this, key](const CMReply<QVariant>&) { m_changes.remove(key); },
+        Qt::DirectConnection);
+    CMRoot()->invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(Profile()), reply);
+    return reply;
+}
+
+void Profiles::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const QString ssid = request.value().string_();
+    LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
+    const auto known = forgetNetwork(m_profileNode->value().networkProfile(), ssid);
+    // A profile that still waits, or a change on its way, may bring the network.
+    if (!known && m_requests.isEmpty() && m_changes.isEmpty())
+        return request.fail(known.error());
+    const auto removed =
+        requestChange([ssid](const Profile& inUse) { return forgetNetwork(inUse, ssid); });
+    removed.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
 }

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "core/orva.h"
+#include "core/orvaresult.h"
+#include "life.h"
+#include "picture/networkinforules.h"
+
+#include <QQueue>
+
+#include <functional>
+
+class Networking_LowLevel;
+class Picture;
+
+/// The network profile: what is in use, who wants to change it, and what becomes of wrong keys.
+///
+/// Requests for a profile are taken one at a time, each until it is on the disk: where the disk
+/// refuses a profile the one before holds, and none is built on it.
+class Profiles : public QObject
+{
+    Q_OBJECT
+public:
+    /// What the device itself wants of the profile in use: the profile that it becomes, or why it
+    /// stays.
+    using Change = std::function<OrvaResult<OrvaNetworkProfile>(const OrvaNetworkProfile& inUse)>;
+
+    /// Binds the profile's node, which exists in `nodes`, and publishes the stored profile. All
+    /// that is given must outlive this object.
+    Profiles(const CMNodes& nodes, Networking_LowLevel& backend, Picture& picture,
+             const NetworkingLife& life);
+
+    /// The profile that was applied last, with its keys; empty before the first start.
+    [[nodiscard]] const OrvaNetworkProfile& inUse() const { return m_profile; }
+    /// What the profile in use asks for; nothing while networking is stopped.
+    [[nodiscard]] Configured configured() const;
+
+    /// Puts the stored profile in use.
+    void start();
+    /// Asks for a change through the node that sets a profile, as a client would for a profile of
+    /// its own. It is made of the profile that is in use when the request's turn has come, so that
+    /// what others set until then stays. The reply is answered when the profile is stored.
+    CMReply<QVariant> requestChange(const Change& change);
+
+    /// A wireless link is up: wrong keys are not counted until the next profile.
+    void stopCountingAuthFailures() { m_authFailureCount = -1; }
+    /// A key was refused. Too many of them empty the profile.
+    void countAuthFailure();
+
+public Q_SLOTS:
+    void on_setNetworkProfile_req(const CMSetDataRequest& request);
+    void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
+
+Q_SIGNALS:
+    /// The radio is needed: a profile that has a wireless network is about to be applied.
+    void wifiNeeded(bool needed);
+    /// A profile was applied in place of another.
+    void profileApplied(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile);
+    /// Wrong keys have emptied the profile that is about to be applied.
+    void wirelessNetworksDropped();
+
+private:
+    /// Starts the first waiting request for a profile that is not refused.
+    void setNextProfile();
+    /// False when the request was refused, which it is told.
+    bool setProfile(const CMSetDataRequest& request);
+    /// The profile that the request asks for.
+    [[nodiscard]] OrvaResult<OrvaNetworkProfile>
+    requestedProfile(const CMSetDataRequest& request) const;
+    [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
+    [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
+    void store(const OrvaNetworkProfile& before);
+    /// The first waiting request's profile is on the disk, or not.
+    void profileStored(const OrvaNetworkProfile& before, const CMError& error);
+    void restoreProfile(const OrvaNetworkProfile& before);
+
+    /// Applies a profile and tells so.
+    void useProfile(const OrvaNetworkProfile& profile);
+    bool applyProfile(const OrvaNetworkProfile& profile);
+    void publishKnownNetworks();
+    /// Publishes the profile in use, and counts wrong keys from now on.
+    void adoptProfile();
+
+    /// Backs the profile up and goes on without wireless networks, so that the device can be set up
+    /// again.
+    void dropWirelessNetworks();
+    [[nodiscard]] OrvaResult<OrvaNetworkProfile> forgetNetworks(const OrvaNetworkProfile& profile);
+
+    Networking_LowLevel& m_lowlevel;
+    Picture& m_picture;
+    const NetworkingLife& m_life;
+    /// Shows the profile without its keys; until the first start the stored one.
+    CMValueNode* const m_profileNode;
+    /// The settings hold the same, but not while it is being stored or could not be.
+    OrvaNetworkProfile m_profile;
+
+    const qint32 m_maxAuthFailures;
+    qint32 m_authFailureCount = -1; ///< Less than 0: none is counted.
+
+    /// What the device's own requests for a profile want, by their replies, which nobody else has.
+    /// Outlives the requests: those that are dropped at the end still take theirs out.
+    QHash<const CMReplyData*, Change> m_changes;
+    /// Requests for a profile; that of the first one is in use and being stored.
+    QQueue<CMSetDataRequest> m_requests;
+};
