@@ -21,11 +21,7 @@ namespace {
 
 constexpr quint16 etherwakeProtocol = 0x0842;
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("WakeOnLan"));
-    return instance;
-}
+ORVA_LOGGER("WakeOnLan")
 
 /// Delivers the packets of all interfaces from behind their link-layer header.
 int openPacketSocket(quint16 protocol)

@@ -1,5 +1,7 @@
 #include "watchdog/netlinkinfo.h"
 
+#include "core/dbglog.h"
+
 #include <QString>
 
 #include <cerrno>
@@ -7,18 +9,12 @@
 #include <utility>
 
 #include <linux/if.h>
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
 #include <netlink/netlink.h>
 #include <netlink/route/link.h>
 
 namespace {
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("NetLinkInfo"));
-    return instance;
-}
+ORVA_LOGGER("NetLinkInfo")
 
 rtnl_link* share(rtnl_link* link)
 {

@@ -8,11 +8,7 @@ namespace {
 
 constexpr int pingTimeoutMs = 5000;
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("Pinger"));
-    return instance;
-}
+ORVA_LOGGER("Pinger")
 
 void logResult(const OrvaProcessHandlerResult& result)
 {

@@ -11,11 +11,7 @@ namespace {
 
 constexpr int shortestIntervalMs = 10000;
 
-const log4cplus::Logger& logger()
-{
-    static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("WifiRestart"));
-    return instance;
-}
+ORVA_LOGGER("WifiRestart")
 
 /// The node that restarts Wi-Fi; none when the criteria point back at the node that leads here,
 /// which would go round without end.

@@ -3,8 +3,8 @@
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumoencoding.h"
-#include "backend/lumo/lumolog.h"
 #include "backend/networklistener.h"
+#include "core/dbglog.h"
 #include "core/orvaplainvalue.h"
 #include "freedesktopdbus.h"
 #include "wifidaemonproxy.h"
@@ -16,6 +16,9 @@
 #include <utility>
 
 namespace {
+
+ORVA_LOGGER("Networking_LowLevel_LUMO")
+
 constexpr int wpsLimit = 130000; // ms; a session's walk time is 120 s
 
 QString daemonService()
@@ -136,8 +139,8 @@ void Networking_LowLevel_LUMO::writeProperty(const QString& property, const QVar
 
 bool Networking_LowLevel_LUMO::scanNetworks()
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(lumoLogger(), "Invoke scan");
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(logger(), "Invoke scan");
     m_scanning = true;
     send(QStringLiteral("Scan"));
     return true;
@@ -145,23 +148,23 @@ bool Networking_LowLevel_LUMO::scanNetworks()
 
 bool Networking_LowLevel_LUMO::applyProfile(const OrvaNetworkProfile& profile)
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(lumoLogger(), "profile: " << profile);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(logger(), "profile: " << profile);
     writeProperty(QStringLiteral("WirelessNetworks"),
                   lumoWirelessNetworks(profile.wirelessNetworks()));
     writeProperty(QStringLiteral("WiredIpSettings"), lumoIpSettings(profile.wired()));
     writeProperty(QStringLiteral("WirelessIpSettings"), lumoIpSettings(profile.wireless()));
     const QString mode = OrvaNetworkProfileType::toString(profile.type());
-    LOG4CPLUS_TRACE(lumoLogger(), "lumoInterface: SetNormalMode " << mode);
+    LOG4CPLUS_TRACE(logger(), "lumoInterface: SetNormalMode " << mode);
     send(QStringLiteral("SetNormalMode"), {mode});
-    LOG4CPLUS_INFO(lumoLogger(), "Applied profile: " << profile);
+    LOG4CPLUS_INFO(logger(), "Applied profile: " << profile);
     m_appliedProfile = profile;
     return true;
 }
 
 bool Networking_LowLevel_LUMO::disconnect()
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     m_softAps.clear();
     m_scanning = false;
     send(QStringLiteral("SetOffMode"));
@@ -170,14 +173,14 @@ bool Networking_LowLevel_LUMO::disconnect()
 
 bool Networking_LowLevel_LUMO::forceWifiReconnect()
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     send(QStringLiteral("ForceWifiReconnect"));
     return true;
 }
 
 bool Networking_LowLevel_LUMO::performWpsPbc(const CMReply<OrvaNetworkInterface>& reply)
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     if (!startWps(reply))
         return false;
     send(QStringLiteral("WpsPbc"));
@@ -187,7 +190,7 @@ bool Networking_LowLevel_LUMO::performWpsPbc(const CMReply<OrvaNetworkInterface>
 bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
                                              const CMReply<OrvaNetworkInterface>& reply)
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     if (!startWps(reply))
         return false;
     send(QStringLiteral("WpsPin"), {pin});
@@ -197,7 +200,7 @@ bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
 bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& reply)
 {
     if (m_wpsRunning) {
-        LOG4CPLUS_ERROR(lumoLogger(), "WPS is already running");
+        LOG4CPLUS_ERROR(logger(), "WPS is already running");
         return false;
     }
     m_wpsReply = reply;
@@ -208,7 +211,7 @@ bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& rep
 
 bool Networking_LowLevel_LUMO::startSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     m_softAps.insert(settings.apInterface(), settings);
     sendStartSoftAp(settings);
     return true;
@@ -222,7 +225,7 @@ void Networking_LowLevel_LUMO::sendStartSoftAp(const OrvaNetworkProfileSoftApSet
 
 bool Networking_LowLevel_LUMO::stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     m_softAps.remove(settings.apInterface());
     send(QStringLiteral("StopSoftAp"), {settings.apInterface()});
     return true;
@@ -230,7 +233,7 @@ bool Networking_LowLevel_LUMO::stopSoftAp(const OrvaNetworkProfileSoftApSettings
 
 void Networking_LowLevel_LUMO::on_cableStatus_init()
 {
-    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     const auto wired = askDetails(m_listener.wiredInterface());
     if (wired)
         m_listener.setCurrentCableStatus(lumoField<bool>(*wired, "CableStatus"));
@@ -251,22 +254,20 @@ void Networking_LowLevel_LUMO::noteAlreadyConnected(const QString& interface, co
 {
     if (m_interfacesConnected.contains(interface))
         return;
-    LOG4CPLUS_WARN(lumoLogger(),
-                   remark << "already connected, storing in interfacesAlreadyConnected!");
+    LOG4CPLUS_WARN(logger(), remark << "already connected, storing in interfacesAlreadyConnected!");
     m_interfacesConnected.insert(interface);
 }
 
 void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QString& oldOwner,
                                                    const QString& newOwner)
 {
-    LOG4CPLUS_TRACE(lumoLogger(), name << ", was: " << oldOwner << ", now: " << newOwner);
+    LOG4CPLUS_TRACE(logger(), name << ", was: " << oldOwner << ", now: " << newOwner);
     if (name != daemonService())
         return;
     if (!newOwner.isEmpty()) {
         m_restartTimer.stop();
     } else if (!oldOwner.isEmpty()) {
-        LOG4CPLUS_WARN(lumoLogger(),
-                       "lumod has disappeared from the system bus, forcing a restart!");
+        LOG4CPLUS_WARN(logger(), "lumod has disappeared from the system bus, forcing a restart!");
         m_calls->forgetUnanswered();
         const int delay = m_restartBackoff.afterLoss(m_clock.elapsed());
         delay > 0 ? m_restartTimer.start(delay) : on_restartTimer_timeout();
@@ -280,9 +281,9 @@ void Networking_LowLevel_LUMO::on_restartTimer_timeout()
     if (reply.type() != QDBusMessage::ErrorMessage)
         return;
     const QDBusError error(reply);
-    LOG4CPLUS_ERROR(lumoLogger(), "Request to lumod failed, errorType: "
-                                      << error.type() << " error name: " << error.name()
-                                      << " message: " << lumoText(error.message()));
+    LOG4CPLUS_ERROR(logger(), "Request to lumod failed, errorType: "
+                                  << error.type() << " error name: " << error.name()
+                                  << " message: " << lumoText(error.message()));
 }
 
 void Networking_LowLevel_LUMO::on_calls_askAgain()
@@ -297,7 +298,7 @@ void Networking_LowLevel_LUMO::on_calls_askAgain()
 
 void Networking_LowLevel_LUMO::on_lumo_Started()
 {
-    LOG4CPLUS_INFO(lumoLogger(), "LUMO signal: Started");
+    LOG4CPLUS_INFO(logger(), "LUMO signal: Started");
     // Should it have gone again already, this must not start the next one: its own Started will.
     const QScopedValueRollback<bool> replaying(m_replaying, true);
     if (m_appliedProfile != OrvaNetworkProfile())
