@@ -2,7 +2,9 @@
 
 #include "backend/fake/defaultroute.h"
 #include "backend/mounttable.h"
+#include "picture/currentstateprofile.h"
 #include "picture/networkinforules.h"
+#include "picture/webserverurl.h"
 #include "profile/networkprofilerules.h"
 
 #include <QBuffer>

@@ -1,10 +1,8 @@
 #include "picture/networkinforules.h"
 
-#include "network/networkrules.h"
 #include "networkinglog.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
@@ -25,84 +23,6 @@ Record withFields(const Record& target, const Record& source, const QStringList&
 bool isUp(OrvaNetworkState state)
 {
     return state != OrvaNetworkState::Disconnected;
-}
-
-bool isIPv4(const OrvaNetworkAddress& address)
-{
-    return address.protocol() == OrvaNetworkAddressProtocol::IPv4;
-}
-
-QStringList ipv4Texts(const OrvaList<OrvaNetworkAddress>& addresses)
-{
-    QStringList texts;
-    for (const OrvaNetworkAddress& address : addresses) {
-        if (isIPv4(address))
-            texts << address.ip();
-    }
-    return texts;
-}
-
-/// What the profile form of both interfaces has.
-OrvaNetworkInterface interfaceProfile(const OrvaNetworkInfo& info, OrvaNetworkState state,
-                                      const OrvaList<OrvaNetworkAddress>& addresses)
-{
-    OrvaNetworkInterface interface;
-    interface.setConnected(isUp(state));
-    if (!addresses.isEmpty() && isIPv4(addresses.first())) {
-        interface.setDhcp(addresses.first().dhcp());
-        interface.setIp(addresses.first().ip());
-        interface.setNetmask(orvaPrefixToNetmask(addresses.first().prefix()));
-    }
-    interface.setDns(ipv4Texts(info.dns()));
-    interface.setGateway(ipv4Texts(info.gateways()).value(0));
-    return interface;
-}
-
-OrvaNetworkInterface wirelessProfile(const OrvaNetworkInfo& info)
-{
-    const OrvaNetworkWirelessInterface wireless = info.wireless();
-    OrvaNetworkInterface interface = interfaceProfile(info, wireless.state(), wireless.addresses());
-    interface.setSsid(wireless.ssid());
-    interface.setBssid(wireless.bssid().toUpper());
-    interface.setEncryption(wireless.encryption());
-    interface.setFrequency(wireless.frequency());
-    interface.setSignalLevel(wireless.signalLevel());
-    return interface;
-}
-
-OrvaList<OrvaNetworkProfileSoftApSettings> softApProfiles(const OrvaNetworkInfo& info)
-{
-    OrvaList<OrvaNetworkProfileSoftApSettings> list;
-    const auto aps = info.softAp().aps();
-    for (const OrvaNetworkSoftAp& ap : aps) {
-        const auto addresses = ap.addresses();
-        if (addresses.isEmpty())
-            continue;
-        OrvaNetworkProfileSoftApSettings settings(ap);
-        settings.setApAddress(addresses.first().ip());
-        settings.setApNetmask(orvaPrefixToNetmask(addresses.first().prefix()));
-        list.append(settings);
-    }
-    return list;
-}
-
-/// Where a connected interface is reached; nothing where it has no address.
-std::optional<QString> hostOf(OrvaNetworkState state, const OrvaList<OrvaNetworkAddress>& addresses)
-{
-    if (state != OrvaNetworkState::Connected || addresses.isEmpty())
-        return std::nullopt;
-    return addresses.first().ip();
-}
-
-QString webserverHost(const OrvaNetworkInfo& info)
-{
-    if (const auto host = hostOf(info.wired().state(), info.wired().addresses()))
-        return *host;
-    if (const auto host = hostOf(info.wireless().state(), info.wireless().addresses()))
-        return *host;
-    const auto aps = info.softAp().aps();
-    const auto addresses = aps.isEmpty() ? OrvaList<OrvaNetworkAddress>() : aps.first().addresses();
-    return hostOf(info.softAp().state(), addresses).value_or(QString());
 }
 
 } // namespace
@@ -284,33 +204,4 @@ OrvaList<OrvaNetworkWirelessInterface> knownNetworks(const OrvaNetworkProfile& p
         list.append(known);
     }
     return list;
-}
-
-OrvaNetworkProfile currentStateProfile(const OrvaNetworkInfo& info)
-{
-    OrvaNetworkProfile profile;
-    if (isUp(info.wired().state()))
-        profile.setWired(interfaceProfile(info, info.wired().state(), info.wired().addresses()));
-    const auto softAps = softApProfiles(info);
-    if (!softAps.isEmpty())
-        profile.setSoftApSettings(softAps);
-    if (isUp(info.wireless().state()))
-        profile.setWireless(wirelessProfile(info));
-    return profile;
-}
-
-QString webserverUrl(const OrvaNetworkInfo& info, const QString& portSuffix)
-{
-    const QString host = webserverHost(info);
-    if (host.isEmpty())
-        return QString();
-    const bool isIPv6 = host.contains(QLatin1Char(':'));
-    return QStringLiteral("http://") +
-           (isIPv6 ? QLatin1Char('[') + host + QLatin1Char(']') : host) + portSuffix +
-           QLatin1Char('/');
-}
-
-QString webserverPortSuffix(qint32 port)
-{
-    return port > 0 ? QLatin1Char(':') + QString::number(port) : QString();
 }

@@ -76,14 +76,3 @@ struct NamedInterface
 /// One entry for each network of the profile, with its SSID.
 [[nodiscard]] OrvaList<OrvaNetworkWirelessInterface>
 knownNetworks(const OrvaNetworkProfile& profile);
-
-/// What is actually up, in the form of a profile. Only IPv4 settings have a place in it.
-[[nodiscard]] OrvaNetworkProfile currentStateProfile(const OrvaNetworkInfo& info);
-
-/// The URL of the local web server: at the first address of the wired, else the wireless interface,
-/// else the soft access point, of those that are connected. Empty where none has an address.
-/// `portSuffix` is ":" and the port, or empty.
-[[nodiscard]] QString webserverUrl(const OrvaNetworkInfo& info, const QString& portSuffix);
-
-/// ":" and the port in decimal, empty for the default port (0 or less).
-[[nodiscard]] QString webserverPortSuffix(qint32 port);

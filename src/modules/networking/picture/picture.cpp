@@ -4,6 +4,8 @@
 #include "network/networkpaths.h"
 #include "networkinglog.h"
 #include "nodevalues.h"
+#include "picture/currentstateprofile.h"
+#include "picture/webserverurl.h"
 
 #include <utility>
 

@@ -52,7 +52,7 @@ public:
     InterfaceStatus interfaceStatus(const QString& interface) override;
 
 private Q_SLOTS:
-    // Presence (backend/lumo/networkinglowlevellumo.cpp).
+    // Presence (backend/lumo/lumopresence.cpp).
     void on_cableStatus_init();
     void on_nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
     void on_restartTimer_timeout();
@@ -115,6 +115,8 @@ private:
 
     // What the daemon said.
     QHash<QString, int> m_interfaceStatuses;
+    /// The links, soft APs included, that end when the daemon has started anew. The listener does
+    /// not know those that were up before it listened.
     QSet<QString> m_interfacesConnected;
 
     // The daemon's losses, and when it is made to start again.

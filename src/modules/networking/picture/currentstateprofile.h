@@ -1,0 +1,6 @@
+#pragma once
+
+#include "network/networkrecords.h"
+
+/// What is actually up, in the form of a profile. Only IPv4 settings have a place in it.
+[[nodiscard]] OrvaNetworkProfile currentStateProfile(const OrvaNetworkInfo& info);
