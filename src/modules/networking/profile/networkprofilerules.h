@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/model/cmerror.h"
 #include "core/orvaresult.h"
 #include "network/networkrecords.h"
 
