@@ -19,21 +19,23 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 class WifiRestart;
 
 /// The network manager: owns the network subtree of the node tree, drives the network through one
 /// backend and publishes one true picture of it.
 ///
-/// One class, because its state is one; the rules that need no state are functions of their own
-/// beside it. Its operations stand in one source file a theme: construction and node table in
-/// networking.cpp, then lifecycle, profile, state, scan, wps, softap and radio. Everything runs on
-/// the event loop's thread.
+/// What has a state of its own is a class in its room, which owns it: picture, profiles, scans, the
+/// WPS session, soft access points, the radio. The worker holds them together: it creates the nodes
+/// and binds them to the rooms' slots, owns the life, and does what concerns several rooms, which
+/// know each other by it alone. Everything runs on the event loop's thread.
 class Networking : public CMNodesWorker, public NetworkListener
 {
     Q_OBJECT
 public:
+    /// The features that need the radio.
+    using ResourceRequestSubmodule = WifiResource::ResourceRequestSubmodule;
+
     /// Makes the backend for a worker. Tests put their own in.
     using BackendFactory = std::function<std::unique_ptr<Networking_LowLevel>(NetworkListener&)>;
 
@@ -50,7 +52,7 @@ public:
     /// Puts another clock in, for tests. Moments that were taken from the old one stay as they are.
     void setClock(const MonotonicClock& clock) { m_clock = clock; }
 
-    // What the backend asks and reports.
+    // What the backend asks and reports (backendevents.cpp).
     [[nodiscard]] QString wiredInterface() const override { return m_wiredInterfaceName; }
     [[nodiscard]] QString wirelessInterface() const override { return m_wirelessInterfaceName; }
     [[nodiscard]] QStringList softapInterfaces() const override
@@ -71,14 +73,14 @@ public:
     void setDataRequest(const CMSetDataRequest& request) override;
 
 public Q_SLOTS:
-    // Life cycle.
+    // Life cycle (lifecycle.cpp).
     void on_start_req(const CMSetDataRequest& request);
     void on_stop_req(const CMSetDataRequest& request);
     void on_restart_req(const CMSetDataRequest& request);
     void on_shutdown_req(const CMSetDataRequest& request);
     void on_shutdownTimer_timeout();
 
-    // Backend.
+    // The backend's signals that concern several rooms (backendevents.cpp).
     void on_lowlevel_AuthError(const QString& ssid, const QString& description);
     void on_lowlevel_Error(const QString& message);
     void on_lowlevel_InterfaceStatusChanged(const QString& interface,
@@ -95,7 +97,7 @@ private:
     void setLife(NetworkingLife life);
     void cancelShutdown();
 
-    // What crosses the rooms (networking.cpp).
+    // What concerns several rooms (backendevents.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
     void updateConnectingMessage(const QString& message);
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
