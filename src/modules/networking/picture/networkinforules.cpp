@@ -1,10 +1,12 @@
 #include "picture/networkinforules.h"
 
-#include "networkinglog.h"
+#include "core/dbglog.h"
 
 #include <algorithm>
 
 namespace {
+
+ORVA_LOGGER("Networking")
 
 /// `target` with the fields named, as `source` has them, their absence included.
 template <class Record>
@@ -135,7 +137,7 @@ OrvaNetworkInfo withCable(OrvaNetworkInfo info, bool connected, Configured confi
 
 OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid, bool suspect)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
     if (info.wireless().ssid() == ssid)
         info.editWireless([&](auto& wireless) { wireless.setCredentialsSuspect(suspect); });
     auto networks = info.wirelessNetworks();
@@ -143,7 +145,7 @@ OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ss
         networks.begin(), networks.end(),
         [&](const OrvaNetworkWirelessInterface& network) { return network.ssid() == ssid; });
     if (found != networks.end()) {
-        LOG4CPLUS_DEBUG(networkingLogger(),
+        LOG4CPLUS_DEBUG(logger(),
                         "Found ssid: " << ssid << " updating credentialsSuspect to: " << suspect);
         found->setCredentialsSuspect(suspect);
         info.setWirelessNetworks(networks);

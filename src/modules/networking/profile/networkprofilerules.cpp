@@ -1,13 +1,15 @@
 #include "profile/networkprofilerules.h"
 
+#include "core/dbglog.h"
 #include "network/networkrules.h"
-#include "networkinglog.h"
 
 #include <QHash>
 
 #include <algorithm>
 
 namespace {
+
+ORVA_LOGGER("Networking")
 
 const QString& maskedKey()
 {
@@ -20,7 +22,7 @@ OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
     const QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
     if (why.isEmpty())
         return {};
-    LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
+    LOG4CPLUS_ERROR(logger(), "Invalid key/encryption: " << why);
     return CMError(QStringLiteral("error"), why);
 }
 
@@ -103,8 +105,8 @@ void limitNetworks(OrvaNetworkProfile& profile, qint32 maximum)
     const auto networks = profile.wirelessNetworks();
     if (networks.size() < 2 || maximum < 1 || maximum >= networks.size())
         return;
-    LOG4CPLUS_INFO(networkingLogger(), "Have too many configured wifi networks, only keeping first "
-                                           << maximum << " network(s)");
+    LOG4CPLUS_INFO(logger(), "Have too many configured wifi networks, only keeping first "
+                                 << maximum << " network(s)");
     profile.setWirelessNetworks(networks.mid(0, maximum));
 }
 
@@ -172,7 +174,7 @@ void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile)
 {
     const auto networks = profile.wirelessNetworks();
     if (!networks.isEmpty() && profile.wireless() != networks.first())
-        LOG4CPLUS_WARN(networkingLogger(),
+        LOG4CPLUS_WARN(logger(),
                        "Profile invariant (wireless == wirelessNetworks[0]) is false: " << profile);
 }
 

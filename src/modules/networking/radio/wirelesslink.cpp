@@ -1,9 +1,11 @@
 #include "radio/wirelesslink.h"
 
 #include "backend/networkinglowlevel.h"
-#include "networkinglog.h"
+#include "core/dbglog.h"
 
 namespace {
+
+ORVA_LOGGER("Networking")
 
 // What the slots are called in the log and in the translations.
 constexpr auto reconnectContext =
@@ -20,14 +22,14 @@ WirelessLink::WirelessLink(Networking_LowLevel& backend)
 
 void WirelessLink::on_forceWifiReconnect_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), reconnectContext);
+    const auto trace = dbglog_scopedFunction(logger(), reconnectContext);
     m_lowlevel.forceWifiReconnect();
     request.answer();
 }
 
 void WirelessLink::on_wirelessRssiNode_activated(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), rssiContext);
+    const auto trace = dbglog_scopedFunction(logger(), rssiContext);
     const double rssi = m_lowlevel.getWirelessRssi();
     if (rssi == 0.0)
         return request.fail(
