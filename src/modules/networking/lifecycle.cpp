@@ -5,10 +5,21 @@ namespace {
 
 ORVA_LOGGER("Networking")
 
+/// How long a shutdown is announced before everything stops.
+constexpr int shutdownDelayMs = 2000;
+
 /// The translation context of what a stop is answered.
 constexpr auto stopContext = "void Networking::on_stop_req(const CMSetDataRequest&)";
 
 } // namespace
+
+void Networking::configureShutdownTimer()
+{
+    m_shutdownTimer.setObjectName(QStringLiteral("m_shutdownTimer"));
+    m_shutdownTimer.setSingleShot(true);
+    m_shutdownTimer.setInterval(shutdownDelayMs);
+    connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);
+}
 
 void Networking::setLife(NetworkingLife life)
 {

@@ -16,8 +16,6 @@ namespace {
 
 ORVA_LOGGER("Networking")
 
-constexpr int shutdownDelayMs = 2000;
-
 QString mountTableFile()
 {
     const QString named = qEnvironmentVariable("ORVA_MOUNT_TABLE");
@@ -59,10 +57,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
                 {name(), [this] { return m_life.isStarted(); }, [this] { return m_clock(); }}, this)
     , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, this)
 {
-    m_shutdownTimer.setObjectName(QStringLiteral("m_shutdownTimer"));
-    m_shutdownTimer.setSingleShot(true);
-    m_shutdownTimer.setInterval(shutdownDelayMs);
-    connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);
+    configureShutdownTimer();
     connectBackend();
     connectRooms();
     m_softAps.readSoftApConfiguration(m_picture.currentMac());

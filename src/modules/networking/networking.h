@@ -94,6 +94,8 @@ private:
     void registerWithPowerManager();
 
     // Life cycle (lifecycle.cpp).
+    void configureShutdownTimer();
+    /// The one place where the life changes; logs the old one and the new one.
     void setLife(NetworkingLife life);
     void cancelShutdown();
 

@@ -38,13 +38,14 @@ void addStateNodes(CMNodes& nodes)
     stations->setPermission(OrvaPermission::Service);
 }
 
+struct Action
+{
+    CMPath path;
+    QStringList accepts = {};
+};
+
 void addActions(CMNodes& nodes)
 {
-    struct Action
-    {
-        CMPath path;
-        QStringList accepts = {};
-    };
     const Action actions[] = {
         {OrvaNetworkStartPath()},
         {OrvaNetworkRestartPath()},
