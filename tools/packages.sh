@@ -20,6 +20,10 @@ packages_test=(
 )
 [ "$(. /etc/os-release && echo "${VERSION_ID-}")" != 12 ] || # no other release has the version that is asked
     packages_test+=(clang-format-14 clang-tidy-14)
+packages_radio=( # fetched and unpacked, never installed: some would start services
+    qemu-system-x86 qemu-system-data seabios ipxe-qemu busybox-static kmod
+    wpasupplicant hostapd wireless-regdb iw rfkill tcpdump
+)
 packages_package=(file dpkg-dev) # beside those of packages_run
 packages_bare=(systemd-container debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
