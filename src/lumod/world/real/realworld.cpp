@@ -16,7 +16,7 @@ RealWorld::RealWorld(RealSettings settings)
     , m_cable(*this, m_kernel, m_nameServers, m_settings)
 {
     connect(&m_kernel, &Kernel::changed, &m_cable, &RealCable::update);
-    connect(&m_events, &EventSocket::received, &m_cable, &RealCable::take);
+    connect(&m_events, &DatagramSocket::received, this, &RealWorld::take);
     connect(&m_nameServers, &NameServers::failed, this, &World::failed);
 }
 
@@ -51,6 +51,14 @@ Result<> RealWorld::open()
     if (reading)
         m_cable.update();
     return reading;
+}
+
+void RealWorld::take(const QByteArray& datagram)
+{
+    if (const auto event = parseDhcpEvent(datagram))
+        m_cable.take(*event);
+    else
+        qCWarning(lcLumod) << "An event without an interface, ignoring it";
 }
 
 QStringList RealWorld::interfaces() const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "world/real/eventsocket.h"
+#include "world/real/datagramsocket.h"
 #include "world/real/kernel.h"
 #include "world/real/nameservers.h"
 #include "world/real/realcable.h"
@@ -32,11 +32,12 @@ public:
 
 private:
     Result<> lock();
+    void take(const QByteArray& datagram);
 
     RealSettings m_settings;
     int m_lock = -1; ///< the runtime directory, which only one at a time can lock
     Kernel m_kernel;
-    EventSocket m_events;
+    DatagramSocket m_events;
     NameServers m_nameServers;
     RealCable m_cable;
 };
