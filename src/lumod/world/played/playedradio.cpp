@@ -49,7 +49,7 @@ PlayedRadio::PlayedRadio(const QString& name, World& world, const WorldDescripti
 }
 
 void PlayedRadio::configure(const QVector<KnownNetwork>& networks,
-                            const std::optional<StaticIp>& ip, Permission permission)
+                            const std::optional<StaticIp>& ip, RadioPermission permission)
 {
     const bool sameIp = m_ip == ip;
     m_networks = byPriority(networks);
@@ -58,14 +58,14 @@ void PlayedRadio::configure(const QVector<KnownNetwork>& networks,
     m_blocked.clear();
     if (isConnecting() || isWaiting())
         abort();
-    if (isUp() && permission != Permission::Leave && sameIp && isStill(choose()))
+    if (isUp() && permission != RadioPermission::Leave && sameIp && isStill(choose()))
         announceUp();
     else if (isUp())
         leave();
     reconcile();
 }
 
-void PlayedRadio::permit(Permission permission)
+void PlayedRadio::permit(RadioPermission permission)
 {
     m_permission = permission;
     reconcile();
@@ -99,15 +99,15 @@ void PlayedRadio::reassociate()
 
 void PlayedRadio::reconcile()
 {
-    if (m_permission == Permission::Leave && isUp())
+    if (m_permission == RadioPermission::Leave && isUp())
         leave();
-    if (m_permission == Permission::Leave && isConnecting())
+    if (m_permission == RadioPermission::Leave && isConnecting())
         abort();
     if (m_scan.isActive() || m_wps.isRunning() || isConnecting() || phase() == Phase::Leaving)
         return;
     if (m_scanWanted)
         return startScan();
-    if (isUp() || m_permission != Permission::Join)
+    if (isUp() || m_permission != RadioPermission::Join)
         return;
     if (const auto choice = choose()) {
         m_choice = *choice;

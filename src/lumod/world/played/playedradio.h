@@ -2,6 +2,7 @@
 
 #include "world/played/playedlink.h"
 #include "world/played/playedwps.h"
+#include "world/radiopermission.h"
 
 /// The wireless interface as a client: it scans, chooses among the known networks by priority,
 /// joins, fails with a wrong key as a real one does, and runs WPS. One thing at a time: a scan
@@ -11,19 +12,12 @@ class PlayedRadio : public PlayedLink
     Q_OBJECT
 
 public:
-    /// What the cable leaves to the radio.
-    enum class Permission {
-        Leave, ///< not to be joined
-        Keep,  ///< may stay joined, but not join
-        Join,
-    };
-
     PlayedRadio(const QString& name, World& world, const WorldDescription& description);
 
     /// The networks to join and the address to take. A link that stays is reported up again.
     void configure(const QVector<KnownNetwork>& networks, const std::optional<StaticIp>& ip,
-                   Permission permission);
-    void permit(Permission permission);
+                   RadioPermission permission);
+    void permit(RadioPermission permission);
     /// The description's access points have changed.
     void accessPointsChanged();
     void scan();
@@ -59,7 +53,7 @@ private:
 
     QVector<KnownNetwork> m_networks; ///< highest priority first
     std::optional<StaticIp> m_ip;
-    Permission m_permission = Permission::Leave;
+    RadioPermission m_permission = RadioPermission::Leave;
     Choice m_choice;
     QStringList m_blocked; ///< SSIDs that have just failed
     bool m_scanWanted = false;

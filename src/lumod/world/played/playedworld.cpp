@@ -54,22 +54,10 @@ void PlayedWorld::announce()
     m_softAps.announceStatus();
 }
 
-PlayedRadio::Permission PlayedWorld::permission() const
+RadioPermission PlayedWorld::permission() const
 {
-    using Permission = PlayedRadio::Permission;
-    if (m_off || !hasRadio())
-        return Permission::Leave;
-    switch (m_configuration.mode) {
-    case NetworkMode::Wired:
-        return Permission::Leave;
-    case NetworkMode::Wireless:
-        return Permission::Join;
-    case NetworkMode::Auto:
-        break;
-    }
-    if (m_cable.isUp())
-        return Permission::Leave;
-    return m_cable.isConnecting() ? Permission::Keep : Permission::Join;
+    return m_off || !hasRadio() ? RadioPermission::Leave
+                                : radioPermission(m_configuration.mode, m_cable);
 }
 
 void PlayedWorld::bringUp(const NetworkConfiguration& configuration)

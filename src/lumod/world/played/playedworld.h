@@ -47,7 +47,7 @@ public:
     [[nodiscard]] QJsonObject snapshot() const;
 
 private:
-    [[nodiscard]] PlayedRadio::Permission permission() const;
+    [[nodiscard]] RadioPermission permission() const;
     [[nodiscard]] bool hasRadio() const { return !m_description.wireless.isEmpty(); }
     Result<> withWpsOf(const QString& accessPoint, const std::function<void(const QString&)>& act);
     [[nodiscard]] InterfaceStatus status(const QString& interface) const;
