@@ -1,13 +1,9 @@
 #pragma once
 
-#include "world/link.h"
-#include "world/real/dhcpclient.h"
-#include "world/real/kernel.h"
-#include "world/real/nameservers.h"
+#include "world/real/reallink.h"
 
-/// A wired interface of this machine. The kernel's word goes before an engine's: it says whether
-/// the interface, the carrier, addresses and gateways are there; dhcpcd only says what is leased.
-class RealCable : public Link
+/// A wired interface of this machine; its carrier is the cable.
+class RealCable : public RealLink
 {
     Q_OBJECT
 
@@ -17,35 +13,15 @@ public:
 
     /// Wants the link up or down, with DHCP or `ip`.
     void configure(bool enabled, const std::optional<StaticIp>& ip);
-    /// Looks at the kernel and at dhcpcd; called whenever either has changed.
-    void update();
-    void take(const DhcpEvent& event);
 
-    [[nodiscard]] bool exists() const { return m_link.index != 0; }
-    [[nodiscard]] bool isPlugged() const { return m_link.carrier; }
+    [[nodiscard]] bool isPlugged() const { return link().carrier; }
     [[nodiscard]] InterfaceDetails details() const;
 
 private:
     void reconcile() override;
     [[nodiscard]] InterfaceStatus currentStatus() const override;
-    void entered(Phase phase) override;
+    [[nodiscard]] bool hasCarrier() const override { return link().carrier; }
+    void followInterface(const KernelLink& before) override;
 
-    void followKernel();
-    void giveUp();
-    void refresh();
-    [[nodiscard]] bool hasIpv4() const;
-    [[nodiscard]] bool hasIpv6() const;
-    [[nodiscard]] bool isUsable() const;
-    [[nodiscard]] Lease currentLease() const;
-
-    Kernel& m_kernel;
-    NameServers& m_nameServers;
-    const RealSettings& m_settings;
-    DhcpClient m_dhcp;
-    KernelLink m_link; ///< as last looked at
     bool m_enabled = false;
-    std::optional<StaticIp> m_ip;
-    QTimer m_deadline;     ///< of a DHCP server's silence
-    bool m_silent = false; ///< it is over, and nobody has answered
-    Lease m_told;          ///< what was last told of a link that is up
 };
