@@ -1,0 +1,18 @@
+// What wpa_supplicant's control socket tells, in which names from the air stand.
+#include "target.h"
+
+#include "world/real/supplicantreason.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using Kind = SupplicantReason::Kind;
+    const QByteArray datagram(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const auto reason = parseSupplicantReason(datagram);
+    if (!reason)
+        return 0;
+    require((reason->kind == Kind::KeyRejected) == (reason->bssid.size() == 6));
+    require((reason->kind == Kind::WrongKey || reason->kind == Kind::Paused) ==
+            (reason->network >= 0));
+    require(reason->kind != Kind::WrongKey || datagram.endsWith(" reason=WRONG_KEY"));
+    return 0;
+}

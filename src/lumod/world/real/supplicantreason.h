@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <optional>
+
+/// What wpa_supplicant's control socket tells about an attempt to join; D-Bus does not say it.
+struct SupplicantReason
+{
+    enum class Kind {
+        KeyRejected, ///< WPA3: the access point `bssid` takes the key for a wrong one
+        WrongKey,    ///< WPA2: the key of `network` is taken for a wrong one
+        Paused,      ///< `network` is left alone for a while, for any other reason
+        Joined,      ///< a network is joined
+    };
+
+    Kind kind = Kind::Joined;
+    int network = -1; ///< the number at the end of the network's object path
+    QByteArray bssid; ///< six bytes
+};
+
+/// Reads one datagram of the socket. Names of networks are in it too, and may say anything: nothing
+/// is looked for where a name can stand.
+/// @return nothing for what is of no interest or cannot be
+[[nodiscard]] std::optional<SupplicantReason> parseSupplicantReason(const QByteArray& datagram);
