@@ -133,6 +133,10 @@ QString scanType(Security security)
         return QStringLiteral("wpa_psk");
     case Security::Wep:
         return QStringLiteral("wep");
+    case Security::Enterprise:
+        return QStringLiteral("wpa_eap");
+    case Security::EnhancedOpen:
+        return QStringLiteral("owe");
     }
     return {};
 }

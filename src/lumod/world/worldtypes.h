@@ -26,7 +26,13 @@ enum class NetworkMode {
 };
 
 /// How an access point guards its network.
-enum class Security { Open, WpaPsk, Wep };
+enum class Security {
+    Open,
+    WpaPsk, ///< WPA, WPA2 or WPA3 with a pass phrase
+    Wep,
+    Enterprise,   ///< WPA with an account; never joined
+    EnhancedOpen, ///< encrypted without a key; never joined
+};
 
 /// A static IPv4 configuration.
 struct StaticIp
@@ -117,6 +123,6 @@ struct ScannedNetwork
 struct WpsCredentials
 {
     QString ssid;
-    Security security = Security::Open; ///< never `Wep`
+    Security security = Security::Open; ///< `Open` or `WpaPsk`
     QString key;
 };

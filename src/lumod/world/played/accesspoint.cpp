@@ -73,6 +73,10 @@ QString toString(Security security)
         return QStringLiteral("wpa-psk");
     case Security::Wep:
         return QStringLiteral("wep");
+    case Security::Enterprise:
+        return QStringLiteral("enterprise");
+    case Security::EnhancedOpen:
+        return QStringLiteral("enhanced-open");
     }
     return {};
 }
