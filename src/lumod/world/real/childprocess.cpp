@@ -62,7 +62,10 @@ void ChildProcess::stop()
 void ChildProcess::relay()
 {
     while (m_process.canReadLine()) {
-        m_lastLine = QString::fromUtf8(m_process.readLine()).trimmed();
+        auto line = m_process.readLine();
+        if (const int at = m_secretWord.isEmpty() ? -1 : line.indexOf(m_secretWord); at >= 0)
+            line = line.left(at) + m_secretWord + " ****";
+        m_lastLine = QString::fromUtf8(line).trimmed();
         qCDebug(lcLumod).noquote() << m_title + QLatin1Char(':') << m_lastLine;
     }
 }

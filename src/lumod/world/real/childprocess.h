@@ -16,10 +16,14 @@ public:
     ~ChildProcess() override;
     Q_DISABLE_COPY(ChildProcess)
 
+    /// Whatever follows `word` in a line is not logged: a secret.
+    void hideAfter(const QByteArray& word) { m_secretWord = word; }
     /// Starts the program, which must not run.
     void start(const QString& program, const QStringList& arguments);
     /// Asks the program to end; `stopped` follows, at once when none runs.
     void stop();
+    /// It was asked to end, and has not yet.
+    [[nodiscard]] bool isEnding() const { return isRunning() && !m_wanted; }
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
 Q_SIGNALS:
@@ -36,6 +40,7 @@ private:
     QString m_keeper;
     QString m_title;
     QProcess m_process;
+    QByteArray m_secretWord;
     QString m_lastLine;
     QTimer m_calm; ///< runs while the program is young: one that ends then waits longer
     int m_pause = 0;

@@ -57,6 +57,31 @@ bool takeSwitch(const QVariant& value, bool& into)
     return value.userType() == QMetaType::Bool;
 }
 
+bool takeCountry(const QVariant& value, QString& into)
+{
+    const auto isLetter = [](QChar c) { return c >= QLatin1Char('A') && c <= QLatin1Char('Z'); };
+    const auto country = value.toString();
+    if (value.userType() != QMetaType::QString || (!country.isEmpty() && country.size() != 2) ||
+        !std::all_of(country.begin(), country.end(), isLetter))
+        return false;
+    into = country;
+    return true;
+}
+
+bool takeFrequencies(const QVariant& value, QVector<int>& into)
+{
+    constexpr double lowest = 2412;
+    constexpr double highest = 7115;
+    into.clear();
+    for (const auto& one : value.toList()) {
+        const double frequency = one.toDouble();
+        if (!isNumber(one) || !(frequency >= lowest) || frequency > highest)
+            return false;
+        into.append(qRound(frequency));
+    }
+    return value.userType() == QMetaType::QVariantList;
+}
+
 bool takeOwner(const QVariant& value, RealSettings::NameServerOwner& into)
 {
     using Owner = RealSettings::NameServerOwner;
@@ -85,11 +110,16 @@ constexpr std::array rows = {
     Row{"softAp", [](const auto& v, S& s) { return takeInterface(v, s.softAp); }},
     Row{"dhcpcd", [](const auto& v, S& s) { return takePath(v, s.dhcpcd); }},
     Row{"resolvconf", [](const auto& v, S& s) { return takePath(v, s.resolvconf); }},
+    Row{"wpaSupplicant", [](const auto& v, S& s) { return takePath(v, s.wpaSupplicant); }},
     Row{"helperDirectory", [](const auto& v, S& s) { return takePath(v, s.helperDirectory); }},
     Row{"runtimeDirectory", [](const auto& v, S& s) { return takePath(v, s.runtimeDirectory); }},
     Row{"dhcpDeadline", [](const auto& v, S& s) { return takeSeconds(v, s.dhcpDeadline); }},
     Row{"wiredMetric", [](const auto& v, S& s) { return takeMetric(v, s.wiredMetric); }},
     Row{"wirelessMetric", [](const auto& v, S& s) { return takeMetric(v, s.wirelessMetric); }},
+    Row{"country", [](const auto& v, S& s) { return takeCountry(v, s.country); }},
+    Row{"powerSave", [](const auto& v, S& s) { return takeSwitch(v, s.powerSave); }},
+    Row{"backgroundScan", [](const auto& v, S& s) { return takeSwitch(v, s.backgroundScan); }},
+    Row{"frequencies", [](const auto& v, S& s) { return takeFrequencies(v, s.frequencies); }},
     Row{"probeAddresses", [](const auto& v, S& s) { return takeSwitch(v, s.probeAddresses); }},
     Row{"nameServers", [](const auto& v, S& s) { return takeOwner(v, s.nameServers); }},
     Row{"resolvConf", [](const auto& v, S& s) { return takePath(v, s.resolvConf); }},

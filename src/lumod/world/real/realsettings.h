@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QVariantMap>
+#include <QVector>
 
 /// What lumod.conf says, with the defaults of what it leaves out.
 struct RealSettings
@@ -19,11 +20,16 @@ struct RealSettings
     QString softAp = QStringLiteral("uap0");
     QString dhcpcd = QStringLiteral("/usr/sbin/dhcpcd");
     QString resolvconf = QStringLiteral("/usr/sbin/resolvconf");
+    QString wpaSupplicant = QStringLiteral("/usr/sbin/wpa_supplicant");
     QString helperDirectory = QStringLiteral(ORVA_HELPER_DIR); ///< of dhcp-event and lumod-keep
     QString runtimeDirectory = QStringLiteral("/run/lumod");
     int dhcpDeadline = 10000; ///< ms after which a silent server is reported
     int wiredMetric = 100;
     int wirelessMetric = 600;
+    QString country;             ///< two letters; empty: as the kernel has it
+    bool powerSave = false;      ///< the radio sleeps between beacons
+    bool backgroundScan = false; ///< look for a better access point while the signal is weak
+    QVector<int> frequencies;    ///< MHz, all that are listened to; empty: what the country allows
     bool probeAddresses = false; ///< ask whether somebody else holds an address
     NameServerOwner nameServers = NameServerOwner::Auto;
     QString resolvConf = QStringLiteral("/run/lumod/resolv.conf");
