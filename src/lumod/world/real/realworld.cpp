@@ -14,9 +14,11 @@ RealWorld::RealWorld(RealSettings settings)
     : m_settings(std::move(settings))
     , m_nameServers(m_settings)
     , m_cable(*this, m_kernel, m_nameServers, m_settings)
+    , m_radio(*this, m_kernel, m_nameServers, m_settings)
 {
-    connect(&m_kernel, &Kernel::changed, &m_cable, &RealCable::update);
+    connect(&m_kernel, &Kernel::changed, this, &RealWorld::update);
     connect(&m_events, &DatagramSocket::received, this, &RealWorld::take);
+    connect(&m_cable, &Link::settled, this, [this] { m_radio.permit(permission()); });
     connect(&m_nameServers, &NameServers::failed, this, &World::failed);
 }
 
@@ -49,26 +51,48 @@ Result<> RealWorld::open()
         return listening;
     const auto reading = m_kernel.open();
     if (reading)
-        m_cable.update();
+        update();
     return reading;
+}
+
+void RealWorld::update()
+{
+    m_cable.update();
+    m_radio.permit(permission());
+    m_radio.update();
 }
 
 void RealWorld::take(const QByteArray& datagram)
 {
-    if (const auto event = parseDhcpEvent(datagram))
-        m_cable.take(*event);
-    else
+    const auto event = parseDhcpEvent(datagram);
+    if (!event)
         qCWarning(lcLumod) << "An event without an interface, ignoring it";
+    else if (event->interface == m_settings.wired)
+        m_cable.take(*event);
+    else if (event->interface == m_settings.wireless)
+        m_radio.take(*event);
+}
+
+RadioPermission RealWorld::permission() const
+{
+    return m_mode ? radioPermission(*m_mode, m_cable) : RadioPermission::Leave;
 }
 
 QStringList RealWorld::interfaces() const
 {
-    return m_cable.exists() ? QStringList{m_settings.wired} : QStringList();
+    QStringList names;
+    if (m_cable.exists())
+        names.append(m_settings.wired);
+    if (m_radio.exists())
+        names.append(m_settings.wireless);
+    return names;
 }
 
 InterfaceDetails RealWorld::details(const QString& interface) const
 {
-    return interface == m_settings.wired ? m_cable.details() : InterfaceDetails();
+    if (interface == m_settings.wired)
+        return m_cable.details();
+    return interface == m_settings.wireless ? m_radio.details() : InterfaceDetails();
 }
 
 void RealWorld::announce()
@@ -77,35 +101,48 @@ void RealWorld::announce()
         Q_EMIT cableChanged(m_cable.isPlugged());
         m_cable.announceStatus();
     }
-    for (const auto& name : {m_settings.wireless, m_settings.softAp})
-        if (!name.isEmpty())
-            Q_EMIT statusChanged(name, InterfaceStatus::Absent);
+    if (!m_settings.wireless.isEmpty())
+        m_radio.announceStatus();
+    if (!m_settings.softAp.isEmpty())
+        Q_EMIT statusChanged(m_settings.softAp, InterfaceStatus::Absent);
 }
 
 void RealWorld::bringUp(const NetworkConfiguration& configuration)
 {
+    m_mode = configuration.mode;
     m_cable.configure(configuration.mode != NetworkMode::Wireless, configuration.wired);
+    m_radio.configure(configuration.networks, configuration.wireless, permission());
 }
 
 void RealWorld::takeDown()
 {
+    m_mode.reset();
     m_cable.configure(false, std::nullopt);
+    m_radio.takeDown();
 }
 
 void RealWorld::scan()
 {
+    if (m_radio.exists())
+        return m_radio.scan();
     Q_EMIT failed(QStringLiteral("There is no wireless interface to scan with"));
     Q_EMIT scanned({}); // nobody has to wait for it
 }
 
-void RealWorld::reassociate() {}
-
-void RealWorld::startWps(const QString& /*pin*/)
+void RealWorld::reassociate()
 {
-    Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
+    m_radio.reassociate();
 }
 
-// Without a radio there is no soft access point, which the daemon has told who asked.
+void RealWorld::startWps(const QString& pin)
+{
+    if (m_radio.exists())
+        m_radio.startWps(pin);
+    else
+        Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
+}
+
+// The soft access point is not driven yet, which the daemon has told who asked.
 void RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& /*settings*/) {}
 
 void RealWorld::stopSoftAp(const QString& /*interface*/) {}

@@ -4,6 +4,7 @@
 #include "world/real/kernel.h"
 #include "world/real/nameservers.h"
 #include "world/real/realcable.h"
+#include "world/real/realradio.h"
 #include "world/world.h"
 
 /// The interfaces of this machine. Everything is answered from memory: no call waits for an engine.
@@ -32,7 +33,9 @@ public:
 
 private:
     Result<> lock();
+    void update();
     void take(const QByteArray& datagram);
+    [[nodiscard]] RadioPermission permission() const;
 
     RealSettings m_settings;
     int m_lock = -1; ///< the runtime directory, which only one at a time can lock
@@ -40,4 +43,6 @@ private:
     DatagramSocket m_events;
     NameServers m_nameServers;
     RealCable m_cable;
+    RealRadio m_radio;
+    std::optional<NetworkMode> m_mode; ///< empty: everything is off
 };
