@@ -39,6 +39,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DAEMON_PACKAGE_NAME orva-lumod)
 set(CPACK_DEBIAN_DAEMON_DESCRIPTION "connection daemon that drives the interfaces of the audio-streaming device")
 set(CPACK_DEBIAN_DAEMON_PACKAGE_DEPENDS "dbus, dhcpcd-base")
+# A device without a radio has no need of these.
+set(CPACK_DEBIAN_DAEMON_PACKAGE_SUGGESTS "wpasupplicant, wireless-regdb")
 set(CPACK_DEBIAN_DAEMON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/dist/daemon/conffiles")
 
 set(CPACK_DEBIAN_WORLD_PACKAGE_NAME orva-world)
