@@ -68,6 +68,10 @@ device_configure() {
     device_fill "$dir" org.orva.lumod.conf.in "$dir/system.d/org.orva.lumod.conf"
     device_fill "$dir" org.orva.lumod.service.in "$dir/services/org.orva.lumod.service"
     device_fill "$dir" ../examples/host.json.in "$dir/host.json"
+    local policy
+    for policy in {/etc,/usr/share}/dbus-1/system.d/wpa_supplicant.conf; do # who may be it, where it is installed
+        [ ! -e "$policy" ] || ln -sf "$policy" "$dir/system.d/"
+    done
 }
 
 # device_fill DIR TEMPLATE FILE

@@ -1,0 +1,6 @@
+"""All that is tried on simulated radios, in one guest: run by ./test --radio."""
+import radiocase
+from station_test import Station, WithoutEngine
+
+if __name__ == "__main__":
+    radiocase.main()
