@@ -1,6 +1,7 @@
 """All that is tried on simulated radios, in one guest: run by ./test --radio."""
 import radiocase
 from station_test import Station, WithoutEngine
+from wps_test import Wps
 
 if __name__ == "__main__":
     radiocase.main()
