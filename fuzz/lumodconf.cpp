@@ -18,8 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     for (const auto& name : {settings.wired, settings.wireless, settings.softAp})
         require(name.toUtf8().size() < 16 && !name.contains(QLatin1Char('/')));
     for (const auto& path : {settings.dhcpcd, settings.resolvconf, settings.runtimeDirectory,
-                             settings.helperDirectory, settings.resolvConf,
-                             settings.wpaSupplicant})
+                             settings.helperDirectory, settings.resolvConf, settings.wpaSupplicant})
         require(path.startsWith(QLatin1Char('/')));
     require(settings.dhcpDeadline > 0 && settings.wiredMetric > 0 && settings.wirelessMetric > 0);
     require(settings.country.isEmpty() || settings.country.size() == 2);

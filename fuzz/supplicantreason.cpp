@@ -13,6 +13,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     require((reason->kind == Kind::KeyRejected) == (reason->bssid.size() == 6));
     require((reason->kind == Kind::WrongKey || reason->kind == Kind::Paused) ==
             (reason->network >= 0));
+    require((reason->kind == Kind::ScanFailed) == (reason->error > 0));
     require(reason->kind != Kind::WrongKey || datagram.endsWith(" reason=WRONG_KEY"));
     return 0;
 }

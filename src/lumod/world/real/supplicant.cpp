@@ -3,10 +3,13 @@
 #include "log.h"
 #include "world/real/powersave.h"
 
+#include <cerrno>
+
 namespace {
 
 constexpr int settleMilliseconds = 50;  // its changes of properties come some milliseconds late
 constexpr int scanMilliseconds = 25000; // longer than any radio takes
+constexpr int againMilliseconds = 1000;
 constexpr int pollMilliseconds = 1000;
 
 bool isError(const QDBusMessage& answer)
@@ -24,7 +27,9 @@ Supplicant::Supplicant(QString interface, const RealSettings& settings)
 {
     m_scanned.setSingleShot(true);
     m_scanLimit.setSingleShot(true);
-    connect(&m_scanned, &QTimer::timeout, this, [this] { endScan(QString()); });
+    m_scanAgain.setSingleShot(true);
+    connect(&m_scanAgain, &QTimer::timeout, this, &Supplicant::requestScan);
+    connect(&m_scanned, &QTimer::timeout, this, [this] { endScan(m_scanFault); });
     connect(&m_scanLimit, &QTimer::timeout, this,
             [this] { endScan(QStringLiteral("the radio does not answer")); });
     connect(&m_engine, &SupplicantEngine::ready, this, &Supplicant::setUp);
@@ -78,6 +83,7 @@ void Supplicant::forget()
     m_networks.forget();
     m_reasons.close();
     m_scanned.stop();
+    m_scanAgain.stop();
     m_scanLimit.stop();
     Q_EMIT lost();
 }
@@ -121,6 +127,11 @@ void Supplicant::leave()
 void Supplicant::scan()
 {
     m_scanLimit.start(scanMilliseconds);
+    requestScan();
+}
+
+void Supplicant::requestScan()
+{
     const QVariantMap how{{QStringLiteral("Type"), QStringLiteral("active")},
                           {QStringLiteral("AllowRoam"), false}};
     m_bus.call(path(), SupplicantBus::interface, "Scan", {how},
@@ -133,8 +144,26 @@ void Supplicant::scan()
 void Supplicant::endScan(const QString& fault)
 {
     m_scanLimit.stop();
+    m_scanAgain.stop();
     m_scanned.stop();
     Q_EMIT scanned(fault);
+}
+
+void Supplicant::finishScan(bool success)
+{
+    m_scanFault = success ? QString() : QStringLiteral("the radio refuses");
+    m_scanned.start(settleMilliseconds);
+}
+
+void Supplicant::failScan(int error)
+{
+    if (!m_scanLimit.isActive())
+        return;
+    m_scanned.stop();
+    if (error == EBUSY)
+        m_scanAgain.start(againMilliseconds);
+    else
+        endScan(qt_error_string(error));
 }
 
 void Supplicant::startWps(const QString& pin)
@@ -169,7 +198,7 @@ void Supplicant::on_told(const QString& path, const QString& name, const QVarian
     else if (name == QLatin1String("Credentials"))
         Q_EMIT wpsBrought(supplicant::wpsCredentials(arguments.value(0).toMap()));
     else if (name == QLatin1String("ScanDone") && m_scanLimit.isActive())
-        m_scanned.start(settleMilliseconds);
+        finishScan(arguments.value(0).toBool());
     if (name != QLatin1String("Event"))
         return;
     const auto event = arguments.value(0).toString();
@@ -210,6 +239,8 @@ void Supplicant::on_reason(const QByteArray& datagram)
     if (!reason)
         return;
     using Kind = SupplicantReason::Kind;
+    if (reason->kind == Kind::ScanFailed)
+        return failScan(reason->error);
     if (reason->kind == Kind::KeyRejected && m_rejecting.size() < most)
         m_rejecting.append(reason->bssid);
     if (reason->kind == Kind::Joined)

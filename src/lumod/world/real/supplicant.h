@@ -76,12 +76,15 @@ private:
     void forget();
     /// The control socket's path.
     [[nodiscard]] QString speaker() const;
+    void requestScan();
     void endScan(const QString& fault);
 
     void on_told(const QString& path, const QString& name, const QVariantList& arguments);
     void on_properties(const QString& path, const QString& interface,
                        const QVariantMap& properties);
     void on_reason(const QByteArray& datagram);
+    void finishScan(bool success);
+    void failScan(int error);
     [[nodiscard]] bool hasRejected(const QString& ssid) const;
 
     QString m_interface;
@@ -95,8 +98,10 @@ private:
     QString m_current;                       ///< path of the access point that is joined
     QHash<QString, supplicant::Bss> m_heard; ///< by path
     QList<QByteArray> m_rejecting;           ///< access points that took the key for wrong, by WPA3
+    QTimer m_scanAgain;                      ///< until a radio that was busy is asked anew
     QTimer m_scanLimit;                      ///< runs while a scan is asked for
     QTimer m_scanned;                        ///< until what belongs to a scan has been told
+    QString m_scanFault;
     mutable QElapsedTimer m_polled;
     mutable int m_signal = 0;
 };

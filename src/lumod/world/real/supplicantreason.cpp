@@ -48,7 +48,7 @@ std::optional<SupplicantReason> authenticationRejected(const QByteArray& text)
     if (fields.value("auth_type") != "3" || fields.value("auth_transaction") != "2" ||
         (status != "1" && status != "15") || bssid.isEmpty())
         return std::nullopt;
-    return SupplicantReason{SupplicantReason::Kind::KeyRejected, -1, bssid};
+    return SupplicantReason{SupplicantReason::Kind::KeyRejected, -1, bssid, 0};
 }
 
 /// "id=0 ssid="NAME" auth_failures=1 duration=10 reason=WRONG_KEY"
@@ -62,7 +62,19 @@ std::optional<SupplicantReason> networkPaused(const QByteArray& text)
     return SupplicantReason{reason == "reason=WRONG_KEY" ? SupplicantReason::Kind::WrongKey
                                                          : SupplicantReason::Kind::Paused,
                             network,
-                            {}};
+                            {},
+                            0};
+}
+
+/// "ret=-16 retry=1": that one is tried again without our doing.
+std::optional<SupplicantReason> scanFailed(const QByteArray& text)
+{
+    const auto fields = fieldsOf(text.split(' '));
+    const auto result = fields.value("ret");
+    const int error = result.startsWith('-') ? numberOf(result.mid(1)) : -1;
+    if (error <= 0 || fields.contains("retry"))
+        return std::nullopt;
+    return SupplicantReason{SupplicantReason::Kind::ScanFailed, -1, {}, error};
 }
 
 std::optional<SupplicantReason> joined(const QByteArray&)
@@ -78,6 +90,7 @@ struct Event
 
 constexpr std::array events = {Event{"CTRL-EVENT-AUTH-REJECT ", authenticationRejected},
                                Event{"CTRL-EVENT-SSID-TEMP-DISABLED ", networkPaused},
+                               Event{"CTRL-EVENT-SCAN-FAILED ", scanFailed},
                                Event{"CTRL-EVENT-CONNECTED ", joined}};
 
 } // namespace

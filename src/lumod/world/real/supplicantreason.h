@@ -4,7 +4,8 @@
 
 #include <optional>
 
-/// What wpa_supplicant's control socket tells about an attempt to join; D-Bus does not say it.
+/// What wpa_supplicant's control socket tells about an attempt to join or to scan; D-Bus does not
+/// say it.
 struct SupplicantReason
 {
     enum class Kind {
@@ -12,11 +13,13 @@ struct SupplicantReason
         WrongKey,    ///< WPA2: the key of `network` is taken for a wrong one
         Paused,      ///< `network` is left alone for a while, for any other reason
         Joined,      ///< a network is joined
+        ScanFailed,  ///< the radio refuses to scan, with `error`
     };
 
     Kind kind = Kind::Joined;
     int network = -1; ///< the number at the end of the network's object path
     QByteArray bssid; ///< six bytes
+    int error = 0;    ///< as errno has it
 };
 
 /// Reads one datagram of the socket. Names of networks are in it too, and may say anything: nothing
