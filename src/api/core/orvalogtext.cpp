@@ -1,5 +1,7 @@
 #include "core/orvalogtext.h"
 
+#include "core/orvamask.h"
+
 #include <QStringList>
 
 #include <algorithm>
@@ -25,8 +27,7 @@ QString fieldToLog(const QString& key, const QVariant& value)
 {
     const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
     const bool hide = orvaIsSecretKey(key) && !isEmptyText;
-    return orvaLogText(key) + QStringLiteral(": ") +
-           (hide ? QStringLiteral("****") : orvaToLog(value));
+    return orvaLogText(key) + QStringLiteral(": ") + (hide ? orvaMask() : orvaToLog(value));
 }
 
 /// A fixed order, so that two runs write the same line.

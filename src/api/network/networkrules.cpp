@@ -1,5 +1,7 @@
 #include "network/networkrules.h"
 
+#include "core/orvamask.h"
+
 #include <QHostAddress>
 #include <QRegularExpression>
 
@@ -19,7 +21,7 @@ bool isHexDigit(QChar character)
 
 QString checkPreSharedKey(const QString& key)
 {
-    if (key == QLatin1String("****"))
+    if (key == orvaMask())
         return QStringLiteral("The key of this network is not known. Please enter it.");
     if (key.size() == 64 && std::all_of(key.begin(), key.end(), isHexDigit))
         return QString();

@@ -1,6 +1,7 @@
 #include "profile/networkprofilerules.h"
 
 #include "core/dbglog.h"
+#include "core/orvamask.h"
 #include "network/networkrules.h"
 
 #include <QHash>
@@ -10,12 +11,6 @@
 namespace {
 
 ORVA_LOGGER("Networking")
-
-const QString& maskedKey()
-{
-    static const QString text = QStringLiteral("****");
-    return text;
-}
 
 OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
 {
@@ -43,12 +38,12 @@ QVariant masked(const QVariant& value, bool secret)
         return list;
     }
     const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
-    return secret && !isEmptyText ? maskedKey() : value;
+    return secret && !isEmptyText ? orvaMask() : value;
 }
 
 bool holdsMask(const QVariant& value)
 {
-    return value.userType() == QMetaType::QString && value.toString() == maskedKey();
+    return value.userType() == QMetaType::QString && value.toString() == orvaMask();
 }
 
 /// `network` with its masked secrets as `stored` has them, those that no record describes included.
