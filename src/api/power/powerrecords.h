@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/cmpath.h"
+#include "power/powernodes.h"
 
 #include <QObject>
 
@@ -71,11 +71,3 @@ class ORVA_API OrvaPowerManagerTarget : public OrvaHash
     /// The state to take.
     ORVA_FIELD(OrvaPowerManagerTargets, target, Target);
 };
-
-/// Takes the bare fields of an `OrvaPowerManagerModuleRegister`: makes a module known.
-[[nodiscard]] ORVA_API CMPath OrvaPowerManagerModuleRegisterPath();
-/// Takes the bare fields of an `OrvaPowerManagerResourceRequest`: a module needs a resource, or no
-/// longer does.
-[[nodiscard]] ORVA_API CMPath OrvaPowerManagerResourceRequestPath();
-/// Takes the bare fields of an `OrvaPowerManagerTarget`: asks the device for a power state.
-[[nodiscard]] ORVA_API CMPath OrvaPowerManagerTargetRequestPath();

@@ -1,5 +1,6 @@
 #include "core/model/nodes/cmactivatenode.h"
 
+#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMActivateNode* CMActivateNode::create(CMNodes& nodes, const CMPath& path)
@@ -7,6 +8,14 @@ CMActivateNode* CMActivateNode::create(CMNodes& nodes, const CMPath& path)
     qRegisterMetaType<CMSetDataRequest>();
     auto* node = new CMActivateNode(nodes, path);
     nodes.add(node);
+    return node;
+}
+
+CMActivateNode* CMActivateNode::create(CMNodes& nodes, const CMNodeRow& row)
+{
+    Q_ASSERT(row.kind == CMNodeRow::Action);
+    auto* node = create(nodes, CMPath(QLatin1String(row.path)));
+    node->describe(row);
     return node;
 }
 
@@ -19,9 +28,6 @@ void CMActivateNode::setData(const CMSetDataRequest& request)
 {
     if (request.role() != OrvaRoles::Activate())
         return request.fail(CMError::wrongKind(path()));
-    if (!m_accepts.isEmpty() && !m_accepts.contains(request.value().typeKey()))
-        return request.fail(CMError::malformedValue(
-            path(),
-            QStringLiteral("it takes a \"%1\"").arg(m_accepts.join(QStringLiteral("\" or \"")))));
-    Q_EMIT invoked(request);
+    if (!refusesType(request))
+        Q_EMIT invoked(request);
 }

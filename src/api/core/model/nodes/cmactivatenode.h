@@ -10,6 +10,9 @@ public:
     /// Creates the node in `nodes`, which owns it.
     static CMActivateNode* create(CMNodes& nodes, const CMPath& path);
 
+    /// Creates the node that the row describes, which must be an action.
+    static CMActivateNode* create(CMNodes& nodes, const CMNodeRow& row);
+
     /// Binds the node to a slot. A missing receiver is our own mistake (fatal). A receiver that
     /// goes away leaves requests to be dropped, which their requesters are told.
     template <class Receiver>
@@ -23,7 +26,7 @@ public:
 
     /// Refuses activations whose value has none of these type keys, so that a slot does not take a
     /// value of another type for an empty one. Without a list any value passes.
-    void setAccepts(const QStringList& typeKeys) { m_accepts = typeKeys; }
+    void setAccepts(const QStringList& typeKeys) { setType(typeKeys.join(QLatin1Char('|'))); }
 
     /// "activate".
     [[nodiscard]] QString kind() const override;
@@ -36,6 +39,4 @@ Q_SIGNALS:
 
 private:
     using CMUINode::CMUINode;
-
-    QStringList m_accepts;
 };

@@ -1,5 +1,6 @@
 #include "core/model/nodes/cmlistrowsnode.h"
 
+#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMListRowsNode* CMListRowsNode::create(CMNodes& nodes, const CMPath& path)
@@ -8,6 +9,14 @@ CMListRowsNode* CMListRowsNode::create(CMNodes& nodes, const CMPath& path)
     connect(node, &CMListRowsNode::rowsChanged, &nodes,
             [&nodes, node] { Q_EMIT nodes.rowsChanged(node->path()); });
     nodes.add(node);
+    return node;
+}
+
+CMListRowsNode* CMListRowsNode::create(CMNodes& nodes, const CMNodeRow& row)
+{
+    Q_ASSERT(row.kind == CMNodeRow::Rows);
+    auto* node = create(nodes, CMPath(QLatin1String(row.path)));
+    node->describe(row);
     return node;
 }
 

@@ -12,6 +12,9 @@ public:
     /// Creates the node in `nodes`, which owns it.
     static CMListRowsNode* create(CMNodes& nodes, const CMPath& path);
 
+    /// Creates the node that the row of the table describes, which must be a list.
+    static CMListRowsNode* create(CMNodes& nodes, const CMNodeRow& row);
+
     /// The rows in the order in which their ids first came.
     [[nodiscard]] const QVector<OrvaRoles>& rows() const { return m_rows; }
     /// Takes all rows out.

@@ -1,5 +1,6 @@
 #include "core/model/nodes/cmuinode.h"
 
+#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 namespace {
@@ -24,7 +25,7 @@ CMUINode::CMUINode(CMNodes& nodes, const CMPath& path)
 
 CMNodeInfo CMUINode::info() const
 {
-    return {m_path, kind(), m_title.toString(), m_permission, isReadOnly(), m_secret};
+    return {m_path, kind(), m_title.toString(), m_permission, isReadOnly(), m_secret, type()};
 }
 
 void CMUINode::request(const CMRequest& request)
@@ -50,4 +51,21 @@ void CMUINode::matchRow(const CMMatchRowRequest& request)
 void CMUINode::setData(const CMSetDataRequest& request)
 {
     request.fail(CMError::wrongKind(m_path));
+}
+
+void CMUINode::describe(const CMNodeRow& row)
+{
+    setType(QLatin1String(row.type));
+    setPermission(row.permission);
+    setTitle(TrString(row.title));
+}
+
+bool CMUINode::refusesType(const CMSetDataRequest& request) const
+{
+    const QStringList types = type().split(QLatin1Char('|'));
+    if (types.first().isEmpty() || types.contains(request.value().typeKey()))
+        return false;
+    request.fail(CMError::malformedValue(
+        m_path, QStringLiteral("it takes a \"%1\"").arg(types.join(QStringLiteral("\" or \"")))));
+    return true;
 }

@@ -26,9 +26,13 @@ struct CMNodeInfo
     OrvaPermission permission; ///< Who it is meant for.
     bool readOnly;             ///< Whether clients may only read it.
     bool secret;               ///< Whether it holds keys; see `CMUINode::setSecret`.
+    /// The type key of the value that it holds, that each of its rows holds, or that it takes when
+    /// it is activated: several with "|" between them, empty where nothing is said.
+    QString type;
 };
 
 class CMNodes;
+struct CMNodeRow;
 
 /// The base of the node kinds: what any node has. Owned by the container in which it was created;
 /// lives on the event loop's thread.
@@ -48,11 +52,16 @@ public:
     /// A secret node holds keys: only root and the host's own user read or write it over the bus,
     /// and its changes are announced without the value.
     void setSecret(bool secret) { m_secret = secret; }
+    /// The type of what the node holds or takes, as `CMNodeInfo::type` has it. A client's value of
+    /// another type is refused.
+    void setType(const QString& type) { m_type = type; }
     /// Whether the node holds keys.
     [[nodiscard]] bool isSecret() const { return m_secret; }
 
     /// "value", "activate" or "rows".
     [[nodiscard]] virtual QString kind() const = 0;
+    /// What `setType` was told.
+    [[nodiscard]] virtual QString type() const { return m_type; }
     /// Whether clients may only read the node.
     [[nodiscard]] virtual bool isReadOnly() const { return false; }
 
@@ -71,9 +80,15 @@ protected:
     /// For the node kinds, whose `create` hands the node to `nodes`.
     CMUINode(CMNodes& nodes, const CMPath& path);
 
+    /// Takes over what the row says of the node: type, permission and title.
+    void describe(const CMNodeRow& row);
+    /// Whether the request's value is of no type that the node takes; the request is refused then.
+    [[nodiscard]] bool refusesType(const CMSetDataRequest& request) const;
+
 private:
     CMPath m_path;
     TrString m_title;
     OrvaPermission m_permission;
+    QString m_type;
     bool m_secret = false;
 };

@@ -1,5 +1,6 @@
 #include "core/model/nodes/cmvaluenode.h"
 
+#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMValueNode* CMValueNode::create(CMNodes& nodes, const CMPath& path, QMutex*)
@@ -9,6 +10,15 @@ CMValueNode* CMValueNode::create(CMNodes& nodes, const CMPath& path, QMutex*)
         Q_EMIT nodes.valueChanged(node->path(), value);
     });
     nodes.add(node);
+    return node;
+}
+
+CMValueNode* CMValueNode::create(CMNodes& nodes, const CMNodeRow& row)
+{
+    Q_ASSERT(row.kind == CMNodeRow::Value || row.kind == CMNodeRow::ReadOnly);
+    auto* node = create(nodes, CMPath(QLatin1String(row.path)));
+    node->describe(row);
+    node->setReadOnly(row.kind == CMNodeRow::ReadOnly);
     return node;
 }
 
@@ -26,6 +36,12 @@ QString CMValueNode::kind() const
     return QStringLiteral("value");
 }
 
+QString CMValueNode::type() const
+{
+    const QString told = CMUINode::type();
+    return told.isEmpty() ? m_value.typeKey() : told;
+}
+
 void CMValueNode::getData(const CMGetDataRequest& request)
 {
     request.reply.finish(m_value.__variant());
@@ -37,10 +53,8 @@ void CMValueNode::setData(const CMSetDataRequest& request)
         return request.fail(CMError::wrongKind(path()));
     if (m_readOnly)
         return request.fail(CMError::readOnly(path()));
-    const QString type = m_value.typeKey();
-    if (!type.isEmpty() && request.value().typeKey() != type)
-        return request.fail(
-            CMError::malformedValue(path(), QStringLiteral("it takes a \"%1\"").arg(type)));
+    if (refusesType(request))
+        return;
     setValue(request.value());
     request.answer();
 }

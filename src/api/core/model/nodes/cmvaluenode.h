@@ -13,6 +13,9 @@ public:
     /// other threads; this one has a single thread and takes no lock.
     static CMValueNode* create(CMNodes& nodes, const CMPath& path, QMutex* mutex = nullptr);
 
+    /// Creates the node that the row describes, which must be one of a value.
+    static CMValueNode* create(CMNodes& nodes, const CMNodeRow& row);
+
     /// Sets the value as the worker. The first value is always announced, a later one when it
     /// differs.
     void setValue(const OrvaValue& value);
@@ -24,6 +27,8 @@ public:
 
     /// "value".
     [[nodiscard]] QString kind() const override;
+    /// What `setType` was told, else the type of the value.
+    [[nodiscard]] QString type() const override;
     /// Whether `setReadOnly` was called with true.
     [[nodiscard]] bool isReadOnly() const override { return m_readOnly; }
     /// Answers with the value; with an empty one before the first.

@@ -1,0 +1,163 @@
+#pragma once
+
+#include "core/model/nodes/cmnoderow.h"
+
+// The nodes, a row each, in the columns of CMNodeRow: the function that gives the path, the path,
+// the kind, the type, the permission, the title, and in words what the node is. A row is all that
+// is said of a node: its function, its creation, what it takes, docs/nodes.md and the types that
+// clients see come from it.
+
+// clang-format off
+
+/// The nodes by which the network manager tells how the network stands.
+#define ORVA_NETWORK_STATE_NODES(ROW)                                                              \
+    ROW(OrvaNetworkInfoPath, "network/info", ReadOnly, "networkInfo", Default, "",                 \
+        "The whole state: interfaces, addresses, known networks, airplane mode.")                  \
+    ROW(OrvaNetworkStatePath, "network/state", Value, "networkState", Default, "",                 \
+        "The overall state, in which soft access points take no part.")                            \
+    ROW(OrvaNetworkStateConnected, "network/state/connected", Value, "bool", Default, "",          \
+        "Whether a wired or wireless link is up; a soft access point does not count.")             \
+    ROW(OrvaNetworkConnectingMessage, "network/state/message", Value, "string", Default, "",       \
+        "What connecting, or a WPS session, has come to, in words for a person.")                  \
+    ROW(OrvaNetworkCurrentStatePath, "network/state/profile",                                      \
+        Value, "networkProfile", Default, "",                                                      \
+        "What is actually up, in the form of a profile; IPv4 alone. Without a value until the "    \
+        "backend has first reported.")                                                             \
+    ROW(OrvaNetworkStateEthernetMAC, "network/state/ethernet-mac", Value, "string", Default, "",   \
+        "Hardware address of the wired interface, with colons.")                                   \
+    ROW(OrvaNetworkStateWirelessMAC, "network/state/wireless-mac", Value, "string", Default, "",   \
+        "Hardware address of the wireless interface, with colons.")                                \
+    ROW(OrvaNetworkStateCurrentMAC, "network/state/current-mac", Value, "string", Default, "",     \
+        "Hardware address of the interface in use, upper case with colons: the wireless one "      \
+        "where only that, or a soft access point, is up; else the wired one.")                     \
+    ROW(OrvaNetworkStateCurrentCableStatus, "network/state/cable",                                 \
+        Value, "bool", Default, "Current cable status",                                            \
+        "Whether a cable is plugged in.")                                                          \
+    ROW(OrvaNetworkProfilePath, "network/profile",                                                 \
+        ReadOnly, "networkProfile", Default, "Network profile",                                    \
+        "The configured profile, each key as \"****\".")                                           \
+    ROW(OrvaNetworkScanResultsPath, "network/scan/results",                                        \
+        Rows, "networkScanResult", Default, "",                                                    \
+        "What the last scan found.")                                                               \
+    ROW(OrvaNetworkLocalWebserverUrlPath, "network/webserver/url",                                 \
+        Value, "string", Default, "Local Webserver URL",                                           \
+        "Where the device's web page is reached from the network, else on the device itself. "     \
+        "Without a value until the backend has first reported.")                                   \
+    ROW(OrvaNetworkLocalWebserverLocalhostUrlPath, "network/webserver/localhost-url",              \
+        Value, "string", Default, "Local Webserver URL (localhost)",                               \
+        "Where the web page is reached on the device itself.")                                     \
+    ROW(OrvaNetworkConnectedSoftApStationsPath, "network/softap/stations",                         \
+        ReadOnly, "stringList", Service, "Connected SoftAp stations",                              \
+        "Hardware addresses of the stations at the soft access points. Without a value until a "   \
+        "soft access point first came up.")                                                        \
+    ROW(OrvaNetworkSoftApRequestsPath, "network/softap/requests",                                  \
+        ReadOnly, "softApRequests", Default, "",                                                   \
+        "Who asks for a soft access point at present, and with which settings.")                   \
+    ROW(OrvaNetworkAirplaneModePath, "network/airplane-mode",                                      \
+        Value, "bool", Default, "Airplane Mode",                                                   \
+        "Whether airplane mode is on; writing it stores it and switches the radios; what cannot "  \
+        "be stored changes nothing.")
+
+/// What the network manager can be asked to do.
+#define ORVA_NETWORK_ACTION_NODES(ROW)                                                             \
+    ROW(OrvaNetworkStartPath, "network/start", Action, "", Default, "",                            \
+        "Applies the stored profile. Refused when networking is started already.")                 \
+    ROW(OrvaNetworkStopPath, "network/stop", Action, "", Default, "",                              \
+        "Disconnects, and ends every soft access point.")                                          \
+    ROW(OrvaNetworkRestartPath, "network/restart", Action, "", Default, "",                        \
+        "Stops and starts anew, whether or not either succeeds.")                                  \
+    ROW(OrvaNetworkShutdownPath, "network/shutdown", Action, "", Default, "",                      \
+        "Announces the end of the connection, and stops two seconds later.")                       \
+    ROW(OrvaNetworkSetNetworkProfilePath, "network/profile/set",                                   \
+        Action, "networkProfile", Default, "",                                                     \
+        "Merges the profile over the stored one, applies and stores the result; where that "       \
+        "cannot be stored, the one before is in use again. A key \"****\" means the one that is "  \
+        "stored for the network.")                                                                 \
+    ROW(OrvaNetworkRemoveWirelessNetworkPath, "network/wireless/remove",                           \
+        Action, "string", Default, "",                                                             \
+        "Forgets the wireless network of this SSID.")                                              \
+    ROW(OrvaNetworkScanPath, "network/scan", Action, "", Default, "",                              \
+        "Answers `networkScanResults` when the scan is done, an error after 30 seconds without "   \
+        "one.")                                                                                    \
+    ROW(OrvaNetworkPerformWpsPbcPath, "network/wps/pbc", Action, "", Default, "",                  \
+        "Starts a WPS session by push button; answers its `networkInterface`, with the key.")      \
+    ROW(OrvaNetworkPerformWpsPinPath, "network/wps/pin", Action, "string", Default, "",            \
+        "Starts a WPS session with this PIN of 8 digits; answers its `networkInterface`, with "    \
+        "the key.")                                                                                \
+    ROW(OrvaNetworkGenerateWpsPinPath, "network/wps/generate-pin", Action, "", Default, "",        \
+        "Answers a `string`, a fresh PIN of 8 digits.")                                            \
+    ROW(OrvaNetworkApplyWpsPath, "network/wps/apply", Action, "networkInterface", Default, "",     \
+        "Makes what a WPS session answered part of the profile.")                                  \
+    ROW(OrvaNetworkWirelessRssiPath, "network/wireless/rssi", Action, "", Default, "",             \
+        "Answers a `double`, the signal strength of the wireless connection in dBm.")              \
+    ROW(OrvaNetworkForceWifiReconnectPath, "network/wireless/reconnect", Action, "", Default, "",  \
+        "Has the daemon give up the wireless connection and connect anew.")                        \
+    ROW(OrvaNetworkRequestSoftApPath, "network/softap/request",                                    \
+        Action, "networkSoftApRequest", Default, "",                                               \
+        "Asks for a soft access point; answers when it runs.")                                     \
+    ROW(OrvaNetworkRevokeSoftApPath, "network/softap/revoke",                                      \
+        Action, "networkSoftApRequest|string", Default, "",                                        \
+        "Withdraws the request of this name.")                                                     \
+    ROW(OrvaNetworkRequestWifiRestartPath, "network/wireless/restart", Action, "", Default, "",    \
+        "Activates the node that the watchdog's criteria name; answers as that one does.")         \
+    ROW(OrvaNetworkWakeOnLanSetEnabledPath, "network/wake-on-lan/set-enabled",                     \
+        Action, "bool", Default, "",                                                               \
+        "Has magic packets wake the device, or no longer.")
+
+/// The settings of the network manager; the host's settings worker keeps them. Those with keys are
+/// secret nodes.
+#define ORVA_NETWORK_SETTING_NODES(ROW)                                                            \
+    ROW(OrvaNetworkCurrentProfileSettingsPath, "settings/network/current-profile",                 \
+        Value, "networkProfile", Default, "",                                                      \
+        "The configured profile, with its keys: for root and the host's user alone.")              \
+    ROW(OrvaNetworkBackupProfileSettingsPath, "settings/network/backup-profile",                   \
+        Value, "networkProfile", Default, "",                                                      \
+        "The profile as it was before too many refused keys emptied it, with its keys: for root "  \
+        "and the host's user alone.")                                                              \
+    ROW(OrvaNetworkMaxAuthFailuresSettingsPath, "settings/network/max-auth-failures",              \
+        Value, "i32", Default, "",                                                                 \
+        "How many refusals of a key empty the profile; 0 or less: none does. Read when the host "  \
+        "starts.")                                                                                 \
+    ROW(OrvaNetworkMaxNumberWifiNetworks, "settings/network/max-wifi-networks",                    \
+        Value, "i32", Default, "",                                                                 \
+        "How many wireless networks a profile keeps; 0 or less: all.")                             \
+    ROW(OrvaNetworkAirplaneModeSettingPath, "settings/network/airplane-mode",                      \
+        Value, "bool", Default, "",                                                                \
+        "Whether the device starts in airplane mode; follows `network/airplane-mode`.")            \
+    ROW(OrvaNetworkAirplaneModeTypeSettingPath, "settings/network/airplane-mode-type",             \
+        Value, "airplaneModeType", Default, "",                                                    \
+        "Which radios airplane mode blocks. Read when the host starts.")                           \
+    ROW(OrvaNetworkSoftApAutoEnabledSettingsPath, "settings/network/softap-auto-enabled",          \
+        Value, "bool", Default, "",                                                                \
+        "Whether a soft access point opens by itself where no link comes up.")                     \
+    ROW(OrvaNetworkSoftApDefaultSsidSettingsPath, "settings/network/softap-default-ssid",          \
+        Value, "string", Default, "",                                                              \
+        "A configured soft access point of this SSID gets the device's hardware address added.")   \
+    ROW(OrvaNetworkSoftApConfigSettingsPath, "settings/network/softap-config",                     \
+        Value, "networkProfile", Default, "",                                                      \
+        "Its `softApSettings` configure the soft access points; for root and the host's user "     \
+        "alone. Read when the host starts.")                                                       \
+    ROW(OrvaNetworkWifiRestartCriteriaPath, "settings/network/wifi-restart-criteria",              \
+        Value, "wifiRestartCriteria", Default, "",                                                 \
+        "When the watchdog restarts Wi-Fi; empty: never.")
+
+/// What the network manager reads of other workers.
+#define ORVA_NETWORK_FOREIGN_NODES(ROW)                                                            \
+    ROW(OrvaNetworkWiredInterfacePath, "interfaces/wired", ReadOnly, "string", Default, "",        \
+        "Name of the wired interface.")                                                            \
+    ROW(OrvaNetworkWirelessInterfacePath, "interfaces/wireless", ReadOnly, "string", Default, "",  \
+        "Name of the wireless interface.")                                                         \
+    ROW(OrvaWebserverPortPath, "webserver/port", ReadOnly, "i32", Default, "",                     \
+        "Port of the device's web page; 0 or less: none stands in its URL.")
+/// All of them.
+#define ORVA_NETWORK_NODES(ROW)                                                                    \
+    ORVA_NETWORK_STATE_NODES(ROW)                                                                  \
+    ORVA_NETWORK_ACTION_NODES(ROW)                                                                 \
+    ORVA_NETWORK_SETTING_NODES(ROW)                                                                \
+    ORVA_NETWORK_FOREIGN_NODES(ROW)
+
+// clang-format on
+
+/// The row of the node at `path`, for its creation. A path without a row is our own mistake
+/// (fatal).
+[[nodiscard]] ORVA_API const CMNodeRow& orvaNetworkNode(const CMPath& path);
