@@ -5,11 +5,8 @@
 FixedValues::FixedValues(const QString& name, const QVector<QPair<CMPath, OrvaValue>>& values)
     : CMNodesWorker(QVariantHash(), name)
 {
-    for (const auto& [path, value] : values) {
-        auto* node = CMValueNode::create(nodes(), path);
-        node->setReadOnly(true);
-        node->setValue(value);
-    }
+    for (const auto& [path, value] : values)
+        CMValueNode::create(nodes(), orvaNetworkNode(path))->setValue(value);
 }
 
 std::unique_ptr<CMAbstractWorker> createInterfaceNames(const QString& wired,

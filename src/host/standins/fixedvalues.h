@@ -2,8 +2,8 @@
 
 #include "core/orva.h"
 
-/// A worker whose nodes are read-only and keep the values that it is given: stands in for a worker
-/// of which others only ever read what it was configured with.
+/// A worker whose nodes, read-only ones of the network's table, keep the values that it is given:
+/// stands in for a worker of which others only ever read what it was configured with.
 class FixedValues : public CMNodesWorker
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "standins/powermanager.h"
 
 #include "power/powerrecords.h"
+#include "standins/standinnodes.h"
 
 #include <algorithm>
 
@@ -48,10 +49,9 @@ CMError tooMany()
                                                 "There are %1 modules already.", {MaxModules})};
 }
 
-CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& first)
+CMValueNode* createShown(CMNodes& nodes, const CMPath& path, const OrvaValue& first)
 {
-    auto* node = CMValueNode::create(nodes, CMPath(QLatin1String(path)));
-    node->setReadOnly(true);
+    auto* node = CMValueNode::create(nodes, standinNode(path));
     node->setValue(first);
     return node;
 }
@@ -60,16 +60,16 @@ CMValueNode* createShown(CMNodes& nodes, const char* path, const OrvaValue& firs
 
 PowerManager::PowerManager()
     : CMNodesWorker(QVariantHash(), QStringLiteral("PowerManager"))
-    , m_modules(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/modules"))))
-    , m_requests(CMListRowsNode::create(nodes(), CMPath(QStringLiteral("power/requests"))))
-    , m_wifi(createShown(nodes(), "power/resource/wifi", OrvaValue::of(false)))
-    , m_target(createShown(nodes(), "power/target", OrvaValue::of(0)))
+    , m_modules(CMListRowsNode::create(nodes(), standinNode(PowerModulesPath())))
+    , m_requests(CMListRowsNode::create(nodes(), standinNode(PowerRequestsPath())))
+    , m_wifi(createShown(nodes(), PowerResourceWifiPath(), OrvaValue::of(false)))
+    , m_target(createShown(nodes(), PowerTargetPath(), OrvaValue::of(0)))
 {
-    CMActivateNode::create(nodes(), OrvaPowerManagerModuleRegisterPath())
+    CMActivateNode::create(nodes(), orvaPowerNode(OrvaPowerManagerModuleRegisterPath()))
         ->setInvoke(this, &PowerManager::on_register, Qt::QueuedConnection);
-    CMActivateNode::create(nodes(), OrvaPowerManagerResourceRequestPath())
+    CMActivateNode::create(nodes(), orvaPowerNode(OrvaPowerManagerResourceRequestPath()))
         ->setInvoke(this, &PowerManager::on_resourceRequest, Qt::QueuedConnection);
-    CMActivateNode::create(nodes(), OrvaPowerManagerTargetRequestPath())
+    CMActivateNode::create(nodes(), orvaPowerNode(OrvaPowerManagerTargetRequestPath()))
         ->setInvoke(this, &PowerManager::on_targetRequest, Qt::QueuedConnection);
 }
 

@@ -4,12 +4,8 @@
 
 /// Stands in for the device's power manager: switches nothing and shows what was asked of it.
 ///
-/// Owns the activate nodes `power/module/register`, `power/resource/request` and
-/// `power/target/request`, which take the bare records of the power manager. What they brought
-/// shows on `power/modules` (rows: the modules that made themselves known), `power/requests` (rows:
-/// the last 100 resource and target requests in their order, repeats included),
-/// `power/resource/wifi` (whether any module holds the Wi-Fi radio) and `power/target` (the target
-/// that was last requested, 0 before).
+/// Owns the nodes of the power manager, which take its bare records. What they brought shows on the
+/// nodes `power/...` of the stand-ins' table.
 class PowerManager : public CMNodesWorker
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "standins/wifirestarter.h"
 
 #include "network/networkpaths.h"
+#include "standins/standinnodes.h"
 
 #include <cerrno>
 #include <cstring>
@@ -43,11 +44,10 @@ int takeDownAndUp(const QString& interface)
 
 WifiRestarter::WifiRestarter(const QVariantHash& config)
     : CMNodesWorker(config, QStringLiteral("WifiRestarter"))
-    , m_count(CMValueNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/count"))))
+    , m_count(CMValueNode::create(nodes(), standinNode(WifiRestartCountPath())))
 {
-    m_count->setReadOnly(true);
     m_count->setValue(OrvaValue::of(0));
-    CMActivateNode::create(nodes(), CMPath(QStringLiteral("wifi-restart/restart")))
+    CMActivateNode::create(nodes(), standinNode(WifiRestartPath()))
         ->setInvoke(this, &WifiRestarter::on_restart, Qt::QueuedConnection);
 }
 

@@ -5,9 +5,8 @@
 /// Stands in for the worker that removes and re-adds the Wi-Fi interface: takes the interface down
 /// and up again.
 ///
-/// Owns `wifi-restart/restart` (activate; takes the wireless interface down and up again, answers
-/// an error where that fails) and `wifi-restart/count` (how often Wi-Fi was restarted since the
-/// host's start). The interface is the one that the host names as the wireless one.
+/// Owns the nodes `wifi-restart/...` of the stand-ins' table. The interface is the one that the
+/// host names as the wireless one.
 class WifiRestarter : public CMNodesWorker
 {
     Q_OBJECT

@@ -9,62 +9,53 @@ namespace {
 /// The translation context of the worker's own titles.
 constexpr auto titleContext = "Networking::Networking(const QVariantHash&, const BackendFactory&)";
 
-CMValueNode* addValue(CMNodes& nodes, const CMPath& path, const TrString& title = TrString())
+void create(CMNodes& nodes, const CMNodeRow& row)
 {
-    CMValueNode* const node = CMValueNode::create(nodes, path);
-    node->setTitle(title);
-    return node;
+    switch (row.kind) {
+    case CMNodeRow::Value:
+    case CMNodeRow::ReadOnly:
+        CMValueNode::create(nodes, row);
+        break;
+    case CMNodeRow::Action:
+        CMActivateNode::create(nodes, row);
+        break;
+    case CMNodeRow::Rows:
+        CMListRowsNode::create(nodes, row);
+        break;
+    }
 }
 
-void addStateNodes(CMNodes& nodes)
+QVector<CMPath> pathsInOrder()
 {
-    addValue(nodes, OrvaNetworkStateConnected());
-    addValue(nodes, OrvaNetworkInfoPath())->setReadOnly(true);
-    addValue(nodes, OrvaNetworkStatePath());
-    addValue(nodes, OrvaNetworkConnectingMessage());
-    CMListRowsNode::create(nodes, OrvaNetworkScanResultsPath());
-    addValue(nodes, OrvaNetworkCurrentStatePath());
-    addValue(nodes, OrvaNetworkStateEthernetMAC());
-    addValue(nodes, OrvaNetworkStateWirelessMAC());
-    addValue(nodes, OrvaNetworkStateCurrentMAC());
-    addValue(nodes, OrvaNetworkStateCurrentCableStatus(), QStringLiteral("Current cable status"));
-    addValue(nodes, OrvaNetworkProfilePath(), QStringLiteral("Network profile"))->setReadOnly(true);
-    addValue(nodes, OrvaNetworkLocalWebserverUrlPath(), QStringLiteral("Local Webserver URL"));
-    addValue(nodes, OrvaNetworkLocalWebserverLocalhostUrlPath(),
-             QStringLiteral("Local Webserver URL (localhost)"));
-    CMValueNode* const stations = addValue(nodes, OrvaNetworkConnectedSoftApStationsPath(),
-                                           QStringLiteral("Connected SoftAp stations"));
-    stations->setReadOnly(true);
-    stations->setPermission(OrvaPermission::Service);
-}
-
-struct Action
-{
-    CMPath path;
-    QStringList accepts = {};
-};
-
-void addActions(CMNodes& nodes)
-{
-    const Action actions[] = {
-        {OrvaNetworkStartPath()},
-        {OrvaNetworkRestartPath()},
-        {OrvaNetworkShutdownPath()},
-        {OrvaNetworkStopPath()},
-        {OrvaNetworkForceWifiReconnectPath()},
-        {OrvaNetworkSetNetworkProfilePath(), {OrvaValue::NetworkProfile()}},
-        {OrvaNetworkRemoveWirelessNetworkPath(), {OrvaValue::String()}},
-        {OrvaNetworkScanPath()},
-        {OrvaNetworkPerformWpsPbcPath()},
-        {OrvaNetworkPerformWpsPinPath(), {OrvaValue::String()}},
-        {OrvaNetworkGenerateWpsPinPath()},
-        {OrvaNetworkApplyWpsPath(), {OrvaValue::NetworkInterface()}},
-        {OrvaNetworkWirelessRssiPath()},
-        {OrvaNetworkRequestSoftApPath(), {OrvaValue::NetworkSoftApRequest()}},
-        {OrvaNetworkRevokeSoftApPath(), {OrvaValue::NetworkSoftApRequest(), OrvaValue::String()}},
-    };
-    for (const Action& action : actions)
-        CMActivateNode::create(nodes, action.path)->setAccepts(action.accepts);
+    return {OrvaNetworkStateConnected(),
+            OrvaNetworkInfoPath(),
+            OrvaNetworkStatePath(),
+            OrvaNetworkConnectingMessage(),
+            OrvaNetworkScanResultsPath(),
+            OrvaNetworkCurrentStatePath(),
+            OrvaNetworkStateEthernetMAC(),
+            OrvaNetworkStateWirelessMAC(),
+            OrvaNetworkStateCurrentMAC(),
+            OrvaNetworkStateCurrentCableStatus(),
+            OrvaNetworkProfilePath(),
+            OrvaNetworkLocalWebserverUrlPath(),
+            OrvaNetworkLocalWebserverLocalhostUrlPath(),
+            OrvaNetworkConnectedSoftApStationsPath(),
+            OrvaNetworkStartPath(),
+            OrvaNetworkRestartPath(),
+            OrvaNetworkShutdownPath(),
+            OrvaNetworkStopPath(),
+            OrvaNetworkForceWifiReconnectPath(),
+            OrvaNetworkSetNetworkProfilePath(),
+            OrvaNetworkRemoveWirelessNetworkPath(),
+            OrvaNetworkScanPath(),
+            OrvaNetworkPerformWpsPbcPath(),
+            OrvaNetworkPerformWpsPinPath(),
+            OrvaNetworkGenerateWpsPinPath(),
+            OrvaNetworkApplyWpsPath(),
+            OrvaNetworkWirelessRssiPath(),
+            OrvaNetworkRequestSoftApPath(),
+            OrvaNetworkRevokeSoftApPath()};
 }
 
 } // namespace
@@ -72,12 +63,14 @@ void addActions(CMNodes& nodes)
 CMNodes& createNodes(CMNodesWorker& worker)
 {
     CMNodes& nodes = worker.nodes();
-    addStateNodes(nodes);
-    addActions(nodes);
+    const auto paths = pathsInOrder();
+    for (const CMPath& path : paths)
+        create(nodes, orvaNetworkNode(path));
     new WakeOnLan(&worker);
-    CMActivateNode::create(nodes, OrvaNetworkRequestWifiRestartPath());
-    addValue(nodes, OrvaNetworkAirplaneModePath(),
-             TrString(trExtractContext(titleContext), "Airplane Mode"));
-    addValue(nodes, OrvaNetworkSoftApRequestsPath())->setReadOnly(true);
+    create(nodes, orvaNetworkNode(OrvaNetworkRequestWifiRestartPath()));
+    const CMNodeRow& airplaneMode = orvaNetworkNode(OrvaNetworkAirplaneModePath());
+    CMValueNode::create(nodes, airplaneMode)
+        ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
+    create(nodes, orvaNetworkNode(OrvaNetworkSoftApRequestsPath()));
     return nodes;
 }

@@ -42,10 +42,8 @@ void closeSocket(int& socket, std::unique_ptr<QSocketNotifier>& notifier)
 WakeOnLan::WakeOnLan(CMNodesWorker* worker)
     : QObject(worker)
 {
-    CMActivateNode* setEnabled =
-        CMActivateNode::create(worker->nodes(), OrvaNetworkWakeOnLanSetEnabledPath());
-    setEnabled->setAccepts({OrvaValue::Bool()});
-    setEnabled->setInvoke(this, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
+    CMActivateNode::create(worker->nodes(), orvaNetworkNode(OrvaNetworkWakeOnLanSetEnabledPath()))
+        ->setInvoke(this, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
     QTimer::singleShot(0, this, &WakeOnLan::on_init);
 }
 
