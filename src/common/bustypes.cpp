@@ -8,7 +8,8 @@
 QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node)
 {
     argument.beginStructure();
-    argument << node.path << node.kind << node.title << node.permission << node.readOnly;
+    argument << node.path << node.kind << node.title << node.permission << node.readOnly
+             << node.type;
     argument.endStructure();
     return argument;
 }
@@ -16,7 +17,8 @@ QDBusArgument& operator<<(QDBusArgument& argument, const OrvaBusNode& node)
 const QDBusArgument& operator>>(const QDBusArgument& argument, OrvaBusNode& node)
 {
     argument.beginStructure();
-    argument >> node.path >> node.kind >> node.title >> node.permission >> node.readOnly;
+    argument >> node.path >> node.kind >> node.title >> node.permission >> node.readOnly >>
+        node.type;
     argument.endStructure();
     return argument;
 }

@@ -11,7 +11,7 @@ class QDBusArgument;
 /// The rows of a list node as they go to the bus: `aa{sv}`.
 using OrvaBusRows = QList<QVariantMap>;
 
-/// One node as `ListNodes` tells of it: `(ssssb)`.
+/// One node as `ListNodes` tells of it: `(ssssbs)`.
 struct OrvaBusNode
 {
     QString path;
@@ -19,6 +19,7 @@ struct OrvaBusNode
     QString title;      ///< What a person reads.
     QString permission; ///< "default" or "service".
     bool readOnly = false;
+    QString type; ///< Type keys of what it holds or takes, "|" between them.
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 

@@ -164,7 +164,7 @@ OrvaBusNodes HostControl::ListNodes()
     const auto infos = m_root.nodeInfos();
     for (const CMNodeInfo& info : infos)
         nodes.append({info.path.toString(), info.kind, info.title,
-                      OrvaPermission::toString(info.permission), info.readOnly});
+                      OrvaPermission::toString(info.permission), info.readOnly, info.type});
     return nodes;
 }
 

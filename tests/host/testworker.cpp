@@ -14,16 +14,21 @@ extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& con
         return nullptr;
     auto* worker = new CMNodesWorker(config, "Test"_s);
     CMValueNode::create(worker->nodes(), CMPath("test/unset"_s));
+    CMValueNode::create(worker->nodes(), CMPath("test/typed"_s))->setType("networkState"_s);
     auto* large = CMValueNode::create(worker->nodes(), CMPath("test/large"_s));
     const auto add = [worker](const QString& path, const auto& action) {
         auto* node = CMActivateNode::create(worker->nodes(), CMPath(path));
         QObject::connect(node, &CMActivateNode::invoked, worker, action, Qt::QueuedConnection);
+        return node;
     };
     add("test/echo"_s, [](const CMSetDataRequest& request) { request.answer(request.value()); });
     add("test/fail"_s, [](const CMSetDataRequest& request) {
         const QString name = request.value().string_();
         request.fail(CMError(name.isEmpty() ? "7 odd-words!"_s : name, TrString("It went wrong.")));
     });
+    add("test/takes"_s, [](const CMSetDataRequest& request) {
+        request.answer(request.value());
+    })->setAccepts({"bool"_s, "string"_s});
     add("test/block"_s, [](const CMSetDataRequest& request) {
         QThread::msleep(static_cast<unsigned long>(request.value().i32_()));
     });

@@ -71,6 +71,8 @@ private Q_SLOTS:
             {"SetValue", "settings/network/current-profile", R"({"networkProfile": {"wireless": {"ssid": 5}}})", "MalformedValue"},
             {"Invoke", "test/echo", R"({"networkProfile": {"wirelessNetworks": [{"dhcp": "yes"}]}})", "MalformedValue"},
             {"Invoke", "power/resource/request", R"({"moduleName": "m", "resource": "5"})", "MalformedValue"},
+            {"Invoke", "test/takes", R"({"i32": 1})", "MalformedValue"},
+            {"SetValue", "test/typed", R"({"bool": true})", "MalformedValue"},
             {"Invoke", "test/fail", "{}", "_7_odd_words_"},
             {"Invoke", "test/drop", "{}", "Dropped"}};
         // clang-format on
@@ -108,6 +110,34 @@ private Q_SLOTS:
             R"({"networkProfile": {"wirelessNetworks": [], "wireless": {"ssid": ""}, "new": 1}})");
         QCOMPARE(plain(call("Invoke", {"test/echo"_s, sent})), sent);
         QCOMPARE(plain(call("Invoke", {"test/echo"_s, nested(12)})), nested(12));
+    }
+
+    void eachNodeTellsItsType_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("type");
+        const char* const rows[][2] = {{"interfaces/wired", "string"},
+                                       {"settings/network/airplane-mode-type", "airplaneModeType"},
+                                       {"power/module/register", ""},
+                                       {"power/modules", ""},
+                                       {"test/unset", ""},
+                                       {"test/typed", "networkState"},
+                                       {"test/echo", ""},
+                                       {"test/takes", "bool|string"}};
+        for (const auto& [path, type] : rows)
+            QTest::newRow(path) << QString::fromLatin1(path) << QString::fromLatin1(type);
+    }
+
+    void eachNodeTellsItsType()
+    {
+        QFETCH(QString, path);
+        const QDBusPendingReply<OrvaBusNodes> reply = call("ListNodes", {});
+        QCOMPARE(reply.error().message(), QString());
+        const auto nodes = reply.value();
+        const auto node = std::find_if(nodes.begin(), nodes.end(),
+                                       [&path](const auto& known) { return known.path == path; });
+        QVERIFY(node != nodes.end());
+        QTEST(node->type, "type");
     }
 
     void aChangeOfRowsIsTold()
