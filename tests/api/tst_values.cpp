@@ -3,6 +3,8 @@
 #include "core/dbglog.h"
 #include "core/model/cmerror.h"
 #include "core/orvaroles.h"
+#include "core/orvawords.h"
+#include "network/networknodes.h"
 #include "network/networkrecords.h"
 #include "network/networkrules.h"
 #include "power/powerrecords.h"
@@ -96,6 +98,57 @@ private Q_SLOTS:
             QCOMPARE(fields.at(i).key, rows.at(i).section(QLatin1Char(' '), 0, 0));
             QVERIFY2(fields.at(i).accepts(good), qPrintable(rows.at(i)));
             QVERIFY2(!fields.at(i).accepts(bad), qPrintable(rows.at(i)));
+        }
+    }
+
+    void enumerationsAreWords_data()
+    {
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<QString>("plain");
+        QTest::addColumn<QString>("readable");
+        // clang-format off
+        const char* const rows[][3] = {
+            {R"({"networkState": "Connected"})", R"({"networkState": 1})", R"({"networkState": "connected"})"},
+            {R"({"networkState": "2"})", R"({"networkState": 2})", R"({"networkState": "disconnecting"})"},
+            {R"({"networkState": 9})", R"({"networkState": 9})", R"({"networkState": 9})"},
+            {R"({"string": "connected"})", R"({"string": "connected"})", R"({"string": "connected"})"},
+            {R"({"networkInfo": {"wired": {"state": "connected"}, "dns": [{"protocol": "ipv6"}, 5], "x": 1}})",
+             R"({"networkInfo": {"wired": {"state": 1}, "dns": [{"protocol": 1}, 5], "x": 1}})",
+             R"({"networkInfo": {"wired": {"state": "connected"}, "dns": [{"protocol": "ipv6"}, 5], "x": 1}})"},
+            {R"({"networkProfile": {"wireless": {"encryption": "wpa"}}})", "",
+             R"("wpa" is none of the values of "encryption": none, wep, wpaPsk.)"},
+            {R"({"networkProfile": {"type": ""}})", "", R"("" is none of the values of "type": auto, wired, wireless.)"}};
+        // clang-format on
+        for (const auto& [written, plain, readable] : rows)
+            QTest::newRow(written) << QString::fromLatin1(written) << QString::fromLatin1(plain)
+                                   << QString::fromLatin1(readable);
+    }
+
+    void enumerationsAreWords()
+    {
+        QFETCH(QString, written);
+        QFETCH(QString, plain);
+        QFETCH(QString, readable);
+        const auto numbers = orvaWithNumbers(OrvaValue::fields(), json(written.toUtf8()).__hash());
+        QCOMPARE(numbers.isOk(), !plain.isEmpty());
+        if (!numbers) {
+            QCOMPARE(numbers.why(), readable);
+            return;
+        }
+        QVERIFY(OrvaHash(*numbers) == json(plain.toUtf8()));
+        QVERIFY(OrvaHash(orvaWithWords(OrvaValue::fields(), *numbers)) == json(readable.toUtf8()));
+    }
+
+    void aRowsTypesAreTypesOfValues()
+    {
+        QStringList known = {QString()};
+        for (const OrvaField& field : OrvaValue::fields())
+            known << field.key;
+        const CMNodeRow rows[] = {ORVA_NETWORK_NODES(ORVA_NODE_ROW)};
+        for (const CMNodeRow& row : rows) {
+            const QStringList types = QString::fromLatin1(row.type).split(QLatin1Char('|'));
+            for (const QString& type : types)
+                QVERIFY2(known.contains(type), row.path);
         }
     }
 

@@ -42,7 +42,7 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const CMPath& path);
 
 /// Paths stand inside records as text.
 template <>
-struct OrvaCodec<CMPath>
+struct OrvaCodec<CMPath> : OrvaPlainCodec
 {
     static std::optional<CMPath> decode(const QVariant& value)
     {

@@ -57,7 +57,7 @@ QString orvaFieldKey(const char* accessor)
 QString orvaEnumName(const char* key)
 {
     QString name = QString::fromLatin1(key);
-    if (!name.isEmpty())
-        name[0] = name.at(0).toLower();
+    for (int i = 0; i < name.size() && name.at(i).isUpper(); ++i)
+        name[i] = name.at(i).toLower();
     return name;
 }

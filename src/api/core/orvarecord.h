@@ -22,13 +22,26 @@ using OrvaList = QVector<T>;
 template <class T, class = void>
 struct OrvaCodec;
 
-/// One row of a record: the field's key and the test that its value must pass.
+struct OrvaField;
+
+/// What a field holds beside plain values, for who walks a record without knowing it.
+struct OrvaShape
+{
+    /// The values of the enumeration that it holds; null where it holds none.
+    QMetaEnum (*values)() = nullptr;
+    /// The fields of the record that it holds; null where it holds none.
+    const QVector<OrvaField>& (*fields)() = nullptr;
+};
+
+/// One row of a record: the field's key, the test that its value must pass, and what it holds.
 struct OrvaField
 {
     /// Under which the field stands in the record's hash.
     QString key;
     /// Whether a value is of the field's type, at every level.
     bool (*accepts)(const QVariant& value);
+    /// What the value holds; of a list, what each of its elements does.
+    OrvaShape shape;
 };
 
 /// The fields of the record `Record`, in the order of their declaration.
@@ -39,10 +52,12 @@ public:
     /// One row a field.
     static const QVector<OrvaField>& fields() { return table(); }
 
-    /// Adds a row, as `ORVA_FIELD` does while its library is loaded; always true.
-    static bool add(const QString& key, bool (*accepts)(const QVariant&))
+    /// Adds the row of a field of the type `T`, as `ORVA_FIELD` does while its library is loaded;
+    /// always true.
+    template <class T>
+    static bool add(const QString& key)
     {
-        table().append({key, accepts});
+        table().append({key, &OrvaCodec<T>::accepts, OrvaCodec<T>::shape()});
         return true;
     }
 
@@ -65,8 +80,15 @@ private:
 /// An integer of any width, if it fits into 32 bits.
 [[nodiscard]] ORVA_API std::optional<qint32> orvaDecodeInt(const QVariant& value);
 
+/// What the codecs of plain types have in common.
+struct OrvaPlainCodec
+{
+    /// Nothing that is to be told.
+    static constexpr OrvaShape shape() { return {}; }
+};
+
 template <>
-struct OrvaCodec<bool>
+struct OrvaCodec<bool> : OrvaPlainCodec
 {
     static std::optional<bool> decode(const QVariant& value)
     {
@@ -77,7 +99,7 @@ struct OrvaCodec<bool>
 };
 
 template <>
-struct OrvaCodec<qint32>
+struct OrvaCodec<qint32> : OrvaPlainCodec
 {
     static std::optional<qint32> decode(const QVariant& value) { return orvaDecodeInt(value); }
     static QVariant encode(qint32 value) { return value; }
@@ -85,7 +107,7 @@ struct OrvaCodec<qint32>
 };
 
 template <>
-struct OrvaCodec<qint64>
+struct OrvaCodec<qint64> : OrvaPlainCodec
 {
     static std::optional<qint64> decode(const QVariant& value) { return orvaDecodeInt64(value); }
     /// A plain integer has 32 bits where those do.
@@ -98,7 +120,7 @@ struct OrvaCodec<qint64>
 };
 
 template <>
-struct OrvaCodec<double>
+struct OrvaCodec<double> : OrvaPlainCodec
 {
     static std::optional<double> decode(const QVariant& value)
     {
@@ -112,7 +134,7 @@ struct OrvaCodec<double>
 };
 
 template <>
-struct OrvaCodec<QString>
+struct OrvaCodec<QString> : OrvaPlainCodec
 {
     static std::optional<QString> decode(const QVariant& value)
     {
@@ -125,7 +147,7 @@ struct OrvaCodec<QString>
 
 /// Any plain value, as it stands.
 template <>
-struct OrvaCodec<QVariant>
+struct OrvaCodec<QVariant> : OrvaPlainCodec
 {
     static std::optional<QVariant> decode(const QVariant& value) { return value; }
     static QVariant encode(const QVariant& value) { return value; }
@@ -168,6 +190,8 @@ struct OrvaListCodec
         const QVariantList items = value.toList();
         return std::all_of(items.begin(), items.end(), OrvaCodec<Item>::accepts);
     }
+    /// That of an element.
+    static OrvaShape shape() { return OrvaCodec<Item>::shape(); }
 };
 
 template <class T>
@@ -196,6 +220,7 @@ struct OrvaCodec<T, std::enable_if_t<std::is_base_of_v<OrvaHash, T>>>
         return value.userType() == QMetaType::QVariantHash &&
                orvaMalformedField(OrvaFieldTable<T>::fields(), value.toHash()).isEmpty();
     }
+    static OrvaShape shape() { return {nullptr, &OrvaFieldTable<T>::fields}; }
 };
 
 /// Enumerations stand inside records as 32-bit integers. A number that names no value is refused.
@@ -214,6 +239,7 @@ struct OrvaCodec<T, std::enable_if_t<std::is_enum_v<typename T::Value>>>
         return static_cast<qint32>(static_cast<typename T::Value>(value));
     }
     static bool accepts(const QVariant& value) { return decode(value).has_value(); }
+    static OrvaShape shape() { return {&T::values}; }
 };
 
 /// The field `key` of `hash`; the default of `T` when it is absent or of another type.
@@ -229,8 +255,8 @@ template <class T>
 /// The key string of a field: its accessor's name without a trailing underscore.
 [[nodiscard]] ORVA_API QString orvaFieldKey(const char* accessor);
 
-/// The name of an enumeration's value as texts and the wire have it: its first letter in lower
-/// case.
+/// The word for an enumeration's value, as texts and the wire have it: its name with the capitals
+/// that it begins with in lower case.
 [[nodiscard]] ORVA_API QString orvaEnumName(const char* key);
 
 // clang-format off
@@ -264,7 +290,7 @@ public:                                                                         
         set##Name(edited);                                                                         \
     }                                                                                              \
     inline static const bool s_##name##Listed =                                                    \
-        OrvaFieldTable<Self>::add(orvaFieldKey(#name), &OrvaCodec<Type>::accepts)
+        OrvaFieldTable<Self>::add<Type>(orvaFieldKey(#name))
 
 /// Completes a class that wraps the enumeration `Value` (declared in it with `Q_ENUM`): it converts from
 /// and to the enumeration, so that it can be switched over, and names its values.
@@ -272,13 +298,11 @@ public:                                                                         
 public:                                                                                            \
     constexpr Enumeration(Value value = static_cast<Value>(0)) : m_value(value) {}                 \
     constexpr operator Value() const { return m_value; }                                           \
-    static bool isKnown(qint32 number)                                                             \
-    {                                                                                              \
-        return QMetaEnum::fromType<Value>().valueToKey(number) != nullptr;                         \
-    }                                                                                              \
+    static QMetaEnum values() { return QMetaEnum::fromType<Value>(); }                             \
+    static bool isKnown(qint32 number) { return values().valueToKey(number) != nullptr; }          \
     static QString toString(Enumeration value)                                                     \
     {                                                                                              \
-        return orvaEnumName(QMetaEnum::fromType<Value>().valueToKey(value.m_value));               \
+        return orvaEnumName(values().valueToKey(value.m_value));                                   \
     }                                                                                              \
                                                                                                    \
 private:                                                                                           \

@@ -116,5 +116,4 @@ Q_DECLARE_METATYPE(OrvaValue)
         result.set##Name(value);                             \
         return result;                                       \
     }                                                        \
-    static const bool name##Listed =                         \
-        OrvaFieldTable<OrvaValue>::add(orvaFieldKey(#name), &OrvaCodec<Type>::accepts);
+    static const bool name##Listed = OrvaFieldTable<OrvaValue>::add<Type>(orvaFieldKey(#name));

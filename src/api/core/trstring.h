@@ -64,7 +64,7 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const TrString& text);
 
 /// Texts stand inside records as strings.
 template <>
-struct OrvaCodec<TrString>
+struct OrvaCodec<TrString> : OrvaPlainCodec
 {
     static std::optional<TrString> decode(const QVariant& value)
     {
