@@ -1,5 +1,7 @@
 #include "command.h"
 
+#include "core/orvawords.h"
+
 #include <algorithm>
 
 namespace ctl {
@@ -59,6 +61,16 @@ std::string typeOfKind(Parameter::Kind kind)
 }
 
 } // namespace
+
+Parameter Parameter::valueOf(const QMetaEnum& values) const
+{
+    Parameter changed = *this;
+    for (const QString& word : orvaEnumWords(values))
+        changed.choices.push_back(word.toStdString());
+    for (int i = 0; i < values.keyCount(); ++i)
+        changed.synonyms.push_back(std::to_string(values.value(i)));
+    return changed;
+}
 
 QString Arguments::text(const std::string& name) const
 {

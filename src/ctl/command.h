@@ -2,6 +2,7 @@
 
 #include "outcome.h"
 
+#include <QMetaEnum>
 #include <QStringList>
 
 #include <functional>
@@ -38,6 +39,7 @@ struct Parameter
     Kind kind = Kind::Text;
     std::string type = {}; ///< what completes it, see typeOf(); empty for the kind's own
     std::vector<std::string> choices = {};  ///< the only texts it may have; empty for any
+    std::vector<std::string> synonyms = {}; ///< for the choices, in their order; not shown
     std::vector<std::string> excludes = {}; ///< options that it does not go with
     std::string fallback = {};              ///< its text where none is given
     bool isRequired = false;
@@ -53,6 +55,8 @@ struct Parameter
     {
         return with(&Parameter::choices, words);
     }
+    /// One of an enumeration's values, by its word or its number.
+    Parameter valueOf(const QMetaEnum& values) const;
     Parameter without(const std::vector<std::string>& options) const
     {
         return with(&Parameter::excludes, options);

@@ -60,8 +60,11 @@ void describe(CLI::Option& option, const Parameter& parameter)
 /// What a check says of itself would stand in the help, beside the type.
 void check(CLI::Option& option, const Parameter& parameter)
 {
-    if (!parameter.choices.empty())
-        option.check(CLI::IsMember(parameter.choices).description(""));
+    if (!parameter.choices.empty()) {
+        std::vector<std::string> texts = parameter.choices;
+        texts.insert(texts.end(), parameter.synonyms.begin(), parameter.synonyms.end());
+        option.check(CLI::IsMember(texts).description(""));
+    }
     if (parameter.kind == Kind::Seconds || parameter.kind == Kind::Time)
         option.check(CLI::PositiveNumber.description(""));
     if (parameter.kind == Kind::Address || parameter.kind == Kind::Addresses)

@@ -3,8 +3,6 @@
 #include "secret.h"
 #include "valuetext.h"
 
-#include "network/networkpaths.h"
-
 namespace ctl {
 
 namespace {
@@ -18,7 +16,8 @@ CMPath pathOf(const Arguments& given)
 void showValue(const Output& out, const OrvaValue& value)
 {
     out.document(value.__hash());
-    const QVariant content = value.__hash().value(value.typeKey());
+    const QVariantHash readable = inWords(value);
+    const QVariant content = readable.value(value.typeKey());
     switch (content.userType()) {
     case QMetaType::Bool:
     case QMetaType::Int:
@@ -30,7 +29,7 @@ void showValue(const Output& out, const OrvaValue& value)
         out.line(printable(content.toString()));
         break;
     default:
-        out.line(toIndentedJson(value.__hash()));
+        out.line(toIndentedJson(readable));
         break;
     }
 }
@@ -50,11 +49,12 @@ Result nodes(Context& context, const Arguments& given)
                               {QStringLiteral("kind"), node.kind},
                               {QStringLiteral("title"), node.title},
                               {QStringLiteral("permission"), node.permission},
-                              {QStringLiteral("readOnly"), node.readOnly}});
+                              {QStringLiteral("readOnly"), node.readOnly},
+                              {QStringLiteral("type"), node.type}});
         const QString access = node.readOnly ? QStringLiteral("read-only") : QString();
         table.append(pathsOnly ? QStringList{printable(node.path)}
-                               : QStringList{printable(node.path), node.kind, access,
-                                             printable(node.title)});
+                               : QStringList{printable(node.path), node.kind, printable(node.type),
+                                             access, printable(node.title)});
     }
     context.out.table(table);
     return {};
@@ -69,52 +69,31 @@ Result get(Context& context, const Arguments& given)
     return {};
 }
 
-Outcome<QString> valueText(const QString& argument)
+/// What a person wrote for a node. An object names its type itself; the host knows that of a word.
+Outcome<OrvaValue> valueFor(Host& host, const CMPath& path, const QString& argument)
 {
-    return argument == QLatin1String("-") ? readText(argument) : Outcome<QString>(argument);
-}
-
-/// A bare word is of the type that the node has now; an object names its type itself.
-Result set(Context& context, const Arguments& given)
-{
-    const auto written = valueText(given.text("VALUE"));
+    const auto written =
+        argument == QLatin1String("-") ? readText(argument) : Outcome<QString>(argument);
     if (!written)
         return written.error();
-    QString type;
-    if (!looksLikeObject(*written)) {
-        const auto current = context.host.value(pathOf(given));
-        if (!current)
-            return current.error();
-        type = current->typeKey();
-    }
-    const auto value = parseValue(*written, type);
+    if (looksLikeObject(*written))
+        return parseValue(*written, {});
+    const auto node = host.node(path);
+    return node ? parseValue(*written, node->type) : node.error();
+}
+
+Result set(Context& context, const Arguments& given)
+{
+    const auto value = valueFor(context.host, pathOf(given), given.text("VALUE"));
     return value ? context.host.setValue(pathOf(given), *value) : value.error();
-}
-
-/// The type of the value that an action of the network takes, where it is a plain one.
-QString actionType(const CMPath& path)
-{
-    static const QHash<CMPath, QString> types = {
-        {OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::String()},
-        {OrvaNetworkPerformWpsPinPath(), OrvaValue::String()},
-        {OrvaNetworkRevokeSoftApPath(), OrvaValue::String()},
-        {OrvaNetworkWakeOnLanSetEnabledPath(), OrvaValue::Bool()},
-    };
-    return types.value(path);
-}
-
-Outcome<OrvaValue> actionValue(const CMPath& path, const QString& argument)
-{
-    if (argument.isEmpty())
-        return OrvaValue();
-    const auto written = valueText(argument);
-    return written ? parseValue(*written, actionType(path)) : written.error();
 }
 
 Result invoke(Context& context, const Arguments& given)
 {
     const CMPath path = pathOf(given);
-    const auto value = actionValue(path, given.text("VALUE"));
+    const QString argument = given.text("VALUE");
+    const auto value = argument.isEmpty() ? Outcome<OrvaValue>(OrvaValue())
+                                          : valueFor(context.host, path, argument);
     if (!value)
         return value.error();
     const auto answer = context.host.invoke(path, *value);
@@ -134,7 +113,7 @@ Result rows(Context& context, const Arguments& given)
     for (const OrvaRoles& row : *rows) {
         context.out.document(row.__hash());
         table.append({printable(row.id()), printable(row.title().toString()),
-                      printable(toJson(row.value().__variant()))});
+                      printable(toJson(inWords(row.value())))});
     }
     context.out.table(table);
     return {};

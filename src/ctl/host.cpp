@@ -125,6 +125,18 @@ Outcome<OrvaBusNodes> Host::nodes()
     return m_bus.await<OrvaBusNodes>(m_proxy->ListNodes());
 }
 
+Outcome<OrvaBusNode> Host::node(const CMPath& path)
+{
+    const auto all = nodes();
+    if (!all)
+        return all.error();
+    for (const OrvaBusNode& node : *all) {
+        if (node.path == path.toString())
+            return node;
+    }
+    return Failure{ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path.toString())};
+}
+
 Result Host::waitFor(const CMPath& path, const Verdict& verdict)
 {
     std::optional<Result> end;

@@ -37,6 +37,8 @@ public:
                               std::chrono::seconds atMost = Bus::patience);
     Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
     Outcome<OrvaBusNodes> nodes();
+    /// The one of them at @p path.
+    Outcome<OrvaBusNode> node(const CMPath& path);
 
     /// Judges a value: nothing means wait on, a result is what to end with.
     using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;

@@ -2,50 +2,7 @@
 
 #include "output.h"
 
-#include "core/orvaplainvalue.h"
-#include "network/networkenums.h"
-
-#include <QHash>
-
 namespace ctl {
-
-namespace {
-
-template <typename Enumeration>
-QString nameOf(const QVariant& value)
-{
-    const auto known = OrvaCodec<Enumeration>::decode(value);
-    return known ? Enumeration::toString(*known) : value.toString();
-}
-
-using Namer = QString (*)(const QVariant&);
-
-/// The fields that hold the same enumeration wherever they occur.
-const QHash<QString, Namer>& namers()
-{
-    static const QHash<QString, Namer> table = {
-        {QStringLiteral("state"), &nameOf<OrvaNetworkState>},
-        {QStringLiteral("networkState"), &nameOf<OrvaNetworkState>},
-        {QStringLiteral("connectingStatus"), &nameOf<OrvaNetworkConnectingStatus>},
-        {QStringLiteral("status"), &nameOf<OrvaNetworkWpsStatus>},
-        {QStringLiteral("encryption"), &nameOf<OrvaNetworkProfileWirelessEncryption>},
-        {QStringLiteral("protocol"), &nameOf<OrvaNetworkAddressProtocol>},
-        {QStringLiteral("scope"), &nameOf<OrvaNetworkAddressScope>},
-        {QStringLiteral("airplaneModeType"), &nameOf<OrvaAirplaneModeType>},
-    };
-    return table;
-}
-
-} // namespace
-
-QString readableValue(const QString& field, const QVariant& value)
-{
-    const Namer name = namers().value(field);
-    if (name)
-        return name(value);
-    return value.userType() == QMetaType::QString ? value.toString()
-                                                  : QString::fromUtf8(OrvaPlain::toJson(value));
-}
 
 QString securityName(OrvaNetworkProfileWirelessEncryption encryption)
 {

@@ -4,10 +4,6 @@
 
 namespace ctl {
 
-/// A scalar as a person reads it: the name of an enumeration's value where @p field holds one, else
-/// its text.
-[[nodiscard]] QString readableValue(const QString& field, const QVariant& value);
-
 /// "open", "WEP" or "WPA-PSK".
 [[nodiscard]] QString securityName(OrvaNetworkProfileWirelessEncryption encryption);
 

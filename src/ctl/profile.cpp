@@ -2,6 +2,8 @@
 #include "names.h"
 #include "profileedit.h"
 
+#include "core/orvawords.h"
+
 namespace ctl {
 
 namespace {
@@ -81,13 +83,10 @@ OrvaNetworkInterface withAddress(OrvaNetworkInterface interface, const Arguments
     return interface;
 }
 
-OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& name)
+OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& type)
 {
-    for (const auto type : {OrvaNetworkProfileType::Auto, OrvaNetworkProfileType::Wired,
-                            OrvaNetworkProfileType::Wireless}) {
-        if (OrvaNetworkProfileType::toString(type) == name)
-            profile.setType(type);
-    }
+    if (const auto number = orvaEnumNumber(OrvaNetworkProfileType::values(), type))
+        profile.setType(static_cast<OrvaNetworkProfileType::Value>(*number));
     return profile;
 }
 
@@ -116,8 +115,8 @@ std::vector<Parameter> setParameters()
 {
     using Kind = Parameter::Kind;
     return {
-        Parameter{"--type", "Which interface the profile configures"}.oneOf(
-            {"auto", "wired", "wireless"}),
+        Parameter{"--type", "Which interface the profile configures"}.valueOf(
+            OrvaNetworkProfileType::values()),
         Parameter{"--interface", "Whose address the options below set; wired where not given"}
             .oneOf({"wired", "wireless"}),
         {"--ip", "Static address", Kind::Address},

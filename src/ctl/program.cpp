@@ -6,7 +6,8 @@ namespace {
 
 const char footer[] =
     R"(Values are JSON, as one key that names the type: {"bool":true}. A plain word or number is enough where
-the node's present value tells the type; "-" reads the value from standard input.
+the host knows the node's type, see "orvactl nodes"; "-" reads the value from standard input. What is one
+of several, such as a state, is shown as its word, in JSON output as its number, and taken as either.
 
 What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
 where it is given no time; with one, all of it ends in that time.

@@ -1,6 +1,8 @@
 #include "valueleaves.h"
 
-#include "names.h"
+#include "valuetext.h"
+
+#include "network/networkrecords.h"
 
 namespace ctl {
 
@@ -18,8 +20,7 @@ QString nameOf(const QVariantHash& record)
     return {};
 }
 
-void takeApart(const QString& place, const QString& field, const QVariant& value,
-               const QString& parent, Leaves& leaves);
+void takeApart(const QString& place, const QVariant& value, const QString& parent, Leaves& leaves);
 
 void takeRecordApart(const QString& place, const QVariantHash& record, const QString& parent,
                      Leaves& leaves)
@@ -29,33 +30,35 @@ void takeRecordApart(const QString& place, const QVariantHash& record, const QSt
         leaves.insert(place, {name.isEmpty() ? QStringLiteral("…") : name, parent, true});
     for (auto it = record.cbegin(); it != record.cend(); ++it) {
         const QString below = place.isEmpty() ? it.key() : place + QLatin1Char('.') + it.key();
-        takeApart(below, it.key(), it.value(), place, leaves);
+        takeApart(below, it.value(), place, leaves);
     }
 }
 
 /// Items of a list are told apart by their names, so that one that goes does not rename the others.
-void takeListApart(const QString& place, const QString& field, const QVariantList& items,
-                   const QString& parent, Leaves& leaves)
+void takeListApart(const QString& place, const QVariantList& items, const QString& parent,
+                   Leaves& leaves)
 {
     for (int i = 0; i < items.size(); ++i) {
         const QString name = nameOf(items[i].toHash());
         const QString mark = name.isEmpty() ? QString::number(i) : name;
-        takeApart(QStringLiteral("%1[%2]").arg(place, mark), field, items[i], parent, leaves);
+        takeApart(QStringLiteral("%1[%2]").arg(place, mark), items[i], parent, leaves);
     }
 }
 
-void takeApart(const QString& place, const QString& field, const QVariant& value,
-               const QString& parent, Leaves& leaves)
+void takeApart(const QString& place, const QVariant& value, const QString& parent, Leaves& leaves)
 {
     switch (value.userType()) {
     case QMetaType::QVariantHash:
         takeRecordApart(place, value.toHash(), parent, leaves);
         break;
     case QMetaType::QVariantList:
-        takeListApart(place, field, value.toList(), parent, leaves);
+        takeListApart(place, value.toList(), parent, leaves);
+        break;
+    case QMetaType::QString:
+        leaves.insert(place, {value.toString(), parent, false});
         break;
     default:
-        leaves.insert(place, {readableValue(field, value), parent, false});
+        leaves.insert(place, {toJson(value), parent, false});
         break;
     }
 }
@@ -66,8 +69,8 @@ Leaves leavesOf(const OrvaValue& value)
 {
     Leaves leaves;
     const QString type = value.typeKey();
-    const QVariant content = type.isEmpty() ? value.__variant() : value.__hash().value(type);
-    takeApart({}, type, content, {}, leaves);
+    const QVariantHash readable = inWords(value);
+    takeApart({}, type.isEmpty() ? QVariant(readable) : readable.value(type), {}, leaves);
     return leaves;
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/orvalogtext.h"
 #include "core/orvaplainvalue.h"
+#include "core/orvawords.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -70,13 +71,37 @@ std::optional<QVariant> contentFromText(const QString& text, const QString& type
 {
     if (type == OrvaValue::Bool())
         return boolFromText(text);
+    if (type == OrvaValue::I32())
+        return integerFromText(text);
     if (type == OrvaValue::Double())
         return doubleFromText(text);
     if (type == OrvaValue::String())
         return stringFromText(text);
     if (type == OrvaValue::StringList())
         return stringListFromText(text);
-    return integerFromText(text);
+    return std::nullopt;
+}
+
+/// The enumeration that a value of the type carries; invalid where it carries something else.
+QMetaEnum enumerationOf(const QString& type)
+{
+    for (const OrvaField& known : OrvaValue::fields()) {
+        if (known.key == type && known.shape.values)
+            return known.shape.values();
+    }
+    return {};
+}
+
+Outcome<OrvaValue> withNumbers(const QVariantHash& written)
+{
+    const auto plain = orvaWithNumbers(OrvaValue::fields(), written);
+    return plain ? Outcome<OrvaValue>(OrvaValue(*plain)) : usage(plain.why());
+}
+
+Failure unsuitable(const QString& text, const QString& type)
+{
+    const QString alternatives = QString(type).replace(QLatin1Char('|'), QLatin1String("\" or \""));
+    return usage(QStringLiteral("\"%1\" is no value of the type \"%2\".").arg(text, alternatives));
 }
 
 } // namespace
@@ -85,7 +110,7 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type)
 {
     if (looksLikeObject(text)) {
         const auto object = parseObject(text.toUtf8());
-        return object ? Outcome<OrvaValue>(OrvaValue(*object)) : object.error();
+        return object ? withNumbers(*object) : object.error();
     }
     const Result sendable = checkText(text);
     if (!sendable)
@@ -93,10 +118,19 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type)
     if (type.isEmpty())
         return usage(
             QStringLiteral("The node's type is not known: write the value as {\"type\": ...}."));
-    const auto content = contentFromText(text, type);
-    if (!content)
-        return usage(QStringLiteral("\"%1\" is no value of the type \"%2\".").arg(text, type));
-    return OrvaValue(QVariantHash{{type, *content}});
+    if (enumerationOf(type).isValid())
+        return withNumbers({{type, text}});
+    const QStringList types = type.split(QLatin1Char('|'));
+    for (const QString& one : types) {
+        if (const auto content = contentFromText(text, one))
+            return OrvaValue(QVariantHash{{one, *content}});
+    }
+    return unsuitable(text, type);
+}
+
+QVariantHash inWords(const OrvaValue& value)
+{
+    return orvaWithWords(OrvaValue::fields(), value.__hash());
 }
 
 Outcome<QVariantHash> parseObject(const QByteArray& text)

@@ -6,9 +6,13 @@
 
 namespace ctl {
 
-/// What a person wrote for a node whose present value is of the type @p type: a JSON object as it
-/// stands, else the JSON value or plain word that suits the type. An empty type is an unknown one.
+/// What a person wrote for a node of the type @p type, as the list of nodes has it: a JSON object,
+/// else the JSON value or plain word that suits the type. An empty type is an unknown one. In
+/// either an enumeration's value may be its word or its number.
 Outcome<OrvaValue> parseValue(const QString& text, const QString& type);
+
+/// The value for a person, with the words of enumerations.
+[[nodiscard]] QVariantHash inWords(const OrvaValue& value);
 
 /// One JSON object.
 Outcome<QVariantHash> parseObject(const QByteArray& text);

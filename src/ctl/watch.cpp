@@ -2,7 +2,7 @@
 #include "families.h"
 #include "valuetext.h"
 
-#include <algorithm>
+#include "core/orvawords.h"
 
 namespace ctl {
 
@@ -12,8 +12,8 @@ void showChange(const Output& out, const CMPath& path, const OrvaValue& value)
 {
     out.document(
         {{QStringLiteral("path"), path.toString()}, {QStringLiteral("value"), value.__variant()}});
-    out.line(QStringLiteral("%1 %2").arg(printable(path.toString()),
-                                         printable(toJson(value.__variant()))));
+    out.line(
+        QStringLiteral("%1 %2").arg(printable(path.toString()), printable(toJson(inWords(value)))));
 }
 
 Result showRows(Context& context, const CMPath& path)
@@ -22,20 +22,25 @@ Result showRows(Context& context, const CMPath& path)
     if (!rows)
         return rows.error();
     QVariantList list;
-    for (const OrvaRoles& row : *rows)
+    QVariantList readable;
+    for (const OrvaRoles& row : *rows) {
         list.append(row.__variant());
+        readable.append(orvaWithWords(OrvaRoles::fields(), row.__hash()));
+    }
     context.out.document(
         {{QStringLiteral("path"), path.toString()}, {QStringLiteral("rows"), list}});
     context.out.line(
-        QStringLiteral("%1 %2").arg(printable(path.toString()), printable(toJson(list))));
+        QStringLiteral("%1 %2").arg(printable(path.toString()), printable(toJson(readable))));
     return {};
 }
 
 /// Shows what a node holds now, be it a value or rows.
-Result showPresent(Context& context, const OrvaBusNode& node)
+Result showPresent(Context& context, const CMPath& path)
 {
-    const CMPath path(node.path);
-    if (node.kind == QLatin1String("rows"))
+    const auto node = context.host.node(path);
+    if (!node)
+        return node.error();
+    if (node->kind == QLatin1String("rows"))
         return showRows(context, path);
     const auto value = context.host.value(path);
     if (!value)
@@ -46,15 +51,8 @@ Result showPresent(Context& context, const OrvaBusNode& node)
 
 Result showPresent(Context& context, const QStringList& paths)
 {
-    const auto nodes = context.host.nodes();
-    if (!nodes)
-        return nodes.error();
     for (const QString& path : paths) {
-        const auto node = std::find_if(nodes->begin(), nodes->end(),
-                                       [&path](const auto& known) { return known.path == path; });
-        if (node == nodes->end())
-            return Failure{ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path)};
-        Result shown = showPresent(context, *node);
+        Result shown = showPresent(context, CMPath(path));
         if (!shown)
             return shown;
     }

@@ -6,16 +6,16 @@ from privatebus import BUILD, LIMIT, PrivateBus
 NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=+dac_read_search",
           "--ambient-caps=+dac_read_search"]
 DEEP = '{"a":' * 14 + "1" + "}" * 14
-MAXIMUM, SSID, AIRPLANE, PROFILE, CRITERIA = ("settings/network/" + name for name in (
-    "max-wifi-networks", "softap-default-ssid", "airplane-mode", "current-profile", "wifi-restart-criteria"))
+MAXIMUM, SSID, AIRPLANE, RADIOS, PROFILE, CRITERIA = ("settings/network/" + name for name in (
+    "max-wifi-networks", "softap-default-ssid", "airplane-mode", "airplane-mode-type", "current-profile", "wifi-restart-criteria"))
 
 STAND_IN = """import sys, dbus, dbus.mainloop.glib, dbus.service; from gi.repository import GLib
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 class Host(dbus.service.Object):
     @dbus.service.method("org.freedesktop.DBus.Properties", "ss", "v")
     def Get(self, interface, name): return sys.argv[1]
-    @dbus.service.method("org.orva.Host1", "", "a(ssssb)")
-    def ListNodes(self): return [("a", "value", "", "default", True)]
+    @dbus.service.method("org.orva.Host1", "", f"a({sys.argv[2]})")
+    def ListNodes(self): return [("a", "value", "", "default", True, "string")[:len(sys.argv[2])]]
 host = Host(dbus.service.BusName("org.orva.Host1", dbus.SystemBus()), "/org/orva/Host1"); print(flush=True)
 GLib.MainLoop().run()"""
 
@@ -72,7 +72,7 @@ class Nodes(WithDevice):
         for status, command in [
                 (0, f"orvactl get {MAXIMUM}"), (2, "orvactl"), (2, "orvactl bogus"), (2, "orvactl get"),
                 (2, "orvactl wol maybe"), (2, "orvactl wait network/state"), (2, "orvactl wifi scan --wait 0"),
-                (2, f"orvactl set {MAXIMUM} many"), (2, f"orvactl set {MAXIMUM} '{{'"),
+                (2, f"orvactl set {MAXIMUM} many"), (2, f"orvactl set {RADIOS} some"), (2, f"orvactl set {RADIOS} 2"), (2, f"orvactl set {MAXIMUM} '{{'"),
                 (2, f"orvactl set {SSID} '\"\\u0000\"'"), (2, f"orvactl set {SSID} '{{\"string\":\"\\ud800\"}}'"),
                 (2, f"orvactl set {SSID} $'\\xff'"), (2, f"orvactl set {MAXIMUM} '{'[' * 20}{']' * 20}'"),
                 (2, f"orvactl set {MAXIMUM} '{DEEP}'"), (2, "orvactl invoke power/target/request 1"),
@@ -93,7 +93,8 @@ class Nodes(WithDevice):
         for path, text, value in [
                 (MAXIMUM, "7", {"i32": 7}), (MAXIMUM, "-3", {"i32": -3}), (MAXIMUM, '{"i32":9}', {"i32": 9}),
                 (AIRPLANE, "on", {"bool": True}), (AIRPLANE, "false", {"bool": False}),
-                (SSID, "7", {"string": "7"}), (SSID, '"a b"', {"string": "a b"}), (SSID, "Café 😀", {"string": "Café 😀"}),
+                (RADIOS, "wifiOnly", {"airplaneModeType": 1}), (RADIOS, "0", {"airplaneModeType": 0}),
+                (RADIOS, '{"airplaneModeType":"wifionly"}', {"airplaneModeType": 1}), (SSID, "7", {"string": "7"}), (SSID, '"a b"', {"string": "a b"}), (SSID, "Café 😀", {"string": "Café 😀"}),
                 (SSID, "true", {"string": "true"}), (SSID, '{"string":"x"}', {"string": "x"})]:
             with self.subTest(text):
                 self.ends(0, f"orvactl set {path} '{text}'")
@@ -125,6 +126,7 @@ class Nodes(WithDevice):
         nodes = {node["path"]: node for node in self.json("orvactl nodes --json")}
         self.assertEqual(nodes["webserver/port"]["kind"], "value")
         self.assertTrue(nodes["webserver/port"]["readOnly"])
+        self.assertEqual((nodes["webserver/port"]["type"], nodes[RADIOS]["type"]), ("i32", "airplaneModeType"))
         self.ends(0, "orvactl invoke power/target/request '{\"target\":1}'")
         self.assertEqual(self.json("orvactl --json get power/target"), [{"i32": 1}])
         self.assertTrue(all("id" in row for row in self.json("orvactl --json rows power/requests")))
@@ -226,6 +228,23 @@ class Network(WithDevice):
                 done = self.device.shell(command)
                 self.assertEqual((done.returncode, text in done.stderr), (4, True), done.stderr)
 
+    def test_enumerations_are_words_in_and_out(self):
+        self.assertEqual(self.ends(0, "orvactl get network/state"), "connected\n")
+        self.assertEqual(self.get("network/state", "networkState"), 1)
+        self.assertIn('"state": "connected"', self.ends(0, "orvactl get network/info"))
+        self.assertEqual(self.ends(0, "orvactl watch network/state & sleep 0.3; kill $!"), 'network/state {"networkState":"connected"}\n')
+        for wanted in "state==connected", "state==1", """info=={"networkInfo":{"wired":{"state":"connected"}}}""":
+            self.ends(0, f"orvactl wait 'network/{wanted}' --timeout {LIMIT}")
+        self.ends(0, "orvactl invoke network/softap/revoke me")  # takes a record or a word
+        for number, command in [(1, "profile set --type wired"), (0, "profile set --type 0"),
+                                (2, """invoke network/profile/set '{"networkProfile":{"type":"wireless"}}'"""), (0, "profile set --type auto")]:
+            self.ends(0, "orvactl " + command)
+            self.assertEqual(self.get(PROFILE, "networkProfile")["type"], number)
+        for words, command in [("disconnected, connected, disconnecting.", "wait network/state==up"), ("{auto,wired,wireless", "profile set --type 3"),
+                               ("auto, wired, wireless.", """invoke network/profile/set '{"networkProfile":{"type":"up"}}'""")]:
+            done = self.device.shell("orvactl " + command)
+            self.assertEqual((done.returncode, words in done.stderr), (2, True), done.stderr)
+
     def test_a_scan_is_a_table_by_signal(self):
         levels = [row["networkScanResult"]["signal"] for row in self.json("orvactl --json wifi scan")]
         self.assertEqual(levels, sorted(levels, reverse=True))
@@ -312,10 +331,11 @@ class OtherHost(WithDevice):
         self.device.host.wait()
         ours = self.ends(0, "orvactl --version").split()[1]
         major, minor, _ = map(int, ours.split("."))
-        for theirs, status in [(f"{major}.{minor}.99", 0), (f"{major}.{minor + 1}.0", 1), (f"{major + 1}.{minor}.0", 1),
-                               ("0.1.0", 1), ("", 1), ("new", 1)]:
+        for theirs, node, status in [
+                (f"{major}.{minor}.99", "ssssbs", 0), (f"{major}.{minor + 1}.0", "ssssbs", 1), (f"{major + 1}.{minor}.0", "sss", 1),
+                ("0.1.0", "ssssb", 1), ("", "ssssbs", 1), ("new", "ssssbs", 1)]:
             with self.subTest(theirs):
-                host = self.device.start("/usr/bin/python3", "-c", STAND_IN, theirs, stdout=subprocess.PIPE)
+                host = self.device.start("/usr/bin/python3", "-c", STAND_IN, theirs, node, stdout=subprocess.PIPE)
                 host.stdout.readline()
                 done = self.device.shell("orvactl nodes")
                 self.assertEqual((done.returncode, bool(done.stdout)), (status, not status), done.stderr)
