@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/model/nodes/cmnoderow.h"
+#include "core/cmnoderow.h"
 
 // The nodes, a row each, in the columns of CMNodeRow: the function that gives the path, the path,
 // the kind, the type, the permission, the title, and in words what the node is. A row is all that

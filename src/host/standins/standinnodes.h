@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/model/nodes/cmnoderow.h"
+#include "core/cmnoderow.h"
 
 // clang-format off
 

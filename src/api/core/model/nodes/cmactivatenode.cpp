@@ -1,6 +1,5 @@
 #include "core/model/nodes/cmactivatenode.h"
 
-#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMActivateNode* CMActivateNode::create(CMNodes& nodes, const CMPath& path)

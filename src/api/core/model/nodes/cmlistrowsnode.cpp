@@ -1,6 +1,5 @@
 #include "core/model/nodes/cmlistrowsnode.h"
 
-#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMListRowsNode* CMListRowsNode::create(CMNodes& nodes, const CMPath& path)

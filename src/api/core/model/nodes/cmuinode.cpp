@@ -1,6 +1,5 @@
 #include "core/model/nodes/cmuinode.h"
 
-#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 namespace {

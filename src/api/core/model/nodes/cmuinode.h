@@ -1,21 +1,9 @@
 #pragma once
 
+#include "core/cmnoderow.h"
 #include "core/model/cmrequest.h"
 
 #include <QObject>
-
-/// Who may use a node. The host's bus policy is what holds; this tells clients.
-class ORVA_API OrvaPermission
-{
-    Q_GADGET
-public:
-    enum Value : qint32 {
-        Default = 0,   ///< Whoever may speak to the host.
-        Service = 9999 ///< Meant for the device's own services.
-    };
-    Q_ENUM(Value)
-    ORVA_ENUM(OrvaPermission);
-};
 
 /// What a node tells of itself.
 struct CMNodeInfo
@@ -32,7 +20,6 @@ struct CMNodeInfo
 };
 
 class CMNodes;
-struct CMNodeRow;
 
 /// The base of the node kinds: what any node has. Owned by the container in which it was created;
 /// lives on the event loop's thread.

@@ -1,6 +1,5 @@
 #include "core/model/nodes/cmvaluenode.h"
 
-#include "core/model/nodes/cmnoderow.h"
 #include "core/model/nodes/cmnodes.h"
 
 CMValueNode* CMValueNode::create(CMNodes& nodes, const CMPath& path, QMutex*)

@@ -1,6 +1,21 @@
 #pragma once
 
-#include "core/model/nodes/cmuinode.h"
+#include "core/cmpath.h"
+
+#include <QObject>
+
+/// Who may use a node. The host's bus policy is what holds; this tells clients.
+class ORVA_API OrvaPermission
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Default = 0,   ///< Whoever may speak to the host.
+        Service = 9999 ///< Meant for the device's own services.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaPermission);
+};
 
 /// One row of a table of nodes: what is said of a node before it is there.
 ///

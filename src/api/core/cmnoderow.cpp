@@ -1,4 +1,4 @@
-#include "core/model/nodes/cmnoderow.h"
+#include "core/cmnoderow.h"
 
 #include <algorithm>
 
