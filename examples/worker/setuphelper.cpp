@@ -18,6 +18,7 @@ SetupHelper::SetupHelper(const QVariantHash& config)
 {
     m_advice->setTitle(TrString(trExtractContext("SetupHelper::SetupHelper(const QVariantHash&)"),
                                 "How to reach this device"));
+    m_advice->setType(OrvaValue::String());
     m_advice->setReadOnly(true);
     // Comes for the first known value too, whichever worker is loaded first.
     connect(&m_info, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
