@@ -1,5 +1,7 @@
 #include "hostconfig.h"
 
+#include "core/orvawords.h"
+
 #include <QFile>
 
 namespace {
@@ -64,7 +66,10 @@ void logUnknownKeys(const OrvaHash& config)
 OrvaResult<void> mergeSettings(QVector<SettingDefault>& settings, const QVariantHash& configured)
 {
     for (auto entry = configured.begin(); entry != configured.end(); ++entry) {
-        const OrvaValue value(entry->toHash());
+        const auto written = orvaWithNumbers(OrvaValue::fields(), entry->toHash());
+        if (!written)
+            return written.error();
+        const OrvaValue value(*written);
         const CMPath path(entry.key());
         const auto known =
             std::find_if(settings.begin(), settings.end(),
