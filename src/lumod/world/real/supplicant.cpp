@@ -96,15 +96,15 @@ std::optional<supplicant::Bss> Supplicant::accessPoint() const
 
 int Supplicant::signalLevel() const
 {
-    const auto point = accessPoint();
-    if (m_polled.isValid() && !m_polled.hasExpired(pollMilliseconds))
-        return m_signal;
-    m_polled.start();
-    m_bus.call(
-        path(), SupplicantBus::interface, "SignalPoll", {}, [this](const QDBusMessage& answer) {
+    if (!m_polled.isValid() || m_polled.hasExpired(pollMilliseconds)) {
+        m_polled.start();
+        const auto take = [this](const QDBusMessage& answer) {
             m_signal = supplicant::signalLevel(answer.arguments().value(0)).value_or(m_signal);
-        });
-    return m_signal != 0 ? m_signal : point ? point->signal : 0;
+        };
+        m_bus.call(path(), SupplicantBus::interface, "SignalPoll", {}, m_engine.inTurn(take));
+    }
+    const auto point = accessPoint();
+    return m_signal != 0 || !point ? m_signal : point->signal;
 }
 
 /// An access point with which a key has failed would be passed over for a while, with the right key

@@ -188,7 +188,7 @@ void SupplicantEngine::lose()
     Q_EMIT lost();
 }
 
-SupplicantBus::Then SupplicantEngine::inTurn(const SupplicantBus::Then& then)
+SupplicantBus::Then SupplicantEngine::inTurn(const SupplicantBus::Then& then) const
 {
     return [this, then, turn = m_turn](const QDBusMessage& answer) {
         if (turn == m_turn)

@@ -31,7 +31,7 @@ public:
     [[nodiscard]] QString fault() const { return m_fault; }
 
     /// Calls `then` only if the object is still the same by then, or as wanted as it is now.
-    [[nodiscard]] SupplicantBus::Then inTurn(const SupplicantBus::Then& then);
+    [[nodiscard]] SupplicantBus::Then inTurn(const SupplicantBus::Then& then) const;
 
 Q_SIGNALS:
     /// There is an object now.
