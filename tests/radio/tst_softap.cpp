@@ -245,6 +245,19 @@ private Q_SLOTS:
         }
     }
 
+    void fallsBackInTimeThoughAProfileIsNotStored()
+    {
+        SoftApDevice device;
+        device.request(OrvaNetworkStartPath());
+        constexpr int own = 1234; // a restart sets another
+        device.timer(fallbackTimer)->setInterval(own);
+        device.store->full = true;
+        QCOMPARE(device.request(OrvaNetworkSetNetworkProfilePath(),
+                                OrvaValue::of(profileWith({"Home"_s}))),
+                 "NotStored: full"_s);
+        QCOMPARE(device.timer(fallbackTimer)->interval(), own);
+    }
+
     void fallsBackAtOnceAfterWrongKeys()
     {
         WorkerFixture device(

@@ -60,7 +60,9 @@ void Profiles::start()
     // A profile that is still being stored is in use.
     const Profile stored = m_requests.isEmpty() ? storedProfile() : m_profile;
     LOG4CPLUS_DEBUG(logger(), "Initializing connection, profile: " << stored);
-    useProfile(withNetworkList(stored));
+    const Profile before = m_profile;
+    applyProfile(withNetworkList(stored));
+    Q_EMIT profileApplied(m_profile, before);
     adoptProfile();
 }
 
@@ -90,7 +92,7 @@ bool Profiles::setProfile(const CMSetDataRequest& request)
     const Profile before = m_profile;
     const Profile merged = computeNewNetworkProfile(*requested, before, maximum);
     LOG4CPLUS_INFO(logger(), "Profile data changed. Loading...");
-    useProfile(merged);
+    applyProfile(merged);
     store(before);
     adoptProfile();
     return true;
@@ -135,6 +137,9 @@ void Profiles::profileStored(const Profile& before, const CMError& error)
 {
     const CMSetDataRequest request = m_requests.dequeue();
     if (error.isEmpty()) {
+        // One that is refused puts the local soft AP off no further.
+        if (m_life.isStarted())
+            Q_EMIT profileApplied(m_profile, before);
         request.answer();
     } else {
         restoreProfile(before);
@@ -147,20 +152,13 @@ void Profiles::restoreProfile(const Profile& before)
 {
     LOG4CPLUS_WARN(logger(), "The profile could not be stored, going back to the one before");
     if (m_life.isStarted()) {
-        useProfile(before);
+        applyProfile(before);
     } else {
         m_profile = before;
         m_picture.edit(
             [&](OrvaNetworkInfo& info) { info.setWirelessNetworks(knownNetworks(before)); });
     }
     adoptProfile();
-}
-
-void Profiles::useProfile(const Profile& profile)
-{
-    const Profile before = m_profile;
-    applyProfile(profile);
-    Q_EMIT profileApplied(profile, before);
 }
 
 bool Profiles::applyProfile(const Profile& profile)

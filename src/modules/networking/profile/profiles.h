@@ -53,7 +53,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// The radio is needed: a profile that has a wireless network is about to be applied.
     void wifiNeeded(bool needed);
-    /// A profile was applied in place of another.
+    /// A profile that is stored was applied in place of another.
     void profileApplied(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile);
     /// Wrong keys have emptied the profile that is about to be applied.
     void wirelessNetworksDropped();
@@ -73,8 +73,6 @@ private:
     void profileStored(const OrvaNetworkProfile& before, const CMError& error);
     void restoreProfile(const OrvaNetworkProfile& before);
 
-    /// Applies a profile and tells so.
-    void useProfile(const OrvaNetworkProfile& profile);
     bool applyProfile(const OrvaNetworkProfile& profile);
     void publishKnownNetworks();
     /// Publishes the profile in use, and counts wrong keys from now on.
