@@ -18,7 +18,11 @@ def known(*networks):
 
 def link():
     """What iw says of the connection: name and access point."""
-    text = run("iw", "dev", "wlan0", "link")
+    for _ in range(5):  # it asks the kernel twice, and fails when a connection ends between
+        done = subprocess.run(["iw", "dev", "wlan0", "link"], capture_output=True, text=True, check=False)
+        if done.returncode == 0:
+            break
+    text = done.stdout
     found = re.search(r"Connected to (\S+) .*?SSID: (.*?)\n.*?freq: (\d+)", text, re.DOTALL)
     return found and (found[2].encode().decode("unicode_escape").encode("latin-1"), found[1], int(found[3]))
 
