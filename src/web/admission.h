@@ -1,0 +1,34 @@
+#pragma once
+
+#include "network/networkrecords.h"
+
+#include <QHostAddress>
+
+// Who may speak to the page, and under which name. Plain values in, plain values out.
+
+/// The way by which a connection came in.
+enum class WayIn {
+    Refused,  ///< by none that is open
+    Loopback, ///< from this machine
+    SoftAp,   ///< through an access point of the device
+    Home      ///< through the wired or wireless network
+};
+
+/// The way of a connection between these two. Both must lie in one network that the device has on
+/// an interface at present: who is further away, or pretends, is refused.
+[[nodiscard]] WayIn wayIn(const QHostAddress& local, const QHostAddress& peer,
+                          const OrvaNetworkInfo& info, bool homeNetwork);
+
+/// Whether the Host header names the device as it is reached on `local`: its address, one of
+/// `names`, or localhost on the loopback. A page elsewhere whose name was made to lead here has
+/// another.
+[[nodiscard]] bool isOwnHost(const QByteArray& host, const QHostAddress& local,
+                             const QStringList& names);
+
+/// Whether a request may come from a page of ours: `origin` (of the Origin header) and `site` (of
+/// Sec-Fetch-Site) are empty or say so.
+[[nodiscard]] bool isSameOrigin(const QByteArray& host, const QByteArray& origin,
+                                const QByteArray& site);
+
+/// Compares in a time that does not tell how much is right.
+[[nodiscard]] bool isSameSecret(const QByteArray& left, const QByteArray& right);

@@ -1,0 +1,44 @@
+#include "portal.h"
+
+namespace {
+
+struct Probe
+{
+    const char* path;
+    int status;
+    const char* type;
+    const char* body;
+};
+
+constexpr const char* success =
+    "<HTML><HEAD><TITLE>Success</TITLE></HEAD><BODY>Success</BODY></HTML>";
+
+/// What phones and computers ask for, and what tells them that nothing is in the way.
+constexpr Probe probes[] = {
+    {"/generate_204", 204, "text/plain", ""},
+    {"/gen_204", 204, "text/plain", ""},
+    {"/hotspot-detect.html", 200, "text/html", success},
+    {"/library/test/success.html", 200, "text/html", success},
+    {"/connecttest.txt", 200, "text/plain", "Microsoft Connect Test"},
+    {"/ncsi.txt", 200, "text/plain", "Microsoft NCSI"},
+    {"/success.txt", 200, "text/plain", "success\n"},
+    {"/canonical.html", 200, "text/html",
+     "<meta http-equiv=\"refresh\" "
+     "content=\"0;url=https://support.mozilla.org/kb/captive-portal\"/>"},
+    {"/check_network_status.txt", 200, "text/plain", "NetworkManager is online\n"},
+    {"/nm-check.txt", 200, "text/plain", "NetworkManager is online\n"},
+};
+
+} // namespace
+
+std::optional<HttpAnswer> portalAnswer(const QByteArray& path, const QByteArray& page,
+                                       bool released)
+{
+    if (!released)
+        return HttpAnswer{302, "text/plain", QByteArray(), {{"Location", page}}};
+    for (const Probe& probe : probes) {
+        if (path == probe.path)
+            return HttpAnswer{probe.status, probe.type, probe.body, {}};
+    }
+    return std::nullopt;
+}

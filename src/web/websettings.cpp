@@ -1,0 +1,69 @@
+#include "websettings.h"
+
+#include "bodies.h"
+
+#include <QFile>
+#include <QHostAddress>
+
+namespace {
+
+constexpr int PortEnd = 65536;
+
+struct SettingsRecord : OrvaHash
+{
+    ORVA_RECORD(SettingsRecord)
+    ORVA_FIELD(qint32, port, Port);
+    ORVA_FIELD(QStringList, listen, Listen);
+    ORVA_FIELD(QStringList, names, Names);
+    ORVA_FIELD(QString, accessCode, AccessCode);
+    ORVA_FIELD(bool, homeNetwork, HomeNetwork);
+};
+
+QByteArray withoutComments(const QByteArray& text)
+{
+    QList<QByteArray> lines = text.split('\n');
+    for (QByteArray& line : lines) {
+        if (line.trimmed().startsWith("//"))
+            line.clear();
+    }
+    return lines.join('\n');
+}
+
+/// The key whose value lies outside its range; empty where all suit.
+QString outOfRange(const SettingsRecord& record)
+{
+    if (record.port() < 0 || record.port() >= PortEnd)
+        return SettingsRecord::Port();
+    for (const QString& address : record.listen()) {
+        if (QHostAddress(address).isNull())
+            return SettingsRecord::Listen();
+    }
+    return QString();
+}
+
+} // namespace
+
+OrvaResult<WebSettings> readWebSettings(const QString& fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return CMError::failed(file.errorString());
+    return parseWebSettings(file.readAll());
+}
+
+OrvaResult<WebSettings> parseWebSettings(const QByteArray& text)
+{
+    const auto record = parseBody<SettingsRecord>(withoutComments(text));
+    if (!record)
+        return record.error();
+    if (const QString key = outOfRange(*record); !key.isEmpty())
+        return malformedBody(QStringLiteral("\"%1\" is not what it should be").arg(key));
+    WebSettings settings;
+    settings.port = static_cast<quint16>(record->port());
+    if (record->__contains(SettingsRecord::Listen()))
+        settings.listen = record->listen();
+    settings.names = record->names();
+    settings.accessCode = record->accessCode();
+    settings.homeNetwork = record->homeNetwork();
+    return settings;
+}
