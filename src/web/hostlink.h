@@ -1,0 +1,64 @@
+#pragma once
+
+#include "core/cmpath.h"
+#include "core/model/cmerror.h"
+#include "core/orvaresult.h"
+#include "core/orvavalue.h"
+#include "network/networkrecords.h"
+
+#include <QDBusConnection>
+#include <QHash>
+#include <QObject>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+class OrgOrvaHost1Interface;
+class QDBusPendingCall;
+
+/// The host as the page knows it: a picture of some nodes, kept up by the host's signals, and
+/// requests. Nothing waits; that the host is not there is a state.
+class HostLink : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(HostLink)
+
+public:
+    using Done = std::function<void(const OrvaResult<OrvaValue>& result)>;
+
+    HostLink(const QDBusConnection& bus, QVector<CMPath> values);
+    ~HostLink() override;
+
+    [[nodiscard]] bool isPresent() const { return m_isPresent; }
+    /// Empty while it is not known.
+    [[nodiscard]] OrvaValue value(const CMPath& path) const { return m_values.value(path); }
+    /// What the last scan found.
+    [[nodiscard]] const OrvaList<OrvaNetworkScanResult>& seen() const { return m_seen; }
+
+    /// Activates a node; `done` is called once.
+    void invoke(const CMPath& path, const OrvaValue& value, std::chrono::seconds atMost,
+                const Done& done);
+    /// Writes a node.
+    void setValue(const CMPath& path, const OrvaValue& value, const Done& done);
+
+Q_SIGNALS:
+    void presenceChanged();
+    void valueChanged(const CMPath& path);
+    void seenChanged();
+
+private:
+    void setPresent(bool present);
+    void readAll();
+    void readRows();
+    void store(const CMPath& path, const OrvaValue& value);
+    void finish(const QDBusPendingCall& call, const Done& done);
+
+    const QVector<CMPath> m_paths;
+    std::unique_ptr<OrgOrvaHost1Interface> m_proxy;
+    QHash<CMPath, OrvaValue> m_values;
+    OrvaList<OrvaNetworkScanResult> m_seen;
+    bool m_isPresent = false;
+    bool m_isReadingRows = false;
+    bool m_areRowsStale = false;
+};
