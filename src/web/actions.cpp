@@ -1,0 +1,191 @@
+#include "actions.h"
+
+#include "bodies.h"
+#include "network/networkpaths.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto patience = 40s;
+/// A session lasts two minutes: the time to walk to the router.
+constexpr auto sessionPatience = 130s;
+
+constexpr int MaxSsidBytes = 32;
+
+/// Passes on whether it went well, and nothing of the answer, which may hold a key.
+HostLink::Done withoutAnswer(const Actions::Done& done)
+{
+    return [done](const OrvaResult<OrvaValue>& answer) {
+        if (answer)
+            done(QVariantHash());
+        else
+            done(answer.error());
+    };
+}
+
+bool isSsid(const QString& ssid)
+{
+    return !ssid.isEmpty() && ssid.toUtf8().size() <= MaxSsidBytes;
+}
+
+} // namespace
+
+const Actions::Row Actions::rows[] = {
+    {"scan", &Actions::scan},
+    {"join", &Actions::join},
+    {"forget", &Actions::forget},
+    {"address", &Actions::setAddress},
+    {"airplane", &Actions::setAirplane},
+    {"wps-button", &Actions::pressWps},
+    {"wps-new-pin", &Actions::makePin},
+    {"wps-pin", &Actions::useWpsPin},
+    {"softap", &Actions::openSoftAp},
+    {"softap-auto", &Actions::setSoftApAuto},
+    {"finish", &Actions::finish},
+};
+
+Actions::Actions(HostLink& host, SoftApKeeper& softAp)
+    : m_host(host)
+    , m_softAp(softAp)
+{
+}
+
+bool Actions::contains(const QByteArray& name)
+{
+    return std::any_of(std::begin(rows), std::end(rows),
+                       [&name](const Row& row) { return name == row.name; });
+}
+
+void Actions::run(const QByteArray& name, const QByteArray& body, const Done& done)
+{
+    for (const Row& row : rows) {
+        if (name == row.name)
+            (this->*row.step)(body, done);
+    }
+}
+
+template <class Body>
+std::optional<Body> Actions::read(const QByteArray& json, const Done& done)
+{
+    const auto body = parseBody<Body>(json);
+    if (body)
+        return *body;
+    done(body.error());
+    return std::nullopt;
+}
+
+void Actions::invoke(const CMPath& path, const OrvaValue& value, const Done& done)
+{
+    m_host.invoke(path, value, patience, withoutAnswer(done));
+}
+
+void Actions::setProfile(const OrvaNetworkProfile& profile, const Done& done)
+{
+    invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile), done);
+}
+
+void Actions::scan(const QByteArray& json, const Done& done)
+{
+    if (read<EmptyBody>(json, done))
+        invoke(OrvaNetworkScanPath(), {}, done);
+}
+
+void Actions::join(const QByteArray& json, const Done& done)
+{
+    const auto body = read<JoinBody>(json, done);
+    if (!body)
+        return;
+    if (!isSsid(body->ssid()))
+        return done(malformedBody(QStringLiteral("\"ssid\" has 1 to 32 bytes")));
+    // Without the profile that it stands in, the network would replace all that is set.
+    if (m_host.value(OrvaNetworkProfilePath()).isEmpty())
+        return done(CMError(QStringLiteral("absent"), TrString("The host is not there yet")));
+    setProfile(profileToJoin(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body,
+                             m_host.seen()),
+               done);
+}
+
+void Actions::forget(const QByteArray& json, const Done& done)
+{
+    if (const auto body = read<NetworkBody>(json, done))
+        invoke(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(body->ssid()), done);
+}
+
+void Actions::setAddress(const QByteArray& json, const Done& done)
+{
+    const auto body = read<AddressBody>(json, done);
+    if (!body)
+        return;
+    const auto profile =
+        profileWithAddress(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body);
+    if (profile)
+        setProfile(*profile, done);
+    else
+        done(profile.error());
+}
+
+void Actions::setAirplane(const QByteArray& json, const Done& done)
+{
+    if (const auto body = read<SwitchBody>(json, done))
+        m_host.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(body->on()),
+                        withoutAnswer(done));
+}
+
+void Actions::runWps(const CMPath& path, const OrvaValue& value, const Done& done)
+{
+    m_host.invoke(path, value, sessionPatience, [this, done](const OrvaResult<OrvaValue>& network) {
+        if (network)
+            invoke(OrvaNetworkApplyWpsPath(), *network, done);
+        else
+            done(network.error());
+    });
+}
+
+void Actions::pressWps(const QByteArray& json, const Done& done)
+{
+    if (read<EmptyBody>(json, done))
+        runWps(OrvaNetworkPerformWpsPbcPath(), {}, done);
+}
+
+void Actions::makePin(const QByteArray& json, const Done& done)
+{
+    if (!read<EmptyBody>(json, done))
+        return;
+    m_host.invoke(OrvaNetworkGenerateWpsPinPath(), {}, patience,
+                  [done](const OrvaResult<OrvaValue>& pin) {
+                      if (pin)
+                          done(QVariantHash{{PinBody::Pin(), pin->string_()}});
+                      else
+                          done(pin.error());
+                  });
+}
+
+void Actions::useWpsPin(const QByteArray& json, const Done& done)
+{
+    if (const auto body = read<PinBody>(json, done))
+        runWps(OrvaNetworkPerformWpsPinPath(), OrvaValue::of(body->pin()), done);
+}
+
+void Actions::openSoftAp(const QByteArray& json, const Done& done)
+{
+    const auto body = read<NetworkBody>(json, done);
+    if (!body)
+        return;
+    if (!body->ssid().isEmpty() && !isSsid(body->ssid()))
+        return done(malformedBody(QStringLiteral("\"ssid\" has 1 to 32 bytes")));
+    m_softAp.open(body->ssid(), withoutAnswer(done));
+}
+
+void Actions::finish(const QByteArray& json, const Done& done)
+{
+    if (read<EmptyBody>(json, done))
+        m_softAp.close(withoutAnswer(done));
+}
+
+void Actions::setSoftApAuto(const QByteArray& json, const Done& done)
+{
+    if (const auto body = read<SwitchBody>(json, done))
+        m_host.setValue(OrvaNetworkSoftApAutoEnabledSettingsPath(), OrvaValue::of(body->on()),
+                        withoutAnswer(done));
+}

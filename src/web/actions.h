@@ -1,0 +1,49 @@
+#pragma once
+
+#include "softapkeeper.h"
+
+/// What people may have the device do: one row an action, its body checked before anything
+/// happens.
+class Actions
+{
+public:
+    /// What an action came to: the fields of its answer, or the error. Errors of ours are
+    /// "malformed"; the others are the host's.
+    using Done = std::function<void(const OrvaResult<QVariantHash>& result)>;
+
+    Actions(HostLink& host, SoftApKeeper& softAp);
+
+    [[nodiscard]] static bool contains(const QByteArray& name);
+    /// Does it; `done` is called once, now or later.
+    void run(const QByteArray& name, const QByteArray& body, const Done& done);
+
+private:
+    using Step = void (Actions::*)(const QByteArray& body, const Done& done);
+    struct Row
+    {
+        const char* name;
+        Step step;
+    };
+    static const Row rows[];
+
+    template <class Body>
+    [[nodiscard]] static std::optional<Body> read(const QByteArray& body, const Done& done);
+    void invoke(const CMPath& path, const OrvaValue& value, const Done& done);
+    void setProfile(const OrvaNetworkProfile& profile, const Done& done);
+    void runWps(const CMPath& path, const OrvaValue& value, const Done& done);
+
+    void scan(const QByteArray& body, const Done& done);
+    void join(const QByteArray& body, const Done& done);
+    void forget(const QByteArray& body, const Done& done);
+    void setAddress(const QByteArray& body, const Done& done);
+    void setAirplane(const QByteArray& body, const Done& done);
+    void pressWps(const QByteArray& body, const Done& done);
+    void makePin(const QByteArray& body, const Done& done);
+    void useWpsPin(const QByteArray& body, const Done& done);
+    void openSoftAp(const QByteArray& body, const Done& done);
+    void finish(const QByteArray& body, const Done& done);
+    void setSoftApAuto(const QByteArray& body, const Done& done);
+
+    HostLink& m_host;
+    SoftApKeeper& m_softAp;
+};
