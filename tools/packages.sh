@@ -4,7 +4,7 @@
 packages_run=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtbase5-dev-tools libnl-3-dev libnl-route-3-dev libnl-genl-3-dev liblog4cplus-dev libcli11-dev
-    libdbus-1-dev libsystemd-dev
+    libdbus-1-dev libsystemd-dev libmicrohttpd-dev
     dbus-daemon systemd # systemd brings busctl
     iproute2 iputils-ping jq procps util-linux
 )
@@ -15,6 +15,7 @@ packages_test=(
     git doxygen
     python3 python3-dbus python3-gi
     python3-seccomp rfkill # the host's service runs rfkill under a filter
+    curl # asks the page by addresses of its own
     make # a plug-in author's CMake calls it unless told otherwise
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
@@ -28,7 +29,7 @@ packages_package=(file dpkg-dev) # beside those of packages_run
 packages_bare=(systemd-container debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
-    {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,libnl-genl-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev}:arm64
+    {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,libnl-genl-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev,libmicrohttpd-dev}:arm64
 )
 
 # install_clang: clang with the sanitizers' runtime, which it only recommends and which bears its version.

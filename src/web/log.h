@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+/// The program's one logger; it writes to standard error. What people typed is never logged.
+Q_DECLARE_LOGGING_CATEGORY(lcWeb)

@@ -1,0 +1,243 @@
+#include "setuppage.h"
+
+#include "bodies.h"
+#include "core/orvaplainvalue.h"
+#include "log.h"
+#include "network/networkpaths.h"
+#include "picture.h"
+#include "portal.h"
+
+#include <QFile>
+#include <QRandomGenerator>
+#include <QUrl>
+
+namespace {
+
+constexpr int DefaultPort = 80;
+/// Changes come in bursts.
+constexpr int AnnounceDelayMs = 50;
+/// So many wrong codes are forgiven; each further one doubles the wait, from a second on.
+constexpr int FreeGuesses = 3;
+constexpr int MostDoublings = 6;
+
+struct PageFile
+{
+    const char* path;
+    const char* file;
+    const char* type;
+};
+
+constexpr PageFile pageFiles[] = {
+    {"/", ":/index.html", "text/html; charset=utf-8"},
+    {"/page.css", ":/page.css", "text/css"},
+    {"/page.js", ":/page.js", "text/javascript; charset=utf-8"},
+    {"/words.js", ":/words.js", "text/javascript; charset=utf-8"},
+    {"/icon.svg", ":/icon.svg", "image/svg+xml"},
+};
+
+std::optional<HttpAnswer> pageFile(const HttpRequest& request)
+{
+    for (const PageFile& row : pageFiles) {
+        if (request.path != row.path)
+            continue;
+        if (request.method != "GET" && request.method != "HEAD")
+            return HttpAnswer{405, "text/plain", "Read only.\n", {{"Allow", "GET, HEAD"}}};
+        QFile file(QString::fromLatin1(row.file));
+        if (!file.open(QIODevice::ReadOnly))
+            return std::nullopt;
+        return HttpAnswer{200, row.type, file.readAll()};
+    }
+    return std::nullopt;
+}
+
+HttpAnswer refusal(int status, const char* error, const QString& message = QString())
+{
+    const QVariantHash body = {{QStringLiteral("error"), QString::fromLatin1(error)},
+                               {QStringLiteral("message"), message}};
+    return {status, "application/json", OrvaPlain::toJson(body)};
+}
+
+int statusOf(const QString& error)
+{
+    static const QHash<QString, int> statuses = {{QStringLiteral("malformed"), 400},
+                                                 {QStringLiteral("absent"), 503},
+                                                 {QStringLiteral("late"), 504}};
+    return statuses.value(error, 409);
+}
+
+QByteArray freshToken()
+{
+    QByteArray bytes(16, '\0');
+    QRandomGenerator::system()->generate(bytes.begin(), bytes.end());
+    return bytes.toHex();
+}
+
+} // namespace
+
+SetupPage::SetupPage(const QDBusConnection& bus, WebSettings settings)
+    : m_settings(std::move(settings))
+    , m_token(freshToken())
+    , m_host(bus, picturePaths())
+    , m_softAp(m_host)
+    , m_actions(m_host, m_softAp)
+    , m_server([this](const auto& request, const auto& reply) { handle(request, reply); })
+{
+    m_announceTimer.setSingleShot(true);
+    m_announceTimer.setInterval(AnnounceDelayMs);
+    connect(&m_announceTimer, &QTimer::timeout, this, &SetupPage::announce);
+    const auto announceSoon = [this] {
+        if (!m_announceTimer.isActive())
+            m_announceTimer.start();
+    };
+    connect(&m_host, &HostLink::presenceChanged, this, announceSoon);
+    connect(&m_host, &HostLink::valueChanged, this, announceSoon);
+    connect(&m_host, &HostLink::valueChanged, this, &SetupPage::listenOnce);
+    connect(&m_host, &HostLink::seenChanged, this, [this, announceSoon] {
+        m_isSeenStale = true;
+        announceSoon();
+    });
+    connect(&m_server, &HttpServer::streamsChanged, this, &SetupPage::countReaders);
+    // Once the event loop runs, so that a failure is heard.
+    QMetaObject::invokeMethod(this, &SetupPage::listenOnce, Qt::QueuedConnection);
+}
+
+void SetupPage::listenOnce()
+{
+    const OrvaValue published = m_host.value(OrvaWebserverPortPath());
+    const bool isKnown = m_settings.port > 0 || !published.isEmpty();
+    const int port = m_settings.port > 0    ? m_settings.port
+                     : published.i32_() > 0 ? published.i32_()
+                                            : DefaultPort;
+    if (!isKnown || port == m_port)
+        return;
+    if (m_port != 0) {
+        qCInfo(lcWeb) << "The port has changed to" << port;
+        Q_EMIT failed();
+        return;
+    }
+    for (const QString& address : m_settings.listen) {
+        QString why;
+        if (m_server.listen(QHostAddress(address), static_cast<quint16>(port), &why) != 0)
+            m_port = static_cast<quint16>(port);
+        else
+            qCWarning(lcWeb).noquote() << "Cannot listen on" << address << port << why;
+    }
+    if (m_port == 0)
+        Q_EMIT failed();
+    else
+        qCInfo(lcWeb) << "The page is on port" << m_port;
+}
+
+WayIn SetupPage::wayOf(const QHostAddress& local, const QHostAddress& peer) const
+{
+    return wayIn(local, peer, m_host.value(OrvaNetworkInfoPath()).networkInfo(),
+                 m_settings.homeNetwork);
+}
+
+void SetupPage::handle(const HttpRequest& request, const HttpReply& reply)
+{
+    const WayIn way = wayOf(request.local, request.peer);
+    if (way == WayIn::Refused)
+        return reply({403, "text/plain", "Not by this network.\n"});
+    if (!isOwnHost(request.host, request.local, m_settings.names))
+        return handleForeign(request, way, reply);
+    if (request.path.startsWith("/api/"))
+        return handleApi(request, reply);
+    reply(pageFile(request).value_or(HttpAnswer{404, "text/plain", "Nothing here.\n"}));
+}
+
+void SetupPage::handleForeign(const HttpRequest& request, WayIn way, const HttpReply& reply) const
+{
+    const HttpAnswer misdirected = {421, "text/plain", "Another device has that name.\n"};
+    if (way != WayIn::SoftAp || request.method != "GET")
+        return reply(misdirected);
+    QUrl page;
+    page.setScheme(QStringLiteral("http"));
+    page.setHost(request.local.toString());
+    page.setPort(m_port == DefaultPort ? -1 : m_port);
+    page.setPath(QStringLiteral("/"));
+    const bool isConnected =
+        m_host.value(OrvaNetworkInfoPath()).networkInfo().state() == OrvaNetworkState::Connected;
+    reply(portalAnswer(request.path, page.toEncoded(), m_softAp.isDone() || isConnected)
+              .value_or(misdirected));
+}
+
+void SetupPage::handleApi(const HttpRequest& request, const HttpReply& reply)
+{
+    if (!isSameOrigin(request.host, request.origin, request.site))
+        return reply(refusal(403, "origin"));
+    const bool isRead = request.method == "GET";
+    if (!isRead && request.method != "POST")
+        return reply(refusal(405, "method"));
+    if (!isRead && !request.contentType.startsWith("application/json"))
+        return reply(refusal(415, "type"));
+    if (request.path == "/api/token")
+        return reply(tokenFor(request));
+    if (!isSameSecret(request.token, m_token))
+        return reply(refusal(403, "token"));
+    if (isRead && request.path == "/api/events")
+        return reply({200, "text/event-stream", events(), {}, true});
+    const QByteArray name = request.path.mid(int(qstrlen("/api/")));
+    if (isRead || !Actions::contains(name))
+        return reply(refusal(404, "path"));
+    m_actions.run(name, request.body, [reply](const OrvaResult<QVariantHash>& result) {
+        if (result)
+            reply({200, "application/json", OrvaPlain::toJson(*result)});
+        else
+            reply(refusal(statusOf(result.error().name()), result.error().name().toLatin1(),
+                          result.why()));
+    });
+}
+
+HttpAnswer SetupPage::tokenFor(const HttpRequest& request)
+{
+    const HttpAnswer granted = {
+        200, "application/json",
+        OrvaPlain::toJson(QVariantHash{{QStringLiteral("token"), QString::fromLatin1(m_token)}})};
+    if (m_settings.accessCode.isEmpty())
+        return granted;
+    const int doublings = qMin(m_wrongCodes - FreeGuesses, MostDoublings);
+    if (doublings >= 0 && m_sinceWrongCode.elapsed() < (1000 << doublings))
+        return refusal(429, "wait");
+    const auto body = parseBody<CodeBody>(request.body);
+    if (request.method == "GET" || !body)
+        return refusal(403, "code");
+    if (isSameSecret(body->code().toUtf8(), m_settings.accessCode.toUtf8())) {
+        m_wrongCodes = 0;
+        return granted;
+    }
+    ++m_wrongCodes;
+    m_sinceWrongCode.start();
+    qCWarning(lcWeb) << "A wrong access code, number" << m_wrongCodes;
+    return refusal(403, "code");
+}
+
+QByteArray SetupPage::stateJson() const
+{
+    return OrvaPlain::toJson(statePicture(m_host, m_settings.homeNetwork, m_settings.names));
+}
+
+QByteArray SetupPage::events() const
+{
+    return "retry: 2000\nevent: state\ndata: " + stateJson() +
+           "\n\nevent: networks\ndata: " + OrvaPlain::toJson(networksPicture(m_host.seen())) +
+           "\n\n";
+}
+
+void SetupPage::announce()
+{
+    countReaders(); // an access point may have come or gone beneath them
+    m_server.broadcast("state", stateJson());
+    if (m_isSeenStale)
+        m_server.broadcast("networks", OrvaPlain::toJson(networksPicture(m_host.seen())));
+    m_isSeenStale = false;
+}
+
+void SetupPage::countReaders()
+{
+    const auto readers = m_server.streams();
+    const auto through = std::count_if(readers.begin(), readers.end(), [this](const auto& reader) {
+        return wayOf(reader.first, reader.second) == WayIn::SoftAp;
+    });
+    m_softAp.setReaders(readers.size(), static_cast<int>(through));
+}
