@@ -1,5 +1,6 @@
-# What is installed where, in three components: runtime (the device), development (who writes workers) and
-# daemon (the connection daemon) and world (has the daemon play a network instead).
+# What is installed where, in components: runtime (the device), development (who writes workers),
+# daemon (the connection daemon), world (has the daemon play a network instead) and web (the page that people
+# see).
 
 include(CMakePackageConfigHelpers)
 
@@ -17,7 +18,7 @@ file(RELATIVE_PATH ORVA_PC_TO_PREFIX
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
-        examples/host.json examples/lumod.conf dist/lumod.service dist/lumod-world.conf dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
+        examples/host.json dist/orva-web.service dist/web/orva-web.sysusers examples/lumod.conf dist/lumod.service dist/lumod-world.conf dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
     configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
 endforeach()
 configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
@@ -73,6 +74,15 @@ install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
     DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT daemon)
 install(FILES "${CMAKE_BINARY_DIR}/dist/lumod.service"
     DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT daemon)
+
+# --- web
+install(TARGETS orva-web RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT web)
+install(FILES "${CMAKE_BINARY_DIR}/dist/orva-web.service" DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT web)
+install(FILES "${CMAKE_BINARY_DIR}/dist/web/orva-web.sysusers"
+    DESTINATION lib/sysusers.d RENAME orva-web.conf COMPONENT web)
+# It may hold an access code.
+install(FILES examples/web.json DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva"
+    PERMISSIONS OWNER_READ OWNER_WRITE COMPONENT web)
 
 # --- world
 install(FILES examples/world.json DESTINATION "${CMAKE_INSTALL_DATADIR}/orva" COMPONENT world)

@@ -7,7 +7,7 @@ set(CPACK_PACKAGE_CONTACT "orva-networking maintainers <maintainers@localhost>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}+qt${ORVA_QT}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development daemon world)
+set(CPACK_COMPONENTS_ALL runtime development daemon world web)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -50,6 +50,12 @@ set(CPACK_DEBIAN_WORLD_PACKAGE_DEPENDS "orva-lumod (= ${CPACK_PACKAGE_VERSION})"
 set(CPACK_DEBIAN_WORLD_PACKAGE_REPLACES "orva-lumod (<< 0.2.0)")
 set(CPACK_DEBIAN_WORLD_PACKAGE_BREAKS "orva-lumod (<< 0.2.0)")
 set(CPACK_DEBIAN_WORLD_PACKAGE_SHLIBDEPS OFF)
+
+set(CPACK_DEBIAN_WEB_PACKAGE_NAME orva-web)
+set(CPACK_DEBIAN_WEB_DESCRIPTION "page by which people set the audio-streaming device up")
+set(CPACK_DEBIAN_WEB_PACKAGE_DEPENDS "orva-networking (= ${CPACK_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_WEB_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_SOURCE_DIR}/dist/web/postinst;${PROJECT_SOURCE_DIR}/dist/web/prerm;${PROJECT_SOURCE_DIR}/dist/web/conffiles")
 
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/OrvaPackageTools.cmake")
 include(CPack)
