@@ -135,10 +135,12 @@ void Actions::setAirplane(const QByteArray& json, const Done& done)
 void Actions::runWps(const CMPath& path, const OrvaValue& value, const Done& done)
 {
     m_host.invoke(path, value, sessionPatience, [this, done](const OrvaResult<OrvaValue>& network) {
-        if (network)
-            invoke(OrvaNetworkApplyWpsPath(), *network, done);
-        else
-            done(network.error());
+        if (!network)
+            return done(network.error());
+        const QVariantHash name = {{NetworkBody::Ssid(), network->networkInterface().ssid()}};
+        invoke(OrvaNetworkApplyWpsPath(), *network, [done, name](const auto& applied) {
+            done(applied ? OrvaResult<QVariantHash>(name) : applied);
+        });
     });
 }
 

@@ -139,7 +139,7 @@ class TheDevice(WithDevice):
         d.wait("state", lambda s: s["wireless"]["wps"] == "inProgress")
         d.act("PressWps", "02:a0:00:00:00:01")
         session.join()
-        self.assertEqual(results, [(200, {})])
+        self.assertEqual(results, [(200, {"ssid": "Home"})])
         self.joins("Home")
         pin = d.do("wps-new-pin")[1]["pin"]
         self.assertRegex(pin, "^[0-9]{8}$")

@@ -237,7 +237,7 @@
     row.appendChild(make('span', 'aside', (isUsed ? ', ' + say('inUse') : '') + ', ' +
       say(network.security === 'none' ? 'open' : 'secured') + ', ' + say('signal' + level)));
     if (network.security !== 'none') {
-      var lock = make('span', '', '🔒');
+      var lock = make('span', 'lock');
       lock.setAttribute('aria-hidden', 'true');
       row.appendChild(lock);
     }
@@ -256,7 +256,8 @@
   }
 
   function renderNetworks() {
-    if (!changed('networks', [networks, state.wireless])) return;
+    var inUse = state.host && state.wireless.state === 'connected' && state.wireless.ssid;
+    if (!changed('networks', [networks, inUse])) return; // a row that goes away takes the tap on it along
     fillList($('networks'), networks.length ? networks.map(function (network) {
       var item = make('li');
       item.appendChild(networkRow(network));
@@ -390,13 +391,13 @@
     joining.text = say(word);
     joining.pin = pin;
     render();
-    act(name, body, function (error) {
+    act(name, body, function (error, answer) {
       if (!joining || joining.ssid) return;
       if (error) {
         joining = {ssid: '', phase: 'failed', text: say('wpsFailed') + ' ' + failWith(error)};
         return render();
       }
-      joining.ssid = state.known.length ? state.known[0].ssid : ''; // what WPS brought goes first
+      joining.ssid = answer.ssid;
       joining.pin = undefined;
       joinAnswered(null);
     });
