@@ -49,7 +49,7 @@ public:
 
 public Q_SLOTS:
     void ForceWifiReconnect();
-    QVariantMap InterfaceDetails(const QString& interface);
+    virtual QVariantMap InterfaceDetails(const QString& interface);
     void Scan();
     void SetNormalMode(const QString& mode);
     void SetOffMode();

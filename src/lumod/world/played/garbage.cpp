@@ -64,6 +64,24 @@ QVariantMap oversized(const QVariantMap& map)
     return result;
 }
 
+/// Every integer in another width that holds it.
+QVariantMap otherWidths(const QVariantMap& map)
+{
+    QVariantMap result = map;
+    int widths = 0;
+    for (auto& value : result) {
+        if (value.userType() == QMetaType::QVariantMap)
+            value = otherWidths(value.toMap());
+        else if (value.userType() == QMetaType::Int && value.toInt() < 0)
+            value = QVariant::fromValue(static_cast<short>(value.toInt()));
+        else if (value.userType() == QMetaType::Int && ++widths % 2 == 0)
+            value = QVariant::fromValue(value.toUInt());
+        else if (value.userType() == QMetaType::Int)
+            value = QVariant::fromValue(value.toLongLong());
+    }
+    return result;
+}
+
 } // namespace
 
 Spoiler spoilerFor(const QString& kind)
@@ -73,6 +91,7 @@ Spoiler spoilerFor(const QString& kind)
         {QStringLiteral("wrong-types"), &wrongTypes},
         {QStringLiteral("missing-keys"), &missingKeys},
         {QStringLiteral("oversized"), &oversized},
+        {QStringLiteral("other-widths"), &otherWidths},
     };
     return spoilers.value(kind);
 }

@@ -3,6 +3,8 @@
 #include "log.h"
 #include "wire.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QJsonDocument>
 #include <QThread>
 
@@ -111,4 +113,33 @@ void WorldControl::Garble(const QString& kind)
     m_spoil = spoiler;
     Q_EMIT m_world.addressesChanged();
     Q_EMIT m_world.scanned(m_world.seenNetworks());
+}
+
+void WorldControl::Lose(uint answers)
+{
+    m_lost = answers;
+}
+
+void WorldControl::Refuse(const QString& error)
+{
+    m_refusal = error;
+}
+
+void WorldControl::Say(const QString& signal, const QVariantList& arguments)
+{
+    auto message = QDBusMessage::createSignal(QStringLiteral("/org/orva/lumod"),
+                                              QStringLiteral("org.orva.lumod"), signal);
+    message.setArguments(arguments);
+    connection().send(message);
+}
+
+QVariantMap WorldControl::InterfaceDetails(const QString& interface)
+{
+    if (m_lost > 0) {
+        --m_lost;
+        setDelayedReply(true); // and none comes
+    } else if (!m_refusal.isEmpty()) {
+        sendErrorReply(m_refusal, QStringLiteral("Refused, as asked"));
+    }
+    return Daemon::InterfaceDetails(interface);
 }

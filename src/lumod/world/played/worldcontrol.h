@@ -30,6 +30,10 @@ public Q_SLOTS:
     void Crash();
     void Hang(uint milliseconds);
     void Garble(const QString& kind);
+    void Lose(uint answers);
+    void Refuse(const QString& error);
+    void Say(const QString& signal, const QVariantList& arguments);
+    QVariantMap InterfaceDetails(const QString& interface) override;
 
 protected:
     [[nodiscard]] QVariantMap outgoing(const QVariantMap& map) const override;
@@ -39,5 +43,7 @@ private:
     void answer(const Result<>& result) const;
 
     PlayedWorld& m_world;
+    uint m_lost = 0;   ///< So many answers are lost yet.
+    QString m_refusal; ///< The error that questions end in; empty for none.
     Spoiler m_spoil = spoilerFor(QStringLiteral("none"));
 };
