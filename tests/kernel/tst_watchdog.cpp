@@ -254,7 +254,7 @@ private:
     {
         m_criteria->setValue(criteria);
         m_watchdog = std::make_unique<WifiRestart>(nullptr, m_name, QStringList());
-        m_timer = m_watchdog->findChild<QTimer*>("checkTimer"_s);
+        m_timer = m_watchdog->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
     }
 
     int logged(const char* text) { return m_log.count(QLatin1String(text)); }

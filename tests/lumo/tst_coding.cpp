@@ -3,6 +3,7 @@
 #include "backend/lumo/lumodecoding.h"
 #include "backend/lumo/lumoencoding.h"
 #include "backend/lumo/restartbackoff.h"
+#include "tables.h"
 #include "values.h"
 
 #include <QtTest>
@@ -46,6 +47,14 @@ const QMap<QString, std::function<QVariant(const QVariant& given)>> readers = {
      [](const QVariant& given) {
          return encode(parseScanResults(lumoPlainMap(OrvaPlain::toBus(given.toHash()))));
      }},
+    {"backoff"_s,
+     [](const QVariant& losses) {
+         RestartBackoff backoff;
+         QVariantList delays;
+         for (const QVariant& loss : losses.toList())
+             delays << backoff.afterLoss(loss.toInt());
+         return QVariant(delays);
+     }},
     {"wps"_s,
      [](const QVariant& given) {
          return encode(parseWpsCredentials(OrvaPlain::toBus(given.toHash())));
@@ -61,30 +70,17 @@ class CodingTest : public QObject
 private Q_SLOTS:
     void cases_data()
     {
-        QTest::addColumn<QString>("section");
-        QTest::addColumn<QByteArray>("given");
-        QTest::addColumn<QByteArray>("expected");
-        QFile file(QFINDTESTDATA("cases.txt"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QString section;
-        while (!file.atEnd()) {
-            const QByteArray line = file.readLine().trimmed();
-            const QList<QByteArray> parts = QByteArray(line).replace(" | ", "\n").split('\n');
-            if (line.startsWith('['))
-                section = QString::fromUtf8(line.mid(1, line.indexOf(']') - 1));
-            else if (parts.size() == 3 && !line.startsWith('#'))
-                QTest::addRow("%s: %s", qPrintable(section), parts.at(0).constData())
-                    << section << parts.at(1) << parts.at(2);
-        }
+        addTableColumns();
+        addTableRows(QFINDTESTDATA("cases.txt"));
     }
     void cases()
     {
         QFETCH(QString, section);
-        QFETCH(QByteArray, given);
-        QFETCH(QByteArray, expected);
+        QFETCH(QStringList, cells);
+        QCOMPARE(cells.size(), 3);
         QVERIFY(readers.contains(section));
-        const QByteArray read = OrvaPlain::toJson(readers[section](*OrvaPlain::fromJson(given)));
-        QCOMPARE(QString::fromUtf8(read), QString::fromUtf8(expected));
+        const QVariant given = *OrvaPlain::fromJson(cells.at(1).toUtf8());
+        QCOMPARE(QString::fromUtf8(OrvaPlain::toJson(readers[section](given))), cells.at(2));
     }
 
     void unfitEntriesHarmNoOther()
@@ -131,29 +127,6 @@ private Q_SLOTS:
         QVERIFY2(results.size() > 1800 && results.size() < 2200,
                  qPrintable(QString::number(results.size())));
         QCOMPARE(results.first().ies().left(4), "7878"_s);
-    }
-
-    void restartsAfterLosses_data()
-    {
-        QTest::addColumn<QVector<int>>("losses"); // in ms
-        QTest::addColumn<QVector<int>>("delays"); // in ms
-        QTest::newRow("single ones") << QVector<int>{0, 20000, 40000} << QVector<int>{0, 0, 0};
-        QTest::newRow("two in a second") << QVector<int>{0, 500} << QVector<int>{0, 0};
-        QTest::newRow("a loop") << QVector<int>{0, 10, 20, 1030, 3040, 7050, 15060, 31070, 61080}
-                                << QVector<int>{0, 0, 1000, 2000, 4000, 8000, 16000, 30000, 30000};
-        QTest::newRow("the third within 10 s, not the third in a row")
-            << QVector<int>{0, 9000, 18000, 18500} << QVector<int>{0, 0, 0, 1000};
-        QTest::newRow("calm again")
-            << QVector<int>{0, 1, 2, 20000, 20001, 20002} << QVector<int>{0, 0, 1000, 0, 0, 1000};
-    }
-    void restartsAfterLosses()
-    {
-        QFETCH(QVector<int>, losses);
-        RestartBackoff backoff;
-        QVector<int> delays;
-        for (const int loss : std::as_const(losses))
-            delays.append(backoff.afterLoss(loss));
-        QTEST(delays, "delays");
     }
 };
 

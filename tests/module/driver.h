@@ -1,14 +1,14 @@
 #pragma once
 
-#include "workerfixture.h"
+#include "player.h"
 
 #include "network/networkpaths.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <random>
-
-class LogCapture;
+#include <set>
 
 /// Random numbers that are the same for the same seed, on every machine.
 class Rng
@@ -36,8 +36,8 @@ class Model
 {
 public:
     virtual ~Model() = default;
-    /// Does one random thing and says what it did. Need not settle.
-    virtual QString step(Rng& rng) = 0;
+    /// Does one random thing, through the driver. Need not settle.
+    virtual void step(Rng& rng) = 0;
     /// What does not hold, after a step of any model; empty when all is well.
     virtual QString check() = 0;
     /// Brings what is still open to its end, after the last step.
@@ -51,29 +51,57 @@ public:
 class Driver
 {
 public:
-    explicit Driver(quint32 seed, const NodeValues& values = {});
+    Driver(quint32 seed, const QString& given);
 
-    WorkerFixture fixture;
+    Player player;
+    WorkerFixture& fixture;
 
-    void add(std::unique_ptr<Model> model) { m_models.push_back(std::move(model)); }
+    template <class AModel>
+    void add()
+    {
+        m_models.push_back(std::make_unique<AModel>(*this));
+    }
 
+    /// Does a step of the player's, which is noted.
+    void play(const QString& step);
     /// Sends a request that must stay open until `end()` tells how its returned number ended.
-    int ask(const CMPath& path, const OrvaValue& value = {});
+    int ask(const QString& request);
     /// The request, or each of them, has ended so, in the words of `WorkerFixture::request()`.
     void end(int ask, const QString& outcome = {});
     void end(QVector<int>& asks, const QString& outcome = {});
     /// Sends a request of which is known only that it is answered in the end.
-    void send(const CMPath& path, const OrvaValue& value);
+    void send(const QString& request);
 
-    /// Empty when all went well, else what went wrong, with its seed and the steps that led there.
+    /// What happens in so many ms, unless it is called off or put off; no other timer may run.
+    void plan(const QString& event, int ms, const std::function<void()>& then);
+    void callOff(const QString& event) { m_plan.erase(event); }
+    [[nodiscard]] bool isPlanned(const QString& event) const { return m_plan.count(event) > 0; }
+    /// Lets time pass: some, or until something that is planned.
+    void pass(Rng& rng);
+    void pass(qint64 ms);
+    /// What is wrong with the timers that run; empty when they are those of the plan.
+    [[nodiscard]] QString checkPlan() const;
+
+    /// The claims of the radio, by submodule, and what they make of the power manager's requests.
+    void claim(int submodule, bool enable);
+    std::set<int> claims;
+    int powerRequests = 0;
+
+    /// Empty when all went well, else what went wrong, with its seed and the steps that led there,
+    /// which are a row of a table.
     [[nodiscard]] QString run(int steps);
 
 private:
     struct Sent
     {
-        CMPath path;
+        QString request;
         CMReply<QVariant> reply;
         std::optional<QString> expected;
+    };
+    struct Planned
+    {
+        qint64 at;
+        std::function<void()> then;
     };
 
     [[nodiscard]] QString check();
@@ -85,10 +113,8 @@ private:
     Rng m_rng;
     LogCapture& m_log;
     std::vector<std::unique_ptr<Model>> m_models;
+    std::map<QString, Planned> m_plan;
     QMap<int, Sent> m_open;
     int m_sent = 0;
     QStringList m_steps;
 };
-
-/// The rows "seed" of a test: from 1 to `count`, or that which `ORVA_SEED` names alone.
-void addSeeds(quint32 count);

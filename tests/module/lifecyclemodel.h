@@ -18,13 +18,12 @@ public:
         };
     }
 
-    QString step(Rng& rng) override
+    void step(Rng& rng) override
     {
-        const QString did = act(rng);
+        act(rng);
         m_settled = rng.chance(80);
         if (m_settled)
-            m_fixture.settle();
-        return did;
+            HeldClock::settle();
     }
 
     QString check() override
@@ -50,29 +49,28 @@ public:
                 stored.wireless() != stored.wirelessNetworks().first())
                 return path.toString() + " is not at the invariant"_s;
         }
-        return m_refreshFault;
+        return QString();
     }
 
     void finish() override
     {
-        m_fixture.backend->refused.clear();
-        m_driver.end(m_driver.ask(OrvaNetworkStopPath()), stop());
+        refuse({}, false);
+        m_driver.end(m_driver.ask("stop"_s), stop());
     }
 
 private:
-    QString act(Rng& rng)
+    void act(Rng& rng)
     {
         const QString interface = rng.pick(interfaces);
         const QString ssid = rng.pick(ssids);
         const bool on = rng.chance(50);
-        switch (rng.below(12)) {
+        switch (rng.below(10)) {
         case 0:
         case 1:
         case 2:
             return sendLifecycle(rng);
         case 3:
-            m_driver.send(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(ssid));
-            return "remove "_s + ssid;
+            return m_driver.send("remove "_s + ssid);
         case 4:
         case 5:
             return setProfile(on ? randomProfile(rng) : profileInUse(), rng.chance(10),
@@ -81,50 +79,47 @@ private:
             if (m_states.contains(interface))
                 m_states[interface] = 2;
             m_downByShutdown.remove(interface);
-            m_fixture.worker->setDisconnecting(interface);
-            return "disconnecting "_s + interface;
+            return m_driver.play("leave "_s + interface);
         case 7:
-            m_fixture.worker->setCurrentCableStatus(on);
-            return "cable: %1"_s.arg(on);
+            return m_driver.play(on ? "cable in"_s : "cable out"_s);
         case 8:
-            Q_EMIT m_fixture.backend->AuthError(ssid, "wrong key"_s);
-            return "authentication error of "_s + ssid;
-        case 9:
-        case 10:
-            return refresh(randomSnapshot(rng));
+            return m_driver.play("wrong "_s + ssid);
         }
         setLink(interface, on);
-        return "%1 up: %2"_s.arg(interface).arg(on);
     }
 
-    QString sendLifecycle(Rng& rng)
+    void refuse(const QString& command, bool refused)
     {
-        m_fixture.settle(); // What is expected of a request holds for the state that it finds.
-        const bool refuse = rng.chance(10);
-        m_fixture.backend->refused = refuse ? QStringList("disconnect"_s) : QStringList();
-        const QString refused = refuse ? " (disconnect refused)"_s : QString();
+        m_driver.play("allow applyProfile"_s);
+        m_driver.play("allow disconnect"_s);
+        if (refused)
+            m_driver.play("refuse "_s + command);
+    }
+
+    void sendLifecycle(Rng& rng)
+    {
+        HeldClock::settle(); // What is expected of a request holds for the state that it finds.
+        refuse("disconnect"_s, rng.chance(10));
         if (rng.chance(20)) {
             if (m_shuttingDown && !stop().isEmpty())
                 callOffShutdown();
-            m_fixture.fire("m_shutdownTimer"_s);
-            return "the shutdown timer"_s + refused;
+            m_driver.play("pass 2000"_s);
+            return;
         }
-        const QVector<CMPath> commands = {OrvaNetworkStartPath(), OrvaNetworkStopPath(),
-                                          OrvaNetworkShutdownPath(), OrvaNetworkRestartPath()};
-        const CMPath command = rng.pick(commands);
+        const QString command =
+            rng.pick(QStringList{"start"_s, "stop"_s, "shutdown"_s, "restart"_s});
         m_driver.end(m_driver.ask(command), receive(command));
-        m_fixture.settle();
-        return command.toString() + refused;
+        HeldClock::settle();
     }
 
     /// How the network manager answers a command.
-    QString receive(const CMPath& command)
+    QString receive(const QString& command)
     {
-        if (command == OrvaNetworkStartPath())
+        if (command == "start"_s)
             return start();
-        if (command == OrvaNetworkStopPath())
+        if (command == "stop"_s)
             return stop();
-        if (command == OrvaNetworkShutdownPath())
+        if (command == "shutdown"_s)
             return shutDown();
         stop();
         start();
@@ -190,67 +185,26 @@ private:
         return profile;
     }
 
-    QString setProfile(const OrvaNetworkProfile& profile, bool refused, bool diskFull)
+    void setProfile(const OrvaNetworkProfile& profile, bool refused, bool diskFull)
     {
-        m_fixture.backend->refused = refused ? QStringList("applyProfile"_s) : QStringList();
-        m_fixture.store->full = diskFull;
-        m_driver.send(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
-        return "set "_s + orvaToLog(profile.__variant());
+        refuse("applyProfile"_s, refused);
+        m_driver.play(diskFull ? "disk full"_s : "disk good"_s);
+        m_driver.send("profile/set "_s + json(OrvaValue::of(profile)));
     }
 
     void setLink(const QString& interface, bool up)
     {
+        m_driver.play((up ? "up "_s : "down "_s) + interface);
         m_linksUp.removeAll(interface);
         if (up && !interface.startsWith("uap"_s))
             m_linksUp << interface;
         if (m_states.contains(interface))
             m_states[interface] = up ? 1 : 0;
-        m_fixture.worker->setLinkStatus(interface, up);
     }
 
-    static OrvaNetworkInfo randomSnapshot(Rng& rng)
+    static QString json(const OrvaHash& record)
     {
-        const QByteArray wired = R"("wired": {"state": %1, "name": "not the worker's",
-            "addresses": [{"ip": "192.0.2.%1"}]})";
-        const QByteArray wireless = R"("wireless": {"state": %1, "ssid": "Home"})";
-        QByteArrayList parts;
-        for (const QByteArray& part : {wired, wireless, QByteArray(R"("state": 1)"),
-                                       QByteArray(R"("wirelessNetworks": [{"ssid": "Attic"}])")})
-            if (rng.chance(50))
-                parts << QByteArray(part).replace("%1", QByteArray::number(rng.below(3)));
-        return json(R"({"networkInfo": {)" + parts.join(',') + "}}").networkInfo();
-    }
-
-    QString refresh(const OrvaNetworkInfo& snapshot)
-    {
-        m_fixture.settle();
-        const QVariantList before = workerFields(m_fixture.info());
-        QStringList changed;
-        const auto watch = QObject::connect(
-            m_fixture.worker, &CMAbstractWorker::valueChanged,
-            [&](const CMPath& path, const OrvaValue&) { changed << path.toString(); });
-        m_fixture.backend->state = snapshot;
-        Q_EMIT m_fixture.backend->AddressesChanged();
-        m_fixture.settle();
-        QObject::disconnect(watch);
-        if (!orvaStrictlyEqual(workerFields(m_fixture.info()), before))
-            m_refreshFault = "a refresh changed a field of the worker's own"_s;
-        if (changed.removeDuplicates() > 0)
-            m_refreshFault = "a refresh changed a node twice"_s;
-        return "refresh "_s + orvaToLog(snapshot.__variant());
-    }
-
-    /// What a refresh must leave alone, as plain values: an absent field is an invalid one.
-    static QVariantList workerFields(const OrvaNetworkInfo& info)
-    {
-        const QVariantHash hash = info.__hash();
-        QVariantList fields{hash["state"_s], hash["airplaneMode"_s], ssidsOf(info),
-                            hash.contains("wirelessNetworks"_s)};
-        for (const QString& interface : {"wired"_s, "wireless"_s, "softAp"_s})
-            for (const QString& name :
-                 {"state"_s, "name"_s, "cableConnected"_s, "connectingStatus"_s, "wps"_s})
-                fields << hash[interface].toHash().value(name);
-        return fields;
+        return QString::fromUtf8(OrvaPlain::toJson(record.__variant()));
     }
 
     inline static const QStringList ssids = {"Home"_s, "Office"_s, "Cafe"_s, "Attic"_s};
@@ -266,5 +220,4 @@ private:
     QStringList m_linksUp; ///< those of other than soft APs
     /// Of the wired and the wireless interface.
     QHash<QString, qint32> m_states{{"eth0"_s, 0}, {"wlan0"_s, 0}};
-    QString m_refreshFault; ///< what a refresh did that it must not
 };

@@ -1,5 +1,7 @@
 #include "workerfixture.h"
 
+#include "heldclock.h"
+
 #include "network/networkpaths.h"
 #include "networksettings.h"
 #include "settings.h"
@@ -76,7 +78,7 @@ WorkerFixture::WorkerFixture(const NodeValues& values,
     auto ownWorker = std::make_unique<Networking>(QVariantHash(), createBackend);
     worker = ownWorker.get();
     root.addWorker(std::move(ownWorker));
-    settle();
+    HeldClock::settle();
 }
 
 OrvaNetworkInfo WorkerFixture::info()
@@ -101,42 +103,12 @@ CMReply<QVariant> WorkerFixture::send(const CMPath& path, const OrvaValue& value
     return reply;
 }
 
-QString WorkerFixture::request(const CMPath& path, const OrvaValue& value)
-{
-    const auto reply = send(path, value);
-    settle();
-    return outcome(reply);
-}
-
 QString WorkerFixture::outcome(const CMVoidReply& reply)
 {
     if (!reply.isFinished())
         return "no answer"_s;
     const CMError error = reply.error();
     return error.isEmpty() ? QString() : error.name() + ": "_s + error.message();
-}
-
-void WorkerFixture::settle()
-{
-    constexpr int longestChain = 20; // queued calls that each post the next
-    for (int i = 0; i < longestChain; ++i)
-        QCoreApplication::sendPostedEvents();
-}
-
-QTimer* WorkerFixture::timer(const QString& name) const
-{
-    return worker->findChild<QTimer*>(name);
-}
-
-bool WorkerFixture::fire(const QString& name)
-{
-    QTimer* const due = timer(name);
-    if (!due || !due->isActive())
-        return false;
-    QTimerEvent event(due->timerId());
-    QCoreApplication::sendEvent(due, &event);
-    settle();
-    return true;
 }
 
 QStringList WorkerFixture::rfkillCalls() const

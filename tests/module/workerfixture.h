@@ -60,20 +60,9 @@ public:
 
     /// Sends a request. It is handled when the event loop runs.
     CMReply<QVariant> send(const CMPath& path, const OrvaValue& value = {});
-    /// Sends a request and runs the event loop until nothing is left to do. The name and the
-    /// message of the error it is answered with, "name: message"; empty for success, "no answer"
-    /// where it stays open.
-    QString request(const CMPath& path, const OrvaValue& value = {});
-    /// What became of a request, in the words of `request()`.
+    /// What became of a request: the name and the message of its error, "name: message"; empty for
+    /// success, "no answer" where it stays open.
     [[nodiscard]] static QString outcome(const CMVoidReply& reply);
-    /// Runs the event loop until nothing is left to do.
-    static void settle();
-
-    /// A timer of the worker, by its member's name.
-    [[nodiscard]] QTimer* timer(const QString& name) const;
-    /// Lets the time of a timer that runs be up now; false when it stands still.
-    bool fire(const QString& name);
-
     /// How rfkill was called, one call an entry.
     [[nodiscard]] QStringList rfkillCalls() const;
 

@@ -1,50 +1,47 @@
 #pragma once
 
-#include "radioworld.h"
+#include "driver.h"
 
 /// The shared soft access point: requests, folding, hold, expiry, pending answers, the fallback,
 /// and of links, start and stop what concerns it. The profile has one wireless network.
-class SoftApModel : public RadioModel
+class SoftApModel : public Model
 {
 public:
-    static NodeValues nodeValues()
+    static QString given()
     {
-        return {
-            {OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(profileWith({"Home"_s}))},
-            {OrvaNetworkSoftApConfigSettingsPath(), json(R"({"networkProfile": {"softApSettings": [
-                     {"apInterface": "uap0", "ssid": "Box", "vendorSpecificData": "v"},
-                     {"apInterface": "uap1"}]}})")}};
+        return R"(given networks Home; given settings/network/softap-config {"networkProfile":{"softApSettings":[)"
+               R"({"apInterface":"uap0","ssid":"Box","vendorSpecificData":"v"},{"apInterface":"uap1"}]}})"_s;
     }
 
-    explicit SoftApModel(RadioWorld& radioWorld)
-        : RadioModel(radioWorld)
+    explicit SoftApModel(Driver& driver)
+        : m_driver(driver)
+        , m_fixture(driver.fixture)
     {
-        const auto configured = nodeValues()[OrvaNetworkSoftApConfigSettingsPath()];
+        const auto configured = m_fixture.value(OrvaNetworkSoftApConfigSettingsPath());
         for (const auto& settings : configured.networkProfile().softApSettings())
             m_aps[settings.apInterface()].configured = settings.__hash();
+        fallBack();
+    }
+
+    void step(Rng& rng) override
+    {
+        act(rng);
+        HeldClock::settle();
+        planExpiry();
     }
 
     QString check() override
     {
-        const auto& started = fixture.backend->startedSoftAps;
-        if (started.size() != m_starts || fixture.backend->stoppedSoftAps.size() != m_stops)
+        const auto& started = m_fixture.backend->startedSoftAps;
+        if (started.size() != m_starts || m_fixture.backend->stoppedSoftAps.size() != m_stops)
             return "not %1 starts and %2 stops"_s.arg(m_starts).arg(m_stops);
         if (m_starts > 0 && started.last() != OrvaHash(m_lastStart))
             return "started with other settings"_s;
-        if (fixture.timer(fallbackTimer)->isActive() != m_fallbackDue)
-            return "the fallback is due: %1"_s.arg(m_fallbackDue);
-        const QTimer* const expiry = fixture.timer(expiryTimer);
-        const Request next = nextExpiring();
-        const bool expires = next.deadline > 0;
-        const qint64 remaining = qMax<qint64>(0, next.deadline - world.now);
-        // A deadline that would fall on the clock's 0 is one later.
-        if (expiry->isActive() != expires || (expires && qAbs(expiry->interval() - remaining) > 1))
-            return "the next expiry"_s;
         QStringList live;
-        const auto rows = fixture.value(OrvaNetworkSoftApRequestsPath()).softApRequests();
+        const auto rows = m_fixture.value(OrvaNetworkSoftApRequestsPath()).softApRequests();
         for (const auto& row : rows)
             live << row.interface() + row.name() + QString::number(row.running());
-        return live == expectedLive() ? world.check() : live.join(" "_s) + " live"_s;
+        return live == expectedLive() ? m_driver.checkPlan() : live.join(" "_s) + " live"_s;
     }
 
     void finish() override { stop(); }
@@ -70,11 +67,11 @@ private:
         QVector<int> pending;
     };
 
-    QString act(Rng& rng) override
+    void act(Rng& rng)
     {
         const QString interface = rng.chance(80) ? "uap0"_s : "uap1"_s;
         const QString name = rng.pick(QStringList{"a"_s, "b"_s, "c"_s});
-        switch (rng.below(10)) {
+        switch (rng.below(8)) {
         case 0:
             return rng.chance(60) ? start() : stop();
         case 1:
@@ -82,23 +79,21 @@ private:
         case 2:
             return setSoftApLink(interface, rng.below(3));
         case 3:
-            if (fixture.fire(fallbackTimer))
-                activateLocal();
-            m_fallbackDue = false;
-            return "fallback"_s;
         case 4:
-            world.release();
-            return "release"_s;
+            return m_driver.pass(rng);
         case 5:
-        case 6:
-            return letTimePass(rng.below(300) * 10);
-        case 7:
             return revoke({name, {{"apInterface"_s, interface}}});
         }
-        return request(name, interface, rng);
+        request(name, interface, rng);
     }
 
-    QString request(const QString& name, const QString& interface, Rng& rng)
+    static QString text(const Request& request)
+    {
+        return request.name + " "_s +
+               QString::fromUtf8(OrvaPlain::toJson(QVariant(request.settings)));
+    }
+
+    void request(const QString& name, const QString& interface, Rng& rng)
     {
         QVariantHash settings{{"apInterface"_s, interface}};
         if (rng.chance(60))
@@ -109,25 +104,22 @@ private:
             settings["channel"_s] = 1 + rng.below(3);
         const int timeout = rng.chance(50) ? (1 + rng.below(200)) * 10 : 0;
         const bool hold = timeout > 0 && rng.chance(40);
+        const Request request{name, settings, hold, timeout > 0 ? HeldClock::now() + timeout : 0};
 
-        const OrvaValue value = softApRequest(name, settings, timeout, hold);
-        const int ask = driver.ask(OrvaNetworkRequestSoftApPath(), value);
+        const int ask = m_driver.ask(
+            "ask %1 %2%3"_s.arg(text(request)).arg(timeout).arg(hold ? " hold"_s : QString()));
         if (!m_started)
-            driver.end(ask, notStarted);
-        else if (receive({name, settings, hold, timeout > 0 ? world.now + timeout : 0}))
+            m_driver.end(ask, notStarted);
+        else if (receive(request))
             m_aps[interface].pending << ask;
         else
-            driver.end(ask);
-        return "request "_s + orvaToLog(value.__variant());
+            m_driver.end(ask);
     }
 
-    QString revoke(const Request& request)
+    void revoke(const Request& request)
     {
-        const int ask = driver.ask(OrvaNetworkRevokeSoftApPath(),
-                                   softApRequest(request.name, request.settings));
-        driver.end(ask, m_started ? QString() : notStarted);
+        m_driver.end(m_driver.ask("revoke "_s + text(request)), m_started ? QString() : notStarted);
         drop(request);
-        return "revoke %1 on %2"_s.arg(request.name, request.interface());
     }
 
     /// A started network manager takes the request; whether it waits for its interface.
@@ -151,7 +143,7 @@ private:
         if (old != ap.requests.end())
             ap.requests.erase(old);
         apply(request.interface());
-        driver.end(ap.pending, "error: SoftAp request revoked"_s);
+        m_driver.end(ap.pending, "error: SoftAp request revoked"_s);
     }
 
     static QVector<Request>::iterator find(QVector<Request>& requests, const QString& name)
@@ -169,7 +161,7 @@ private:
             ap.held = false;
             m_stops += ran ? 1 : 0;
             if (m_aps["uap0"_s].active.isEmpty() && m_aps["uap1"_s].active.isEmpty())
-                world.claim(2, false);
+                m_driver.claim(2, false);
             return ran;
         }
         QVariantHash folded = ap.configured;
@@ -185,22 +177,31 @@ private:
         if ((held && ap.held) || orvaStrictlyEqual(folded, ap.sent))
             return false;
         ap.sent = folded;
-        world.claim(2, true);
+        m_driver.claim(2, true);
         ++m_starts;
         m_lastStart = folded;
         return true;
     }
 
-    QString letTimePass(int ms)
+    void planExpiry()
     {
-        world.now += ms;
-        fixture.fire(expiryTimer); // early, or the first of those that are due
-        for (Request next = nextExpiring(); next.deadline > 0 && next.deadline <= world.now;
-             next = nextExpiring()) {
+        const Request next = nextExpiring();
+        if (next.deadline == 0)
+            return m_driver.callOff("expiry"_s);
+        const auto ms = qMax(Q_INT64_C(0), next.deadline - HeldClock::now());
+        m_driver.plan("expiry"_s, static_cast<int>(ms), [this, next] {
             drop(next);
-            fixture.fire(expiryTimer);
-        }
-        return "%1 ms pass"_s.arg(ms);
+            planExpiry();
+        });
+    }
+
+    void fallBack()
+    {
+        m_driver.plan("fallback"_s, OrvaNetworkSoftApTimeout(), [this] {
+            m_localActive = m_started;
+            if (m_started)
+                receive(own());
+        });
     }
 
     /// The first one of those that expire the soonest; without a deadline where none does.
@@ -218,14 +219,7 @@ private:
     /// The request that the network manager makes for the device itself.
     [[nodiscard]] Request own() const
     {
-        return {fixture.worker->name(), {{"apInterface"_s, "uap0"_s}}};
-    }
-
-    void activateLocal()
-    {
-        m_localActive = m_started;
-        if (m_started)
-            receive(own());
+        return {m_fixture.worker->name(), {{"apInterface"_s, "uap0"_s}}};
     }
 
     void deactivateLocal()
@@ -234,63 +228,59 @@ private:
         drop(own());
     }
 
-    QString start()
+    void start()
     {
-        driver.end(driver.ask(OrvaNetworkStartPath()),
-                   m_started ? "Error: start_req called while already started!"_s : QString());
+        m_driver.end(m_driver.ask("start"_s),
+                     m_started ? "Error: start_req called while already started!"_s : QString());
         if (std::exchange(m_started, true))
-            return "start"_s;
-        world.claim(1, true);
+            return;
+        m_driver.claim(1, true);
         if (!std::exchange(m_startedOnce, true))
             deactivateLocal();
-        m_fallbackDue = m_fallbackDue || (!m_localActive && m_linksUp.isEmpty());
-        return "start"_s;
+        if (!m_localActive && m_linksUp.isEmpty())
+            fallBack();
     }
 
-    QString stop()
+    void stop()
     {
-        driver.end(driver.ask(OrvaNetworkStopPath()));
+        m_driver.end(m_driver.ask("stop"_s));
         for (Ap& ap : m_aps) {
             m_stops += std::exchange(ap.active, {}).isEmpty() ? 0 : 1;
             ap.requests.clear();
             ap.sent.clear();
             ap.held = false;
-            driver.end(ap.pending, "Error: Cannot start softAp, stopping all softAps"_s);
+            m_driver.end(ap.pending, "Error: Cannot start softAp, stopping all softAps"_s);
         }
         deactivateLocal();
         m_started = false;
-        m_fallbackDue = false;
+        m_driver.callOff("fallback"_s);
         for (const int submodule : {1, 2, 3})
-            world.claim(submodule, false);
-        fixture.settle();
-        return "stop"_s;
+            m_driver.claim(submodule, false);
+        HeldClock::settle();
+        planExpiry();
     }
 
-    QString setSoftApLink(const QString& interface, int state)
+    void setSoftApLink(const QString& interface, int state)
     {
         m_aps[interface].up = state == 1;
-        if (state == 2)
-            fixture.worker->setDisconnecting(interface);
-        else
-            fixture.worker->setLinkStatus(interface, state == 1);
+        m_driver.play(QStringList{"down "_s, "up "_s, "leave "_s}.at(state) + interface);
         if (state == 1)
-            driver.end(m_aps[interface].pending);
-        return "%1 in state %2"_s.arg(interface).arg(state);
+            m_driver.end(m_aps[interface].pending);
     }
 
-    QString setLink(const QString& interface, bool up)
+    void setLink(const QString& interface, bool up)
     {
-        fixture.worker->setLinkStatus(interface, up);
+        m_driver.play((up ? "up "_s : "down "_s) + interface);
         m_linksUp.removeAll(interface);
         if (up) {
             m_linksUp << interface;
-            m_fallbackDue = false;
+            m_driver.callOff("fallback"_s);
             deactivateLocal();
+        } else if (m_linksUp.isEmpty() && !m_localActive) {
+            fallBack();
         }
-        m_fallbackDue = m_fallbackDue || (m_linksUp.isEmpty() && !m_localActive);
         if (m_linksUp.contains("eth0"_s))
-            world.claim(1, false);
-        return "%1 up: %2"_s.arg(interface).arg(up);
+            m_driver.claim(1, false);
     }
 
     [[nodiscard]] QStringList expectedLive() const
@@ -302,6 +292,8 @@ private:
         return rows;
     }
 
+    Driver& m_driver;
+    WorkerFixture& m_fixture;
     const QString notStarted = "error: Networking is not started."_s;
     QMap<QString, Ap> m_aps;
     QStringList m_linksUp;
@@ -311,5 +303,4 @@ private:
     bool m_started = false;
     bool m_startedOnce = false;
     bool m_localActive = false;
-    bool m_fallbackDue = true;
 };
