@@ -2,6 +2,8 @@
 
 #include "literals.h"
 
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -36,3 +38,24 @@ public:
 private:
     QTemporaryDir m_directory;
 };
+
+/// The configuration with the worker of these tests.
+inline QByteArray testWorkerConfig()
+{
+    return "{\"workers\": [{\"library\": \"" ORVA_TEST_WORKER "\"}]}";
+}
+
+/// Whether a host serves the bus.
+inline bool isServed(const QDBusConnection& bus)
+{
+    return bus.interface()->isServiceRegistered("org.orva.Host1"_s);
+}
+
+/// A call of the host.
+inline QDBusMessage hostCall(const char* method, const QVariantList& arguments)
+{
+    auto message = QDBusMessage::createMethodCall("org.orva.Host1"_s, "/org/orva/Host1"_s,
+                                                  "org.orva.Host1"_s, QLatin1String(method));
+    message.setArguments(arguments);
+    return message;
+}

@@ -2,11 +2,10 @@
 #include "common/bustypes.h"
 #include "hostprocess.h"
 #include "privatebus.h"
+#include "tables.h"
 
 #include "core/orvaplainvalue.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
 #include <QtTest>
@@ -36,9 +35,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_bus.start());
-        m_host.start(R"({"workers": [{"library": ")" ORVA_TEST_WORKER R"("}]})");
-        const auto connection = QDBusConnection::systemBus();
-        QTRY_VERIFY(connection.interface()->isServiceRegistered("org.orva.Host1"_s));
+        m_host.start(testWorkerConfig());
+        QTRY_VERIFY(isServed(QDBusConnection::systemBus()));
         registerBusTypes();
     }
 
@@ -50,55 +48,26 @@ private Q_SLOTS:
 
     void badInputIsRefusedAndChangesNothing_data()
     {
-        QTest::addColumn<QString>("method");
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QVariantMap>("value");
-        QTest::addColumn<QString>("refusal");
-        // clang-format off
-        const char* const rows[][4] = {
-            {"GetValue", "", "", "UnknownPath"},
-            {"GetValue", "network/../settings", "", "UnknownPath"},
-            {"GetValue", "test/echo", "", "WrongKind"},
-            {"GetRows", "interfaces/wired", "", "WrongKind"},
-            {"SetValue", "test/echo", R"({"bool": true})", "WrongKind"},
-            {"Invoke", "interfaces/wired", R"({"bool": true})", "WrongKind"},
-            {"SetValue", "interfaces/wired", R"({"string": "x"})", "ReadOnly"},
-            {"SetValue", "settings/network/airplane-mode", R"({"i32": 1})", "MalformedValue"},
-            {"SetValue", "settings/network/airplane-mode", "{}", "MalformedValue"},
-            {"SetValue", "settings/network/airplane-mode", R"({"bool": true, "i32": 1})", "MalformedValue"},
-            {"SetValue", "test/unset", R"({"shoe": 42})", "MalformedValue"},
-            {"SetValue", "settings/network/airplane-mode-type", R"({"airplaneModeType": 77})", "MalformedValue"},
-            {"SetValue", "settings/network/current-profile", R"({"networkProfile": {"wireless": {"ssid": 5}}})", "MalformedValue"},
-            {"Invoke", "test/echo", R"({"networkProfile": {"wirelessNetworks": [{"dhcp": "yes"}]}})", "MalformedValue"},
-            {"Invoke", "power/resource/request", R"({"moduleName": "m", "resource": "5"})", "MalformedValue"},
-            {"Invoke", "test/takes", R"({"i32": 1})", "MalformedValue"},
-            {"SetValue", "test/typed", R"({"bool": true})", "MalformedValue"},
-            {"Invoke", "test/fail", "{}", "_7_odd_words_"},
-            {"Invoke", "test/drop", "{}", "Dropped"}};
-        // clang-format on
-        for (const auto& [method, path, value, refusal] : rows)
-            QTest::addRow("%s %s %s", method, path, value)
-                << QString::fromLatin1(method) << QString::fromLatin1(path) << json(value)
-                << QString::fromLatin1(refusal);
+        addTableColumns();
+        addTableRows(QFINDTESTDATA("refused.txt"));
         const QString longName(300, QLatin1Char('x'));
         QTest::newRow("an error's long name")
-            << "Invoke"_s
-            << "test/fail"_s << QVariantMap{{"string"_s, longName}} << longName.left(128);
-        QTest::newRow("too deep") << "Invoke"_s
-                                  << "test/echo"_s << nested(13) << "MalformedValue"_s;
+            << QString()
+            << QStringList{"Invoke"_s, "test/fail"_s, R"({"string":"%1"})"_s.arg(longName),
+                           longName.left(128)};
     }
 
     void badInputIsRefusedAndChangesNothing()
     {
-        QFETCH(QString, method);
-        QFETCH(QString, path);
-        QFETCH(QVariantMap, value);
-        QFETCH(QString, refusal);
+        QFETCH(QStringList, cells);
+        const QString method = cells.at(0);
+        const QString path = cells.at(1);
+        const QVariantMap value = cells.at(2) == "deep"_s ? nested(13) : json(cells.at(2).toUtf8());
         const bool takesValue = !method.startsWith("Get"_s);
         const QDBusMessage before = call("GetValue", {path});
         const QVariantList arguments = takesValue ? QVariantList{path, value} : QVariantList{path};
         QCOMPARE(call(method.toLatin1().constData(), arguments).errorName(),
-                 "org.orva.Error."_s + refusal);
+                 "org.orva.Error."_s + cells.at(3));
         const QDBusMessage after = call("GetValue", {path});
         QCOMPARE(after.errorName(), before.errorName());
         QCOMPARE(plain(after), plain(before));
@@ -172,7 +141,7 @@ private Q_SLOTS:
         QVector<QDBusPendingCall> calls;
         for (int i = 0; i < 1000; ++i)
             calls << QDBusConnection::systemBus().asyncCall(
-                message("Invoke", {"test/echo"_s, QVariantMap{{"i32"_s, i}}}));
+                hostCall("Invoke", {"test/echo"_s, QVariantMap{{"i32"_s, i}}}));
         for (int i = 0; i < calls.size(); ++i) {
             calls[i].waitForFinished();
             QCOMPARE(plain(calls.at(i).reply()).value("i32"_s), QVariant(i));
@@ -185,8 +154,8 @@ private Q_SLOTS:
         QVector<QDBusPendingCall> calls;
         for (int i = 0; i < 50; ++i)
             calls << flooder.asyncCall(
-                message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 20}}}));
-        calls << flooder.asyncCall(message("GetValue", {"webserver/port"_s}));
+                hostCall("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 20}}}));
+        calls << flooder.asyncCall(hostCall("GetValue", {"webserver/port"_s}));
         calls.first().waitForFinished();
         QCOMPARE(value("webserver/port"), json(R"({"i32": 80})"));
         QVERIFY(!calls.at(25).isFinished());
@@ -199,23 +168,16 @@ private Q_SLOTS:
     {
         const QDBusConnection leaving = m_bus.connection("leaving"_s);
         for (int i = 0; i < 100; ++i)
-            leaving.asyncCall(message("Invoke", {"test/echo"_s, QVariantMap()}));
+            leaving.asyncCall(hostCall("Invoke", {"test/echo"_s, QVariantMap()}));
         QDBusConnection::disconnectFromBus("leaving"_s);
     }
 
     void on_rowsChanged(const QString& path) { m_rows << path; }
 
 private:
-    static QDBusMessage message(const char* method, const QVariantList& arguments)
-    {
-        auto message = QDBusMessage::createMethodCall("org.orva.Host1"_s, "/org/orva/Host1"_s,
-                                                      "org.orva.Host1"_s, QLatin1String(method));
-        message.setArguments(arguments);
-        return message;
-    }
     static QDBusMessage call(const char* method, const QVariantList& arguments)
     {
-        return QDBusConnection::systemBus().call(message(method, arguments));
+        return QDBusConnection::systemBus().call(hostCall(method, arguments));
     }
     static QVariantMap plain(const QDBusMessage& reply)
     {

@@ -5,8 +5,6 @@
 
 #include "core/orvaplainvalue.h"
 
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
@@ -21,9 +19,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_bus.start());
-        m_host.start(config());
-        QTRY_VERIFY(
-            QDBusConnection::systemBus().interface()->isServiceRegistered("org.orva.Host1"_s));
+        m_host.start(testWorkerConfig());
+        QTRY_VERIFY(isServed(QDBusConnection::systemBus()));
     }
 
     void init() { m_hostile = std::make_unique<QDBusConnection>(m_bus.connection("hostile"_s)); }
@@ -33,7 +30,7 @@ private Q_SLOTS:
         QDBusConnection::disconnectFromBus("hostile"_s);
         m_hostile.reset();
         const auto answer = QDBusConnection::systemBus().call(
-            message("GetValue", {"webserver/port"_s}), QDBus::Block, 10000);
+            hostCall("GetValue", {"webserver/port"_s}), QDBus::Block, 10000);
         QCOMPARE(answer.type(), QDBusMessage::ReplyMessage);
     }
 
@@ -53,10 +50,10 @@ private Q_SLOTS:
         QFETCH(int, count);
         QFETCH(int, size);
         const QVariantMap value{{"string"_s, QString(size, QLatin1Char('x'))}};
-        m_hostile->asyncCall(message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 2000}}}));
+        m_hostile->asyncCall(hostCall("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 2000}}}));
         QVector<QDBusPendingCall> calls;
         for (int i = 0; i < count; ++i)
-            calls << m_hostile->asyncCall(message("Invoke", {"test/echo"_s, value}), 60000);
+            calls << m_hostile->asyncCall(hostCall("Invoke", {"test/echo"_s, value}), 60000);
         int served = 0;
         for (QDBusPendingCall& call : calls) {
             call.waitForFinished();
@@ -73,10 +70,10 @@ private Q_SLOTS:
         QVariantMap many;
         for (int i = 0; i < 100000; ++i)
             many.insert(QString::number(i), i);
-        const auto answer = m_hostile->call(message("Invoke", {"test/echo"_s, many}));
+        const auto answer = m_hostile->call(hostCall("Invoke", {"test/echo"_s, many}));
         QCOMPARE(answer.errorName(), "org.orva.Error.MalformedValue"_s);
         const auto descriptor = QVariant::fromValue(QDBusUnixFileDescriptor(0));
-        QCOMPARE(m_hostile->call(message("GetValue", {descriptor})).errorName(),
+        QCOMPARE(m_hostile->call(hostCall("GetValue", {descriptor})).errorName(),
                  "org.freedesktop.DBus.Error.LimitsExceeded"_s);
     }
 
@@ -95,9 +92,9 @@ private Q_SLOTS:
     {
         QFETCH(int, size);
         const auto grown =
-            m_hostile->call(message("Invoke", {"test/grow"_s, QVariantMap{{"i32"_s, size}}}));
+            m_hostile->call(hostCall("Invoke", {"test/grow"_s, QVariantMap{{"i32"_s, size}}}));
         QTEST(grown.errorName(), "result");
-        QTEST(m_hostile->call(message("GetValue", {"test/large"_s})).errorName(), "value");
+        QTEST(m_hostile->call(hostCall("GetValue", {"test/large"_s})).errorName(), "value");
     }
 
     void theLedgerIsFairWhenAllIsTaken()
@@ -124,17 +121,17 @@ private Q_SLOTS:
         HostProcess host;
         m_host.terminate();
         QCOMPARE(m_host.ended(), 0);
-        host.start(config());
-        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
-        m_hostile->asyncCall(message("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 8000}}}));
+        host.start(testWorkerConfig());
+        QTRY_VERIFY(isServed(*m_hostile));
+        m_hostile->asyncCall(hostCall("Invoke", {"test/block"_s, QVariantMap{{"i32"_s, 8000}}}));
         QTest::qWait(200);
         host.terminate();
         QVERIFY(!host.waitForFinished(300)); // It is busy yet.
         host.terminate();
         QVERIFY(host.waitForFinished(4000));
         QCOMPARE(host.exitStatus(), QProcess::CrashExit);
-        m_host.start(config());
-        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+        m_host.start(testWorkerConfig());
+        QTRY_VERIFY(isServed(*m_hostile));
     }
 
     void aDeafHostEnds()
@@ -145,30 +142,18 @@ private Q_SLOTS:
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.insert("WATCHDOG_USEC"_s, "2000000"_s);
         host.setProcessEnvironment(environment);
-        host.start(config());
-        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+        host.start(testWorkerConfig());
+        QTRY_VERIFY(isServed(*m_hostile));
         QTest::qWait(2500); // It lives as long as it hears.
         QCOMPARE(host.state(), QProcess::Running);
-        m_hostile->asyncCall(message("Invoke", {"test/deaf"_s, QVariantMap()}));
+        m_hostile->asyncCall(hostCall("Invoke", {"test/deaf"_s, QVariantMap()}));
         QCOMPARE(host.ended(), 1);
         QVERIFY(host.readAll().contains("hears nothing from the bus"));
         m_host.start("{}");
-        QTRY_VERIFY(m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s));
+        QTRY_VERIFY(isServed(*m_hostile));
     }
 
 private:
-    static QByteArray config()
-    {
-        return "{\"workers\": [{\"library\": \"" ORVA_TEST_WORKER "\"}]}";
-    }
-    static QDBusMessage message(const char* method, const QVariantList& arguments)
-    {
-        auto message = QDBusMessage::createMethodCall("org.orva.Host1"_s, "/org/orva/Host1"_s,
-                                                      "org.orva.Host1"_s, QLatin1String(method));
-        message.setArguments(arguments);
-        return message;
-    }
-
     PrivateBus m_bus;
     HostProcess m_host;
     std::unique_ptr<QDBusConnection> m_hostile;

@@ -1,7 +1,6 @@
 #include "hostprocess.h"
 #include "privatebus.h"
 
-#include <QDBusConnectionInterface>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -118,11 +117,7 @@ private:
             qFatal("no copy");
         return copy.toLocal8Bit();
     }
-    [[nodiscard]] bool isRunning() const
-    {
-        const auto connection = m_bus.connection("test"_s);
-        return connection.interface()->isServiceRegistered("org.orva.Host1"_s);
-    }
+    [[nodiscard]] bool isRunning() const { return isServed(m_bus.connection("test"_s)); }
 
     PrivateBus m_bus;
     QTemporaryDir m_directory;
