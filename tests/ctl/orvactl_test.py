@@ -31,9 +31,7 @@ class Device(PrivateBus):
         self.start_host()
 
     def start_host(self):
-        self.host = self.start(BUILD / "bin/orva-host", "--config", self.directory / "host.json",
-                               "--state-dir", self.directory / "state", "--log-level", "trace")
-        self.until(lambda: self.shell("orvactl nodes").returncode == 0)
+        super().start_host(log_level="trace", node="webserver/port")
 
     def shell(self, command, stdin="", under=()):
         return self.run(*under, "bash", "-c", command, input=stdin)

@@ -1,11 +1,19 @@
 """A system bus of a test's own, as tools/device.sh makes it for a device, and programs on it."""
-import os, pathlib, shutil, subprocess, tempfile, time
+import json, os, pathlib, shutil, subprocess, tempfile, time
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ["ORVA_BUILD"])
 LIMIT = 30  # seconds that anything here may take
 PREPARE = """. "$0/tools/device.sh" && mkdir "$2/system.d" "$2/services" && device_configure "$1" "$2" &&
     device_environment "$2" && env -0"""
+
+
+def until(condition, otherwise="waited in vain", limit=LIMIT):
+    """Until it holds; `otherwise`, or what that returns, says what is wrong."""
+    end = time.monotonic() + limit
+    while not condition():
+        assert time.monotonic() < end, otherwise() if callable(otherwise) else otherwise
+        time.sleep(0.02)
 
 
 class PrivateBus:
@@ -38,15 +46,23 @@ class PrivateBus:
                                               text=True, **{"stdout": self.log, "stderr": self.log, **streams}))
         return self.children[-1]
 
+    def start_host(self, *under, log_level="info", node="network/info"):
+        self.host = self.start(*under, BUILD / "bin/orva-host", "--config", self.directory / "host.json",
+                               "--state-dir", self.directory / "state", "--log-level", log_level)
+        self.until(lambda: self.run(BUILD / "bin/orvactl", "get", node, "--wait", "2").returncode == 0)
+
+    def orvactl(self, *words, under=()):
+        """What it prints as JSON; it must succeed."""
+        done = self.run(*under, BUILD / "bin/orvactl", "--json", *words)
+        assert not done.returncode, done.stderr
+        return json.loads(done.stdout) if done.stdout.strip() else None
+
     def run(self, *command, **more):
         return subprocess.run(command, env=self.environment, text=True, capture_output=True, timeout=LIMIT,
                               check=False, **more)
 
     def until(self, condition, otherwise="waited in vain"):
-        end = time.monotonic() + LIMIT
-        while not condition():
-            assert time.monotonic() < end, f"{otherwise}; the log says: {self.logged()}"
-            time.sleep(0.02)
+        until(condition, lambda: f"{otherwise}; the log says: {self.logged()}")
 
     def close(self):
         for child in reversed(self.children):

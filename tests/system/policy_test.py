@@ -2,7 +2,7 @@
 one in it everything but read keys, and nobody but its owner speaks as the daemon."""
 import os, subprocess, unittest, warnings, xml.etree.ElementTree as XML
 
-from privatebus import BUILD, SOURCE, PrivateBus
+from privatebus import SOURCE, PrivateBus
 
 CANARY = "canary-passphrase"
 SECRETS = [f"settings/network/{name}-profile" for name in ("current", "backup")] + ["settings/network/softap-config"]
@@ -46,9 +46,8 @@ class PolicyTest(unittest.TestCase):
         self.addCleanup(self.device.close)
         groups = self.device.write("group", "root:x:0:\nnogroup:x:65534:\nnetdev:x:4711:\n")
         self.device.start_bus("unshare", "--mount", "sh", "-c", 'mount --bind "$0" /etc/group && exec "$@"', groups)
-        self.device.start(BUILD / "bin/orva-host", "--config", f"{self.device.directory}/host.json",
-                          "--state-dir", f"{self.device.directory}/state", "--log-level", "trace")
-        self.device.until(lambda: "true" in self.call(*HOST, HOST[0], "GetValue", "s", "network/state/connected"))
+        self.device.start_host(log_level="trace")
+        self.device.orvactl("wait", "network/state/connected==true", "--timeout", "20")
 
     def run_as(self, user, *command):
         return [*(["setpriv", "--reuid", "games", "--regid", "nogroup", *USERS[user]] if user else []), *command]

@@ -1,25 +1,11 @@
 #!/usr/bin/env python3
 """./run on a built tree: what a person gets from it, and what it leaves behind."""
-import json
-import os
-import pathlib
-import pty
-import signal
-import subprocess
-import tempfile
-import time
-import unittest
+import json, os, pathlib, pty, signal, subprocess, tempfile, unittest
 
-RUN = str(pathlib.Path(__file__).resolve().parents[2] / "run")
+from privatebus import SOURCE, until
+
+RUN = str(SOURCE / "run")
 LIMIT = 60  # seconds that anything here may take
-
-
-def until(condition, what):
-    end = time.monotonic() + LIMIT
-    while not condition():
-        if time.monotonic() > end:
-            raise AssertionError(f"waited in vain for {what}")
-        time.sleep(0.02)
 
 
 class Device(unittest.TestCase):
@@ -54,7 +40,7 @@ class Device(unittest.TestCase):
         if pid == 0:
             os.execve(RUN, [*self.run_line, "--fake"], self.environment)
         self.addCleanup(os.close, terminal)
-        until(lambda: any(self.runtime.glob("orva-run.*/pid")), "the device")
+        until(lambda: any(self.runtime.glob("orva-run.*/pid")), limit=LIMIT)
         return pid, terminal
 
     def programs(self):
@@ -70,7 +56,7 @@ class Device(unittest.TestCase):
         return found
 
     def assert_nothing_left(self):
-        until(lambda: not self.programs(), "the device's programs to end")
+        until(lambda: not self.programs(), limit=LIMIT)
         self.assertEqual(list(self.runtime.iterdir()), [])
 
 
@@ -99,7 +85,7 @@ class TheDevice(Device):
         pid, _ = self.start()
         os.kill(pid, signal.SIGKILL)
         os.waitpid(pid, 0)
-        until(lambda: not self.programs(), "the device's programs to end")
+        until(lambda: not self.programs(), limit=LIMIT)
         self.out("--fake", "true")
         self.assert_nothing_left()
 

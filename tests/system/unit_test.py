@@ -71,11 +71,9 @@ class UnitTest(unittest.TestCase):
 
     def test_the_host_gets_through(self):
         self.device.start_bus()
-        self.device.start(*self.enter, BUILD / "bin/orva-host", "--config", self.device.directory / "host.json",
-                          "--state-dir", self.device.directory / "state")
-        self.device.until(lambda: self.device.run("orvactl", "wait", "network/state/connected==true", "--timeout",
-                                                  "1").returncode == 0)
-        self.assertEqual(self.device.run("orvactl", "airplane", "on", "--wait", "10").returncode, 0)
+        self.device.start_host(*self.enter)
+        self.device.orvactl("wait", "network/state/connected==true", "--timeout", "20")
+        self.device.orvactl("airplane", "on", "--wait", "10")
 
 
 if __name__ == "__main__":

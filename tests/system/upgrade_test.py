@@ -1,7 +1,7 @@
 """The state that another version left: nothing of it is lost."""
 import json, pathlib, shutil, unittest
 
-from privatebus import BUILD, PrivateBus
+from privatebus import PrivateBus
 
 STATES = pathlib.Path(__file__).resolve().parent / "states"
 UNKNOWN = "settings/network/roaming"  # a setting that no version has yet
@@ -16,18 +16,8 @@ class Device(PrivateBus):
         self.start_bus()
         self.start_host()
 
-    def start_host(self):
-        self.host = self.start(BUILD / "bin/orva-host", "--config", self.directory / "host.json",
-                               "--state-dir", self.directory / "state")
-        self.until(lambda: self.run("orvactl", "get", "network/info").returncode == 0)
-
     def stored(self):
         return json.loads((self.directory / "state/settings.json").read_text())
-
-    def orvactl(self, *words):
-        done = self.run("orvactl", "--json", *words)
-        assert not done.returncode, done.stderr
-        return json.loads(done.stdout) if done.stdout else None
 
 
 class Upgrade(unittest.TestCase):

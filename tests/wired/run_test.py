@@ -1,8 +1,8 @@
 """./run --real: in the sandbox it connects, on an interface it asks before and leaves all as it was."""
-import os, pathlib, signal, subprocess, tempfile, time, unittest
+import os, pathlib, signal, subprocess, tempfile, unittest
 
 import network
-from playground import BUILD
+from privatebus import BUILD, until
 from wiredcase import processes
 
 RUN = pathlib.Path(__file__).parents[2] / "run"
@@ -21,25 +21,19 @@ class Run(unittest.TestCase):
     def shell(self, text):
         return subprocess.run(["sh", "-c", text], capture_output=True, text=True, check=True).stdout
 
-    def until(self, condition):
-        end = time.monotonic() + 30
-        while not condition():
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.1)
-
     def start(self, *words):
         device = subprocess.Popen([*self.line, "--real", *words], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                   stderr=subprocess.DEVNULL, start_new_session=True)
         self.addCleanup(device.kill)
-        self.until(pathlib.Path(self.state.name, "device/pid").exists)
-        self.until(lambda: "192.0.2." in subprocess.run([*self.line, "orvactl", "status"], capture_output=True, text=True,
+        until(pathlib.Path(self.state.name, "device/pid").exists)
+        until(lambda: "192.0.2." in subprocess.run([*self.line, "orvactl", "status"], capture_output=True, text=True,
                                                         check=False).stdout)
         return device
 
     def end(self, device):
         os.killpg(device.pid, signal.SIGINT)
         device.wait(20)
-        self.until(lambda: not processes("lumod", "dhcpcd", "lumod-keep", "dnsmasq", "orva-host"))
+        until(lambda: not processes("lumod", "dhcpcd", "lumod-keep", "dnsmasq", "orva-host"))
 
     def test_sandbox(self):
         self.end(self.start("--sandbox"))

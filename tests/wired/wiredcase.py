@@ -57,9 +57,8 @@ class WiredCase(unittest.TestCase):
         self.p.wait("InterfaceStatusChanged", "uap0", 0)
 
     def start_host(self):
-        self.host = self.p.start(*DEV, str(BUILD / "bin/orva-host"), "--config", f"{self.p.directory}/host.json",
-                                 "--state-dir", f"{self.p.directory}/state")
-        self.orvactl("wait", "network/state/cable", "--timeout", "10")
+        self.p.start_host(*DEV)
+        self.host = self.p.host
 
     def orvactl(self, *words):
         done = self.p.run(*DEV, str(BUILD / "bin/orvactl"), "--json", *words)
