@@ -10,46 +10,34 @@ import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import time
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+os.environ["ORVA_BUILD"] = os.path.abspath(sys.argv[1])
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/support"))
+
+from privatebus import BUILD, PrivateBus
+
 STARTS = 20
 CALL = ["busctl", "call", "org.orva.Host1", "/org/orva/Host1", "org.orva.Host1", "GetValue", "s"]
-BUS = """<busconfig><type>session</type><listen>unix:path={}/bus</listen><auth>EXTERNAL</auth>
-<policy context="default"><allow send_destination="*"/><allow own="*"/><allow receive_sender="*"/></policy>
-</busconfig>"""
 
 
 def report(what, **figures):
     print(json.dumps({"what": what, **figures}))
 
 
-class Device:
+class Device(PrivateBus):
     """A bus, and what a host on it needs."""
 
-    def __init__(self, build, home):
-        self.build, self.home = build, home
-        (home / "bus.conf").write_text(BUS.format(home))
-        (home / "host.json").write_text(json.dumps(
-            {"workers": [{"library": str(build / "lib/libnetworking.so")}], "activate": ["network/start"]}))
-        self.environment = {
-            **os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={home}/bus",
-            "ORVA_MOUNT_TABLE": str(SOURCE / "examples/mounts-nfs"),
-            "ORVA_RFKILL_RECORD": str(home / "rfkill.log"),
-            "PATH": f"{SOURCE}/tools/stand-ins:" + os.environ["PATH"]}
-        self.bus = subprocess.Popen(
-            ["dbus-daemon", f"--config-file={home}/bus.conf", "--nofork", "--nopidfile", "--print-address"],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        self.bus.stdout.readline()
+    def __init__(self):
+        super().__init__(DEVICE_BACKEND="fake")
+        self.start_bus()
 
-    def start_host(self):
-        return subprocess.Popen(
-            [self.build / "bin/orva-host", "--config", self.home / "host.json", "--state-dir", self.home / "state"],
-            env=self.environment, stderr=subprocess.DEVNULL)
+    def measured_host(self):
+        return subprocess.Popen([BUILD / "bin/orva-host", "--config", self.directory / "host.json", "--state-dir",
+                                 self.directory / "state"], env=self.environment, stderr=subprocess.DEVNULL)
 
     def get(self, path):
-        return subprocess.run([*CALL, path], env=self.environment, capture_output=True, text=True).stdout
+        return self.run(*CALL, path).stdout
 
 
 def end(process):
@@ -83,7 +71,7 @@ def measure_starts(device):
     named, pictured = [], []
     for _ in range(STARTS):
         watch = subprocess.Popen(
-            ["dbus-monitor", "--address", device.environment["DBUS_SYSTEM_BUS_ADDRESS"],
+            ["dbus-monitor", "--address", device.address,
              "type='signal',member='NameOwnerChanged',arg0='org.orva.Host1'",
              "type='signal',member='ValueChanged',arg0='network/state/connected'"],
             stdout=subprocess.PIPE, text=True)
@@ -91,7 +79,7 @@ def measure_starts(device):
             if "NameLost" in line:
                 break  # what the bus tells a monitor when it has become one
         began = time.monotonic()
-        host = device.start_host()
+        host = device.measured_host()
         for line in watch.stdout:
             if 'string "org.orva.Host1"' in line:
                 named.append((time.monotonic() - began) * 1000)
@@ -106,7 +94,7 @@ def measure_starts(device):
 
 
 def measure_rest(device, seconds):
-    host = device.start_host()
+    host = device.measured_host()
     until = time.monotonic() + 20
     while "true" not in device.get("network/state/connected") and time.monotonic() < until:
         time.sleep(0.1)
@@ -120,15 +108,13 @@ def measure_rest(device, seconds):
 
 
 def main():
-    build = pathlib.Path(sys.argv[1]).resolve()
     seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 60
-    with tempfile.TemporaryDirectory() as home:
-        device = Device(build, pathlib.Path(home))
-        try:
-            measure_starts(device)
-            measure_rest(device, seconds)
-        finally:
-            end(device.bus)
+    device = Device()
+    try:
+        measure_starts(device)
+        measure_rest(device, seconds)
+    finally:
+        device.close()
 
 
 if __name__ == "__main__":

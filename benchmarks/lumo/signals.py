@@ -11,7 +11,6 @@ import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import time
 
 import dbus
@@ -19,11 +18,12 @@ import dbus.lowlevel
 import dbus.mainloop.glib
 from gi.repository import GLib
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+os.environ["ORVA_BUILD"] = os.path.abspath(sys.argv[1])
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/support"))
+
+from privatebus import BUILD, PrivateBus
+
 NAME, PATH = "org.orva.lumod", "/org/orva/lumod"
-BUS = """<busconfig><type>session</type><listen>unix:path={}/bus</listen><auth>EXTERNAL</auth>
-<policy context="default"><allow send_destination="*"/><allow own="*"/><allow receive_sender="*"/></policy>
-</busconfig>"""
 
 
 class Daemon:
@@ -121,15 +121,12 @@ def daemon_waits(context):
     return context.iteration(False)
 
 
-def measure(directory, build):
+def measure(device):
     dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
     context = GLib.MainContext.default()
     daemon = Daemon()
-    config = pathlib.Path(directory, "host.json")
-    config.write_text(json.dumps({"workers": [{"library": f"{build}/lib/libnetworking.so"}],
-                                  "activate": ["network/start"]}), encoding="ascii")
-    host = subprocess.Popen([f"{build}/bin/orva-host", "--config", config, "--state-dir",
-                             f"{directory}/state", "--log-level", "error"], stderr=subprocess.DEVNULL)
+    host = subprocess.Popen([BUILD / "bin/orva-host", "--config", device.directory / "host.json", "--state-dir",
+                             device.directory / "state", "--log-level", "error"], stderr=subprocess.DEVNULL)
     try:
         client = Client(context)
         began = time.monotonic()
@@ -164,21 +161,15 @@ def measure(directory, build):
         host.wait(10)
 
 
-def main(build):
-    with tempfile.TemporaryDirectory() as directory:
-        config = pathlib.Path(directory, "bus.conf")
-        config.write_text(BUS.format(directory), encoding="ascii")
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={directory}/bus"
-        os.environ["PATH"] = f"{SOURCE}/tools/stand-ins:{os.environ['PATH']}"
-        bus = subprocess.Popen(["dbus-daemon", "--nofork", f"--config-file={config}"])
-        try:
-            while not pathlib.Path(directory, "bus").exists():
-                time.sleep(0.01)
-            measure(directory, build)
-        finally:
-            bus.terminate()
-            bus.wait(10)
+def main():
+    device = PrivateBus()
+    os.environ.update(device.environment)
+    device.start_bus()
+    try:
+        measure(device)
+    finally:
+        device.close()
 
 
 if __name__ == "__main__":
-    main(os.path.abspath(sys.argv[1]))
+    main()
