@@ -142,6 +142,8 @@ public:
         : m_stage(stage)
     {
         give(steps);
+        if (steps.contains("given absent"_s))
+            m_stage.write("absent"_s, "yes");
         startHost();
         addDaemonEvents();
         addDaemonFacts();

@@ -93,11 +93,6 @@ qint64 HeldClock::now()
     return nowNs() / nsPerMs;
 }
 
-void HeldClock::set(qint64 now)
-{
-    moment = now * nsPerMs;
-}
-
 void HeldClock::run()
 {
     moment = 0;

@@ -20,8 +20,6 @@ public:
 
     /// Milliseconds on the monotonic clock.
     [[nodiscard]] static qint64 now();
-    /// Goes to a moment while no timer runs.
-    static void set(qint64 now);
     /// Lets the time go on by itself too, for a test that has to do with other processes.
     static void run();
     /// Puts the monotonic clock back, and no timer: the two need not agree.
