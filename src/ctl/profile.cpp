@@ -37,7 +37,7 @@ QString softApText(const OrvaNetworkProfileSoftApSettings& settings)
     return printable(line);
 }
 
-Result show(Context& context, const Arguments&)
+Result printProfile(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkProfilePath());
     if (!value)
@@ -90,7 +90,7 @@ OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& type)
     return profile;
 }
 
-Result set(Context& context, const Arguments& given)
+Result changeProfile(Context& context, const Arguments& given)
 {
     if (given.text("--type").isEmpty() && !hasAddress(given))
         return Failure{ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
@@ -147,8 +147,9 @@ Commands profileCommands()
 {
     return {
         {"profile", "The network profile"},
-        {"profile show", "Shows the profile, keys masked", {}, &show},
-        {"profile set", "Changes what is named and leaves all else", setParameters(), &set},
+        {"profile show", "Shows the profile, keys masked", {}, &printProfile},
+        {"profile set", "Changes what is named and leaves all else", setParameters(),
+         &changeProfile},
     };
 }
 

@@ -106,7 +106,7 @@ QStringList tableRow(const OrvaNetworkSoftApRequestStatus& status)
             timeLeft(status)};
 }
 
-Result list(Context& context, const Arguments&)
+Result listRequests(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkSoftApRequestsPath());
     if (!value)
@@ -161,7 +161,7 @@ Commands softApCommands()
          {Parameter{"NAME", "Who asked"}.required(),
           Parameter{"--interface", "Soft-AP interface"}.of("NAME")},
          &revoke},
-        {"softap list", "Lists who asked for what, and what runs", {}, &list},
+        {"softap list", "Lists who asked for what, and what runs", {}, &listRequests},
         {"softap stations", "Lists the connected stations", {}, &stations},
     };
 }

@@ -54,7 +54,7 @@ Result write(Context& context, const Criteria& criteria)
     return context.host.setValue(OrvaNetworkWifiRestartCriteriaPath(), OrvaValue::of(criteria));
 }
 
-Result set(Context& context, const Arguments& given)
+Result setCriteria(Context& context, const Arguments& given)
 {
     const auto interval = given.seconds("--interval");
     const auto threshold = given.integer("--threshold");
@@ -97,7 +97,7 @@ Commands watchdogCommands()
          {{"--interval", "Time between two samples; below 10 it is off", Kind::Seconds},
           {"--threshold", "Stuck samples in a row that lead to a restart", Kind::Integer},
           Parameter{"--path", "The node that restarts Wi-Fi"}.of("ACTION-NODE")},
-         &set},
+         &setCriteria},
         {"watchdog off", "Switches it off and keeps the other criteria", {}, &off},
         {"watchdog restart", "Restarts Wi-Fi now", {answerTime()}, &restart},
     };

@@ -22,7 +22,7 @@ public:
     }
 };
 
-Result show(Context& context, const Arguments&)
+Result showWorld(Context& context, const Arguments&)
 {
     const auto snapshot = context.bus.await<QString>(World(context).Snapshot());
     if (!snapshot)
@@ -183,7 +183,7 @@ Commands worldCommands()
 {
     Commands commands = {
         {"world", "Changes the world that lumod plays instead of driving interfaces"},
-        {"world show", "Shows the world", {}, &show},
+        {"world show", "Shows the world", {}, &showWorld},
         {"world crash", "Ends the daemon at once", {}, &crash},
         {"world ap", "Access points"},
         {"world wps", "WPS on the side of the access points"},

@@ -6,7 +6,7 @@
 #include "workerlibrary.h"
 
 namespace {
-ORVA_LOGGER("Host")
+ORVA_LOGGER(hostLogger, "Host")
 } // namespace
 
 Host::Host(const HostConfig& config, const QDBusConnection& connection)
@@ -15,11 +15,11 @@ Host::Host(const HostConfig& config, const QDBusConnection& connection)
     , m_watchdog(HostControl::serviceName())
 {
     connect(&m_control, &HostControl::busLost, this, [this] {
-        LOG4CPLUS_ERROR(logger(), "The system bus has gone, the host ends");
+        LOG4CPLUS_ERROR(hostLogger(), "The system bus has gone, the host ends");
         Q_EMIT failed();
     });
     connect(&m_watchdog, &BusWatchdog::deaf, this, [this] {
-        LOG4CPLUS_ERROR(logger(), "The host hears nothing from the bus any more, it ends");
+        LOG4CPLUS_ERROR(hostLogger(), "The host hears nothing from the bus any more, it ends");
         Q_EMIT failed();
     });
     connect(&m_control, &HostControl::heard, &m_watchdog, &BusWatchdog::note);
@@ -34,7 +34,7 @@ bool Host::start()
     // meantime is answered when the event loop runs.
     const auto started = m_control.start();
     if (!started) {
-        LOG4CPLUS_ERROR(logger(),
+        LOG4CPLUS_ERROR(hostLogger(),
                         "Couldn't take the host's name on the system bus: " << started.why());
         return false;
     }
@@ -44,7 +44,7 @@ bool Host::start()
         return false;
     for (const CMPath& path : std::as_const(m_config.activate))
         activate(path);
-    LOG4CPLUS_INFO(logger(), "The host runs, with " << m_root.nodeInfos().size() << " nodes");
+    LOG4CPLUS_INFO(hostLogger(), "The host runs, with " << m_root.nodeInfos().size() << " nodes");
     return true;
 }
 
@@ -62,11 +62,11 @@ bool Host::addLibraries()
     for (const WorkerConfig& config : std::as_const(m_config.workers)) {
         auto worker = createWorker(config.library, config.config);
         if (worker) {
-            LOG4CPLUS_INFO(logger(), "Loaded the worker of " << config.library);
+            LOG4CPLUS_INFO(hostLogger(), "Loaded the worker of " << config.library);
             m_root.addWorker(std::move(*worker));
             continue;
         }
-        LOG4CPLUS_ERROR(logger(),
+        LOG4CPLUS_ERROR(hostLogger(),
                         "Couldn't load the worker of " << config.library << ": " << worker.why());
         if (config.required)
             return false;
@@ -78,7 +78,7 @@ void Host::activate(const CMPath& path)
 {
     const auto reply = CMReply<QVariant>::create();
     reply.onError(this, [path](const CMError& error) {
-        LOG4CPLUS_ERROR(logger(), "Couldn't activate " << path << ": " << error);
+        LOG4CPLUS_ERROR(hostLogger(), "Couldn't activate " << path << ": " << error);
     });
     m_root.invoke(path, OrvaHash(), reply);
 }

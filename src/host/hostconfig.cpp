@@ -6,7 +6,7 @@
 
 namespace {
 
-ORVA_LOGGER("HostConfig")
+ORVA_LOGGER(configLogger, "HostConfig")
 
 struct InterfacesRecord : OrvaHash
 {
@@ -57,7 +57,8 @@ void logUnknownKeys(const OrvaHash& config)
     for (const QString& key : keys) {
         if (std::none_of(fields.begin(), fields.end(),
                          [&key](const OrvaField& field) { return field.key == key; }))
-            LOG4CPLUS_WARN(logger(), "The configuration's key \"" << key << "\" means nothing");
+            LOG4CPLUS_WARN(configLogger(),
+                           "The configuration's key \"" << key << "\" means nothing");
     }
 }
 

@@ -10,7 +10,7 @@ namespace {
 constexpr qint64 MaxValue = 1 << 20;   // bytes of what a node announces
 constexpr qint64 MaxAnswer = 16 << 20; // bytes; the bus throws off who sends it twice as much
 
-ORVA_LOGGER("HostControl")
+ORVA_LOGGER(controlLogger, "HostControl")
 
 QString objectPath()
 {
@@ -172,7 +172,7 @@ void HostControl::announce(const CMPath& path, const OrvaValue& value)
 {
     QVariantMap shown;
     if (orvaBusSize(value.__hash()) > MaxValue)
-        LOG4CPLUS_WARN(logger(), "The value at " << path << " is too large for the bus");
+        LOG4CPLUS_WARN(controlLogger(), "The value at " << path << " is too large for the bus");
     else if (!m_root.isSecret(path))
         shown = OrvaPlain::toBus(value.__hash());
     Q_EMIT ValueChanged(path.toString(), shown);

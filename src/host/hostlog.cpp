@@ -16,7 +16,7 @@
 
 namespace {
 
-ORVA_LOGGER("Qt")
+ORVA_LOGGER(qtLogger, "Qt")
 
 log4cplus::LogLevel levelOf(QtMsgType type)
 {
@@ -37,7 +37,7 @@ log4cplus::LogLevel levelOf(QtMsgType type)
 
 void logQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    logger().log(levelOf(type), orvaLogLine(orvaLogText(text)).toStdString());
+    qtLogger().log(levelOf(type), orvaLogLine(orvaLogText(text)).toStdString());
 }
 
 /// The journal's own form: the priority of syslog(3) first, and no time.

@@ -14,14 +14,14 @@
 
 namespace {
 
-ORVA_LOGGER("Host")
+ORVA_LOGGER(mainLogger, "Host")
 
 constexpr int Failure = 1;
 constexpr int UsageError = 2;
 
 int refuse(const QString& text)
 {
-    LOG4CPLUS_ERROR(logger(), text);
+    LOG4CPLUS_ERROR(mainLogger(), text);
     return UsageError;
 }
 
@@ -35,7 +35,7 @@ int run(const HostConfig& config)
         return Failure;
     ::sd_notify(0, "READY=1");
     const int status = QCoreApplication::exec();
-    LOG4CPLUS_INFO(logger(), "The host ends");
+    LOG4CPLUS_INFO(mainLogger(), "The host ends");
     return status;
 }
 
@@ -88,8 +88,8 @@ int main(int argc, char** argv)
 
     auto config = readHostConfig(parser.value(configFile));
     if (!config) {
-        LOG4CPLUS_ERROR(logger(), "Couldn't use the configuration " << parser.value(configFile)
-                                                                    << ": " << config.why());
+        LOG4CPLUS_ERROR(mainLogger(), "Couldn't use the configuration " << parser.value(configFile)
+                                                                        << ": " << config.why());
         return EX_CONFIG;
     }
     if (parser.isSet(stateDirectory))

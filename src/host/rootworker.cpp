@@ -1,7 +1,7 @@
 #include "rootworker.h"
 
 namespace {
-ORVA_LOGGER("RootWorker")
+ORVA_LOGGER(rootWorkerLogger, "RootWorker")
 } // namespace
 
 RootWorker::RootWorker()
@@ -66,7 +66,7 @@ void RootWorker::trace()
 
 void RootWorker::setDataRequest(const CMSetDataRequest& request)
 {
-    LOG4CPLUS_TRACE(logger(), "Request for " << request);
+    LOG4CPLUS_TRACE(rootWorkerLogger(), "Request for " << request);
     CMAbstractWorker::setDataRequest(request);
 }
 
@@ -103,7 +103,8 @@ bool RootWorker::claim(const CMPath& path, CMAbstractWorker* worker)
     if (owner == worker)
         return false;
     if (owner) {
-        LOG4CPLUS_ERROR(logger(), "Two workers have a node at " << path << ", the first keeps it");
+        LOG4CPLUS_ERROR(rootWorkerLogger(),
+                        "Two workers have a node at " << path << ", the first keeps it");
         return false;
     }
     m_owners.insert(path, worker);

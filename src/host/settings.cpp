@@ -1,7 +1,7 @@
 #include "settings.h"
 
 namespace {
-ORVA_LOGGER("Settings")
+ORVA_LOGGER(settingsLogger, "Settings")
 } // namespace
 
 Settings::Settings(const QVector<SettingDefault>& defaults, const QString& directory)
@@ -17,8 +17,9 @@ Settings::Settings(const QVector<SettingDefault>& defaults, const QString& direc
     const auto isKnown = [this](const QString& path) { return nodes().find(CMPath(path)); };
     unknown.erase(std::remove_if(unknown.begin(), unknown.end(), isKnown), unknown.end());
     if (!unknown.isEmpty())
-        LOG4CPLUS_INFO(logger(), "Kept, though nobody here knows them, are the stored settings "
-                                     << unknown.join(QStringLiteral(", ")));
+        LOG4CPLUS_INFO(settingsLogger(),
+                       "Kept, though nobody here knows them, are the stored settings "
+                           << unknown.join(QStringLiteral(", ")));
 }
 
 Settings::~Settings()
@@ -75,7 +76,8 @@ void Settings::commit()
 
 void Settings::refuse(const CMSetDataRequest& request, const CMError& error) const
 {
-    LOG4CPLUS_ERROR(logger(), "Couldn't store " << request.path() << ": " << error.message());
+    LOG4CPLUS_ERROR(settingsLogger(),
+                    "Couldn't store " << request.path() << ": " << error.message());
     const auto context =
         trExtractContext("void Settings::refuse(const CMSetDataRequest&, const QString&) const");
     request.fail(CMError(QStringLiteral("NotStored"),

@@ -15,7 +15,7 @@ namespace {
 
 constexpr qint64 MaxFileSize = 64 << 20;
 
-ORVA_LOGGER("Settings")
+ORVA_LOGGER(settingsFileLogger, "Settings")
 
 QString fileName()
 {
@@ -41,9 +41,10 @@ SettingsFile::SettingsFile(const QString& directory)
     : m_directory(QDir(directory).absolutePath())
 {
     if (!PrivateFile::makeDirectory(m_directory))
-        LOG4CPLUS_ERROR(logger(), "Couldn't make the state directory " << m_directory);
+        LOG4CPLUS_ERROR(settingsFileLogger(), "Couldn't make the state directory " << m_directory);
     if (const int strays = PrivateFile::sweep(m_directory, fileName()))
-        LOG4CPLUS_INFO(logger(), "Removed what " << strays << " interrupted writes left behind");
+        LOG4CPLUS_INFO(settingsFileLogger(),
+                       "Removed what " << strays << " interrupted writes left behind");
     read();
 }
 
@@ -84,7 +85,7 @@ void SettingsFile::read()
         return setAside(file.why());
     const auto& bytes = *file;
     if (!bytes) {
-        LOG4CPLUS_INFO(logger(), "No settings are stored in " << m_directory << " yet");
+        LOG4CPLUS_INFO(settingsFileLogger(), "No settings are stored in " << m_directory << " yet");
         return;
     }
     QJsonParseError error;
@@ -99,27 +100,30 @@ void SettingsFile::read()
 void SettingsFile::setAside(const QString& reason)
 {
     const QString name = freeName();
-    LOG4CPLUS_ERROR(logger(), "The settings file " << filePath() << " is damaged: " << reason
-                                                   << ". It is set aside as " << name);
+    LOG4CPLUS_ERROR(settingsFileLogger(), "The settings file " << filePath()
+                                                               << " is damaged: " << reason
+                                                               << ". It is set aside as " << name);
     if (::rename(QFile::encodeName(filePath()).constData(), QFile::encodeName(name).constData()) ==
         0)
         return;
     m_blocked = CMError::failed(QStringLiteral("the damaged settings file could not be set aside"));
-    LOG4CPLUS_ERROR(logger(), "No setting will be stored: " << m_blocked->message());
+    LOG4CPLUS_ERROR(settingsFileLogger(), "No setting will be stored: " << m_blocked->message());
 }
 
 void SettingsFile::drop(const CMPath& path, const QString& reason)
 {
-    LOG4CPLUS_ERROR(logger(), "The stored setting " << path << " does not suit: " << reason
-                                                    << ". Its default is used");
+    LOG4CPLUS_ERROR(settingsFileLogger(), "The stored setting " << path
+                                                                << " does not suit: " << reason
+                                                                << ". Its default is used");
     if (!m_copied) {
         const QString name = freeName();
         // The next write puts another file under the old name.
         m_copied = ::link(QFile::encodeName(filePath()).constData(),
                           QFile::encodeName(name).constData()) == 0;
-        LOG4CPLUS_ERROR(logger(), (m_copied ? "The settings as they were are kept as "
-                                            : "Couldn't keep the settings as they were as ")
-                                      << name);
+        LOG4CPLUS_ERROR(settingsFileLogger(),
+                        (m_copied ? "The settings as they were are kept as "
+                                  : "Couldn't keep the settings as they were as ")
+                            << name);
     }
     if (!m_copied) {
         // The next write would destroy the only copy.
@@ -130,7 +134,7 @@ void SettingsFile::drop(const CMPath& path, const QString& reason)
     entries.remove(path.toString());
     const auto written = write(entries);
     if (!written)
-        LOG4CPLUS_ERROR(logger(), "Couldn't store the settings: " << written.why());
+        LOG4CPLUS_ERROR(settingsFileLogger(), "Couldn't store the settings: " << written.why());
 }
 
 OrvaResult<void> SettingsFile::write(const QJsonObject& entries)

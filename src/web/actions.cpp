@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 40s;
+constexpr auto answerPatience = 40s;
 /// A session lasts two minutes: the time to walk to the router.
 constexpr auto sessionPatience = 130s;
 
@@ -77,7 +77,7 @@ std::optional<Body> Actions::read(const QByteArray& json, const Done& done)
 
 void Actions::invoke(const CMPath& path, const OrvaValue& value, const Done& done)
 {
-    m_host.invoke(path, value, patience, withoutAnswer(done));
+    m_host.invoke(path, value, answerPatience, withoutAnswer(done));
 }
 
 void Actions::setProfile(const OrvaNetworkProfile& profile, const Done& done)
@@ -154,7 +154,7 @@ void Actions::makePin(const QByteArray& json, const Done& done)
 {
     if (!read<EmptyBody>(json, done))
         return;
-    m_host.invoke(OrvaNetworkGenerateWpsPinPath(), {}, patience,
+    m_host.invoke(OrvaNetworkGenerateWpsPinPath(), {}, answerPatience,
                   [done](const OrvaResult<OrvaValue>& pin) {
                       if (pin)
                           done(QVariantHash{{PinBody::Pin(), pin->string_()}});

@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 /// The most that the host grants, and less than half of it.
 constexpr auto expiry = 60s;
 constexpr auto renewal = 25s;
-constexpr auto patience = 30s;
+constexpr auto renewalPatience = 30s;
 
 OrvaNetworkProfileSoftApRequest ownRequest()
 {
@@ -41,7 +41,8 @@ void SoftApKeeper::close(const HostLink::Done& done)
     m_isAskedFor = false;
     m_isDone = true;
     renewOrRest();
-    m_host.invoke(OrvaNetworkRevokeSoftApPath(), OrvaValue::of(ownRequest()), patience, done);
+    m_host.invoke(OrvaNetworkRevokeSoftApPath(), OrvaValue::of(ownRequest()), renewalPatience,
+                  done);
 }
 
 void SoftApKeeper::setReaders(int all, int throughSoftAp)
@@ -76,6 +77,6 @@ void SoftApKeeper::request(const HostLink::Done& done)
         request.setSettings(settings);
     }
     m_host.invoke(
-        OrvaNetworkRequestSoftApPath(), OrvaValue::of(request), patience,
+        OrvaNetworkRequestSoftApPath(), OrvaValue::of(request), renewalPatience,
         done ? done : [](const OrvaResult<OrvaValue>&) {});
 }

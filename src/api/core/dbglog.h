@@ -10,10 +10,11 @@
 /// Text in a log line, as UTF-8, escaped by `orvaLogText`: no text can forge a line.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 
-/// Defines `logger()`, the logger of that name: for the file where it stands in one, for the class
-/// where it stands in one. Made on first use, when the log is configured.
-#define ORVA_LOGGER(name)                                                                  \
-    [[nodiscard]] static inline const log4cplus::Logger& logger()                          \
+/// Defines the function `function`, which answers the logger `name`: for the file where it stands
+/// in one, for the class where it stands in one. Made on first use, when the log is configured.
+/// Each file names its own, so that several can be compiled together.
+#define ORVA_LOGGER(function, name)                                                        \
+    [[nodiscard]] static inline const log4cplus::Logger& function()                        \
     {                                                                                      \
         static const auto instance = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT(name)); \
         return instance;                                                                   \
@@ -34,7 +35,7 @@ private:
     const char* m_signature;
 };
 
-/// The guard to open a function with: `const auto trace = dbglog_scopedFunction(logger(),
+/// The guard to open a function with: `const auto trace = dbglog_scopedFunction(anyLogger(),
 /// Q_FUNC_INFO);`. The logger must outlive the guard.
 [[nodiscard]] inline CMTraceScope dbglog_scopedFunction(const log4cplus::Logger& logger,
                                                         const char* signature)

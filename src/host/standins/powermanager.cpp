@@ -11,7 +11,7 @@ constexpr int MaxRequests = 100; // A thousand rows are most of a megabyte.
 constexpr int MaxModuleName = 64;
 constexpr int MaxModules = 100;
 
-ORVA_LOGGER("PowerManager")
+ORVA_LOGGER(powerManagerLogger, "PowerManager")
 
 /// The record that a request carries, without the fields that no record of its kind has; nothing,
 /// and the request refused, where it is malformed.
@@ -84,7 +84,7 @@ void PowerManager::on_register(const CMSetDataRequest& request)
     row.setId(module->moduleName());
     row.setTitle(module->moduleName());
     m_modules->rowsSetById(row);
-    LOG4CPLUS_DEBUG(logger(), "Module " << module->moduleName());
+    LOG4CPLUS_DEBUG(powerManagerLogger(), "Module " << module->moduleName());
     request.answer();
 }
 
@@ -126,7 +126,7 @@ bool PowerManager::isRegistered(const QString& module) const
 
 void PowerManager::record(const QString& what, const OrvaHash& request)
 {
-    LOG4CPLUS_DEBUG(logger(), "Request for a " << what << ": " << request);
+    LOG4CPLUS_DEBUG(powerManagerLogger(), "Request for a " << what << ": " << request);
     OrvaRoles row;
     row.setId(QString::number(++m_requestCount));
     row.setTitle(what);

@@ -13,7 +13,7 @@
 
 namespace {
 
-ORVA_LOGGER("WifiRestarter")
+ORVA_LOGGER(restarterLogger, "WifiRestarter")
 
 bool setUp(int socket, const QByteArray& name, bool up)
 {
@@ -58,11 +58,11 @@ void WifiRestarter::on_restart(const CMSetDataRequest& request)
     const int error = takeDownAndUp(interface);
     if (error != 0) {
         const QString reason = QString::fromLocal8Bit(std::strerror(error));
-        LOG4CPLUS_ERROR(logger(), "Couldn't restart " << interface << ": " << reason);
+        LOG4CPLUS_ERROR(restarterLogger(), "Couldn't restart " << interface << ": " << reason);
         request.fail(CMError::failed(reason));
         return;
     }
-    LOG4CPLUS_INFO(logger(), "Restarted " << interface);
+    LOG4CPLUS_INFO(restarterLogger(), "Restarted " << interface);
     m_count->setValue(OrvaValue::of(m_count->value().i32_() + 1));
     request.answer();
 }

@@ -1,10 +1,9 @@
 // What the backend reports, where it concerns several rooms.
 #include "backend/softapinterface.h"
-#include "core/dbglog.h"
 #include "networking.h"
+#include "networkinglog.h"
 
 namespace {
-ORVA_LOGGER("Networking")
 } // namespace
 
 QStringList Networking::disconnectingInterfaces() const
@@ -14,8 +13,8 @@ QStringList Networking::disconnectingInterfaces() const
 
 void Networking::setLinkStatus(const QString& interface, bool up)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "linkStatus: " << interface << " is " << up);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(networkingLogger(), "linkStatus: " << interface << " is " << up);
     if (isSoftApInterface(interface))
         m_softAps.setLinkStatus(interface, up);
     else
@@ -46,12 +45,12 @@ void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
 
 void Networking::setDisconnecting(const QString& interface)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const bool ours = interface == m_wiredInterfaceName || interface == m_wirelessInterfaceName;
     if (!ours && isSoftApInterface(interface))
         m_softAps.setDisconnecting(interface);
     else if (!ours)
-        LOG4CPLUS_WARN(logger(), "Disconnecting unknow interface: " << interface);
+        LOG4CPLUS_WARN(networkingLogger(), "Disconnecting unknow interface: " << interface);
     m_picture.setDisconnecting(interface);
     updateConnectingMessage(QString());
 }
@@ -65,8 +64,8 @@ void Networking::updateConnectingMessage(const QString& message)
 
 void Networking::setCurrentCableStatus(bool connected)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(logger(), "connected: " << connected);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_TRACE(networkingLogger(), "connected: " << connected);
     m_picture.setCurrentCableStatus(connected, m_profiles.configured());
     if (!connected && m_profiles.configured().wireless)
         m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, true);
@@ -74,8 +73,8 @@ void Networking::setCurrentCableStatus(bool connected)
 
 void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& description)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_TRACE(logger(), "ssid: " << ssid << "description: " << description);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
     updateConnectingMessage(description);
     m_picture.setAuthError(ssid);
     m_profiles.countAuthFailure();
@@ -83,14 +82,14 @@ void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& descr
 
 void Networking::on_lowlevel_Error(const QString& message)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_ERROR(logger(), "Received low-level network error: " << message);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_ERROR(networkingLogger(), "Received low-level network error: " << message);
 }
 
 void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
                                                     Networking_LowLevel::InterfaceStatus status)
 {
-    LOG4CPLUS_TRACE(logger(), "Interface: " << interface << " status: " << status);
+    LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
     if (interface != m_wirelessInterfaceName)
         return;
     m_localSoftAp.restoreLocalSoftAp();

@@ -1,9 +1,7 @@
-#include "core/dbglog.h"
 #include "networking.h"
+#include "networkinglog.h"
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// How long a shutdown is announced before everything stops.
 constexpr int shutdownDelayMs = 2000;
@@ -25,17 +23,17 @@ void Networking::setLife(NetworkingLife life)
 {
     if (life == m_life)
         return;
-    LOG4CPLUS_DEBUG(logger(), "Life: " << NetworkingLife::toString(m_life) << " -> "
-                                       << NetworkingLife::toString(life));
+    LOG4CPLUS_DEBUG(networkingLogger(), "Life: " << NetworkingLife::toString(m_life) << " -> "
+                                                 << NetworkingLife::toString(life));
     m_life = life;
 }
 
 void Networking::on_start_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_life == NetworkingLife::Started) {
         const QString text = QStringLiteral("start_req called while already started!");
-        LOG4CPLUS_ERROR(logger(), text);
+        LOG4CPLUS_ERROR(networkingLogger(), text);
         return request.fail(CMError(QStringLiteral("Error"), text));
     }
     cancelShutdown();
@@ -46,13 +44,13 @@ void Networking::on_start_req(const CMSetDataRequest& request)
 
 void Networking::on_stop_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const NetworkingLife before = m_life;
     if (before.isStarted())
         setLife(NetworkingLife::Stopping);
     if (!m_lowlevel->disconnect()) {
         setLife(before);
-        LOG4CPLUS_WARN(logger(), "Unable to disconnect!");
+        LOG4CPLUS_WARN(networkingLogger(), "Unable to disconnect!");
         return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(stopContext),
                                                                       "Unable to disconnect!")));
     }
@@ -70,7 +68,7 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
 
 void Networking::on_restart_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     on_stop_req(CMSetDataRequest());
     on_start_req(CMSetDataRequest());
     request.answer();
@@ -78,7 +76,7 @@ void Networking::on_restart_req(const CMSetDataRequest& request)
 
 void Networking::on_shutdown_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_life.isShuttingDown())
         return request.fail(
             CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
@@ -91,7 +89,7 @@ void Networking::on_shutdown_req(const CMSetDataRequest& request)
 
 void Networking::on_shutdownTimer_timeout()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_life.isShuttingDown())
         on_stop_req(CMSetDataRequest());
     // Where the backend refused to disconnect, the picture goes back to what is up.
@@ -104,6 +102,6 @@ void Networking::cancelShutdown()
     if (!m_life.isShuttingDown())
         return;
     setLife(m_life.isStarted() ? NetworkingLife::Started : NetworkingLife::Stopped);
-    LOG4CPLUS_INFO(logger(), "The pending shutdown is called off");
+    LOG4CPLUS_INFO(networkingLogger(), "The pending shutdown is called off");
     m_picture.cancelShutdown(m_profiles.inUse(), m_softAps.calculateSoftApState());
 }

@@ -3,8 +3,8 @@
 #include "backend/fake/networkinglowlevelfake.h"
 #include "backend/lumo/networkinglowlevellumo.h"
 #include "backend/mounttable.h"
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "nodetable.h"
 #include "nodevalues.h"
 #include "power/powerrecords.h"
@@ -13,8 +13,6 @@
 #include <QFile>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 QString mountTableFile()
 {
@@ -25,10 +23,10 @@ QString mountTableFile()
 std::unique_ptr<Networking_LowLevel> chooseBackend(NetworkListener& listener)
 {
     if (Networking::isNFS()) {
-        LOG4CPLUS_INFO(logger(), "Using Fake lowlevel networking module (run from NFS)");
+        LOG4CPLUS_INFO(networkingLogger(), "Using Fake lowlevel networking module (run from NFS)");
         return std::make_unique<Networking_LowLevel_Fake>(listener);
     }
-    LOG4CPLUS_INFO(logger(), "Using LUMO lowlevel networking module");
+    LOG4CPLUS_INFO(networkingLogger(), "Using LUMO lowlevel networking module");
     return std::make_unique<Networking_LowLevel_LUMO>(listener);
 }
 

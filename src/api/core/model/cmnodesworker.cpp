@@ -4,7 +4,7 @@
 #include "core/model/nodes/cmvaluenode.h"
 
 namespace {
-ORVA_LOGGER("CMNodesWorker")
+ORVA_LOGGER(nodesWorkerLogger, "CMNodesWorker")
 } // namespace
 
 CMNodesWorker::CMNodesWorker(const QVariantHash& config, const QString& name, QObject* parent)
@@ -22,8 +22,9 @@ void CMNodesWorker::trace()
 {
     for (const CMUINode* node : m_nodes.all()) {
         const auto* valueNode = qobject_cast<const CMValueNode*>(node);
-        LOG4CPLUS_DEBUG(logger(), m_name << ": " << node->path() << " "
-                                         << (valueNode ? valueNode->value() : OrvaValue()));
+        LOG4CPLUS_DEBUG(nodesWorkerLogger(), m_name
+                                                 << ": " << node->path() << " "
+                                                 << (valueNode ? valueNode->value() : OrvaValue()));
     }
 }
 

@@ -7,7 +7,7 @@
 #include <QTimer>
 
 namespace {
-ORVA_LOGGER("CMReply")
+ORVA_LOGGER(replyLogger, "CMReply")
 } // namespace
 
 std::shared_ptr<CMReplyData> CMReplyData::create()
@@ -29,7 +29,7 @@ void CMReplyData::release(CMReplyData* data)
 void CMReplyData::finish(const QVariant& value, const CMError& error)
 {
     if (m_finished) {
-        LOG4CPLUS_ERROR(logger(),
+        LOG4CPLUS_ERROR(replyLogger(),
                         "A reply was finished twice, the second end is ignored: " << error);
         return;
     }

@@ -4,7 +4,7 @@
 #include "core/orva.h"
 
 namespace {
-ORVA_LOGGER("CMInitWatcher")
+ORVA_LOGGER(initWatcherLogger, "CMInitWatcher")
 } // namespace
 
 CMValueItem::CMValueItem(QObject* parent, const CMPath& path)
@@ -63,7 +63,7 @@ void CMInitWatcher::done()
     m_done = true;
     for (const CMValueItem* item : std::as_const(m_missing)) {
         if (item->value().isEmpty())
-            LOG4CPLUS_DEBUG(logger(), m_name << " waits for " << item->path());
+            LOG4CPLUS_DEBUG(initWatcherLogger(), m_name << " waits for " << item->path());
     }
     QMetaObject::invokeMethod(this, &CMInitWatcher::checkComplete, Qt::QueuedConnection);
 }

@@ -1,7 +1,7 @@
 #include "world/played/playedcable.h"
 
 namespace {
-constexpr int hostNumber = 20;
+constexpr int cableHostNumber = 20;
 }
 
 void PlayedCable::configure(bool enabled, const std::optional<StaticIp>& ip)
@@ -43,7 +43,7 @@ InterfaceStatus PlayedCable::currentStatus() const
 std::optional<Lease> PlayedCable::askLease() const
 {
     const auto& world = description();
-    return ::lease(world.network(world.cableNetwork), m_ip, hostNumber, world.wiredMac);
+    return ::lease(world.network(world.cableNetwork), m_ip, cableHostNumber, world.wiredMac);
 }
 
 InterfaceDetails PlayedCable::details() const

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int hostNumber = 21;
+constexpr int radioHostNumber = 21;
 
 QVector<KnownNetwork> byPriority(QVector<KnownNetwork> networks)
 {
@@ -185,7 +185,7 @@ std::optional<Lease> PlayedRadio::askLease() const
     const auto* point = target();
     if (!point)
         return std::nullopt;
-    return ::lease(description().network(point->network), m_ip, hostNumber,
+    return ::lease(description().network(point->network), m_ip, radioHostNumber,
                    description().wirelessMac);
 }
 

@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int programLimit = 5000;      // ms
-constexpr int retryMilliseconds = 5000; // of a file that could not be written
+constexpr int programLimit = 5000;        // ms
+constexpr int rewriteMilliseconds = 5000; // of a file that could not be written
 const QByteArray header = QByteArrayLiteral("# Written by lumod; changes are lost.\n");
 
 /// A link-local server is reached through its interface alone.
@@ -123,7 +123,7 @@ void NameServers::writeFile()
         return finish(Failure{QStringLiteral("%1 is somebody else's, leaving it").arg(name)});
     const auto saved = saveText(name, fileText());
     if (!saved)
-        m_retry.start(retryMilliseconds);
+        m_retry.start(rewriteMilliseconds);
     finish(saved);
 }
 

@@ -1,12 +1,10 @@
 #include "picture/networkinforules.h"
 
-#include "core/dbglog.h"
+#include "networkinglog.h"
 
 #include <algorithm>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// `target` with the fields named, as `source` has them, their absence included.
 template <class Record>
@@ -137,7 +135,7 @@ OrvaNetworkInfo withCable(OrvaNetworkInfo info, bool connected, Configured confi
 
 OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid, bool suspect)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (info.wireless().ssid() == ssid)
         info.editWireless([&](auto& wireless) { wireless.setCredentialsSuspect(suspect); });
     auto networks = info.wirelessNetworks();
@@ -145,7 +143,7 @@ OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ss
         networks.begin(), networks.end(),
         [&](const OrvaNetworkWirelessInterface& network) { return network.ssid() == ssid; });
     if (found != networks.end()) {
-        LOG4CPLUS_DEBUG(logger(),
+        LOG4CPLUS_DEBUG(networkingLogger(),
                         "Found ssid: " << ssid << " updating credentialsSuspect to: " << suspect);
         found->setCredentialsSuspect(suspect);
         info.setWirelessNetworks(networks);

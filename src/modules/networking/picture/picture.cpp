@@ -1,8 +1,8 @@
 #include "picture/picture.h"
 
 #include "backend/networkinglowlevel.h"
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "picture/currentstateprofile.h"
 #include "picture/webserverurl.h"
@@ -10,8 +10,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 QString textOf(OrvaNetworkState state)
 {
@@ -58,9 +56,9 @@ Picture::Picture(const CMNodes& nodes, Networking_LowLevel& backend, const QStri
 
 void Picture::publishFirstMacs(const QString& ethernetMac, const QString& wirelessMac)
 {
-    LOG4CPLUS_INFO(logger(), "Ethernet MAC address: " << ethernetMac);
+    LOG4CPLUS_INFO(networkingLogger(), "Ethernet MAC address: " << ethernetMac);
     m_ethernetMacNode->setValue(OrvaValue::of(ethernetMac));
-    LOG4CPLUS_INFO(logger(), "Wireless MAC address: " << wirelessMac);
+    LOG4CPLUS_INFO(networkingLogger(), "Wireless MAC address: " << wirelessMac);
     m_wirelessMacNode->setValue(OrvaValue::of(wirelessMac));
     m_currentMacNode->setValue(OrvaValue::of(ethernetMac.isEmpty() ? wirelessMac : ethernetMac));
     m_macMissed = currentMac().isEmpty();
@@ -103,8 +101,9 @@ void Picture::publishInfoAndState(OrvaNetworkInfo info)
     info.setState(calculateNetworkInfoState(info));
     const OrvaNetworkState old = m_stateNode->value().networkState();
     if (old != info.state())
-        LOG4CPLUS_INFO(logger(), "Network state: " << OrvaNetworkState::toString(old) << " -> "
-                                                   << OrvaNetworkState::toString(info.state()));
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "Network state: " << OrvaNetworkState::toString(old) << " -> "
+                                         << OrvaNetworkState::toString(info.state()));
     publishInfo(info);
     m_stateConnectedNode->setValue(OrvaValue::of(isLinkUp()));
     m_stateNode->setValue(OrvaValue::of(info.state()));
@@ -203,7 +202,7 @@ void Picture::on_lowlevel_AddressesChanged()
 void Picture::readNetworkState()
 {
     m_addressesChanged = false;
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const OrvaNetworkInfo snapshot = m_lowlevel.getNetworkState();
     const OrvaNetworkInfo old = info();
     OrvaNetworkInfo merged = old;

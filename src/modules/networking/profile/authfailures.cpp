@@ -1,11 +1,10 @@
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "profile/networkprofilerules.h"
 #include "profile/profiles.h"
 
 namespace {
-ORVA_LOGGER("Networking")
 } // namespace
 
 void Profiles::countAuthFailure()
@@ -13,16 +12,17 @@ void Profiles::countAuthFailure()
     if (m_authFailureCount < 0 || m_maxAuthFailures <= 0)
         return;
     ++m_authFailureCount;
-    LOG4CPLUS_WARN(logger(), "Failed connection attempts: " << m_authFailureCount << " of "
-                                                            << m_maxAuthFailures
-                                                            << " maximum attempts");
+    LOG4CPLUS_WARN(networkingLogger(), "Failed connection attempts: " << m_authFailureCount
+                                                                      << " of " << m_maxAuthFailures
+                                                                      << " maximum attempts");
     if (m_authFailureCount == m_maxAuthFailures)
         dropWirelessNetworks();
 }
 
 void Profiles::dropWirelessNetworks()
 {
-    LOG4CPLUS_INFO(logger(), "Max number of authentication attempts hit, wireless key is wrong!");
+    LOG4CPLUS_INFO(networkingLogger(),
+                   "Max number of authentication attempts hit, wireless key is wrong!");
     const OrvaValue stored = readValue(OrvaNetworkCurrentProfileSettingsPath());
     // A late error finds the profile emptied, which must not overwrite the backup.
     if (!hasNetwork(stored.networkProfile()))
@@ -34,7 +34,8 @@ void Profiles::dropWirelessNetworks()
                 [this](const OrvaNetworkProfile& inUse) { return forgetNetworks(inUse); });
             return;
         }
-        LOG4CPLUS_ERROR(logger(), "Keeping the wireless networks, no backup: " << reply.error());
+        LOG4CPLUS_ERROR(networkingLogger(),
+                        "Keeping the wireless networks, no backup: " << reply.error());
         m_authFailureCount = 0;
     });
     CMRoot()->setValue(OrvaNetworkBackupProfileSettingsPath(),
@@ -45,7 +46,7 @@ OrvaResult<OrvaNetworkProfile> Profiles::forgetNetworks(const OrvaNetworkProfile
 {
     if (m_authFailureCount < m_maxAuthFailures) {
         const QString text = QStringLiteral("The wireless networks changed, they stay.");
-        LOG4CPLUS_INFO(logger(), text);
+        LOG4CPLUS_INFO(networkingLogger(), text);
         return CMError(QStringLiteral("error"), text);
     }
     Q_EMIT wirelessNetworksDropped();

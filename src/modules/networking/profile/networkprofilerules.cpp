@@ -1,8 +1,8 @@
 #include "profile/networkprofilerules.h"
 
-#include "core/dbglog.h"
 #include "core/orvamask.h"
 #include "network/networkrules.h"
+#include "networkinglog.h"
 
 #include <QHash>
 
@@ -10,14 +10,12 @@
 
 namespace {
 
-ORVA_LOGGER("Networking")
-
 OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
 {
     const QString why = orvaNetworkIsKeyValid(network.key(), network.encryption());
     if (why.isEmpty())
         return {};
-    LOG4CPLUS_ERROR(logger(), "Invalid key/encryption: " << why);
+    LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
     return CMError(QStringLiteral("error"), why);
 }
 
@@ -100,8 +98,8 @@ void limitNetworks(OrvaNetworkProfile& profile, qint32 maximum)
     const auto networks = profile.wirelessNetworks();
     if (networks.size() < 2 || maximum < 1 || maximum >= networks.size())
         return;
-    LOG4CPLUS_INFO(logger(), "Have too many configured wifi networks, only keeping first "
-                                 << maximum << " network(s)");
+    LOG4CPLUS_INFO(networkingLogger(), "Have too many configured wifi networks, only keeping first "
+                                           << maximum << " network(s)");
     profile.setWirelessNetworks(networks.mid(0, maximum));
 }
 
@@ -169,7 +167,7 @@ void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile)
 {
     const auto networks = profile.wirelessNetworks();
     if (!networks.isEmpty() && profile.wireless() != networks.first())
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(networkingLogger(),
                        "Profile invariant (wireless == wirelessNetworks[0]) is false: " << profile);
 }
 

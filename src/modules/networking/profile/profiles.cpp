@@ -1,9 +1,9 @@
 #include "profile/profiles.h"
 
 #include "backend/networkinglowlevel.h"
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
 #include "networkingerror.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "picture/picture.h"
 #include "profile/networkprofilerules.h"
@@ -11,8 +11,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 using Profile = OrvaNetworkProfile;
 
@@ -59,7 +57,7 @@ void Profiles::start()
 {
     // A profile that is still being stored is in use.
     const Profile stored = m_requests.isEmpty() ? storedProfile() : m_profile;
-    LOG4CPLUS_DEBUG(logger(), "Initializing connection, profile: " << stored);
+    LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
     const Profile before = m_profile;
     applyProfile(withNetworkList(stored));
     Q_EMIT profileApplied(m_profile, before);
@@ -68,8 +66,8 @@ void Profiles::start()
 
 void Profiles::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_INFO(logger(), "Received Network Profile Request");
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
     m_requests.enqueue(request);
     if (m_requests.size() == 1)
         setNextProfile();
@@ -91,7 +89,7 @@ bool Profiles::setProfile(const CMSetDataRequest& request)
     const qint32 maximum = readValue(OrvaNetworkMaxNumberWifiNetworks()).i32_();
     const Profile before = m_profile;
     const Profile merged = computeNewNetworkProfile(*requested, before, maximum);
-    LOG4CPLUS_INFO(logger(), "Profile data changed. Loading...");
+    LOG4CPLUS_INFO(networkingLogger(), "Profile data changed. Loading...");
     applyProfile(merged);
     store(before);
     adoptProfile();
@@ -101,14 +99,14 @@ bool Profiles::setProfile(const CMSetDataRequest& request)
 OrvaResult<Profile> Profiles::requestedProfile(const CMSetDataRequest& request) const
 {
     if (!m_life.isStarted()) {
-        LOG4CPLUS_WARN(logger(), "Networking isn't started yet, can't set a profile!");
+        LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
         return networkingError(setProfileContext, "Networking is not started.");
     }
     const Change change = m_changes.value(request.reply().data());
     const auto profile = change ? change(m_profile) : extractNetworkProfile(request);
     if (!profile)
         return profile;
-    LOG4CPLUS_INFO(logger(), "New profile: " << *profile);
+    LOG4CPLUS_INFO(networkingLogger(), "New profile: " << *profile);
     const auto verified = verifyProfile(*profile);
     return verified ? profile : verified.error();
 }
@@ -150,7 +148,8 @@ void Profiles::profileStored(const Profile& before, const CMError& error)
 
 void Profiles::restoreProfile(const Profile& before)
 {
-    LOG4CPLUS_WARN(logger(), "The profile could not be stored, going back to the one before");
+    LOG4CPLUS_WARN(networkingLogger(),
+                   "The profile could not be stored, going back to the one before");
     if (m_life.isStarted()) {
         applyProfile(before);
     } else {
@@ -163,15 +162,15 @@ void Profiles::restoreProfile(const Profile& before)
 
 bool Profiles::applyProfile(const Profile& profile)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_INFO(logger(),
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_INFO(networkingLogger(),
                    "Applying profile: type: " << OrvaNetworkProfileType::toString(profile.type())
                                               << " data: " << profile);
     // First of all: what the backend reports inside the call is seen in its light.
     m_profile = profile;
     publishKnownNetworks();
     if (!m_lowlevel.applyProfile(profile)) {
-        LOG4CPLUS_ERROR(logger(), "Unable to apply profile!");
+        LOG4CPLUS_ERROR(networkingLogger(), "Unable to apply profile!");
         return false;
     }
     return true;
@@ -185,10 +184,10 @@ void Profiles::publishKnownNetworks()
     if (hasWireless)
         Q_EMIT wifiNeeded(true);
     if (connects)
-        LOG4CPLUS_INFO(logger(),
+        LOG4CPLUS_INFO(networkingLogger(),
                        "Applying wireless profile, wired: " << OrvaNetworkState::toString(wired));
     else if (hasWireless)
-        LOG4CPLUS_INFO(logger(), "Not applying wireless profile, wired is connected");
+        LOG4CPLUS_INFO(networkingLogger(), "Not applying wireless profile, wired is connected");
     m_picture.edit([&](OrvaNetworkInfo& info) {
         info = withUnconfiguredIdle(info, configured());
         info.setWirelessNetworks(knownNetworks(m_profile));
@@ -218,9 +217,9 @@ CMReply<QVariant> Profiles::requestChange(const Change& change)
 
 void Profiles::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     const QString ssid = request.value().string_();
-    LOG4CPLUS_INFO(logger(), "ssid: " << ssid);
+    LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
     const auto known = forgetNetwork(m_profileNode->value().networkProfile(), ssid);
     // A profile that still waits, or a change on its way, may bring the network.
     if (!known && m_requests.isEmpty() && m_changes.isEmpty())

@@ -1,15 +1,13 @@
 #include "radio/airplanemode.h"
 
-#include "core/dbglog.h"
 #include "core/orva.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "orvaprocesshandler.h"
 #include "picture/picture.h"
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// How long rfkill may block the event loop.
 constexpr int rfkillTimeoutMs = 5000;
@@ -17,15 +15,16 @@ constexpr int rfkillTimeoutMs = 5000;
 QStringList rfkillArguments(bool airplaneMode, OrvaAirplaneModeType type)
 {
     if (!airplaneMode) {
-        LOG4CPLUS_INFO(logger(), "airplaneMode disabled, wifi/bluetooth will now work again");
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "airplaneMode disabled, wifi/bluetooth will now work again");
         return {QStringLiteral("unblock"), QStringLiteral("all")};
     }
     if (type == OrvaAirplaneModeType::WifiOnly) {
-        LOG4CPLUS_INFO(logger(),
+        LOG4CPLUS_INFO(networkingLogger(),
                        "airplaneMode enabled, only wifi will be blocked, BT will still work");
         return {QStringLiteral("block"), QStringLiteral("wifi")};
     }
-    LOG4CPLUS_INFO(logger(), "airplaneMode enabled, wifi & bluetooth will be blocked");
+    LOG4CPLUS_INFO(networkingLogger(), "airplaneMode enabled, wifi & bluetooth will be blocked");
     return {QStringLiteral("block"), QStringLiteral("all")};
 }
 
@@ -34,9 +33,9 @@ void runRfkill(const QStringList& arguments)
     const OrvaProcessHandlerResult result =
         OrvaProcessHandler::startSync(QStringLiteral("rfkill"), arguments, rfkillTimeoutMs);
     if (result.finishedOk())
-        LOG4CPLUS_DEBUG(logger(), "rfkill completed successfully");
+        LOG4CPLUS_DEBUG(networkingLogger(), "rfkill completed successfully");
     else
-        LOG4CPLUS_ERROR(logger(), "rfkill failed: " << result.getData());
+        LOG4CPLUS_ERROR(networkingLogger(), "rfkill failed: " << result.getData());
 }
 
 } // namespace
@@ -80,7 +79,7 @@ void AirplaneMode::store(const CMSetDataRequest& request, const std::function<vo
 void AirplaneMode::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
-    LOG4CPLUS_INFO(logger(), "Airplane mode switched to: " << on);
+    LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
     runRfkill(rfkillArguments(on, m_airplaneModeType));
     m_picture.edit([on](OrvaNetworkInfo& info) { info.setAirplaneMode(on); });
 }

@@ -1,15 +1,13 @@
 #include "radio/wifiresource.h"
 
-#include "core/dbglog.h"
 #include "core/orva.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "power/powerrecords.h"
 
 #include <algorithm>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// How long the radio stays on after the last feature has left.
 constexpr int releaseDelayMs = 5000;
@@ -47,23 +45,23 @@ WifiResource::WifiResource(QObject* parent)
 
 void WifiResource::requestWifiResource(ResourceRequestSubmodule submodule, bool enable)
 {
-    LOG4CPLUS_DEBUG(logger(), "submodule " << submodule << " enable " << enable);
+    LOG4CPLUS_DEBUG(networkingLogger(), "submodule " << submodule << " enable " << enable);
     if (enable)
         m_activeSubmodules.insert(submodule);
     else
         m_activeSubmodules.remove(submodule);
-    LOG4CPLUS_DEBUG(logger(), "Active submodules: " << toLog(m_activeSubmodules));
+    LOG4CPLUS_DEBUG(networkingLogger(), "Active submodules: " << toLog(m_activeSubmodules));
     if (m_activeSubmodules.isEmpty()) {
         m_releaseWifiResourceTimer.start();
         return;
     }
     m_releaseWifiResourceTimer.stop();
-    LOG4CPLUS_DEBUG(logger(), "Requesting resources");
+    LOG4CPLUS_DEBUG(networkingLogger(), "Requesting resources");
     askPowerManager(OrvaPowerModuleActions::Request);
 }
 
 void WifiResource::on_releaseWifiResource_timeout()
 {
-    LOG4CPLUS_DEBUG(logger(), "Releasing resources");
+    LOG4CPLUS_DEBUG(networkingLogger(), "Releasing resources");
     askPowerManager(OrvaPowerModuleActions::Release);
 }

@@ -1,11 +1,9 @@
 #include "radio/wirelesslink.h"
 
 #include "backend/networkinglowlevel.h"
-#include "core/dbglog.h"
+#include "networkinglog.h"
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 // What the slots are called in the log and in the translations.
 constexpr auto reconnectContext =
@@ -22,14 +20,14 @@ WirelessLink::WirelessLink(Networking_LowLevel& backend)
 
 void WirelessLink::on_forceWifiReconnect_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), reconnectContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), reconnectContext);
     m_lowlevel.forceWifiReconnect();
     request.answer();
 }
 
 void WirelessLink::on_wirelessRssiNode_activated(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), rssiContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), rssiContext);
     const double rssi = m_lowlevel.getWirelessRssi();
     if (rssi == 0.0)
         return request.fail(

@@ -1,9 +1,9 @@
 #include "scan/scans.h"
 
-#include "core/dbglog.h"
 #include "core/orva.h"
 #include "network/networkpaths.h"
 #include "networkingerror.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "picture/picture.h"
 #include "scan/scanrow.h"
@@ -11,8 +11,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// How long the oldest request waits for results.
 constexpr int scanTimeoutMs = 30000;
@@ -55,7 +53,7 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
 
 void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), requestContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
     scanNetworks({request, m_clock()});
     stopIdleScanTimer();
 }
@@ -63,7 +61,7 @@ void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
 void Scans::scanNetworks(const QueuedScan& scan)
 {
     if (m_picture.info().airplaneMode()) {
-        LOG4CPLUS_INFO(logger(),
+        LOG4CPLUS_INFO(networkingLogger(),
                        "Scan requested but airplaneMode is enabled, cannot scan at this time!");
         return scan.request.fail(networkingError(
             requestContext, "Scan network request failed as airplaneMode is enabled!"));
@@ -93,7 +91,7 @@ void Scans::startScan(const CMSetDataRequest& request)
 
 void Scans::refuseScan()
 {
-    LOG4CPLUS_ERROR(logger(), "Scan failed.");
+    LOG4CPLUS_ERROR(networkingLogger(), "Scan failed.");
     clearScanResults();
     Q_EMIT wifiNeeded(false);
     failAll(std::exchange(m_pendingScanReplies, {}),
@@ -110,12 +108,12 @@ void Scans::clearScanResults()
 {
     const QVector<OrvaRoles> cleared = m_scanResultsNode->rows();
     m_scanResultsNode->rowsClear();
-    LOG4CPLUS_DEBUG(logger(), "ScanResults cleared: (" << idsOf(cleared) << ")");
+    LOG4CPLUS_DEBUG(networkingLogger(), "ScanResults cleared: (" << idsOf(cleared) << ")");
 }
 
 void Scans::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results)
 {
-    const auto trace = dbglog_scopedFunction(logger(), resultsContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), resultsContext);
     m_scanTimer.stop();
     guardQueuedScans();
     const auto answered = std::exchange(m_pendingScanReplies, {});
@@ -143,7 +141,7 @@ void Scans::startQueuedScans()
         return;
     const auto queued = std::exchange(m_queueScanRequests, {});
     for (const QueuedScan& scan : queued) {
-        LOG4CPLUS_DEBUG(logger(), "Starting queued scan (InterfaceStatusChanged)");
+        LOG4CPLUS_DEBUG(networkingLogger(), "Starting queued scan (InterfaceStatusChanged)");
         scanNetworks(scan);
     }
     stopIdleScanTimer();
@@ -160,7 +158,7 @@ void Scans::on_scanTimer_timeout()
         cancelled.append(scan.request.reply());
     if (cancelled.isEmpty())
         return;
-    LOG4CPLUS_ERROR(logger(),
+    LOG4CPLUS_ERROR(networkingLogger(),
                     "Scan request timed out, cancelling " << cancelled.size() << " requests");
     failAll(cancelled, networkingError(timeoutContext, "Scan request timed out"));
 }

@@ -1,7 +1,7 @@
 #include "softap/localsoftap.h"
 
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "picture/picture.h"
 #include "softap/softapactivation.h"
@@ -9,8 +9,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 /// How long a device without any network configured waits for one.
 constexpr unsigned int unconfiguredDelaySeconds = 10;
@@ -46,10 +44,11 @@ LocalSoftAp::LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const P
 void LocalSoftAp::readSoftApAutoEnabled()
 {
     if (!m_lowlevel.hasWireless()) {
-        LOG4CPLUS_WARN(logger(), "No wireless interface on the system, disabling softap mode");
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "No wireless interface on the system, disabling softap mode");
         return;
     }
-    LOG4CPLUS_DEBUG(logger(), "There is a wireless interface on the system");
+    LOG4CPLUS_DEBUG(networkingLogger(), "There is a wireless interface on the system");
     m_softApAutoEnabled = readValue(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_();
 }
 
@@ -86,13 +85,13 @@ void LocalSoftAp::deactivateLocalSoftAp()
 
 void LocalSoftAp::startSoftApTimer()
 {
-    LOG4CPLUS_INFO(logger(), "Starting softap timer");
+    LOG4CPLUS_INFO(networkingLogger(), "Starting softap timer");
     m_softApTimer.start(OrvaNetworkSoftApTimeout());
 }
 
 void LocalSoftAp::startSoftApTimer(unsigned int seconds)
 {
-    LOG4CPLUS_INFO(logger(),
+    LOG4CPLUS_INFO(networkingLogger(),
                    "Starting softap timer with custom timeout: " << seconds << " seconds");
     m_softApTimer.start(static_cast<int>(seconds) * 1000);
 }
@@ -100,20 +99,20 @@ void LocalSoftAp::startSoftApTimer(unsigned int seconds)
 void LocalSoftAp::stopSoftApTimer()
 {
     if (m_softApTimer.isActive())
-        LOG4CPLUS_INFO(logger(), "Stopping softap timer.");
+        LOG4CPLUS_INFO(networkingLogger(), "Stopping softap timer.");
     m_softApTimer.stop();
 }
 
 void LocalSoftAp::on_softApTimer_timeout()
 {
-    LOG4CPLUS_INFO(logger(), "activating local soft ap");
+    LOG4CPLUS_INFO(networkingLogger(), "activating local soft ap");
     activateLocalSoftAp();
 }
 
 void LocalSoftAp::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                                      const OrvaNetworkProfile& oldProfile, bool wirelessConfigured)
 {
-    LOG4CPLUS_TRACE(logger(), "new: " << newProfile << " old: " << oldProfile);
+    LOG4CPLUS_TRACE(networkingLogger(), "new: " << newProfile << " old: " << oldProfile);
     if (wirelessConfigured && wirelessChanged(newProfile, oldProfile))
         deactivateLocalSoftAp();
     const bool fallback = std::exchange(m_authFailureFallback, false);
@@ -125,10 +124,12 @@ void LocalSoftAp::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
         return;
     }
     if (fallback) {
-        LOG4CPLUS_INFO(logger(), "No network configured, immediate softAP start requested...");
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "No network configured, immediate softAP start requested...");
         startSoftApTimer(0);
     } else {
-        LOG4CPLUS_INFO(logger(), "No network configured, starting softAP in 10 seconds...");
+        LOG4CPLUS_INFO(networkingLogger(),
+                       "No network configured, starting softAP in 10 seconds...");
         startSoftApTimer(unconfiguredDelaySeconds);
     }
 }

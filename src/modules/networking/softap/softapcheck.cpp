@@ -1,15 +1,13 @@
 #include "softap/softapcheck.h"
 
-#include "core/dbglog.h"
 #include "network/networkrules.h"
 #include "networkingerror.h"
+#include "networkinglog.h"
 #include "softap/softapsettings.h"
 
 #include <QHostAddress>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 using Request = OrvaNetworkProfileSoftApRequest;
 using Settings = OrvaNetworkProfileSoftApSettings;
@@ -91,11 +89,12 @@ CMError softApRequestError(const char* text)
 OrvaResult<void> checkSoftApTimeout(const Request& request)
 {
     if (request.timeout() > longestSoftApTimeoutMs) {
-        LOG4CPLUS_WARN(logger(), "Requested timeout too large (" << request.timeout() << ")");
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Requested timeout too large (" << request.timeout() << ")");
         return softApRequestError("Timeout too large");
     }
     if (request.holdSoftAp() && request.timeout() < 1) {
-        LOG4CPLUS_WARN(logger(), "Requested hold without timeout");
+        LOG4CPLUS_WARN(networkingLogger(), "Requested hold without timeout");
         return softApRequestError("Requested hold without timeout");
     }
     return {};

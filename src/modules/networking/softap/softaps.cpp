@@ -1,8 +1,8 @@
 #include "softap/softaps.h"
 
-#include "core/dbglog.h"
 #include "network/networkpaths.h"
 #include "networkingerror.h"
+#include "networkinglog.h"
 #include "nodevalues.h"
 #include "softap/softapactivation.h"
 #include "softap/softapcheck.h"
@@ -13,8 +13,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 using Settings = OrvaNetworkProfileSoftApSettings;
 using Request = OrvaNetworkProfileSoftApRequest;
@@ -46,7 +44,7 @@ void SoftAps::readSoftApConfiguration(const QString& mac)
     const QString defaultSsid = readValue(OrvaNetworkSoftApDefaultSsidSettingsPath()).string_();
     const QString ownSsid = ownSoftApSsid(defaultSsid, mac);
     if (!ownSsid.startsWith(defaultSsid + QLatin1Char('_')))
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(networkingLogger(),
                        "The default SSID of the soft AP is too long, cut to: " << ownSsid);
     const auto configuration =
         readValue(OrvaNetworkSoftApConfigSettingsPath()).networkProfile().softApSettings();
@@ -62,7 +60,7 @@ void SoftAps::readSoftApConfiguration(const QString& mac)
 void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)
 {
     Request softAp = softApRequestOf(request.value());
-    LOG4CPLUS_INFO(logger(), "Received request SoftAp, name: " << softAp.name());
+    LOG4CPLUS_INFO(networkingLogger(), "Received request SoftAp, name: " << softAp.name());
     if (const auto taken = check(softAp); !taken)
         return request.fail(taken.error());
     softAp.setSettings(normalSoftApSettings(softAp.settings()));
@@ -78,7 +76,7 @@ void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)
 OrvaResult<void> SoftAps::check(const Request& request) const
 {
     if (!m_worker.isStarted()) {
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(networkingLogger(),
                        "Networking isn't started yet, discarding softap request command!");
         return softApRequestError("Networking is not started.");
     }
@@ -94,7 +92,7 @@ OrvaResult<void> SoftAps::check(const Request& request) const
     if (fits)
         fits = checkSoftApSettings(request.settings());
     if (!fits)
-        LOG4CPLUS_WARN(logger(), "Refused a request for a soft AP: " << fits.why());
+        LOG4CPLUS_WARN(networkingLogger(), "Refused a request for a soft AP: " << fits.why());
     return fits;
 }
 
@@ -103,16 +101,17 @@ OrvaResult<void> SoftAps::checkInterface(const QString& interface) const
     if (m_softApInterfaces.contains(interface))
         return {};
     const QString text = QStringLiteral("Unknown SoftAp interface: ") + interface;
-    LOG4CPLUS_WARN(logger(), text);
+    LOG4CPLUS_WARN(networkingLogger(), text);
     return CMError(QStringLiteral("Error"), text);
 }
 
 void SoftAps::on_revokeSoftAp_req(const CMSetDataRequest& request)
 {
     const Request revocation = softApRevocationOf(request.value());
-    LOG4CPLUS_INFO(logger(), "Received revoke SoftAp, name: " << revocation.name());
+    LOG4CPLUS_INFO(networkingLogger(), "Received revoke SoftAp, name: " << revocation.name());
     if (!m_worker.isStarted()) {
-        LOG4CPLUS_WARN(logger(), "Networking isn't started yet, discarding softap revoke command!");
+        LOG4CPLUS_WARN(networkingLogger(),
+                       "Networking isn't started yet, discarding softap revoke command!");
         return request.fail(revocationError("Networking is not started."));
     }
     const QString interface = revocation.settings().apInterface();
@@ -144,13 +143,13 @@ bool SoftAps::updateSoftAp(const QString& interface)
     const bool changed = std::exchange(softAp.recorded, fold.settings) != fold.settings;
     const bool staysHeld = std::exchange(softAp.hold, fold.hold) && fold.hold;
     if (staysHeld && changed)
-        LOG4CPLUS_INFO(logger(), "Cannot Start/Update softAp on interface "
-                                     << interface << ". SoftAp is on hold.");
+        LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
+                                               << interface << ". SoftAp is on hold.");
     // What was recorded in a hold differs from what was sent, and goes out when the hold has ended.
     if (staysHeld || fold.settings == softAp.sent)
         return false;
-    LOG4CPLUS_INFO(logger(), "Starting/updating SoftAp on interface " << interface);
-    LOG4CPLUS_DEBUG(logger(),
+    LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
+    LOG4CPLUS_DEBUG(networkingLogger(),
                     "New SoftAp settings for interface " << interface << ": " << fold.settings);
     Q_EMIT wifiNeeded(true);
     softAp.sent = fold.settings;
@@ -163,7 +162,7 @@ bool SoftAps::stopSoftAp(const Settings& settings)
     const QString interface = settings.apInterface();
     const bool runs = m_softAps[interface].isRunning();
     if (runs) {
-        LOG4CPLUS_INFO(logger(), "Stopping SoftAp on interface " << interface);
+        LOG4CPLUS_INFO(networkingLogger(), "Stopping SoftAp on interface " << interface);
         m_softAps[interface].setStopped();
         m_lowlevel.stopSoftAp(settings);
     }
@@ -188,7 +187,7 @@ void SoftAps::failPending(const QString& interface, const char* text)
 {
     const auto pending = std::exchange(m_softAps[interface].pending, {});
     for (const CMSetDataRequest& request : pending) {
-        LOG4CPLUS_WARN(logger(), text);
+        LOG4CPLUS_WARN(networkingLogger(), text);
         request.fail(CMError(QStringLiteral("Error"), TrString(text)));
     }
 }
@@ -225,13 +224,13 @@ void SoftAps::on_softApTimeoutTimer_timeout()
     // The clock and the timer need not agree to the millisecond.
     if (!next || *next->due > m_worker.clock())
         return scheduleSoftApTimeoutTimer();
-    LOG4CPLUS_INFO(logger(), "SoftAp settings timed out: " << next->request.name());
+    LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << next->request.name());
     on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), next->request));
 }
 
 void SoftAps::setLinkStatus(const QString& interface, bool up)
 {
-    LOG4CPLUS_INFO(logger(), "Softap state changed: " << (up ? "up" : "down"));
+    LOG4CPLUS_INFO(networkingLogger(), "Softap state changed: " << (up ? "up" : "down"));
     setLink(interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
     if (up)
         answerPending(interface);

@@ -1,10 +1,9 @@
 #include "softap/softapstations.h"
 
 #include "backend/networkinglowlevel.h"
-#include "core/dbglog.h"
+#include "networkinglog.h"
 
 namespace {
-ORVA_LOGGER("Networking")
 } // namespace
 
 SoftApStations::SoftApStations(const Networking_LowLevel& backend, CMValueNode* node)
@@ -23,7 +22,7 @@ void SoftApStations::clear()
 
 void SoftApStations::on_lowlevel_StationConnected(const QString& mac)
 {
-    LOG4CPLUS_INFO(logger(), "Got connected softap station: " << mac);
+    LOG4CPLUS_INFO(networkingLogger(), "Got connected softap station: " << mac);
     QStringList stations = m_connectedStationsNode->value().stringList();
     if (!stations.contains(mac.toUpper()))
         stations << mac.toUpper();
@@ -32,7 +31,7 @@ void SoftApStations::on_lowlevel_StationConnected(const QString& mac)
 
 void SoftApStations::on_lowlevel_StationDisconnected(const QString& mac)
 {
-    LOG4CPLUS_INFO(logger(), "Got disconnected softap station: " << mac);
+    LOG4CPLUS_INFO(networkingLogger(), "Got disconnected softap station: " << mac);
     QStringList stations = m_connectedStationsNode->value().stringList();
     stations.removeAll(mac.toUpper());
     m_connectedStationsNode->setValue(OrvaValue::of(stations));

@@ -21,7 +21,7 @@ namespace {
 
 constexpr quint16 etherwakeProtocol = 0x0842;
 
-ORVA_LOGGER("WakeOnLan")
+ORVA_LOGGER(wakeLogger, "WakeOnLan")
 
 /// Delivers the packets of all interfaces from behind their link-layer header.
 int openPacketSocket(quint16 protocol)
@@ -66,7 +66,7 @@ void WakeOnLan::on_macChanged(const OrvaValue& value)
     const std::optional<QByteArray> pattern = magicPattern(mac);
     if (!pattern)
         return;
-    LOG4CPLUS_INFO(logger(), "Configuring WOL matcher to " << mac);
+    LOG4CPLUS_INFO(wakeLogger(), "Configuring WOL matcher to " << mac);
     m_matcher.setPattern(*pattern);
 }
 
@@ -99,7 +99,7 @@ void WakeOnLan::enableWakeOnLan()
     disableWakeOnLan();
     m_wakeOnLanSocket = openPacketSocket(ETH_P_IP);
     if (m_wakeOnLanSocket >= 0 && !attachWakeFilter(m_wakeOnLanSocket))
-        LOG4CPLUS_WARN(logger(), "Couldn't attach the packet filter, errno " << errno);
+        LOG4CPLUS_WARN(wakeLogger(), "Couldn't attach the packet filter, errno " << errno);
     m_wakeOnLanNotifier = watch(m_wakeOnLanSocket);
 }
 
@@ -121,7 +121,7 @@ void WakeOnLan::on_internal_wake(int socket)
 {
     const ssize_t size = recvfrom(socket, m_buffer.data(), m_buffer.size(), 0, nullptr, nullptr);
     if (size == -1) {
-        LOG4CPLUS_ERROR(logger(), "Error receiving packet: " << errno);
+        LOG4CPLUS_ERROR(wakeLogger(), "Error receiving packet: " << errno);
         return;
     }
     if (!isCandidate(socket, static_cast<std::size_t>(size)))

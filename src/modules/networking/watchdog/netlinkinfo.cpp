@@ -14,7 +14,7 @@
 
 namespace {
 
-ORVA_LOGGER("NetLinkInfo")
+ORVA_LOGGER(netLinkLogger, "NetLinkInfo")
 
 rtnl_link* share(rtnl_link* link)
 {
@@ -98,7 +98,8 @@ NetLinkInfo::NetLinkInfo()
 {
     Q_CHECK_PTR(m_socket);
     if (nl_connect(m_socket, NETLINK_ROUTE) < 0) {
-        LOG4CPLUS_FATAL(logger(), "Couldn't connect netlink socket: " << std::strerror(errno));
+        LOG4CPLUS_FATAL(netLinkLogger(),
+                        "Couldn't connect netlink socket: " << std::strerror(errno));
     }
 }
 
@@ -111,9 +112,9 @@ NetLinkInterface NetLinkInfo::getInterface(const QString& name)
 {
     rtnl_link* link = nullptr;
     if (rtnl_link_get_kernel(m_socket, 0, name.toUtf8().constData(), &link) < 0) {
-        LOG4CPLUS_ERROR(logger(), "Couldn't get details for interface "
-                                      << qUtf8Printable(name)
-                                      << " from kernel: " << std::strerror(errno));
+        LOG4CPLUS_ERROR(netLinkLogger(), "Couldn't get details for interface "
+                                             << qUtf8Printable(name)
+                                             << " from kernel: " << std::strerror(errno));
         return NetLinkInterface();
     }
     Q_ASSERT(link);

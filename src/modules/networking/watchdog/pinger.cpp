@@ -8,21 +8,21 @@ namespace {
 
 constexpr int pingTimeoutMs = 5000;
 
-ORVA_LOGGER("Pinger")
+ORVA_LOGGER(pingerLogger, "Pinger")
 
 void logResult(const OrvaProcessHandlerResult& result)
 {
     const bool ok = result.finishedOk();
     if (ok)
-        LOG4CPLUS_DEBUG(logger(), "gateway ping ok");
+        LOG4CPLUS_DEBUG(pingerLogger(), "gateway ping ok");
     else
-        LOG4CPLUS_WARN(logger(), "gateway ping failed: " << result);
+        LOG4CPLUS_WARN(pingerLogger(), "gateway ping failed: " << result);
     const QStringList lines = result.getData().split(QLatin1Char('\n'));
     for (const QString& line : lines) {
         if (ok)
-            LOG4CPLUS_DEBUG(logger(), "ping: " << line);
+            LOG4CPLUS_DEBUG(pingerLogger(), "ping: " << line);
         else
-            LOG4CPLUS_WARN(logger(), "ping: " << line);
+            LOG4CPLUS_WARN(pingerLogger(), "ping: " << line);
     }
 }
 
@@ -41,19 +41,20 @@ Pinger::Pinger(QObject* parent, int intervalMs)
 void Pinger::on_timer_timeout()
 {
     if (m_process.isRunning()) {
-        LOG4CPLUS_WARN(logger(), "Ping process was still running from the last check, should be "
-                                 "impossible, killing process!");
+        LOG4CPLUS_WARN(pingerLogger(),
+                       "Ping process was still running from the last check, should be "
+                       "impossible, killing process!");
         m_process.kill();
     }
     const OrvaNetworkInfo info = m_info->value().networkInfo();
     if (info.wireless().state() != OrvaNetworkState::Connected) {
-        LOG4CPLUS_DEBUG(logger(), "wifi not connected, no need to send a ping");
+        LOG4CPLUS_DEBUG(pingerLogger(), "wifi not connected, no need to send a ping");
         return;
     }
     const QString gateway = orvaNetworkInfoToGateway4(info);
     // Other text, from the daemon, would reach the program as an option or as a name to look up.
     if (orvaIPv4Address(gateway).isEmpty()) {
-        LOG4CPLUS_DEBUG(logger(), "No gateway available, not sending ping");
+        LOG4CPLUS_DEBUG(pingerLogger(), "No gateway available, not sending ping");
         return;
     }
     ping(gateway);
@@ -64,5 +65,5 @@ void Pinger::ping(const QString& gateway)
     const QStringList arguments{QStringLiteral("-c"), QStringLiteral("1"), QStringLiteral("-W"),
                                 QStringLiteral("3"), gateway};
     m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, logResult);
-    LOG4CPLUS_DEBUG(logger(), "ping process started");
+    LOG4CPLUS_DEBUG(pingerLogger(), "ping process started");
 }

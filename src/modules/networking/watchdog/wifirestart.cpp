@@ -11,7 +11,7 @@ namespace {
 
 constexpr int shortestIntervalMs = 10000;
 
-ORVA_LOGGER("WifiRestart")
+ORVA_LOGGER(wifiRestartLogger, "WifiRestart")
 
 /// The node that restarts Wi-Fi; none when the criteria point back at the node that leads here,
 /// which would go round without end.
@@ -57,12 +57,12 @@ void WifiRestart::on_criteria_changed(const OrvaValue& value)
     const OrvaNetworkWifiRestartCriteria criteria = value.wifiRestartCriteria();
     if (criteria.checkIntervalMs() < shortestIntervalMs ||
         criteria.restartActivatePath().isEmpty()) {
-        LOG4CPLUS_INFO(logger(), "Wifi restart functionality disabled: " << criteria);
+        LOG4CPLUS_INFO(wifiRestartLogger(), "Wifi restart functionality disabled: " << criteria);
         m_checkTimer.stop();
         return;
     }
     if (!criteria.__contains(criteria.MaxTxIncreaseNoRxIncreaseThreshold())) {
-        LOG4CPLUS_WARN(logger(), "Not a valid wifi restart criteria: " << criteria);
+        LOG4CPLUS_WARN(wifiRestartLogger(), "Not a valid wifi restart criteria: " << criteria);
         m_checkTimer.stop();
         return;
     }
@@ -95,36 +95,40 @@ void WifiRestart::log(StuckLinkVerdict verdict, quint32 oldCount) const
         "Tx packets increased, but not Rx packets, incrementing counter to: ";
     switch (verdict) {
     case StuckLinkVerdict::NoInterface:
-        LOG4CPLUS_WARN(logger(), "No such interface: " << m_interfaceName);
+        LOG4CPLUS_WARN(wifiRestartLogger(), "No such interface: " << m_interfaceName);
         break;
     case StuckLinkVerdict::NotConnected:
-        LOG4CPLUS_DEBUG(logger(),
+        LOG4CPLUS_DEBUG(wifiRestartLogger(),
                         "Interface is not connected (lower up), skipping wifi restart checks...");
         break;
     case StuckLinkVerdict::NoCounters:
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(wifiRestartLogger(),
                        "Couldn't fetch number of packets from interface: " << m_interfaceName);
         break;
     case StuckLinkVerdict::CountersDecreased:
-        LOG4CPLUS_WARN(logger(), "Number of transferred packets DECREASED, assuming interface was "
-                                 "removed and readded!");
+        LOG4CPLUS_WARN(wifiRestartLogger(),
+                       "Number of transferred packets DECREASED, assuming interface was "
+                       "removed and readded!");
         break;
     case StuckLinkVerdict::Active:
         if (oldCount != 0)
-            LOG4CPLUS_INFO(logger(), "Wifi is active (both tx/rx increasing), resetting counter "
-                                     "back to zero from "
-                                         << oldCount);
+            LOG4CPLUS_INFO(wifiRestartLogger(),
+                           "Wifi is active (both tx/rx increasing), resetting counter "
+                           "back to zero from "
+                               << oldCount);
         else
-            LOG4CPLUS_DEBUG(logger(), "Wifi is active (both tx/rx increasing), counter at zero");
+            LOG4CPLUS_DEBUG(wifiRestartLogger(),
+                            "Wifi is active (both tx/rx increasing), counter at zero");
         break;
     case StuckLinkVerdict::Stuck:
-        LOG4CPLUS_INFO(logger(), increased << oldCount + 1);
+        LOG4CPLUS_INFO(wifiRestartLogger(), increased << oldCount + 1);
         break;
     case StuckLinkVerdict::Restart:
-        LOG4CPLUS_INFO(logger(), increased << oldCount + 1);
-        LOG4CPLUS_WARN(logger(), "Max number of tx increase but no rx increase reached, removing & "
-                                 "readding interface: "
-                                     << m_interfaceName);
+        LOG4CPLUS_INFO(wifiRestartLogger(), increased << oldCount + 1);
+        LOG4CPLUS_WARN(wifiRestartLogger(),
+                       "Max number of tx increase but no rx increase reached, removing & "
+                       "readding interface: "
+                           << m_interfaceName);
         break;
     }
 }
@@ -141,7 +145,7 @@ void WifiRestart::on_restart_requested(const CMSetDataRequest& request)
 {
     const CMPath path = restartPath(criteria());
     if (path.isEmpty()) {
-        LOG4CPLUS_WARN(logger(), "No wifi restart path is defined, can't restart wifi");
+        LOG4CPLUS_WARN(wifiRestartLogger(), "No wifi restart path is defined, can't restart wifi");
         request.fail(
             CMError(QStringLiteral("Networking"), TrString("No wifi restart path defined")));
         return;

@@ -1,7 +1,7 @@
 #include "wps/wpssession.h"
 
-#include "core/dbglog.h"
 #include "networkingerror.h"
+#include "networkinglog.h"
 #include "picture/picture.h"
 #include "wps/wpscredentials.h"
 #include "wps/wpspin.h"
@@ -11,8 +11,6 @@
 #include <cstdlib>
 
 namespace {
-
-ORVA_LOGGER("Networking")
 
 // What the slots are called in the log and in the translations.
 constexpr auto generateContext = "void Networking::on_generateWpsPin_req(const CMSetDataRequest&)";
@@ -47,35 +45,35 @@ WpsSession::WpsSession(Networking_LowLevel& backend, Picture& picture,
 
 void WpsSession::on_generateWpsPin_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), generateContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), generateContext);
     std::srand(static_cast<unsigned int>(QDateTime::currentMSecsSinceEpoch()));
     request.answer(OrvaValue::of(wpsPin(static_cast<quint32>(std::rand()) % 10000000)));
 }
 
 void WpsSession::on_performWpsPbc_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), pbcContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), pbcContext);
     if (refuseSecond(request, pbcContext))
         return;
-    LOG4CPLUS_DEBUG(logger(), "Starting WPS-PBC");
+    LOG4CPLUS_DEBUG(networkingLogger(), "Starting WPS-PBC");
     announce(OrvaNetworkWpsType::PushButton, QStringLiteral("WPS in progress..."));
-    LOG4CPLUS_WARN(logger(), "To continue with WPS, push WPS button on your router.");
+    LOG4CPLUS_WARN(networkingLogger(), "To continue with WPS, push WPS button on your router.");
     start(request, pbcContext,
           [this](const WpsReply& reply) { return m_lowlevel.performWpsPbc(reply); });
 }
 
 void WpsSession::on_performWpsPin_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), pinContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), pinContext);
     if (refuseSecond(request, pinContext))
         return;
     const QString pin = request.value().string_();
-    LOG4CPLUS_TRACE(logger(), "Checking passed in PIN: " << pin);
+    LOG4CPLUS_TRACE(networkingLogger(), "Checking passed in PIN: " << pin);
     if (!isWpsPin(pin))
         return request.fail(networkingError(pinContext, "WPS PIN needs to be exactly 8 digits"));
-    LOG4CPLUS_INFO(logger(), "Starting WPS-PIN with PIN " << pin);
+    LOG4CPLUS_INFO(networkingLogger(), "Starting WPS-PIN with PIN " << pin);
     announce(OrvaNetworkWpsType::Pin, QStringLiteral("WPS PIN in progress..."));
-    LOG4CPLUS_WARN(logger(),
+    LOG4CPLUS_WARN(networkingLogger(),
                    "To continue with WPS, enter the device PIN and continue on your router.");
     start(request, pinContext,
           [this, pin](const WpsReply& reply) { return m_lowlevel.performWpsPin(pin, reply); });
@@ -118,11 +116,11 @@ void WpsSession::start(const CMSetDataRequest& request, const char* context,
 void WpsSession::wpsFinished(const WpsReply& reply)
 {
     const CMError error = reply.error();
-    LOG4CPLUS_TRACE(logger(), "Enter " << finishedContext << " reply.error: " << error
-                                       << " reply.value: " << reply.value());
+    LOG4CPLUS_TRACE(networkingLogger(), "Enter " << finishedContext << " reply.error: " << error
+                                                 << " reply.value: " << reply.value());
     Q_EMIT wifiNeeded(false);
     if (!m_wpsRequest) {
-        LOG4CPLUS_ERROR(logger(), "Unmatched WPS notify (no request)");
+        LOG4CPLUS_ERROR(networkingLogger(), "Unmatched WPS notify (no request)");
         return;
     }
     if (error.isEmpty())
@@ -134,7 +132,7 @@ void WpsSession::wpsFinished(const WpsReply& reply)
 
 void WpsSession::succeed(const OrvaNetworkInterface& credentials)
 {
-    LOG4CPLUS_INFO(logger(), "WPS session successfully finished.");
+    LOG4CPLUS_INFO(networkingLogger(), "WPS session successfully finished.");
     m_picture.updateConnectingMessage(QStringLiteral("WPS finished successfully!"));
     publishWps(m_picture,
                [](OrvaNetworkWps& wps) { wps.setStatus(OrvaNetworkWpsStatus::Succeeded); });
@@ -143,7 +141,7 @@ void WpsSession::succeed(const OrvaNetworkInterface& credentials)
 
 void WpsSession::fail(const CMError& error)
 {
-    LOG4CPLUS_ERROR(logger(), "WPS Error: " << error);
+    LOG4CPLUS_ERROR(networkingLogger(), "WPS Error: " << error);
     m_picture.updateConnectingMessage(QStringLiteral("WPS failed: ") + error.message());
     publishWps(m_picture, [&error](OrvaNetworkWps& wps) {
         wps.setStatus(OrvaNetworkWpsStatus::Failed);
@@ -154,11 +152,11 @@ void WpsSession::fail(const CMError& error)
 
 void WpsSession::on_applyWps_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(logger(), applyContext);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), applyContext);
     const OrvaNetworkInterface credentials = request.value().networkInterface();
     const auto applied = m_changeProfile([credentials](const OrvaNetworkProfile& profile) {
         const OrvaNetworkProfile changed = withWpsCredentials(profile, credentials);
-        LOG4CPLUS_DEBUG(logger(), "updated profile: " << changed);
+        LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << changed);
         return changed;
     });
     applied.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });

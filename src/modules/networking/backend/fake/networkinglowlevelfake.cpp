@@ -11,7 +11,7 @@
 
 namespace {
 
-ORVA_LOGGER("Networking_LowLevel_Fake")
+ORVA_LOGGER(fakeLogger, "Networking_LowLevel_Fake")
 
 constexpr int connectDelayMs = 1000;
 constexpr int scanDelayMs = 1000;
@@ -113,25 +113,26 @@ Networking_LowLevel_Fake::Networking_LowLevel_Fake(NetworkListener& listener)
 
 bool Networking_LowLevel_Fake::scanNetworks()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(fakeLogger(), Q_FUNC_INFO);
     QTimer::singleShot(scanDelayMs, this, &Networking_LowLevel_Fake::on_scanResults);
     return true;
 }
 
 bool Networking_LowLevel_Fake::applyProfile(const OrvaNetworkProfile& profile)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(fakeLogger(), Q_FUNC_INFO);
     if (!disconnect())
         return false;
     m_profileType = profile.type();
-    LOG4CPLUS_INFO(logger(), "Using " << static_cast<qint32>(m_profileType) << " profile (dummy)");
+    LOG4CPLUS_INFO(fakeLogger(),
+                   "Using " << static_cast<qint32>(m_profileType) << " profile (dummy)");
     QTimer::singleShot(connectDelayMs, this, &Networking_LowLevel_Fake::on_connect_delayed);
     return true;
 }
 
 bool Networking_LowLevel_Fake::disconnect()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(fakeLogger(), Q_FUNC_INFO);
     m_listener.setLinkStatus(QStringLiteral("eth0"), false);
     m_listener.setLinkStatus(QStringLiteral("wlan0"), false);
     return true;
@@ -139,13 +140,13 @@ bool Networking_LowLevel_Fake::disconnect()
 
 bool Networking_LowLevel_Fake::forceWifiReconnect()
 {
-    LOG4CPLUS_INFO(logger(), "Wifi reconnect requested, nothing to do");
+    LOG4CPLUS_INFO(fakeLogger(), "Wifi reconnect requested, nothing to do");
     return true;
 }
 
 bool Networking_LowLevel_Fake::performWpsPbc(const CMReply<OrvaNetworkInterface>& reply)
 {
-    LOG4CPLUS_INFO(logger(), "Generating fake WPS results");
+    LOG4CPLUS_INFO(fakeLogger(), "Generating fake WPS results");
     if (m_wpsRunning)
         return false;
     m_wpsReply = reply;
@@ -162,13 +163,13 @@ bool Networking_LowLevel_Fake::performWpsPin(const QString&,
 
 bool Networking_LowLevel_Fake::startSoftAp(const OrvaNetworkProfileSoftApSettings&)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(fakeLogger(), Q_FUNC_INFO);
     return true;
 }
 
 bool Networking_LowLevel_Fake::stopSoftAp(const OrvaNetworkProfileSoftApSettings&)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(fakeLogger(), Q_FUNC_INFO);
     return true;
 }
 
@@ -196,7 +197,7 @@ OrvaNetworkInfo Networking_LowLevel_Fake::getNetworkState()
     info.setWired(wired);
     info.setGateways(onlyIPv4(QStringLiteral("10.0.0.1")));
     info.setDns(onlyIPv4(QStringLiteral("8.8.8.8")));
-    LOG4CPLUS_DEBUG(logger(), "getNetworkState: " << info);
+    LOG4CPLUS_DEBUG(fakeLogger(), "getNetworkState: " << info);
     return info;
 }
 
@@ -225,7 +226,7 @@ void Networking_LowLevel_Fake::on_wps_timeout()
     if (!m_wpsRunning)
         return;
     const OrvaNetworkInterface credentials = wpsCredentials();
-    LOG4CPLUS_INFO(logger(), "WPS results: " << credentials);
+    LOG4CPLUS_INFO(fakeLogger(), "WPS results: " << credentials);
     // Released before it is answered: the answer may start the next session.
     m_wpsRunning = false;
     const auto reply = std::exchange(m_wpsReply, {});
@@ -235,8 +236,9 @@ void Networking_LowLevel_Fake::on_wps_timeout()
 void Networking_LowLevel_Fake::on_connect_delayed()
 {
     if (m_profileType == OrvaNetworkProfileType::Wireless) {
-        LOG4CPLUS_WARN(logger(), "Wireless hack: always report connection up but don't configure "
-                                 "anything");
+        LOG4CPLUS_WARN(fakeLogger(),
+                       "Wireless hack: always report connection up but don't configure "
+                       "anything");
         m_listener.setLinkStatus(QStringLiteral("wlan0"), true);
     } else {
         m_listener.setLinkStatus(QStringLiteral("eth0"), true);
@@ -257,12 +259,12 @@ QNetworkInterface Networking_LowLevel_Fake::getInterface() const
 {
     QFile routingTable(QStringLiteral("/proc/net/route"));
     if (!routingTable.open(QIODevice::ReadOnly)) {
-        LOG4CPLUS_FATAL(logger(), "Couldn't open /proc/net/route");
+        LOG4CPLUS_FATAL(fakeLogger(), "Couldn't open /proc/net/route");
         return QNetworkInterface();
     }
     const QString name = defaultRouteInterface(routingTable.readAll());
     if (name.isEmpty()) {
-        LOG4CPLUS_ERROR(logger(), "Could not determine ethernet interface!");
+        LOG4CPLUS_ERROR(fakeLogger(), "Could not determine ethernet interface!");
         return QNetworkInterface();
     }
     return QNetworkInterface::interfaceFromName(name);

@@ -1,7 +1,7 @@
 #include "backend/lumo/boundedcalls.h"
 
 #include "backend/lumo/lumoborder.h"
-#include "core/dbglog.h"
+#include "backend/lumo/lumolog.h"
 
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
@@ -11,8 +11,6 @@
 #include <utility>
 
 namespace {
-
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 
 constexpr int answerLimit = 2000;  // ms
 constexpr int startLimit = 30000;  // ms
@@ -73,7 +71,7 @@ void BoundedCalls::startService()
     // Who cannot be started may run all the same.
     if (reply.type() == QDBusMessage::ErrorMessage &&
         QDBusError(reply).type() != QDBusError::ServiceUnknown)
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(lumoLogger(),
                        m_service << " does not start: " << lumoText(reply.errorMessage()));
 }
 
@@ -110,9 +108,9 @@ bool BoundedCalls::isAnswer(const QDBusMessage& reply)
 QDBusMessage BoundedCalls::miss(const QDBusMessage& reply)
 {
     if (!m_silent)
-        LOG4CPLUS_WARN(logger(), m_service << " does not answer, using defaults until it does: "
-                                           << reply.errorName() << ", "
-                                           << lumoText(reply.errorMessage()));
+        LOG4CPLUS_WARN(lumoLogger(), m_service << " does not answer, using defaults until it does: "
+                                               << reply.errorName() << ", "
+                                               << lumoText(reply.errorMessage()));
     m_silent = true;
     m_missed = true;
     return reply;
@@ -135,13 +133,14 @@ void BoundedCalls::on_lateReply(QDBusPendingCallWatcher* late)
     if (isAnswer(reply))
         noteAnswer(m_lateBackoff.afterLoss(m_clock.elapsed()));
     else
-        LOG4CPLUS_WARN(logger(), "Late request to " << m_service << " failed: " << reply.errorName()
-                                                    << ", " << lumoText(reply.errorMessage()));
+        LOG4CPLUS_WARN(lumoLogger(), "Late request to " << m_service
+                                                        << " failed: " << reply.errorName() << ", "
+                                                        << lumoText(reply.errorMessage()));
 }
 
 void BoundedCalls::on_giveUpTimer_timeout()
 {
-    LOG4CPLUS_DEBUG(logger(), m_service << " has not answered for 30 s, asking again");
+    LOG4CPLUS_DEBUG(lumoLogger(), m_service << " has not answered for 30 s, asking again");
     m_unanswered.clear();
     scheduleAskAgain(m_lateBackoff.afterLoss(m_clock.elapsed()));
 }
@@ -149,7 +148,7 @@ void BoundedCalls::on_giveUpTimer_timeout()
 void BoundedCalls::noteAnswer(int pauseMs)
 {
     if (std::exchange(m_silent, false))
-        LOG4CPLUS_INFO(logger(), m_service << " answers again");
+        LOG4CPLUS_INFO(lumoLogger(), m_service << " answers again");
     scheduleAskAgain(pauseMs);
 }
 

@@ -1,13 +1,11 @@
 #include "backend/lumo/lumoborder.h"
 
-#include "core/dbglog.h"
+#include "backend/lumo/lumolog.h"
 #include "core/orvaplainvalue.h"
 
 #include <QSet>
 
 namespace {
-
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 
 constexpr qint64 entryLimit = 64LL << 10; // bytes
 constexpr qint64 mapLimit = 4LL << 20;    // bytes; 5000 networks with their elements fit
@@ -96,8 +94,8 @@ QVariantMap lumoPlainMap(const QVariantMap& foreign)
         map.insert(lumoText(entry.key()), withTextsCut(*plain));
     }
     if (dropped > 0)
-        LOG4CPLUS_WARN(logger(), "Dropped " << dropped << " of " << foreign.size()
-                                            << " entries of a map from LUMO: " << why);
+        LOG4CPLUS_WARN(lumoLogger(), "Dropped " << dropped << " of " << foreign.size()
+                                                << " entries of a map from LUMO: " << why);
     return map;
 }
 
@@ -107,6 +105,6 @@ void lumoWarnOfWrongType(const QString& key, const QVariant& value)
     if (told.contains(key))
         return;
     told.insert(key);
-    LOG4CPLUS_WARN(logger(), "Wrong type of \"" << key << "\" from LUMO, using the default: "
-                                                << QLatin1String(value.typeName()));
+    LOG4CPLUS_WARN(lumoLogger(), "Wrong type of \"" << key << "\" from LUMO, using the default: "
+                                                    << QLatin1String(value.typeName()));
 }

@@ -1,8 +1,8 @@
 #include "backend/lumo/lumodecoding.h"
 
 #include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumolog.h"
 #include "backend/softapinterface.h"
-#include "core/dbglog.h"
 #include "network/networkrules.h"
 
 #include <QHostAddress>
@@ -11,8 +11,6 @@
 #include <optional>
 
 namespace {
-
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 
 using Encryption = OrvaNetworkProfileWirelessEncryption;
 
@@ -29,7 +27,7 @@ bool isAddress(const OrvaNetworkAddress& address, const QString& record)
 {
     const bool known = address.__contains(OrvaNetworkAddress::Protocol());
     if (!known)
-        LOG4CPLUS_WARN(logger(), "Got an address from LUMO that is none: " << record);
+        LOG4CPLUS_WARN(lumoLogger(), "Got an address from LUMO that is none: " << record);
     return known;
 }
 
@@ -134,9 +132,9 @@ std::optional<Encryption> scannedSecurity(const QString& type)
     if (type == QLatin1String("wpa_psk"))
         return Encryption(Encryption::WpaPsk);
     if (type == QLatin1String("wep"))
-        LOG4CPLUS_WARN(logger(), "Got unsupported auth type WEP from LUMO!");
+        LOG4CPLUS_WARN(lumoLogger(), "Got unsupported auth type WEP from LUMO!");
     else
-        LOG4CPLUS_WARN(logger(), "Got unknown auth type from LUMO: " << type);
+        LOG4CPLUS_WARN(lumoLogger(), "Got unknown auth type from LUMO: " << type);
     return std::nullopt;
 }
 
@@ -270,7 +268,7 @@ OrvaNetworkInterface parseWpsCredentials(const QVariantMap& credentials)
         network.setKey(lumoField<QString>(credentials, "wpa_psk"));
         network.setEncryption(Encryption::WpaPsk);
     } else if (type != QLatin1String("unsecured")) {
-        LOG4CPLUS_WARN(logger(),
+        LOG4CPLUS_WARN(lumoLogger(),
                        "Unknown encryption type returned by WPS session, assuming unencrypted.");
     }
     return network;

@@ -1,13 +1,11 @@
 #include "backend/lumo/lumoencoding.h"
 
-#include "core/dbglog.h"
+#include "backend/lumo/lumolog.h"
 #include "network/networkrules.h"
 
 #include <QHostAddress>
 
 namespace {
-
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 
 /// Adds the security. A number that names none adds nothing: such a network must not pass for an
 /// open one.
@@ -38,7 +36,7 @@ QString ipv4(const char* what, const QString& text)
 {
     QString address = orvaIPv4Address(text);
     if (address.isEmpty() && !text.isEmpty())
-        LOG4CPLUS_WARN(logger(), "Not an IPv4 " << what << ", leaving it out: " << text);
+        LOG4CPLUS_WARN(lumoLogger(), "Not an IPv4 " << what << ", leaving it out: " << text);
     return address;
 }
 
@@ -66,7 +64,7 @@ QVariantMap lumoWirelessNetworks(const OrvaList<OrvaNetworkInterface>& networks)
     int priority = networks.size();
     for (const OrvaNetworkInterface& network : networks) {
         if (network.ssid().isEmpty()) {
-            LOG4CPLUS_WARN(logger(), "Wireless network is missing SSID, skipping: " << network);
+            LOG4CPLUS_WARN(lumoLogger(), "Wireless network is missing SSID, skipping: " << network);
             continue;
         }
         map.insert(network.ssid(), encodeNetwork(network, priority--));

@@ -2,16 +2,15 @@
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"
+#include "backend/lumo/lumolog.h"
 #include "backend/lumo/networkinglowlevellumo.h"
 #include "backend/networklistener.h"
 #include "backend/softapinterface.h"
-#include "core/dbglog.h"
 #include "wifidaemonproxy.h"
 
 #include <utility>
 
 namespace {
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 } // namespace
 
 // A question starts nobody: where the daemon is not, there is nothing to ask for.
@@ -31,8 +30,8 @@ std::optional<QVariantMap> Networking_LowLevel_LUMO::askDetails(const QString& i
     if (!BoundedCalls::isAnswer(reply))
         return std::nullopt;
     if (reply.type() == QDBusMessage::ErrorMessage) {
-        LOG4CPLUS_DEBUG(logger(), "No details of " << interface << ": " << reply.errorName() << ", "
-                                                   << lumoText(reply.errorMessage()));
+        LOG4CPLUS_DEBUG(lumoLogger(), "No details of " << interface << ": " << reply.errorName()
+                                                       << ", " << lumoText(reply.errorMessage()));
         return QVariantMap();
     }
     if (reply.signature() != QLatin1String("a{sv}"))
@@ -92,14 +91,14 @@ QStringList Networking_LowLevel_LUMO::connectedInterfaces() const
 
 OrvaNetworkInfo Networking_LowLevel_LUMO::getNetworkState()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     QStringList names = connectedInterfaces();
     names << m_listener.wiredInterface() << m_listener.wirelessInterface();
     names.removeDuplicates();
     QMap<QString, QVariantMap> answers;
     for (const QString& name : std::as_const(names)) {
         answers[name] = details(name);
-        LOG4CPLUS_TRACE(logger(),
+        LOG4CPLUS_TRACE(lumoLogger(),
                         "Interface: " << name << " \tdetails: " << orvaToLog(answers.value(name)));
     }
     return parseNetworkState(answers, m_listener.wiredInterface(), m_listener.wirelessInterface());
@@ -107,83 +106,84 @@ OrvaNetworkInfo Networking_LowLevel_LUMO::getNetworkState()
 
 void Networking_LowLevel_LUMO::on_lumo_Connected(const QString& interface)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "LUMO signal: Connected (" << interface << ")");
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Connected (" << interface << ")");
     m_interfacesConnected.insert(interface);
     m_listener.setLinkStatus(interface, true);
     if (isSoftApInterface(interface))
-        LOG4CPLUS_DEBUG(logger(), "SoftAp started");
+        LOG4CPLUS_DEBUG(lumoLogger(), "SoftAp started");
     else
-        LOG4CPLUS_DEBUG(logger(), "Connected to: " << interface);
-    LOG4CPLUS_DEBUG(logger(),
+        LOG4CPLUS_DEBUG(lumoLogger(), "Connected to: " << interface);
+    LOG4CPLUS_DEBUG(lumoLogger(),
                     "m_interfacesConnected: " << connectedInterfaces().join(QStringLiteral(", ")));
 }
 
 void Networking_LowLevel_LUMO::on_lumo_Disconnected(const QString& interface)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "LUMO signal: Disconnected (" << interface << ")");
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Disconnected (" << interface << ")");
     m_listener.setLinkStatus(interface, false);
     m_interfacesConnected.remove(interface);
-    LOG4CPLUS_DEBUG(logger(),
+    LOG4CPLUS_DEBUG(lumoLogger(),
                     "m_interfacesConnected: " << connectedInterfaces().join(QStringLiteral(", ")));
 }
 
 void Networking_LowLevel_LUMO::on_lumo_Disconnecting(const QString& interface)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "LUMO signal: Disconnecting (" << interface << ")");
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "LUMO signal: Disconnecting (" << interface << ")");
     m_listener.setDisconnecting(interface);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_AuthError(const QString& ssid, const QString& description)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "ssid: " << ssid << " description: " << description);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "ssid: " << ssid << " description: " << description);
     Q_EMIT AuthError(ssid, description);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_Error(const QString& description)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "description: " << description);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "description: " << description);
     Q_EMIT Error(description);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_InterfaceStatus(const QString& interface, int status)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "interface: " << interface << " status: " << status);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "interface: " << interface << " status: " << status);
     m_interfaceStatuses.insert(interface, status);
     Q_EMIT InterfaceStatusChanged(interface, static_cast<InterfaceStatus>(status));
 }
 
 void Networking_LowLevel_LUMO::on_lumo_CableStatus(bool CablePluggedIn)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "CablePluggedIn: " << CablePluggedIn);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "CablePluggedIn: " << CablePluggedIn);
     m_listener.setCurrentCableStatus(CablePluggedIn);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_ScanResults(const QVariantMap& Results)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     const QVariantMap map = lumoPlainMap(Results);
-    LOG4CPLUS_DEBUG(logger(), "Results: " << orvaToLog(map));
+    LOG4CPLUS_DEBUG(lumoLogger(), "Results: " << orvaToLog(map));
     m_scanning = false;
     const QVector<OrvaNetworkScanResult> results = parseScanResults(map);
-    LOG4CPLUS_DEBUG(logger(), "ScanResults emitted: " << orvaToLog(
-                                  OrvaCodec<QVector<OrvaNetworkScanResult>>::encode(results)));
+    LOG4CPLUS_DEBUG(lumoLogger(), "ScanResults emitted: " << orvaToLog(
+                                      OrvaCodec<QVector<OrvaNetworkScanResult>>::encode(results)));
     Q_EMIT ScanResults(results);
 }
 
 void Networking_LowLevel_LUMO::on_lumo_WpsCredentials(const QVariantMap& map)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     const QVariantMap credentials = lumoPlainMap(map);
-    LOG4CPLUS_DEBUG(logger(), "map: " << orvaToLog(credentials));
+    LOG4CPLUS_DEBUG(lumoLogger(), "map: " << orvaToLog(credentials));
     if (!m_wpsRunning) {
-        LOG4CPLUS_WARN(logger(), "Got WPS credentials but there is no receiver for them anymore?");
+        LOG4CPLUS_WARN(lumoLogger(),
+                       "Got WPS credentials but there is no receiver for them anymore?");
         return;
     }
     endWps().finish(parseWpsCredentials(credentials));
@@ -191,10 +191,10 @@ void Networking_LowLevel_LUMO::on_lumo_WpsCredentials(const QVariantMap& map)
 
 void Networking_LowLevel_LUMO::on_lumo_WpsError(const QString& Message)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "ErrorMessage: " << Message);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "ErrorMessage: " << Message);
     if (!m_wpsRunning) {
-        LOG4CPLUS_WARN(logger(), "Got WPS error but there is no receiver for them anymore?");
+        LOG4CPLUS_WARN(lumoLogger(), "Got WPS error but there is no receiver for them anymore?");
         return;
     }
     endWps().setError(CMError(QStringLiteral("WpsError"), Message));

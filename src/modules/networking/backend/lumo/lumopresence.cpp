@@ -1,9 +1,9 @@
 // Whether the daemon is there, and what it is told when it has come back.
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
+#include "backend/lumo/lumolog.h"
 #include "backend/lumo/networkinglowlevellumo.h"
 #include "backend/networklistener.h"
-#include "core/dbglog.h"
 #include "freedesktopdbus.h"
 #include "wifidaemonproxy.h"
 
@@ -13,12 +13,11 @@
 #include <utility>
 
 namespace {
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 } // namespace
 
 void Networking_LowLevel_LUMO::on_cableStatus_init()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     const auto wired = askDetails(m_listener.wiredInterface());
     if (wired)
         m_listener.setCurrentCableStatus(lumoField<bool>(*wired, "CableStatus"));
@@ -39,20 +38,22 @@ void Networking_LowLevel_LUMO::noteAlreadyConnected(const QString& interface, co
 {
     if (m_interfacesConnected.contains(interface))
         return;
-    LOG4CPLUS_WARN(logger(), remark << "already connected, storing in interfacesAlreadyConnected!");
+    LOG4CPLUS_WARN(lumoLogger(),
+                   remark << "already connected, storing in interfacesAlreadyConnected!");
     m_interfacesConnected.insert(interface);
 }
 
 void Networking_LowLevel_LUMO::on_nameOwnerChanged(const QString& name, const QString& oldOwner,
                                                    const QString& newOwner)
 {
-    LOG4CPLUS_TRACE(logger(), name << ", was: " << oldOwner << ", now: " << newOwner);
+    LOG4CPLUS_TRACE(lumoLogger(), name << ", was: " << oldOwner << ", now: " << newOwner);
     if (name != m_daemon->service())
         return;
     if (!newOwner.isEmpty()) {
         m_restartTimer.stop();
     } else if (!oldOwner.isEmpty()) {
-        LOG4CPLUS_WARN(logger(), "lumod has disappeared from the system bus, forcing a restart!");
+        LOG4CPLUS_WARN(lumoLogger(),
+                       "lumod has disappeared from the system bus, forcing a restart!");
         m_calls->forgetUnanswered();
         const int delay = m_restartBackoff.afterLoss(m_clock.elapsed());
         delay > 0 ? m_restartTimer.start(delay) : on_restartTimer_timeout();
@@ -66,9 +67,9 @@ void Networking_LowLevel_LUMO::on_restartTimer_timeout()
     if (reply.type() != QDBusMessage::ErrorMessage)
         return;
     const QDBusError error(reply);
-    LOG4CPLUS_ERROR(logger(), "Request to lumod failed, errorType: "
-                                  << error.type() << " error name: " << error.name()
-                                  << " message: " << lumoText(error.message()));
+    LOG4CPLUS_ERROR(lumoLogger(), "Request to lumod failed, errorType: "
+                                      << error.type() << " error name: " << error.name()
+                                      << " message: " << lumoText(error.message()));
 }
 
 void Networking_LowLevel_LUMO::on_calls_askAgain()
@@ -83,7 +84,7 @@ void Networking_LowLevel_LUMO::on_calls_askAgain()
 
 void Networking_LowLevel_LUMO::on_lumo_Started()
 {
-    LOG4CPLUS_INFO(logger(), "LUMO signal: Started");
+    LOG4CPLUS_INFO(lumoLogger(), "LUMO signal: Started");
     // Should it have gone again already, this must not start the next one: its own Started will.
     const QScopedValueRollback<bool> replaying(m_replaying, true);
     if (m_appliedProfile != OrvaNetworkProfile())

@@ -3,8 +3,8 @@
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumoencoding.h"
+#include "backend/lumo/lumolog.h"
 #include "backend/networklistener.h"
-#include "core/dbglog.h"
 #include "core/orvaplainvalue.h"
 #include "freedesktopdbus.h"
 #include "wifidaemonproxy.h"
@@ -12,8 +12,6 @@
 #include <limits>
 
 namespace {
-
-ORVA_LOGGER("Networking_LowLevel_LUMO")
 
 constexpr int wpsLimit = 130000; // ms; a session's walk time is 120 s
 
@@ -135,8 +133,8 @@ void Networking_LowLevel_LUMO::writeProperty(const QString& property, const QVar
 
 bool Networking_LowLevel_LUMO::scanNetworks()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "Invoke scan");
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "Invoke scan");
     m_scanning = true;
     send(QStringLiteral("Scan"));
     return true;
@@ -144,23 +142,23 @@ bool Networking_LowLevel_LUMO::scanNetworks()
 
 bool Networking_LowLevel_LUMO::applyProfile(const OrvaNetworkProfile& profile)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
-    LOG4CPLUS_DEBUG(logger(), "profile: " << profile);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    LOG4CPLUS_DEBUG(lumoLogger(), "profile: " << profile);
     writeProperty(QStringLiteral("WirelessNetworks"),
                   lumoWirelessNetworks(profile.wirelessNetworks()));
     writeProperty(QStringLiteral("WiredIpSettings"), lumoIpSettings(profile.wired()));
     writeProperty(QStringLiteral("WirelessIpSettings"), lumoIpSettings(profile.wireless()));
     const QString mode = OrvaNetworkProfileType::toString(profile.type());
-    LOG4CPLUS_TRACE(logger(), "lumoInterface: SetNormalMode " << mode);
+    LOG4CPLUS_TRACE(lumoLogger(), "lumoInterface: SetNormalMode " << mode);
     send(QStringLiteral("SetNormalMode"), {mode});
-    LOG4CPLUS_INFO(logger(), "Applied profile: " << profile);
+    LOG4CPLUS_INFO(lumoLogger(), "Applied profile: " << profile);
     m_appliedProfile = profile;
     return true;
 }
 
 bool Networking_LowLevel_LUMO::disconnect()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     m_softAps.clear();
     m_scanning = false;
     send(QStringLiteral("SetOffMode"));
@@ -169,14 +167,14 @@ bool Networking_LowLevel_LUMO::disconnect()
 
 bool Networking_LowLevel_LUMO::forceWifiReconnect()
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     send(QStringLiteral("ForceWifiReconnect"));
     return true;
 }
 
 bool Networking_LowLevel_LUMO::performWpsPbc(const CMReply<OrvaNetworkInterface>& reply)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     if (!startWps(reply))
         return false;
     send(QStringLiteral("WpsPbc"));
@@ -186,7 +184,7 @@ bool Networking_LowLevel_LUMO::performWpsPbc(const CMReply<OrvaNetworkInterface>
 bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
                                              const CMReply<OrvaNetworkInterface>& reply)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     if (!startWps(reply))
         return false;
     send(QStringLiteral("WpsPin"), {pin});
@@ -196,7 +194,7 @@ bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
 bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& reply)
 {
     if (m_wpsRunning) {
-        LOG4CPLUS_ERROR(logger(), "WPS is already running");
+        LOG4CPLUS_ERROR(lumoLogger(), "WPS is already running");
         return false;
     }
     m_wpsReply = reply;
@@ -207,7 +205,7 @@ bool Networking_LowLevel_LUMO::startWps(const CMReply<OrvaNetworkInterface>& rep
 
 bool Networking_LowLevel_LUMO::startSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     m_softAps.insert(settings.apInterface(), settings);
     sendStartSoftAp(settings);
     return true;
@@ -221,7 +219,7 @@ void Networking_LowLevel_LUMO::sendStartSoftAp(const OrvaNetworkProfileSoftApSet
 
 bool Networking_LowLevel_LUMO::stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings)
 {
-    const auto trace = dbglog_scopedFunction(logger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     m_softAps.remove(settings.apInterface());
     send(QStringLiteral("StopSoftAp"), {settings.apInterface()});
     return true;

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "core/dbglog.h"
+
+/// The logger of the worker and its rooms.
+ORVA_LOGGER(networkingLogger, "Networking")
