@@ -19,6 +19,17 @@ if(ORVA_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER "${ORVA_CCACHE}")
 endif()
 
+# The rooms' sources are compiled a handful at a time, since most of the time goes into the headers.
+set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile several sources at a time")
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+
+# With the compilers that the tests are run with. Another one's warnings keep nobody from building.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION MATCHES "^(12|14)\\.")
+    set(known ON)
+else()
+    set(known OFF)
+endif()
+option(ORVA_WERROR "Treat compiler warnings as errors" ${known})
 add_compile_options(-Wall -Wextra -Wpedantic)
 if(ORVA_WERROR)
     add_compile_options(-Werror)
