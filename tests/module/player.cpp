@@ -77,13 +77,14 @@ QVariantList rowsOf(WorkerFixture& fixture, const CMPath& path)
     return reply.value().toList();
 }
 
-/// What the power manager was asked for, in order: "+" for a request, "-" for a release.
+/// What the power manager was asked for, in order: "+" for a request, "-" for a release, "?" for
+/// nothing.
 QString powerRequests(WorkerFixture& fixture)
 {
     QString actions;
     const QVariantList rows = rowsOf(fixture, CMPath("power/requests"_s));
     for (const QVariant& row : rows)
-        actions += OrvaRoles(row.toHash()).value().__hash()["action"_s] == 1 ? "+"_s : "-"_s;
+        actions += "?+-"_s.at(OrvaRoles(row.toHash()).value().__hash()["action"_s].toInt());
     return actions;
 }
 
@@ -384,6 +385,7 @@ void Player::addFacts()
         {"live"_s, [this] { return live(*m_fixture, HeldClock::now()); }},
         {"counted"_s, [this] { return m_log.count("Failed connection attempts"_s); }},
         {"power"_s, [this] { return powerRequests(*m_fixture); }},
+        {"modules"_s, [this] { return rowsOf(*m_fixture, CMPath("power/modules"_s)).size(); }},
         {"rfkill"_s, [this] { return m_fixture->rfkillCalls(); }},
         {"pin"_s, [this] { return m_backend->wpsPin; }},
         {"readouts"_s, [this] { return m_backend->readouts; }},
