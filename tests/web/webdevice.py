@@ -38,7 +38,8 @@ class WebDevice(Playground):
         self.web = self.start(*self.under, BUILD / "bin/orva-web", "--config", self.directory / "web.json")
 
     def ready(self):
-        self.until(lambda: self.answers() and self.state()["host"])
+        self.until(self.answers)
+        self.wait("state", lambda state: state["host"])
         return self
 
     def answers(self):
