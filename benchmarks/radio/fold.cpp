@@ -49,9 +49,10 @@ void measureRequest(int requesters)
     OrvaNetworkProfile configuration;
     configuration.setSoftApSettings({interface});
     WorkerFixture fixture({{OrvaNetworkSoftApConfigSettingsPath(), OrvaValue::of(configuration)}});
-    fixture.request(OrvaNetworkStartPath());
+    fixture.send(OrvaNetworkStartPath());
     for (int i = 0; i < requesters; ++i)
-        fixture.request(OrvaNetworkRequestSoftApPath(), OrvaValue::of(request(i, 1)));
+        fixture.send(OrvaNetworkRequestSoftApPath(), OrvaValue::of(request(i, 1)));
+    QCoreApplication::sendPostedEvents();
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < rounds; ++i) {

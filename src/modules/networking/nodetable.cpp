@@ -68,7 +68,8 @@ CMNodes& createNodes(CMNodesWorker& worker)
         create(nodes, orvaNetworkNode(path));
     new WakeOnLan(&worker);
     create(nodes, orvaNetworkNode(OrvaNetworkRequestWifiRestartPath()));
-    const CMNodeRow& airplaneMode = orvaNetworkNode(OrvaNetworkAirplaneModePath());
+    const CMPath airplaneModePath = OrvaNetworkAirplaneModePath();
+    const CMNodeRow& airplaneMode = orvaNetworkNode(airplaneModePath);
     CMValueNode::create(nodes, airplaneMode)
         ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
     create(nodes, orvaNetworkNode(OrvaNetworkSoftApRequestsPath()));
