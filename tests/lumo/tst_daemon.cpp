@@ -310,7 +310,7 @@ private Q_SLOTS:
     void endsWhatWasInBetweenByName()
     {
         PlayedListener listener;
-        listener.disconnecting = QStringList{"wlan0"_s, "uap1"_s, "eth0"_s, "uap0"_s};
+        listener.disconnecting = QStringList{"uap1"_s, "eth0"_s, "uap0"_s};
         Networking_LowLevel_LUMO client(listener);
         QVERIFY(!client.getEthernetMAC().isEmpty());
         QTest::qWait(50);
