@@ -3,7 +3,7 @@ import os, pathlib, signal, subprocess, time, unittest
 
 import network
 from network import DEV, ip
-from wiredcase import CONNECTED, NOT, RESOLV, Device, WiredCase, processes, routes
+from wiredcase import CONNECTED, NOT, RESOLV, Device, WiredCase, left_over, processes, routes
 
 
 class Cable(Device):
@@ -108,6 +108,15 @@ class Cable(Device):
                 self.p.until(lambda: len(processes("lumod-keep")) == len(processes("lumod")) == 1)
                 self.assertEqual(len(ip("-n", "dev", "-4", "addr", "show", "eth0")[0]["addr_info"]), 1)
                 self.assertEqual(len(routes("default")), 1)
+
+    def test_engine_that_does_not_end(self):
+        self.connect()
+        for pid in processes("dhcpcd"):
+            os.kill(pid, signal.SIGSTOP)
+        self.stop()
+        self.assertEqual(left_over()["files"], [])
+        ip("-n", "dev", "link", "set", "eth0", "down")  # what it configured, it could not take back
+        ip("-n", "dev", "addr", "flush", "dev", "eth0")
 
     def test_storm_of_addresses(self):
         self.connect()

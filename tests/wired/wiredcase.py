@@ -64,14 +64,18 @@ class WiredCase(unittest.TestCase):
         done = self.p.run(*DEV, str(BUILD / "bin/orvactl"), "--json", *words)
         return json.loads(done.stdout) if done.returncode == 0 and done.stdout.strip() else {}
 
-    def end(self):
-        """Ends the device, the daemon as its service manager does: nothing is left."""
+    def stop(self):
+        """Ends the device, the daemon as its service manager does."""
         if self.host:
             self.host.kill()
             self.host.wait()
         for lumod in processes("lumod"):
             os.kill(lumod, signal.SIGTERM)
         self.p.until(lambda: not processes("lumod"))
+
+    def end(self):
+        """The same, and nothing is left."""
+        self.stop()
         self.assertEqual(left_over(), dict(engines=0, files=[], routes=[], addresses=[]), self.p.logged())
 
     def plug(self):

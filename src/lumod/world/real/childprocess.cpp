@@ -32,6 +32,11 @@ ChildProcess::ChildProcess(QString keeper, QString title, QObject* parent)
 
 ChildProcess::~ChildProcess()
 {
+    end();
+}
+
+void ChildProcess::end()
+{
     blockSignals(true); // its owner is going
     if (!isRunning())
         return;

@@ -12,7 +12,7 @@ class ChildProcess : public QObject
 public:
     /// @param keeper path of lumod-keep
     ChildProcess(QString keeper, QString title, QObject* parent = nullptr);
-    /// Ends the program and waits for that, some seconds at most.
+    /// `end()`.
     ~ChildProcess() override;
     Q_DISABLE_COPY(ChildProcess)
 
@@ -22,6 +22,9 @@ public:
     void start(const QString& program, const QStringList& arguments);
     /// Asks the program to end; `stopped` follows, at once when none runs.
     void stop();
+    /// For an owner that is going: ends the program and waits for that, some seconds at most.
+    /// Nothing is signalled any more.
+    void end();
     /// It was asked to end, and has not yet.
     [[nodiscard]] bool isEnding() const { return isRunning() && !m_wanted; }
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }

@@ -61,6 +61,7 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
 
 DhcpClient::~DhcpClient()
 {
+    m_child.end(); // what it leaves can be seen only then
     removeLeftOvers();
 }
 
