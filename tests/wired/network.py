@@ -38,6 +38,8 @@ class Network:
         ip("link", "add", "eth0", "netns", "dev", "address", "02:00:00:00:10:01", "type", "veth", "peer", "name", "r0", "netns",
            "rt")
         ip("-n", "rt", "addr", "add", "192.0.2.1/24", "dev", "r0")
+        # An advertisement from an address that is still looked for would be ignored, and the next one is seconds away.
+        subprocess.run([*ROUTER, "sh", "-c", "echo 0 >/proc/sys/net/ipv6/conf/r0/accept_dad"], check=True)
 
     def remove_interface(self):
         ip("-n", "dev", "link", "delete", "eth0")

@@ -108,12 +108,12 @@ class WiredCase(unittest.TestCase):
                     addresses=sorted(f"{a['ip']}/{a['prefix']}" for a in wired.get("addresses", [])),
                     gateways=[a["ip"] for a in info.get("gateways", [])], dns=[a["ip"] for a in info.get("dns", [])])
 
-    def agree(self, connected, has="", limit=10):
-        """Until device and machine say the same, it is connected or not, and `has` is among what they say."""
+    def agree(self, connected, *has, limit=10):
+        """Until device and machine say the same, it is connected or not, and each of `has` is among what they say."""
         end = time.monotonic() + limit
         while True:
             device, machine = self.device(), self.machine(connected)
-            if device == machine and has in str(device):
+            if device == machine and all(text in str(device) for text in has):
                 return device
             if time.monotonic() > end:
                 self.fail(f"after {limit} s, looking for {has!r}:\ndevice  {device}\nmachine {machine}\n{self.p.logged()}")
