@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # One place for the compiler's settings, so that every target of the project is built alike.
 
 set(CMAKE_CXX_STANDARD 17)

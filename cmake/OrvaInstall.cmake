@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What is installed where, in components: runtime (the device), development (who writes workers),
 # daemon (the connection daemon), world (has the daemon play a network instead) and web (the page that people
 # see).

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Debian packages, one a component, as ./package makes them: `cpack -G DEB` in a build directory configured
 # for the prefix /usr.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Run by cpack before it packs. It passes over a tool that it cannot find, and the package then lacks what the
 # tool would have told: without dpkg-shlibdeps it depends on no library.
 if(CPACK_GENERATOR STREQUAL "DEB")

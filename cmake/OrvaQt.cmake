@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Qt to build with. One process has one Qt, so what a worker is built against says which it is.
 
 set(ORVA_QT 5 CACHE STRING "Major version of Qt: 5 or 6")

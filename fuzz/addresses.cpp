@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of an interface's addresses.
 #include "backend/lumo/lumodecoding.h"
 #include "target.h"

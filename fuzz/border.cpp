@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON from a client: what passes is a plain value that reads back as itself, in any record.
 #include "core/orvalogtext.h"
 #include "core/orvaplainvalue.h"

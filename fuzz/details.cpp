@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The details of interfaces, by their names.
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"

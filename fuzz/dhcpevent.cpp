@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the DHCP client's event program sends, with values that come from the network.
 #include "target.h"
 

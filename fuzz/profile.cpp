@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A profile as somebody stored it, on its way to the daemon.
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumoencoding.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replays a corpus where there is no libFuzzer: each file of the directories that it is given.
 #include "target.h"
 

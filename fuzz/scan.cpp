@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The result of a scan.
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What wpa_supplicant says on the bus of access points and of WPS sessions.
 #include "target.h"
 

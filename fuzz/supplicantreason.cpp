@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What wpa_supplicant's control socket tells, in which names from the air stand.
 #include "target.h"
 

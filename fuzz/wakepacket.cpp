@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The check of a packet for wake-on-LAN reads nothing beyond the packet and accepts none without a
 // port.
 #include "wake/magicpacket.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a browser sends: the first byte chooses what it is taken for.
 #include "admission.h"
 #include "bodies.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The credentials that a WPS session brought.
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # A device on this machine: a private system bus, the host with the module, and the daemon that the bus
 # starts when the module first speaks to it. Sourced by ./run and by the tests.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prints what docs/nodes.md is made of beside the host's answers: the rows of the tables of nodes,
 // in the form in which "orvactl --json nodes" prints nodes, with their words, and the enumerations'
 // words.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034
 # The Debian packages that the project needs, one list a purpose, and the step that installs them.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034,SC2154
 # A device on a real interface, for ./run --real: what that changes, the way back, and a sandbox that changes
 # nothing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A round trip to the host that runs on the system bus, against a ping of it in the same run:
 //   bench_host_bus [PATH...]
 

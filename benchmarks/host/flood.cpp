@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How long a bystander waits for a value while another client of the host that runs on the system
 // bus floods it with writes whose answers it does not collect, and for a ping, which the host's bus
 // thread answers: what the bus itself makes it wait.

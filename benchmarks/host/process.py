@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What the host costs as a process: the way to its name on the bus, its memory and its rest.
 
     process.py BUILD [SECONDS]

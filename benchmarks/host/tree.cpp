@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tree costs in process: copies, nested writes, merges, requests and rows.
 
 #include "rootworker.h"

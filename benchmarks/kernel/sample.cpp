@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Measures one sample of the Wi-Fi watchdog: a lookup with its counters, on the loopback interface.
 #include "watchdog/netlinkinfo.h"
 

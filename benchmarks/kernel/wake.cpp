@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Measures wake-on-LAN on a veth pair of its own (as root): the way from a magic packet on the wire
 // to the power manager's request, and what a stream of other packets costs the process that
 // listens.

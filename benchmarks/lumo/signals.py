@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What a signal of the connection daemon costs: how long until a client of the host sees what it changed, and
 what ten thousand of each kind leave behind.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a client of the network manager waits for, on a bus and a device of the program's own:
 //   bench_module_picture [DIRECTORY]
 // A profile that is set, from the call to the answer, with the settings in DIRECTORY (on a disk)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a scan request to its answer over the bus, with a radio that finds its networks at once; and
 // what a thousand requests of a hundred clients take that meet in one scan. Clients and worker
 // share one thread, so that the figures are the work of both.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What a real cable costs, with a real DHCP server: from carrier to the host's client, a storm of addresses, memory,
 and what wakes when nothing happens.
 

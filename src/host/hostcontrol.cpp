@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "hostcontrol.h"
 
 #include "host1adaptor.h"

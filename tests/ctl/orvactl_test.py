@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
 import json, os, pty, re, signal, subprocess, termios, threading, time, unittest
 

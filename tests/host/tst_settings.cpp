@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "diskcalls.h"
 #include "hostconfig.h"
 #include "hostlog.h"

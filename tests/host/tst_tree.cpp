@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "rootworker.h"
 #include "standins/powermanager.h"
 #include "values.h"

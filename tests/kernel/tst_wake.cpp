@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kerneltest.h"
 #include "testtree.h"
 #include "wake/wakeonlan.h"

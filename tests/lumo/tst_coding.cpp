@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Profiles as the daemon's maps, and the daemon's maps as records. Maps are written as JSON.
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"

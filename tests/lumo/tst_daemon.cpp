@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The worker over the connection daemon's client: what it tells a real daemon on a real bus, and
 // what becomes of the daemon's faults. busctl writes down what is on the wire.
 #include "backend/lumo/networkinglowlevellumo.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The stand-in daemon: what is on the wire, what its world plays, how it takes and makes faults."""
 import time, unittest, warnings
 

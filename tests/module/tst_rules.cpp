@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rules that need no state, a table of them in tables/rules.txt.
 #include "backend/fake/defaultroute.h"
 #include "backend/mounttable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "network/networkpaths.h"
 #include "player.h"
 #include "tables.h"

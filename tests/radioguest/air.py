@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What is in the air around the device, in the guest of tools/radio: access points that hostapd makes of the other
 radios, in a namespace of their own, with a DHCP server. wlan0 is the device's; wlan1 has channel 6, wlan2 channel 11."""
 import pathlib, subprocess, time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A daemon on a simulated radio, in the guest of tools/radio, and what the machine says beside it."""
 import json, pathlib, re, subprocess, sys, time, unittest, warnings
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """All that is tried on simulated radios, in one guest: run by ./test --radio."""
 import radiocase
 from station_test import Station, WithoutEngine

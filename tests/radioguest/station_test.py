@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The station on a real radio: scans, joins, wrong keys, access points that go and come."""
 import os, pathlib, signal, subprocess
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """WPS with a real router's half: button, PIN, and how it ends otherwise."""
 import re, subprocess, time
 

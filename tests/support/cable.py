@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What a cable does, whichever world it is in: the same steps and the same signals, in the same order."""
 import queue
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A lumod on a bus of its own, spoken to and overheard through busctl: no code of ours reads the wire."""
 import json, queue, subprocess, threading, time
 

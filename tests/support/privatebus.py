@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A system bus of a test's own, as tools/device.sh makes it for a device, and programs on it."""
 import json, os, pathlib, shutil, subprocess, tempfile, time
 

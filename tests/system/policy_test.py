@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Who may do what on the bus, under the policies that are installed: a user outside the group netdev nothing,
 one in it everything but read keys, and nobody but its owner speaks as the daemon."""
 import os, subprocess, unittest, warnings, xml.etree.ElementTree as XML

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """./run on a built tree: what a person gets from it, and what it leaves behind."""
 import json, os, pathlib, pty, signal, subprocess, tempfile, unittest
 

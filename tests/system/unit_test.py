@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The shipped unit's walls: the host and the programs that it runs get through them, and nothing else does."""
 import os, pathlib, signal, subprocess, unittest
 

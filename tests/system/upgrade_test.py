@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The state that another version left: nothing of it is lost."""
 import json, pathlib, shutil, unittest
 

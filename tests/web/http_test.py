@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The server of the page, by plain HTTP: who is let in, what is taken, what is told, and that no key is."""
 import json, os, socket, threading, time, unittest, warnings
 

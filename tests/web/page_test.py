@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The page in a real browser, without a head, against the played world: what people do, by keyboard too."""
 import os, pathlib, time, unittest, warnings
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A device in the played world with orva-web on it: bus, host and daemon of its own."""
 import http.client, json, socket, time
 

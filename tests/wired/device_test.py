@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The whole device on a real cable: after each step it says what the machine says."""
 import os, pathlib, signal, subprocess, time, unittest
 

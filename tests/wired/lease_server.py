@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A DHCP server of few words: offers 192.0.2.50 for some seconds, and falls silent when told (SIGUSR1)."""
 import signal, socket, struct, sys
 

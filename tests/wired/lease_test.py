@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A real cable, and what takes its time: leases that end, addresses that are taken, IPv6."""
 import pathlib, signal, unittest
 

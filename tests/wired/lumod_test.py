@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The daemon on a real cable: the same stories as in the played world."""
 import unittest
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Two network namespaces with a cable between them, in namespaces of the test's own: nothing of the machine is
 touched. In `dev` the device has eth0; in `rt` a router has r0 (192.0.2.1, and 2001:db8:1::1 when it is wanted)."""
 import json, os, pathlib, subprocess, sys

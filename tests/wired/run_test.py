@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """./run --real: in the sandbox it connects, on an interface it asks before and leaves all as it was."""
 import os, pathlib, signal, subprocess, tempfile, unittest
 

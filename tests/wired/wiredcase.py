@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A device with a real cable, and whether what it says is what the machine says."""
 import json, os, pathlib, signal, time, unittest, warnings
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC1091,SC2016
 # Bare Debian systems, each in a directory: made, entered and taken down. Sourced by tools/bare and by what
 # runs in its roots; wants root, and packages_bare installed.

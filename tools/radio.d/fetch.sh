@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2154
 # The packages of the guest with radios, fetched and unpacked below a build directory. Sourced by tools/radio.
 

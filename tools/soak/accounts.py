@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What a device uses, and what its log says."""
 import os
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Who plays in a soak: clients of the host, the network, and the daemon's bad luck. Each action takes the
 device and the random numbers, does one thing and returns nothing; what it asks is answered later."""
 import dbus

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """The driver of ./soak: plays against the device whose bus is DBUS_SYSTEM_BUS_ADDRESS, and judges it."""
 import argparse
 import collections

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/orvavalue.h"
 
 ORVA_PLAIN_VALUES(ORVA_VALUE_DEFINITION)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "network/networknodes.h"
 
 const CMNodeRow& orvaNetworkNode(const CMPath& path)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "network/networkpaths.h"
 
 ORVA_NETWORK_NODES(ORVA_NODE_PATH_DEFINITION)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "network/networkrecords.h"
 
 ORVA_NETWORK_VALUES(ORVA_VALUE_DEFINITION)

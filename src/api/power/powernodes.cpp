@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "power/powernodes.h"
 
 ORVA_POWER_NODES(ORVA_NODE_PATH_DEFINITION)

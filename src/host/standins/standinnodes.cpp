@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "standins/standinnodes.h"
 
 ORVA_STANDIN_NODES(ORVA_NODE_PATH_DEFINITION)

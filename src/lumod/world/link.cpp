@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "world/link.h"
 
 Link::Link(QString name, World& world)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "world/radiopermission.h"
 
 RadioPermission radioPermission(NetworkMode mode, const Link& cable)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the backend reports, where it concerns several rooms.
 #include "backend/softapinterface.h"
 #include "networking.h"

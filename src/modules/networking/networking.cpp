@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "networking.h"
 
 #include "backend/fake/networkinglowlevelfake.h"

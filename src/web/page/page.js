@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page's behaviour, in the JavaScript of ten years ago. State comes by events and is shown as it comes;
 // what people do goes out as a request each.
 (function () {

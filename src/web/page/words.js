@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every text of the page: a row each, a column for each language.
 var languages = [['en', 'English', 'ltr'], ['de', 'Deutsch', 'ltr']];
 var words = {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/model/cmabstractworker.h"
 
 void CMChangeHub::notify(const CMPath& path, const OrvaValue& value) const

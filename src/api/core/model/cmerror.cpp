@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/model/cmerror.h"
 
 CMError::CMError(const QString& name, const TrString& message, const TrString& title)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/model/cmnodesworker.h"
 
 #include "core/dbglog.h"

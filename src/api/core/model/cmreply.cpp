@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/model/cmreply.h"
 
 #include "core/dbglog.h"

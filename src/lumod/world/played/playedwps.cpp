@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "world/played/playedwps.h"
 
 PlayedWps::PlayedWps(World& world, const WorldDescription& description)

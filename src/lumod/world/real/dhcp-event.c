@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What dhcpcd runs at each event: hands the part of its environment that lumod reads to lumod, as
  * one datagram of "NAME=value" texts, each ended by a NUL, which no value can contain. A shell
  * would cost more than the rest of the exchange. */

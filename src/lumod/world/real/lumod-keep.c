@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* Runs a program and never lets it outlive whoever asked: lumod-keep PID PROGRAM ARGUMENT...
  *
  * The kernel's own signal at the death of a parent is lost when a program changes its user, as

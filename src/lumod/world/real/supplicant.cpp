@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "world/real/supplicant.h"
 
 #include "log.h"

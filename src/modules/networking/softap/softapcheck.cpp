@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "softap/softapcheck.h"
 
 #include "network/networkrules.h"

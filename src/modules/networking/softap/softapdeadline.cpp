@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "softap/softapdeadline.h"
 
 std::optional<qint64> softApDeadline(qint64 nowMs, qint32 timeoutMs)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// Makes the kernel deliver to `socket` only the packets that `isWakeDatagram()` accepts.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "core/model/nodes/cmuinode.h"
 
 #include "core/model/nodes/cmnodes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/fake/networkinglowlevelfake.h"
 
 #include "backend/fake/defaultroute.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/lumo/lumoborder.h"
 
 #include "backend/lumo/lumolog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the daemon says: its signals and its answers.
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"

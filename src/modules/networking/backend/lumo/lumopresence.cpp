@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether the daemon is there, and what it is told when it has come back.
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/lumo/networkinglowlevellumo.h"
 
 #include "backend/lumo/boundedcalls.h"
