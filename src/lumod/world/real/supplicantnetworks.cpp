@@ -31,8 +31,9 @@ void SupplicantNetworks::load(const QString& interface, QVector<KnownNetwork> ne
     networks = byPreference(std::move(networks));
     const auto kept = at(keep);
     remove(interface, kept ? keep : QString());
-    m_loading = {interface, QVector<QString>(networks.size()), networks.size()};
-    for (int place = 0; place < networks.size(); ++place) {
+    const int count = int(networks.size());
+    m_loading = {interface, QVector<QString>(count), count};
+    for (int place = 0; place < count; ++place) {
         const auto& network = networks.at(place);
         if (!kept || !isSameNetwork(network, *kept)) {
             add(network, place);
