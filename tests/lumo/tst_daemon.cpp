@@ -382,7 +382,7 @@ private Q_SLOTS:
         m_stage->tell("Refuse"_s, {QString()});
         QVERIFY(!player.backend->getEthernetMAC().isEmpty());
         QTest::qWait(50);
-        QTEST(refreshed.size(), "refreshes");
+        QTEST(int(refreshed.size()), "refreshes");
     }
 };
 

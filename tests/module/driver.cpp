@@ -143,7 +143,7 @@ QString Driver::checkAnswers()
         if (sent->expected ? outcome != *sent->expected : dropped)
             return "%1 ended with \"%2\" instead of \"%3\""_s.arg(
                 sent->request, outcome, sent->expected.value_or("an answer"_s));
-        sent = sent->reply.isFinished() ? m_open.erase(sent) : sent + 1;
+        sent = sent->reply.isFinished() ? m_open.erase(sent) : std::next(sent);
     }
     return m_log.count("was finished twice"_s) == 0 ? QString() : "a request was answered twice"_s;
 }
