@@ -2,11 +2,10 @@
 """A lumod on a bus of its own, spoken to and overheard through busctl: no code of ours reads the wire."""
 import json, queue, subprocess, threading, time
 
-from privatebus import BUILD, PrivateBus
+from privatebus import BUILD, LIMIT, PrivateBus
 
 LUMOD = str(BUILD / "bin/lumod")
 OBJECT = ["org.orva.lumod", "/org/orva/lumod"]
-LIMIT = 10  # seconds that the daemon may take
 
 
 def encode(value):
@@ -63,7 +62,7 @@ class Playground(PrivateBus):
                 return payload["data"]
 
     def busctl(self, *words, prefix=()):
-        done = self.run(*prefix, "busctl", "--address=" + self.address, "--json=short", f"--timeout={LIMIT}", *words)
+        done = self.run(*prefix, "busctl", "--address=" + self.address, "--json=short", f"--timeout={LIMIT - 5}", *words)
         if done.returncode:
             raise Refused(done.stderr.strip())
         return json.loads(done.stdout) if done.stdout else None

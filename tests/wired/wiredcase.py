@@ -109,7 +109,7 @@ class WiredCase(unittest.TestCase):
                     addresses=sorted(f"{a['ip']}/{a['prefix']}" for a in wired.get("addresses", [])),
                     gateways=[a["ip"] for a in info.get("gateways", [])], dns=[a["ip"] for a in info.get("dns", [])])
 
-    def agree(self, connected, *has, limit=10):
+    def agree(self, connected, *has, limit=30):
         """Until device and machine say the same, it is connected or not, and each of `has` is among what they say."""
         end = time.monotonic() + limit
         while True:
