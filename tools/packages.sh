@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2034
 # The Debian packages that the project needs, one list a purpose, and the step that installs them.
+. "$(dirname "${BASH_SOURCE[0]}")/progress.sh"
 
 packages_run=(
     g++ cmake ninja-build pkg-config
@@ -49,6 +50,10 @@ missing_packages() {
 # install_packages NAME...: installs what is missing; leaves apt alone when nothing is.
 install_packages() {
     local missing log as_root=()
+    command -v apt-get >/dev/null || {
+        echo "Debian's apt-get, which installs what is missing, is not here. What is needed: tools/packages.sh" >&2
+        return 1
+    }
     mapfile -t missing < <(missing_packages "$@")
     [ ${#missing[@]} -gt 0 ] || return 0
 
@@ -60,14 +65,20 @@ install_packages() {
         }
         as_root=(sudo)
     fi
-    log=$(mktemp)
-    [[ "${missing[*]}" != *:arm64* ]] || "${as_root[@]}" dpkg --add-architecture arm64
-    if ! "${as_root[@]}" apt-get update >"$log" 2>&1 </dev/null ||
-        ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-            apt-get install -y --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then
-        tail -n 30 "$log" >&2
-        rm -f "$log"
+    log=$(mktemp) || return 1
+    apt_install "${missing[@]}" 2>&1 </dev/null | tell_steps Installing '^..status:[^:]*:[^:]*:(.*)' "$log"
+    [ "${PIPESTATUS[0]}" -eq 0 ] || {
+        grep -aE '^(E|Err|W):' "$log" | tail -n 10 >&2
+        explain "$log"
+        echo "The packages were not installed; all that apt says is in $log" >&2
         return 1
-    fi
+    }
     rm -f "$log"
+}
+
+# apt_install NAME...: with its steps on stdout, as lines.
+apt_install() {
+    local get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o APT::Status-Fd=1 -o DPkg::Lock::Timeout=300)
+    [[ "$*" != *:arm64* ]] || "${as_root[@]}" dpkg --add-architecture arm64
+    "${get[@]}" update && "${get[@]}" install -y --no-install-recommends "$@"
 }

@@ -61,6 +61,34 @@ class Device(unittest.TestCase):
         self.assertEqual(list(self.runtime.iterdir()), [])
 
 
+class TheCommands(unittest.TestCase):
+    def test_say_how_they_are_used(self):
+        for command in [file for place in (".", "tools", "fuzz") for file in (SOURCE / place).iterdir()
+                        if file.is_file() and os.access(file, os.X_OK)]:
+            with self.subTest(command.name):
+                help_ = subprocess.run([command, "--help"], capture_output=True, timeout=LIMIT)
+                self.assertEqual((help_.returncode, help_.stderr, bool(help_.stdout)), (0, b"", True))
+
+    def test_tell_their_steps_and_what_a_failure_means(self):
+        for line, told in [
+                ("[3/94] Building CXX object x.o", "Building: 3/94"),
+                ("fatal error: error writing to /tmp/x.s: No space left on device", "no room left"),
+                ("E: Could not get lock /var/lib/dpkg/lock", "Another program is installing"),
+                ("W: Failed to fetch http://x/  Unable to connect\nE: Unable to locate package g++", "mirror cannot be reached"),
+                ("E: Unable to locate package g++", "Debian 12 and 13 have these"),
+                ("CMake Error: CMAKE_CXX_COMPILER not set, after EnableLanguage", "no compiler that works"),
+                ("-- The CXX compiler identification is GNU 12.2.0", "")]:
+            with self.subTest(line), tempfile.NamedTemporaryFile() as log:
+                ours, terminal = pty.openpty()
+                script = f". '{SOURCE}/tools/progress.sh'; tell_steps Building '^.([0-9]+/[0-9]+)' $1; explain $1"
+                subprocess.run(["bash", "-c", script, "bash", log.name], input=line, stderr=terminal, text=True, timeout=LIMIT)
+                os.write(terminal, b".")
+                said = os.read(ours, 4096).decode()
+                self.assertIn(told, said)
+                self.assertEqual(bool(told), len(said) > len("\r\x1b[K."), said)
+                os.close(ours), os.close(terminal)
+
+
 class ACommand(Device):
     def test_has_stdin_stdout_and_status_to_itself(self):
         result = self.run_("--fake", "sh", "-c", "cat; exit 7", input="what it reads")
@@ -89,6 +117,12 @@ class TheDevice(Device):
         until(lambda: not self.programs(), limit=LIMIT)
         self.out("--fake", "true")
         self.assert_nothing_left()
+
+    def test_says_where_it_cannot_write(self):
+        self.state.touch()
+        result = self.run_("--fake", "true")
+        self.assertEqual((result.returncode, result.stderr.splitlines()[1:]), (1, []))
+        self.assertIn(f"{self.state} cannot be written", result.stderr)
 
     def test_says_so_when_the_host_ends(self):
         result = self.run_("--fake", "sh", "-c", 'kill -KILL $(pgrep -P $PPID orva-host); sleep 60')
