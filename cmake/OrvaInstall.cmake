@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# What is installed where, in components: runtime (the device), development (who writes workers),
-# daemon (the connection daemon), world (has the daemon play a network instead) and web (the page that people
-# see).
+# What is installed where, in components: runtime (the device), library (what it and its workers link), development
+# (who writes workers), daemon (the connection daemon), world (has the daemon play a network instead) and web (the
+# page that people see). debian/rules makes a package of each.
 
 include(CMakePackageConfigHelpers)
 
@@ -19,7 +19,7 @@ file(RELATIVE_PATH ORVA_PC_TO_PREFIX
 
 foreach(file IN ITEMS
         dbus/org.orva.Host1.conf dbus/org.orva.lumod.conf dbus/org.orva.lumod.service
-        examples/host.json dist/orva-web.service dist/web/orva-web.sysusers examples/lumod.conf dist/lumod.service dist/lumod-world.conf dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
+        examples/host.json dist/orva-web.service dist/orva-web.sysusers examples/lumod.conf dist/lumod.service dist/lumod-world.conf dist/orva-host.service dist/orva-wait-online.service dist/orva.sysusers dist/orva.pc)
     configure_file("${file}.in" "${CMAKE_BINARY_DIR}/${file}" @ONLY)
 endforeach()
 configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"
@@ -31,9 +31,6 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/dist/OrvaConfigVersion.cma
 install(TARGETS orva-host RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT runtime)
 install(TARGETS orvactl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
 install(TARGETS networking LIBRARY DESTINATION "${ORVA_WORKER_DIR}" COMPONENT runtime)
-install(TARGETS orva_api orva_processhandler EXPORT OrvaTargets
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
-    NAMELINK_COMPONENT development)
 install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.Host1.conf"
     DESTINATION "${ORVA_DBUS_DATADIR}/system.d" COMPONENT runtime)
 install(FILES dbus/org.orva.Host1.xml
@@ -45,13 +42,20 @@ install(FILES "${CMAKE_BINARY_DIR}/dist/orva.sysusers"
     DESTINATION lib/sysusers.d RENAME orva.conf COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/examples/host.json"
     DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva" COMPONENT runtime)
-install(FILES examples/settings.json DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES README.md CHANGELOG.md docs/nodes.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES examples/settings.json DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 install(FILES dist/orva-host.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
 
+# --- library
+install(TARGETS orva_api orva_processhandler EXPORT OrvaTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library
+    NAMELINK_COMPONENT development)
+
 # --- development
+install(DIRECTORY examples/worker DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" COMPONENT development)
 install(DIRECTORY src/api/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva" COMPONENT development
     FILES_MATCHING PATTERN "*.h")
 install(FILES src/processhandler/orvaprocesshandler.h
@@ -75,12 +79,14 @@ install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
     DESTINATION "${ORVA_DBUS_DATADIR}/system-services" COMPONENT daemon)
 install(FILES "${CMAKE_BINARY_DIR}/dist/lumod.service"
     DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT daemon)
+install(FILES dist/lumod.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT daemon)
 
 # --- web
 install(TARGETS orva-web RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT web)
 install(FILES "${CMAKE_BINARY_DIR}/dist/orva-web.service" DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT web)
-install(FILES "${CMAKE_BINARY_DIR}/dist/web/orva-web.sysusers"
+install(FILES "${CMAKE_BINARY_DIR}/dist/orva-web.sysusers"
     DESTINATION lib/sysusers.d RENAME orva-web.conf COMPONENT web)
+install(FILES dist/orva-web.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT web)
 # It may hold an access code.
 install(FILES examples/web.json DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva"
     PERMISSIONS OWNER_READ OWNER_WRITE COMPONENT web)

@@ -28,7 +28,7 @@ packages_radio=( # fetched and unpacked, never installed: some would start servi
     wpasupplicant hostapd wireless-regdb iw rfkill tcpdump
 )
 packages_web=(chromium chromium-driver python3-selenium) # the page in a browser
-packages_package=(file dpkg-dev) # beside those of packages_run
+packages_package=(debhelper) # beside those of packages_run
 packages_bare=(systemd-container debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
