@@ -2,6 +2,7 @@
 // The daemon's configuration file.
 #include "target.h"
 
+#include "common/commentedjson.h"
 #include "jsonfile.h"
 #include "world/real/realsettings.h"
 
@@ -11,9 +12,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const bool quiet = (QLoggingCategory::setFilterRules(QStringLiteral("*=false")), true);
     require(quiet);
-    const auto file =
-        readJson(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)),
-                 QStringLiteral("lumod.conf"));
+    const QByteArray text(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    const auto file = readJson(withoutComments(text), QStringLiteral("lumod.conf"));
     require(file.isOk() == file.why().isEmpty());
     const auto settings = realSettings(file.value_or(QVariantMap()));
     for (const auto& name : {settings.wired, settings.wireless, settings.softAp})

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "context.h"
+#include "core/orvamask.h"
 #include "families.h"
 #include "valueleaves.h"
 
@@ -39,7 +40,7 @@ public:
         if (!wanted(path))
             return;
         if (value.isEmpty()) {
-            show(path, {}, QStringLiteral("****"), QStringLiteral("****"));
+            show(path, {}, orvaMask(), orvaMask());
             return;
         }
         const Leaves before = m_leaves.value(path);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostconfig.h"
 
+#include "common/commentedjson.h"
 #include "core/orvawords.h"
-
-#include <QFile>
 
 namespace {
 
@@ -40,16 +39,6 @@ struct ConfigRecord : OrvaHash
     ORVA_FIELD(WebserverRecord, webserver, Webserver);
     ORVA_FIELD(OrvaHash, settings, Settings);
 };
-
-QByteArray withoutComments(const QByteArray& text)
-{
-    QList<QByteArray> lines = text.split('\n');
-    for (QByteArray& line : lines) {
-        if (line.trimmed().startsWith("//"))
-            line.clear();
-    }
-    return lines.join('\n');
-}
 
 void logUnknownKeys(const OrvaHash& config)
 {
@@ -113,15 +102,10 @@ HostConfig fromRecord(const ConfigRecord& record)
 
 OrvaResult<HostConfig> readHostConfig(const QString& fileName)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return CMError::failed(file.errorString());
-    return parseHostConfig(file.readAll());
-}
-
-OrvaResult<HostConfig> parseHostConfig(const QByteArray& text)
-{
-    const auto json = OrvaPlain::fromJson(withoutComments(text));
+    const auto text = readCommentedJson(fileName);
+    if (!text)
+        return CMError::failed(text.why());
+    const auto json = OrvaPlain::fromJson(*text);
     if (!json)
         return json.error();
     if (json->userType() != QMetaType::QVariantHash)

@@ -32,4 +32,3 @@ struct HostConfig
 /// Reads a configuration: JSON, in which lines that begin with "//" are comments. Fails where
 /// anything in it does not suit. Keys that nobody knows are logged.
 [[nodiscard]] OrvaResult<HostConfig> readHostConfig(const QString& file);
-[[nodiscard]] OrvaResult<HostConfig> parseHostConfig(const QByteArray& text);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "daemon.h"
 
+#include "api/core/orvamask.h"
 #include "busproperties.h"
 #include "log.h"
 #include "wire.h"
@@ -40,11 +41,10 @@ QString summary(const QVector<KnownNetwork>& networks)
 {
     QStringList texts;
     for (const auto& network : networks)
-        texts.append(
-            QStringLiteral("%1 (priority %2, key %3)")
-                .arg(network.ssid)
-                .arg(network.priority)
-                .arg(network.key.isEmpty() ? QStringLiteral("none") : QStringLiteral("****")));
+        texts.append(QStringLiteral("%1 (priority %2, key %3)")
+                         .arg(network.ssid)
+                         .arg(network.priority)
+                         .arg(network.key.isEmpty() ? QStringLiteral("none") : orvaMask()));
     return texts.join(QStringLiteral(", "));
 }
 

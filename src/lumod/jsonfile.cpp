@@ -1,26 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "jsonfile.h"
 
-#include <QFile>
+#include "common/commentedjson.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
-namespace {
-
-QByteArray withoutComments(const QByteArray& text)
+Result<QVariantMap> readJson(const QByteArray& text, const QString& fileName)
 {
-    auto lines = text.split('\n');
-    for (auto& line : lines)
-        if (line.trimmed().startsWith("//"))
-            line.clear(); // the line stays, so that positions in messages are the file's
-    return lines.join('\n');
-}
-
-} // namespace
-
-Result<QVariantMap> readJson(const QByteArray& commented, const QString& fileName)
-{
-    const auto text = withoutComments(commented);
     QJsonParseError fault{};
     const auto document = QJsonDocument::fromJson(text, &fault);
     if (document.isObject())
@@ -36,8 +23,8 @@ Result<QVariantMap> readJson(const QByteArray& commented, const QString& fileNam
 
 Result<QVariantMap> readJsonFile(const QString& fileName)
 {
-    QFile file(fileName);
-    if (file.open(QIODevice::ReadOnly))
-        return readJson(file.readAll(), fileName);
-    return Failure{QStringLiteral("%1: %2").arg(fileName, file.errorString())};
+    const auto text = readCommentedJson(fileName);
+    if (text)
+        return readJson(*text, fileName);
+    return Failure{QStringLiteral("%1: %2").arg(fileName, text.why())};
 }

@@ -8,5 +8,5 @@
 /// Reads a JSON object in which lines that begin with "//" are comments. A failure names file and
 /// line.
 Result<QVariantMap> readJsonFile(const QString& fileName);
-/// The same for a text that stands in `fileName`.
+/// The same for the text of `fileName`, without comments.
 Result<QVariantMap> readJson(const QByteArray& text, const QString& fileName);

@@ -6,7 +6,7 @@
 #include "world/real/realworld.h"
 #include "worldadaptor.h"
 
-#include "common/journalstream.h"
+#include "common/messagepattern.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -68,15 +68,6 @@ Choice choose(const QCoreApplication& application)
     parser.process(application);
     return {parser.isSet(world) ? parser.value(world) : qEnvironmentVariable("ORVA_LUMOD_WORLD"),
             parser.value(config)};
-}
-
-/// With the journal, which has a time of its own, the priority of syslog(3) instead.
-QString messagePattern()
-{
-    if (!leadsToJournal())
-        return QStringLiteral("%{time hh:mm:ss.zzz} %{category} %{type}: %{message}");
-    return QStringLiteral("%{if-debug}<7>%{endif}%{if-info}<6>%{endif}%{if-warning}<4>%{endif}"
-                          "%{if-critical}<3>%{endif}%{if-fatal}<2>%{endif}%{message}");
 }
 
 int fail(const QString& why)

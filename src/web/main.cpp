@@ -2,7 +2,7 @@
 #include "log.h"
 #include "setuppage.h"
 
-#include "common/journalstream.h"
+#include "common/messagepattern.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -16,15 +16,6 @@
 Q_LOGGING_CATEGORY(lcWeb, "web")
 
 namespace {
-
-/// With the journal, which has a time of its own, the priority of syslog(3) instead.
-QString messagePattern()
-{
-    if (!leadsToJournal())
-        return QStringLiteral("%{time hh:mm:ss.zzz} %{category} %{type}: %{message}");
-    return QStringLiteral("%{if-debug}<7>%{endif}%{if-info}<6>%{endif}%{if-warning}<4>%{endif}"
-                          "%{if-critical}<3>%{endif}%{if-fatal}<2>%{endif}%{message}");
-}
 
 QString configFile(const QCoreApplication& application)
 {

@@ -2,8 +2,8 @@
 #include "websettings.h"
 
 #include "bodies.h"
+#include "common/commentedjson.h"
 
-#include <QFile>
 #include <QHostAddress>
 
 namespace {
@@ -19,16 +19,6 @@ struct SettingsRecord : OrvaHash
     ORVA_FIELD(QString, accessCode, AccessCode);
     ORVA_FIELD(bool, homeNetwork, HomeNetwork);
 };
-
-QByteArray withoutComments(const QByteArray& text)
-{
-    QList<QByteArray> lines = text.split('\n');
-    for (QByteArray& line : lines) {
-        if (line.trimmed().startsWith("//"))
-            line.clear();
-    }
-    return lines.join('\n');
-}
 
 /// The key whose value lies outside its range; empty where all suit.
 QString outOfRange(const SettingsRecord& record)
@@ -46,15 +36,15 @@ QString outOfRange(const SettingsRecord& record)
 
 OrvaResult<WebSettings> readWebSettings(const QString& fileName)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return CMError::failed(file.errorString());
-    return parseWebSettings(file.readAll());
+    const auto text = readCommentedJson(fileName);
+    if (!text)
+        return CMError::failed(text.why());
+    return parseWebSettings(*text);
 }
 
 OrvaResult<WebSettings> parseWebSettings(const QByteArray& text)
 {
-    const auto record = parseBody<SettingsRecord>(withoutComments(text));
+    const auto record = parseBody<SettingsRecord>(text);
     if (!record)
         return record.error();
     if (const QString key = outOfRange(*record); !key.isEmpty())

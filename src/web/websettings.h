@@ -24,4 +24,5 @@ struct WebSettings
 /// Reads JSON in which lines that begin with "//" are comments. Fails where a key is unknown or its
 /// value does not suit.
 [[nodiscard]] OrvaResult<WebSettings> readWebSettings(const QString& file);
+/// The same for a text without comments.
 [[nodiscard]] OrvaResult<WebSettings> parseWebSettings(const QByteArray& text);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "api/core/orvamask.h"
 #include "wire.h"
 #include "world/played/playedworld.h"
 
@@ -8,7 +9,7 @@ namespace {
 
 QString masked(const QString& key)
 {
-    return key.isEmpty() ? key : QStringLiteral("****");
+    return key.isEmpty() ? key : orvaMask();
 }
 
 QJsonArray toJson(const QVector<AccessPoint>& points)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world/real/childprocess.h"
 
+#include "api/core/orvamask.h"
 #include "log.h"
 
 #include <QCoreApplication>
@@ -70,7 +71,7 @@ void ChildProcess::relay()
     while (m_process.canReadLine()) {
         auto line = m_process.readLine();
         if (const int at = m_secretWord.isEmpty() ? -1 : line.indexOf(m_secretWord); at >= 0)
-            line = line.left(at) + m_secretWord + " ****";
+            line = line.left(at) + m_secretWord + ' ' + orvaMask().toUtf8();
         m_lastLine = QString::fromUtf8(line).trimmed();
         qCDebug(lcLumod).noquote() << m_title + QLatin1Char(':') << m_lastLine;
     }
