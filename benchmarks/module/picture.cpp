@@ -8,7 +8,7 @@
 #include "host.h"
 #include "network/networkpaths.h"
 #include "networking.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "privatebus.h"
 #include "scriptedbackend.h"
 #include <figures.h>

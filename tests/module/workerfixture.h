@@ -4,7 +4,7 @@
 #include "scriptedbackend.h"
 
 #include "networking.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "rootworker.h"
 #include "values.h"
 

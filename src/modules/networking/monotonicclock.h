@@ -4,10 +4,6 @@
 #include <QtGlobal>
 
 #include <chrono>
-#include <functional>
-
-/// Milliseconds on a clock that never goes back. Tests put their own in.
-using MonotonicClock = std::function<qint64()>;
 
 /// Milliseconds on the system's monotonic clock, which starts at boot and never goes back.
 [[nodiscard]] inline qint64 monotonicMs()

@@ -6,8 +6,8 @@
 #include "backend/mounttable.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
+#include "nodelookup.h"
 #include "nodetable.h"
-#include "nodevalues.h"
 #include "power/powerrecords.h"
 #include "watchdog/wifirestart.h"
 
@@ -47,13 +47,11 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_profiles(nodes(), *m_lowlevel, m_picture, m_life)
     , m_wirelessLink(*m_lowlevel)
     , m_airplaneMode(m_picture)
-    , m_scans(
-          nodes(), *m_lowlevel, m_picture, [this] { return m_clock(); }, this)
+    , m_scans(nodes(), *m_lowlevel, m_picture, this)
     , m_wpsSession(
           *m_lowlevel, m_picture,
           [this](const WpsSession::ProfileEdit& edit) { return m_profiles.requestChange(edit); })
-    , m_softAps(nodes(), *m_lowlevel,
-                {name(), [this] { return m_life.isStarted(); }, [this] { return m_clock(); }}, this)
+    , m_softAps(nodes(), *m_lowlevel, {name(), [this] { return m_life.isStarted(); }}, this)
     , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, this)
 {
     configureShutdownTimer();

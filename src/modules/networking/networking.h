@@ -4,7 +4,6 @@
 #include "backend/networkinglowlevel.h"
 #include "backend/networklistener.h"
 #include "core/orva.h"
-#include "monotonicclock.h"
 #include "network/networkrecords.h"
 #include "picture/picture.h"
 #include "profile/profiles.h"
@@ -49,9 +48,6 @@ public:
     /// the mount table cannot be read. `ORVA_MOUNT_TABLE` in the environment names another table
     /// than /proc/mounts, for development.
     [[nodiscard]] static bool isNFS();
-
-    /// Puts another clock in, for tests. Moments that were taken from the old one stay as they are.
-    void setClock(const MonotonicClock& clock) { m_clock = clock; }
 
     // What the backend asks and reports (backendevents.cpp).
     [[nodiscard]] QString wiredInterface() const override { return m_wiredInterfaceName; }
@@ -109,7 +105,6 @@ private:
     const QString m_wiredInterfaceName;
     const QString m_wirelessInterfaceName;
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
-    MonotonicClock m_clock = monotonicMs;
     NetworkingLife m_life;
     QTimer m_shutdownTimer{this};
 

@@ -4,7 +4,7 @@
 #include "backend/networkinglowlevel.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "picture/currentstateprofile.h"
 #include "picture/webserverurl.h"
 

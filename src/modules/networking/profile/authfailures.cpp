@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "network/networkpaths.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "profile/networkprofilerules.h"
 #include "profile/profiles.h"
 

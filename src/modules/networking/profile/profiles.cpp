@@ -5,7 +5,7 @@
 #include "network/networkpaths.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "picture/picture.h"
 #include "profile/networkprofilerules.h"
 

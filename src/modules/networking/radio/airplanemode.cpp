@@ -4,7 +4,7 @@
 #include "core/orva.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "orvaprocesshandler.h"
 #include "picture/picture.h"
 

@@ -2,10 +2,11 @@
 #include "scan/scans.h"
 
 #include "core/orva.h"
+#include "monotonicclock.h"
 #include "network/networkpaths.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "picture/picture.h"
 #include "scan/scanrow.h"
 
@@ -39,11 +40,10 @@ void failAll(const QVector<CMReply<QVariant>>& replies, const CMError& error)
 } // namespace
 
 Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& picture,
-             const MonotonicClock& clock, QObject* parent)
+             QObject* parent)
     : QObject(parent)
     , m_lowlevel(backend)
     , m_picture(picture)
-    , m_clock(clock)
     , m_scanResultsNode(nodeAt<CMListRowsNode>(nodes, OrvaNetworkScanResultsPath()))
 {
     m_scanTimer.setObjectName(QStringLiteral("m_scanTimer"));
@@ -55,7 +55,7 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
 void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
-    scanNetworks({request, m_clock()});
+    scanNetworks({request, monotonicMs()});
     stopIdleScanTimer();
 }
 
@@ -131,7 +131,7 @@ void Scans::guardQueuedScans()
 {
     if (m_queueScanRequests.isEmpty())
         return;
-    const qint64 waitedMs = m_clock() - m_queueScanRequests.first().arrivedMs;
+    const qint64 waitedMs = monotonicMs() - m_queueScanRequests.first().arrivedMs;
     m_scanTimer.start(
         static_cast<int>(qBound(qint64{0}, scanTimeoutMs - waitedMs, qint64{scanTimeoutMs})));
 }

@@ -4,7 +4,6 @@
 #include "backend/networkinglowlevel.h"
 #include "core/model/cmrequest.h"
 #include "core/model/nodes/cmlistrowsnode.h"
-#include "monotonicclock.h"
 
 #include <QTimer>
 
@@ -22,7 +21,7 @@ class Scans : public QObject
 public:
     /// `nodes` has the node of the results. Backend and picture must outlive this object.
     Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& picture,
-          const MonotonicClock& clock, QObject* parent);
+          QObject* parent);
 
     /// Runs the scan requests that waited for the wireless interface, which is idle now.
     void startQueuedScans();
@@ -43,7 +42,7 @@ private:
     struct QueuedScan
     {
         CMSetDataRequest request;
-        qint64 arrivedMs; ///< On the worker's clock.
+        qint64 arrivedMs; ///< On the monotonic clock.
     };
 
     void scanNetworks(const QueuedScan& scan);
@@ -55,7 +54,6 @@ private:
 
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
-    const MonotonicClock m_clock;
     CMListRowsNode* const m_scanResultsNode;
     /// They wait for the scan that runs.
     QVector<CMReply<QVariant>> m_pendingScanReplies;

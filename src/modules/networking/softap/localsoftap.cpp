@@ -3,7 +3,7 @@
 
 #include "network/networkpaths.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "picture/picture.h"
 #include "softap/softapactivation.h"
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "softap/softaps.h"
 
+#include "monotonicclock.h"
 #include "network/networkpaths.h"
 #include "networkingerror.h"
 #include "networkinglog.h"
-#include "nodevalues.h"
+#include "nodelookup.h"
 #include "softap/softapactivation.h"
 #include "softap/softapcheck.h"
 #include "softap/softapdeadline.h"
@@ -128,7 +129,7 @@ bool SoftAps::setSoftAp(const Request& request, bool enable)
     const QString interface = request.settings().apInterface();
     SoftApTable& table = m_softAps[interface].table;
     if (enable)
-        table.set({request, softApDeadline(m_worker.clock(), request.timeout())});
+        table.set({request, softApDeadline(monotonicMs(), request.timeout())});
     else
         table.remove(request.name());
     scheduleSoftApTimeoutTimer();
@@ -215,15 +216,14 @@ void SoftAps::scheduleSoftApTimeoutTimer()
 {
     m_softApTimeoutTimer.stop();
     if (const auto next = nextExpiringSoftApRequest(m_softAps))
-        m_softApTimeoutTimer.start(
-            static_cast<int>(qMax(qint64{0}, *next->due - m_worker.clock())));
+        m_softApTimeoutTimer.start(static_cast<int>(qMax(qint64{0}, *next->due - monotonicMs())));
 }
 
 void SoftAps::on_softApTimeoutTimer_timeout()
 {
     const auto next = nextExpiringSoftApRequest(m_softAps);
     // The clock and the timer need not agree to the millisecond.
-    if (!next || *next->due > m_worker.clock())
+    if (!next || *next->due > monotonicMs())
         return scheduleSoftApTimeoutTimer();
     LOG4CPLUS_INFO(networkingLogger(), "SoftAp settings timed out: " << next->request.name());
     on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), next->request));

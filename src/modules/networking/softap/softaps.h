@@ -3,7 +3,6 @@
 
 #include "backend/networkinglowlevel.h"
 #include "core/orvaresult.h"
-#include "monotonicclock.h"
 #include "softap/softap.h"
 #include "softap/softapstations.h"
 
@@ -25,7 +24,6 @@ public:
     {
         QString name;                    ///< The name by which the device itself asks.
         std::function<bool()> isStarted; ///< Whether networking is started.
-        MonotonicClock clock;
     };
 
     /// `nodes` has those of the live requests and of the connected stations. The backend must
