@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int Rounds = 4000;
-constexpr int WarmUp = 200;
+constexpr int rounds = 4000;
+constexpr int warmUp = 200;
 
 QDBusMessage callTo(const char* interface, const char* method, const QStringList& arguments = {})
 {
@@ -67,7 +67,7 @@ int main(int argc, char** argv)
     std::vector<double> pings;
     std::vector<std::vector<double>> values(size_t(reads.size()));
     // In turn, so that whatever else the machine does meets them alike.
-    for (int round = -WarmUp; round < Rounds; ++round) {
+    for (int round = -warmUp; round < rounds; ++round) {
         const double pinged = timed(ping);
         if (round >= 0)
             pings.push_back(pinged);

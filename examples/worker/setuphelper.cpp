@@ -5,15 +5,15 @@
 
 namespace {
 
-const auto WorkerName = QStringLiteral("setup-helper");
+const auto workerName = QStringLiteral("setup-helper");
 
 /// How long the access point stays open, in milliseconds; the most that a request may ask for.
-constexpr int OpenForMs = 60000;
+constexpr int openForMs = 60000;
 
 } // namespace
 
 SetupHelper::SetupHelper(const QVariantHash& config)
-    : CMNodesWorker(config, WorkerName)
+    : CMNodesWorker(config, workerName)
     , m_advice(CMValueNode::create(nodes(), CMPath(QStringLiteral("setup-helper/advice"))))
     , m_info(this, OrvaNetworkInfoPath())
 {
@@ -45,7 +45,7 @@ void SetupHelper::on_open_req(const CMSetDataRequest& request)
 {
     OrvaNetworkProfileSoftApRequest softAp;
     softAp.setName(name());
-    softAp.setTimeout(OpenForMs);
+    softAp.setTimeout(openForMs);
     const auto reply = CMReply<QVariant>::create();
     // Answered when the access point is up, or refused; the requester gets that answer.
     request.answerAs(reply);

@@ -3,7 +3,7 @@
 
 namespace {
 
-constexpr int MaxErrorName = 128;
+constexpr int maxErrorName = 128;
 
 bool isNameCharacter(QChar character)
 {
@@ -58,7 +58,7 @@ CMReply<QVariant> BusCall::reply(const Encode& encode) const
 
 QString busErrorName(const CMError& error)
 {
-    QString name = error.name().left(MaxErrorName);
+    QString name = error.name().left(maxErrorName);
     for (QChar& character : name) {
         if (!isNameCharacter(character))
             character = QLatin1Char('_');

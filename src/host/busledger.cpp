@@ -6,7 +6,7 @@
 namespace {
 
 /// What an open request costs beside its bytes.
-constexpr qint64 Overhead = 1024;
+constexpr qint64 overhead = 1024;
 
 } // namespace
 
@@ -17,7 +17,7 @@ BusLedger::BusLedger(const BusLimits& limits)
 
 OrvaResult<void> BusLedger::enter(const QByteArray& caller, qint64 bytes)
 {
-    const qint64 cost = bytes + Overhead;
+    const qint64 cost = bytes + overhead;
     const QMutexLocker locker(&m_mutex);
     const Account before = m_accounts.value(caller);
     if (before.requests >= m_limits.requests)
@@ -33,7 +33,7 @@ OrvaResult<void> BusLedger::enter(const QByteArray& caller, qint64 bytes)
 
 void BusLedger::leave(const QByteArray& caller, qint64 bytes)
 {
-    const qint64 cost = bytes + Overhead;
+    const qint64 cost = bytes + overhead;
     const QMutexLocker locker(&m_mutex);
     const auto account = m_accounts.find(caller);
     m_bytes -= cost;

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr int MaxPause = 5000;     // ms
-constexpr int MaxPatience = 30000; // ms
+constexpr int maxPause = 5000;     // ms
+constexpr int maxPatience = 30000; // ms
 
 QString connectionName()
 {
@@ -35,7 +35,7 @@ BusWatchdog::BusWatchdog(const QString& service)
     : m_service(service)
     , m_connection(QDBusConnection::connectToBus(QDBusConnection::SystemBus, connectionName()))
     , m_interval(managerInterval())
-    , m_patience(m_interval > 0 ? std::min(m_interval / 2, MaxPatience) : MaxPatience)
+    , m_patience(m_interval > 0 ? std::min(m_interval / 2, maxPatience) : maxPatience)
 {
     for (QTimer* timer : {&m_next, &m_limit}) {
         timer->setSingleShot(true); // Coarse, as every timer of this length.
@@ -63,7 +63,7 @@ void BusWatchdog::start()
 
 void BusWatchdog::note()
 {
-    const int pause = std::min(m_patience, MaxPause);
+    const int pause = std::min(m_patience, maxPause);
     const bool soon = m_next.isActive() && m_next.remainingTime() <= pause;
     if (!m_ping && !soon)
         m_next.start(pause);
@@ -89,7 +89,7 @@ void BusWatchdog::judge(bool answered)
     m_ping.reset();
     if (!answered) {
         // The bus refuses for a moment what goes to a crowded host.
-        m_next.start(std::min(m_patience / 4, MaxPause));
+        m_next.start(std::min(m_patience / 4, maxPause));
         return;
     }
     m_limit.stop();

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr qint64 TurnMs = 4;
+constexpr qint64 turnMs = 4;
 
 } // namespace
 
@@ -37,7 +37,7 @@ void CallerTurns::takeTurn()
             // What comes in while the work is done, which begins from the event loop, goes first.
             return void(
                 QMetaObject::invokeMethod(this, &CallerTurns::schedule, Qt::QueuedConnection));
-        if (turn.elapsed() >= TurnMs)
+        if (turn.elapsed() >= turnMs)
             return schedule();
     }
     m_scheduled = false;

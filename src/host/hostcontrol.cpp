@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr qint64 MaxValue = 1 << 20;   // bytes of what a node announces
-constexpr qint64 MaxAnswer = 16 << 20; // bytes; the bus throws off who sends it twice as much
+constexpr qint64 maxValue = 1 << 20;   // bytes of what a node announces
+constexpr qint64 maxAnswer = 16 << 20; // bytes; the bus throws off who sends it twice as much
 
 ORVA_LOGGER(controlLogger, "HostControl")
 
@@ -28,12 +28,12 @@ std::optional<QVariantList> toBusWithin(qint64 limit, const QVariant& value)
 
 std::optional<QVariantList> valueToBus(const QVariant& value)
 {
-    return toBusWithin(MaxValue, value);
+    return toBusWithin(maxValue, value);
 }
 
 std::optional<QVariantList> resultToBus(const QVariant& value)
 {
-    return toBusWithin(MaxAnswer, value);
+    return toBusWithin(maxAnswer, value);
 }
 
 std::optional<QVariantList> nothingToBus(const QVariant&)
@@ -43,7 +43,7 @@ std::optional<QVariantList> nothingToBus(const QVariant&)
 
 std::optional<QVariantList> rowsToBus(const QVariant& rows)
 {
-    if (orvaBusSize(rows) > MaxAnswer)
+    if (orvaBusSize(rows) > maxAnswer)
         return std::nullopt;
     OrvaBusRows onBus;
     const QVariantList plain = rows.toList();
@@ -172,7 +172,7 @@ OrvaBusNodes HostControl::ListNodes()
 void HostControl::announce(const CMPath& path, const OrvaValue& value)
 {
     QVariantMap shown;
-    if (orvaBusSize(value.__hash()) > MaxValue)
+    if (orvaBusSize(value.__hash()) > maxValue)
         LOG4CPLUS_WARN(controlLogger(), "The value at " << path << " is too large for the bus");
     else if (!m_root.isSecret(path))
         shown = OrvaPlain::toBus(value.__hash());

@@ -17,13 +17,13 @@ namespace {
 
 ORVA_LOGGER(mainLogger, "Host")
 
-constexpr int Failure = 1;
-constexpr int UsageError = 2;
+constexpr int failure = 1;
+constexpr int usageError = 2;
 
 int refuse(const QString& text)
 {
     LOG4CPLUS_ERROR(mainLogger(), text);
-    return UsageError;
+    return usageError;
 }
 
 int run(const HostConfig& config)
@@ -31,9 +31,9 @@ int run(const HostConfig& config)
     EndSignals signals;
     Host host(config, QDBusConnection::systemBus());
     QObject::connect(&signals, &EndSignals::received, qApp, &QCoreApplication::quit);
-    QObject::connect(&host, &Host::failed, qApp, [] { QCoreApplication::exit(Failure); });
+    QObject::connect(&host, &Host::failed, qApp, [] { QCoreApplication::exit(failure); });
     if (!host.start())
-        return Failure;
+        return failure;
     ::sd_notify(0, "READY=1");
     const int status = QCoreApplication::exec();
     LOG4CPLUS_INFO(mainLogger(), "The host ends");

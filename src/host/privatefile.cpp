@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr char Writing[] = ".writing-";
+constexpr char writing[] = ".writing-";
 
 class Descriptor
 {
@@ -103,7 +103,7 @@ OrvaResult<void> PrivateFile::replace(const QString& directory, const QString& n
 {
     const QByteArray folder = QFile::encodeName(directory);
     const QByteArray target = QFile::encodeName(QDir(directory).filePath(name));
-    QByteArray fresh = target + Writing;
+    QByteArray fresh = target + writing;
     if (writeFresh(&fresh, bytes) && ::rename(fresh.constData(), target.constData()) == 0 &&
         syncDirectory(folder))
         return {};
@@ -136,7 +136,7 @@ OrvaResult<std::optional<QByteArray>> PrivateFile::read(const QString& directory
 int PrivateFile::sweep(const QString& directory, const QString& name)
 {
     // Compared by hand: a name filter would be the host's only regular expression.
-    const QString stem = name + QLatin1String(Writing);
+    const QString stem = name + QLatin1String(writing);
     const QStringList files = QDir(directory).entryList(QDir::Files | QDir::Hidden);
     int removed = 0;
     for (const QString& file : files) {

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr qint64 MaxFileSize = 64 << 20;
+constexpr qint64 maxFileSize = 64 << 20;
 
 ORVA_LOGGER(settingsFileLogger, "Settings")
 
@@ -81,7 +81,7 @@ OrvaResult<void> SettingsFile::commit()
 
 void SettingsFile::read()
 {
-    const auto file = PrivateFile::read(m_directory, fileName(), MaxFileSize);
+    const auto file = PrivateFile::read(m_directory, fileName(), maxFileSize);
     if (!file)
         return setAside(file.why());
     const auto& bytes = *file;
@@ -141,9 +141,9 @@ void SettingsFile::drop(const CMPath& path, const QString& reason)
 OrvaResult<void> SettingsFile::write(const QJsonObject& entries)
 {
     const QByteArray bytes = QJsonDocument(entries).toJson();
-    if (bytes.size() > MaxFileSize)
+    if (bytes.size() > maxFileSize)
         return CMError::failed(
-            QStringLiteral("the file would be larger than %1 bytes").arg(MaxFileSize));
+            QStringLiteral("the file would be larger than %1 bytes").arg(maxFileSize));
     if (m_blocked)
         return *m_blocked;
     const auto replaced = PrivateFile::replace(m_directory, fileName(), bytes);

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int OwnQt = QT_VERSION_MAJOR;
+constexpr int ownQt = QT_VERSION_MAJOR;
 
 /// A library names those that it needs in its table of strings, between zero bytes.
 bool needsQt(std::string_view library, int version)
@@ -27,12 +27,12 @@ OrvaResult<void> checkQtOf(const QString& library)
         return {};
     const std::string_view bytes(reinterpret_cast<const char*>(content),
                                  static_cast<std::size_t>(file.size()));
-    for (const int other : {OwnQt - 1, OwnQt + 1}) {
-        if (needsQt(bytes, other) && !needsQt(bytes, OwnQt))
+    for (const int other : {ownQt - 1, ownQt + 1}) {
+        if (needsQt(bytes, other) && !needsQt(bytes, ownQt))
             return CMError::failed(
                 QStringLiteral("it is built with Qt %1, and this host with Qt %2")
                     .arg(other)
-                    .arg(OwnQt));
+                    .arg(ownQt));
     }
     return {};
 }

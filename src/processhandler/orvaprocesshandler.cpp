@@ -10,8 +10,8 @@ namespace {
 
 using End = OrvaProcessHandlerResult::End;
 
-/// How long a killed program may take to go.
-constexpr int KillGraceMs = 1000;
+/// The time that a killed program may take to go.
+constexpr int killGraceMs = 1000;
 
 End endOf(const QProcess& process)
 {
@@ -130,7 +130,7 @@ OrvaProcessHandlerResult OrvaProcessHandler::startSync(const QString& program,
     if (process.error() == QProcess::FailedToStart)
         return {End::NotStarted, -1, process.errorString().toLocal8Bit()};
     process.kill();
-    process.waitForFinished(KillGraceMs);
+    process.waitForFinished(killGraceMs);
     return {End::TimedOut, -1, process.readAll()};
 }
 
@@ -190,7 +190,7 @@ void OrvaProcessHandler::abandon()
     m_process->disconnect(this);
     if (m_process->state() != QProcess::NotRunning) {
         m_process->kill();
-        m_process->waitForFinished(KillGraceMs);
+        m_process->waitForFinished(killGraceMs);
     }
     m_process.reset();
 }

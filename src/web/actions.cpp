@@ -12,9 +12,9 @@ constexpr auto answerPatience = 40s;
 /// A session lasts two minutes: the time to walk to the router.
 constexpr auto sessionPatience = 130s;
 
-constexpr int MaxSsidBytes = 32;
+constexpr int maxSsidBytes = 32;
 
-/// Passes on whether it went well, and nothing of the answer, which may hold a key.
+/// Passes on success or the error, and nothing of the answer, which may hold a key.
 HostLink::Done withoutAnswer(const Actions::Done& done)
 {
     return [done](const OrvaResult<OrvaValue>& answer) {
@@ -27,7 +27,7 @@ HostLink::Done withoutAnswer(const Actions::Done& done)
 
 bool isSsid(const QString& ssid)
 {
-    return !ssid.isEmpty() && ssid.toUtf8().size() <= MaxSsidBytes;
+    return !ssid.isEmpty() && ssid.toUtf8().size() <= maxSsidBytes;
 }
 
 } // namespace
@@ -99,7 +99,7 @@ void Actions::join(const QByteArray& json, const Done& done)
         return;
     if (!isSsid(body->ssid()))
         return done(malformedBody(QStringLiteral("\"ssid\" has 1 to 32 bytes")));
-    // Without the profile that it stands in, the network would replace all that is set.
+    // The network would replace the whole profile if the present one were not known.
     if (m_host.value(OrvaNetworkProfilePath()).isEmpty())
         return done(CMError(QStringLiteral("absent"), TrString("The host is not there yet")));
     setProfile(profileToJoin(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body,

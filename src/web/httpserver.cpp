@@ -13,11 +13,11 @@
 
 namespace {
 
-constexpr int OverdueCheckMs = 2000;
-constexpr int KeepAliveMs = 15000;
-constexpr unsigned LostReaderMs = 20000;
-constexpr size_t ConnectionMemory = 16 << 10;
-constexpr qint64 Never = -1;
+constexpr int overdueCheckMs = 2000;
+constexpr int keepAliveMs = 15000;
+constexpr unsigned lostReaderMs = 20000;
+constexpr size_t connectionMemory = 16 << 10;
+constexpr qint64 never = -1;
 
 constexpr const char* safeHeaders[][2] = {
     {"Content-Security-Policy",
@@ -65,8 +65,8 @@ void addHeaders(MHD_Response* response, const HttpAnswer& answer)
 struct HttpServer::Socket
 {
     int fd = -1;
-    /// When the request must be there, by the server's clock.
-    qint64 due = Never;
+    /// The moment by which the request must be there, on the server's clock.
+    qint64 due = never;
 };
 
 /// One request on its way to its answer.
@@ -99,7 +99,7 @@ struct HttpServer::Stream
     }
 };
 
-/// What the library calls.
+/// The functions that the library calls.
 struct HttpServer::Callbacks
 {
     static void connectionChanged(void* self, MHD_Connection* connection, void** context,
@@ -115,7 +115,7 @@ struct HttpServer::Callbacks
         const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
         auto* socket = new Socket{info->connect_fd, server->m_clock.elapsed()};
         // A phone that has gone never says so.
-        ::setsockopt(socket->fd, IPPROTO_TCP, TCP_USER_TIMEOUT, &LostReaderMs, sizeof LostReaderMs);
+        ::setsockopt(socket->fd, IPPROTO_TCP, TCP_USER_TIMEOUT, &lostReaderMs, sizeof lostReaderMs);
         expectRequest(server, socket);
         server->m_sockets.insert(socket);
         *context = socket;
@@ -123,9 +123,9 @@ struct HttpServer::Callbacks
 
     static void expectRequest(HttpServer* server, Socket* socket)
     {
-        socket->due = server->m_clock.elapsed() + RequestSeconds * 1000;
+        socket->due = server->m_clock.elapsed() + requestSeconds * 1000;
         if (!server->m_overdueTimer.isActive())
-            server->m_overdueTimer.start(OverdueCheckMs);
+            server->m_overdueTimer.start(overdueCheckMs);
     }
 
     static Socket* socketOf(MHD_Connection* connection)
@@ -145,13 +145,13 @@ struct HttpServer::Callbacks
             *context = holder;
             const QByteArray length = valueOf(connection, MHD_HEADER_KIND, "Content-Length");
             // Said before the body comes: afterwards nobody would listen.
-            return length.toLongLong() > MaxBody
+            return length.toLongLong() > maxBody
                        ? queue(server, **holder, {413, "text/plain", "Too large.\n"})
                        : MHD_YES;
         }
         Exchange& exchange = **holder;
         if (*size > 0) {
-            if (exchange.request.body.size() + static_cast<qint64>(*size) > MaxBody)
+            if (exchange.request.body.size() + static_cast<qint64>(*size) > maxBody)
                 return MHD_NO;
             exchange.request.body.append(data, static_cast<int>(*size));
             *size = 0;
@@ -190,7 +190,7 @@ struct HttpServer::Callbacks
     static void handle(HttpServer* server, const std::shared_ptr<Exchange>& exchange)
     {
         exchange->isHandled = true;
-        socketOf(exchange->connection)->due = Never;
+        socketOf(exchange->connection)->due = never;
         const std::weak_ptr<Exchange> weak = exchange;
         server->m_handler(exchange->request, [weak, server](const HttpAnswer& answer) {
             const auto open = weak.lock();
@@ -205,7 +205,7 @@ struct HttpServer::Callbacks
 
     static MHD_Result queue(HttpServer* server, const Exchange& exchange, const HttpAnswer& answer)
     {
-        const bool isFull = answer.stream && server->m_streams.size() >= MaxStreams;
+        const bool isFull = answer.stream && server->m_streams.size() >= maxStreams;
         MHD_Response* response = isFull          ? ownResponse("Too many.\n")
                                  : answer.stream ? streamOf(server, exchange, answer)
                                                  : ownResponse(answer.body);
@@ -284,7 +284,7 @@ HttpServer::HttpServer(HttpHandler handler, QObject* parent)
         if (m_streams.isEmpty())
             m_keepAliveTimer.stop();
         else if (!m_keepAliveTimer.isActive())
-            m_keepAliveTimer.start(KeepAliveMs);
+            m_keepAliveTimer.start(keepAliveMs);
     });
 }
 
@@ -313,9 +313,9 @@ quint16 HttpServer::listen(const QHostAddress& address, quint16 port, QString* w
     const unsigned family = isIPv6 ? MHD_USE_IPv6 : 0;
     MHD_Daemon* daemon = MHD_start_daemon(
         MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | family, port, nullptr, nullptr, &Callbacks::take,
-        this, MHD_OPTION_SOCK_ADDR, where, MHD_OPTION_CONNECTION_LIMIT, MaxConnections,
-        MHD_OPTION_PER_IP_CONNECTION_LIMIT, MaxConnectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT,
-        unsigned(RequestSeconds), MHD_OPTION_CONNECTION_MEMORY_LIMIT, ConnectionMemory,
+        this, MHD_OPTION_SOCK_ADDR, where, MHD_OPTION_CONNECTION_LIMIT, maxConnections,
+        MHD_OPTION_PER_IP_CONNECTION_LIMIT, maxConnectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT,
+        unsigned(requestSeconds), MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory,
         MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::connectionChanged, this,
         MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, this,
         MHD_OPTION_LISTENING_ADDRESS_REUSE, 1U, MHD_OPTION_END);
@@ -340,7 +340,7 @@ void HttpServer::run(MHD_Daemon* daemon, QTimer* timer)
     MHD_run(daemon);
     MHD_UNSIGNED_LONG_LONG milliseconds = 0;
     if (MHD_get_timeout(daemon, &milliseconds) == MHD_YES)
-        timer->start(static_cast<int>(qMin<quint64>(milliseconds, RequestSeconds * 1000)));
+        timer->start(static_cast<int>(qMin<quint64>(milliseconds, requestSeconds * 1000)));
     else
         timer->stop();
 }
@@ -373,7 +373,7 @@ void HttpServer::endOverdue()
 {
     // The library counts from the last byte, so that one byte a second would last for ever.
     for (const Socket* socket : std::as_const(m_sockets)) {
-        if (socket->due != Never && socket->due < m_clock.elapsed())
+        if (socket->due != never && socket->due < m_clock.elapsed())
             ::shutdown(socket->fd, SHUT_RDWR);
     }
     if (m_sockets.isEmpty())

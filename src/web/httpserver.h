@@ -15,8 +15,8 @@
 struct MHD_Connection;
 struct MHD_Daemon;
 
-/// An HTTP server on the event loop of its thread. What it takes is bounded in number, size and
-/// time; what it sends forbids the page everything that it does not need.
+/// An HTTP server on the event loop of its thread. Requests are bounded in number, size and time;
+/// answers forbid the page everything that it does not need.
 class HttpServer : public QObject
 {
     Q_OBJECT
@@ -24,24 +24,24 @@ class HttpServer : public QObject
 
 public:
     /// Most bytes of a request's body.
-    static constexpr int MaxBody = 16 << 10;
+    static constexpr int maxBody = 16 << 10;
     /// Connections at a time, in all and of one address.
-    static constexpr unsigned MaxConnections = 64;
-    static constexpr unsigned MaxConnectionsOfOne = 24;
+    static constexpr unsigned maxConnections = 64;
+    static constexpr unsigned maxConnectionsOfOne = 24;
     /// Event streams at a time.
-    static constexpr int MaxStreams = 16;
-    /// How long a request may take to come in, in seconds.
-    static constexpr int RequestSeconds = 15;
+    static constexpr int maxStreams = 16;
+    /// The time in which a request must come in, in seconds.
+    static constexpr int requestSeconds = 15;
 
     explicit HttpServer(HttpHandler handler, QObject* parent = nullptr);
     ~HttpServer() override;
 
-    /// Listens there too, port 0 being a free one. Answers the port; 0 with the reason in `why`
-    /// where that cannot be.
+    /// Listens on that address too; port 0 stands for a free one. Gives the port, or 0 with the
+    /// reason in `why`.
     [[nodiscard]] quint16 listen(const QHostAddress& address, quint16 port, QString* why);
 
-    /// Sends an event to each stream; of those with one name that wait for a slow reader the last
-    /// one alone.
+    /// Sends an event to each stream. A slow reader gets only the last of the waiting events of one
+    /// name.
     void broadcast(const QByteArray& event, const QByteArray& data);
     /// The addresses of the streams' readers: local, peer.
     [[nodiscard]] QVector<QPair<QHostAddress, QHostAddress>> streams() const;
@@ -62,7 +62,7 @@ private:
 
     const HttpHandler m_handler;
     std::vector<MHD_Daemon*> m_daemons;
-    /// When each daemon wants to run next.
+    /// The next run of each daemon.
     std::vector<QTimer*> m_timers;
     QSet<Socket*> m_sockets;
     QSet<Stream*> m_streams;

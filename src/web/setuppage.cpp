@@ -14,12 +14,12 @@
 
 namespace {
 
-constexpr int DefaultPort = 80;
+constexpr int defaultPort = 80;
 /// Changes come in bursts.
-constexpr int AnnounceDelayMs = 50;
+constexpr int announceDelayMs = 50;
 /// So many wrong codes are forgiven; each further one doubles the wait, from a second on.
-constexpr int FreeGuesses = 3;
-constexpr int MostDoublings = 6;
+constexpr int freeGuesses = 3;
+constexpr int mostDoublings = 6;
 
 struct PageFile
 {
@@ -84,7 +84,7 @@ SetupPage::SetupPage(const QDBusConnection& bus, WebSettings settings)
     , m_server([this](const auto& request, const auto& reply) { handle(request, reply); })
 {
     m_announceTimer.setSingleShot(true);
-    m_announceTimer.setInterval(AnnounceDelayMs);
+    m_announceTimer.setInterval(announceDelayMs);
     connect(&m_announceTimer, &QTimer::timeout, this, &SetupPage::announce);
     const auto announceSoon = [this] {
         if (!m_announceTimer.isActive())
@@ -108,7 +108,7 @@ void SetupPage::listenOnce()
     const bool isKnown = m_settings.port > 0 || !published.isEmpty();
     const int port = m_settings.port > 0    ? m_settings.port
                      : published.i32_() > 0 ? published.i32_()
-                                            : DefaultPort;
+                                            : defaultPort;
     if (!isKnown || port == m_port)
         return;
     if (m_port != 0) {
@@ -155,7 +155,7 @@ void SetupPage::handleForeign(const HttpRequest& request, WayIn way, const HttpR
     QUrl page;
     page.setScheme(QStringLiteral("http"));
     page.setHost(request.local.toString());
-    page.setPort(m_port == DefaultPort ? -1 : m_port);
+    page.setPort(m_port == defaultPort ? -1 : m_port);
     page.setPath(QStringLiteral("/"));
     const bool isConnected =
         m_host.value(OrvaNetworkInfoPath()).networkInfo().state() == OrvaNetworkState::Connected;
@@ -197,7 +197,7 @@ HttpAnswer SetupPage::tokenFor(const HttpRequest& request)
         OrvaPlain::toJson(QVariantHash{{QStringLiteral("token"), QString::fromLatin1(m_token)}})};
     if (m_settings.accessCode.isEmpty())
         return granted;
-    const int doublings = qMin(m_wrongCodes - FreeGuesses, MostDoublings);
+    const int doublings = qMin(m_wrongCodes - freeGuesses, mostDoublings);
     if (doublings >= 0 && m_sinceWrongCode.elapsed() < (1000 << doublings))
         return refusal(429, "wait");
     const auto body = parseBody<CodeBody>(request.body);

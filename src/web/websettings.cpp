@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int PortEnd = 65536;
+constexpr int portEnd = 65536;
 
 struct SettingsRecord : OrvaHash
 {
@@ -23,7 +23,7 @@ struct SettingsRecord : OrvaHash
 /// The key whose value lies outside its range; empty where all suit.
 QString outOfRange(const SettingsRecord& record)
 {
-    if (record.port() < 0 || record.port() >= PortEnd)
+    if (record.port() < 0 || record.port() >= portEnd)
         return SettingsRecord::Port();
     for (const QString& address : record.listen()) {
         if (QHostAddress(address).isNull())

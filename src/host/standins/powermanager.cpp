@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int MaxRequests = 100; // A thousand rows are most of a megabyte.
-constexpr int MaxModuleName = 64;
-constexpr int MaxModules = 100;
+constexpr int maxRequests = 100; // A thousand rows are most of a megabyte.
+constexpr int maxModuleName = 64;
+constexpr int maxModules = 100;
 
 ORVA_LOGGER(powerManagerLogger, "PowerManager")
 
@@ -37,17 +37,17 @@ std::optional<Record> take(const CMSetDataRequest& request)
 
 bool refuseModuleName(const CMSetDataRequest& request, const QString& name)
 {
-    if (!name.isEmpty() && name.size() <= MaxModuleName)
+    if (!name.isEmpty() && name.size() <= maxModuleName)
         return false;
     request.fail(CMError::malformedValue(
-        request.path(), QStringLiteral("a module's name has 1 to %1 letters").arg(MaxModuleName)));
+        request.path(), QStringLiteral("a module's name has 1 to %1 letters").arg(maxModuleName)));
     return true;
 }
 
 CMError tooMany()
 {
     return {QStringLiteral("TooMany"), TrString(trExtractContext("CMError {anonymous}::tooMany()"),
-                                                "There are %1 modules already.", {MaxModules})};
+                                                "There are %1 modules already.", {maxModules})};
 }
 
 CMValueNode* createShown(CMNodes& nodes, const CMPath& path, const OrvaValue& first)
@@ -79,7 +79,7 @@ void PowerManager::on_register(const CMSetDataRequest& request)
     const auto module = take<OrvaPowerManagerModuleRegister>(request);
     if (!module || refuseModuleName(request, module->moduleName()))
         return;
-    if (m_modules->rows().size() >= MaxModules && !isRegistered(module->moduleName()))
+    if (m_modules->rows().size() >= maxModules && !isRegistered(module->moduleName()))
         return request.fail(tooMany());
     OrvaRoles row;
     row.setId(module->moduleName());
@@ -95,7 +95,7 @@ void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
     if (!wanted || refuseModuleName(request, wanted->moduleName()))
         return;
     // Whoever registered in time is served even in a crowd.
-    if (m_wifiHolders.size() >= MaxModules && !isRegistered(wanted->moduleName()))
+    if (m_wifiHolders.size() >= maxModules && !isRegistered(wanted->moduleName()))
         return request.fail(tooMany());
     record(QStringLiteral("resource"), *wanted);
     if (wanted->resource() == OrvaPowerManagerResources::Wifi) {
@@ -133,6 +133,6 @@ void PowerManager::record(const QString& what, const OrvaHash& request)
     row.setTitle(what);
     row.setValue(OrvaValue(request));
     m_requests->rowsSetById(row);
-    if (m_requests->rows().size() > MaxRequests)
+    if (m_requests->rows().size() > maxRequests)
         m_requests->rowsRemoveById(m_requests->rows().first().id());
 }
