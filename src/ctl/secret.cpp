@@ -13,7 +13,7 @@ namespace ctl {
 
 namespace {
 
-constexpr qint64 maximumInput = 1024 * 1024;
+constexpr qint64 maximumInput = 1 << 20;
 
 /// The terminal as it was found; a signal handler can reach nothing else.
 termios foundTerminal;
