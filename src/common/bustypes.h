@@ -17,15 +17,15 @@ struct OrvaBusNode
 {
     QString path;
     QString kind;       ///< "value", "activate" or "rows".
-    QString title;      ///< What a person reads.
+    QString title;      ///< The text that a person reads.
     QString permission; ///< "default" or "service".
     bool readOnly = false;
     QString type; ///< Type keys of what it holds or takes, "|" between them.
 };
 using OrvaBusNodes = QList<OrvaBusNode>;
 
-/// A value as a client sends it, `a{sv}`: at the host unpacked no further than the border's limits,
-/// or what is wrong with it.
+/// A value as a client sends it, `a{sv}`: the host unpacks it no further than the border's limits.
+/// Holds what is wrong with it where it does not pass.
 struct OrvaBusValue
 {
     OrvaResult<QVariantHash> plain = QVariantHash();

@@ -8,9 +8,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Whether standard error leads to the journal, which notes the time by itself and reads a priority
-/// from the line's beginning (`<3>`). The variable alone does not say so: who inherits it may have
-/// its standard error elsewhere.
+/// True if standard error leads to the journal, which notes the time by itself and reads a priority
+/// from the line's beginning (`<3>`). The variable alone does not say so, since a child that
+/// inherits it may have its standard error elsewhere.
 inline bool leadsToJournal()
 {
     const char* stream = std::getenv("JOURNAL_STREAM");

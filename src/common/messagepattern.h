@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// How Qt's messages are written to standard error. The journal has a time of its own and takes the
+/// The form of Qt's messages on standard error. The journal has a time of its own and takes the
 /// priority of syslog(3) instead.
 [[nodiscard]] inline QString messagePattern()
 {

@@ -5,20 +5,20 @@
 
 #include <QObject>
 
-/// Who may use a node. The host's bus policy is what holds; this tells clients.
+/// The people that a node is meant for. It informs clients; the host's bus policy is what holds.
 class ORVA_API OrvaPermission
 {
     Q_GADGET
 public:
     enum Value : qint32 {
-        Default = 0,   ///< Whoever may speak to the host.
+        Default = 0,   ///< Everybody who may speak to the host.
         Service = 9999 ///< Meant for the device's own services.
     };
     Q_ENUM(Value)
     ORVA_ENUM(OrvaPermission);
 };
 
-/// One row of a table of nodes: what is said of a node before it is there.
+/// One row of a table of nodes: the description of a node before it is there.
 ///
 /// Such a table is a macro that takes the name of another and calls it with each row:
 /// `ROW(Function, path, kind, type, permission, title, words)`. The columns are the function that
@@ -26,7 +26,7 @@ public:
 /// the title, and in words what the node is.
 struct ORVA_API CMNodeRow
 {
-    /// What can be done with a node.
+    /// The use of a node.
     enum Kind {
         Value,    ///< A value node that clients may write.
         ReadOnly, ///< A value node that they only read.
@@ -35,10 +35,10 @@ struct ORVA_API CMNodeRow
     };
 
     const char* path;                 ///< As text.
-    Kind kind;                        ///< What can be done with the node.
+    Kind kind;                        ///< The use of the node.
     const char* type;                 ///< Empty where nothing is said.
-    OrvaPermission::Value permission; ///< Who it is meant for.
-    const char* title;                ///< What a person reads; often empty.
+    OrvaPermission::Value permission; ///< The people it is meant for.
+    const char* title;                ///< The text that a person reads; often empty.
 
     /// The row of the node at `path`. A path without a row is our own mistake (fatal).
     template <std::size_t Size>

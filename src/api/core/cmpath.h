@@ -17,7 +17,7 @@ public:
     {
     }
 
-    /// Whether it names no node at all.
+    /// True if it names no node at all.
     [[nodiscard]] bool isEmpty() const { return m_path.isEmpty(); }
     /// The path as text.
     [[nodiscard]] const QString& toString() const { return m_path; }

@@ -11,9 +11,9 @@
 /// Text in a log line, as UTF-8, escaped by `orvaLogText`: no text can forge a line.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const QString& text);
 
-/// Defines the function `function`, which answers the logger `name`: for the file where it stands
-/// in one, for the class where it stands in one. Made on first use, when the log is configured.
-/// Each file names its own, so that several can be compiled together.
+/// Defines the function `function`, which answers the logger `name`, for the file or the class in
+/// which it stands. The logger is made on first use, when the log is configured. Each file has a
+/// function name of its own, so that several can be compiled together.
 #define ORVA_LOGGER(function, name)                                                        \
     [[nodiscard]] static inline const log4cplus::Logger& function()                        \
     {                                                                                      \

@@ -19,6 +19,7 @@
 ORVA_API void CMSetRoot(CMAbstractWorker* root);
 
 extern "C" {
-/// What a worker's library exports as `worker_create`: a new worker, which the host owns.
+/// The function that a worker's library exports as `worker_create`. It gives a new worker, which
+/// the host owns.
 using OrvaWorkerCreate = CMAbstractWorker* (*)(const QVariantHash& config);
 }

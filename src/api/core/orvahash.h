@@ -27,7 +27,7 @@ public:
     {
     }
 
-    /// Whether the field is present, be it empty or not.
+    /// True if the field is present, be it empty or not.
     [[nodiscard]] bool __contains(const QString& key) const { return m_hash.contains(key); }
     /// The underlying hash.
     [[nodiscard]] const QVariantHash& __hash() const { return m_hash; }
@@ -40,7 +40,7 @@ public:
 
     /// Makes every field absent.
     void clear() { m_hash.clear(); }
-    /// Whether no field is present.
+    /// True if no field is present.
     [[nodiscard]] bool isEmpty() const { return m_hash.isEmpty(); }
 
     /// Equal when both hold the same keys with values of the same type and content, at every level.

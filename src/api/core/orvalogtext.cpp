@@ -23,7 +23,7 @@ QString scalarToLog(const QVariant& value)
     }
 }
 
-/// Whatever stands under a secret's name is hidden, a container too; that it is empty may show.
+/// A secret's value is hidden, be it a text or a container; an empty one is shown as empty.
 QString fieldToLog(const QString& key, const QVariant& value)
 {
     const bool isEmptyText = value.userType() == QMetaType::QString && value.toString().isEmpty();
@@ -42,7 +42,7 @@ QString hashToLog(const QVariantHash& hash)
     return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
 }
 
-/// Whether the character turns the direction of the text around it.
+/// True if the character turns the direction of the text around it.
 bool turnsText(QChar character)
 {
     const ushort code = character.unicode();
@@ -50,7 +50,7 @@ bool turnsText(QChar character)
            (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
 }
 
-/// Whether the character does something to a line or to its terminal beside being shown.
+/// True if the character acts on the line or the terminal beside being shown.
 bool rulesTheTerminal(QChar character)
 {
     return character.category() == QChar::Other_Control ||

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QVariant>
 
-/// Whether a field of this name holds a key or passphrase, which no log may show.
+/// True if a field of this name holds a key or passphrase, which no log may show.
 [[nodiscard]] ORVA_API bool orvaIsSecretKey(const QString& key);
 
 /// Text as it may stand in one line of a log or on a terminal: control characters (the 8-bit ones
@@ -14,8 +14,8 @@
 /// digits, as JSON has them.
 [[nodiscard]] ORVA_API QString orvaLogText(const QString& text);
 
-/// What one line of a log takes of a text: all of it up to 65536 characters, else its beginning and
-/// its length.
+/// The part of a text that one line of a log takes: all of it up to 65536 characters, else its
+/// beginning and its length.
 [[nodiscard]] ORVA_API QString orvaLogLine(const QString& text);
 
 /// Any plain value as one line for a log: keys in alphabetical order, secrets as "****".

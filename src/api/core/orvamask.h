@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// What stands for a key that is not shown, in the log and in what is published.
+/// The text in the place of a key that is not shown, in logs and in published values.
 [[nodiscard]] inline QString orvaMask()
 {
     return QStringLiteral("****");

@@ -236,7 +236,7 @@ QVariant Reader::read(const QVariant& value, int depth)
     if (type == qMetaTypeId<QDBusArgument>())
         return readArgument(value.value<QDBusArgument>(), depth);
     if (type == qMetaTypeId<QDBusVariant>())
-        // Wrapping is no level of its own; the bus itself bounds how often it is done.
+        // A wrapping is no level of its own; the bus itself bounds their number.
         return read(value.value<QDBusVariant>().variant(), depth);
     if (type == qMetaTypeId<QDBusObjectPath>())
         return readText(value.value<QDBusObjectPath>().path());

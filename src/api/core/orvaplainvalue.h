@@ -12,7 +12,7 @@
 /// sends it on.
 namespace OrvaPlain {
 
-/// How much a foreign value may hold.
+/// The bounds of a foreign value.
 struct Limits
 {
     /// Levels of nesting; a bus daemon throws off who sends 21.

@@ -15,7 +15,7 @@
 template <class T>
 using OrvaList = QVector<T>;
 
-/// How a field of type `T` stands inside a record's hash.
+/// The form of a field of type `T` inside a record's hash.
 ///
 /// `decode` is strict, since a record may hold what somebody else sent: an integer must be an
 /// integer that fits, text must be text. `accepts` says whether a value suits the type at every
@@ -25,7 +25,7 @@ struct OrvaCodec;
 
 struct OrvaField;
 
-/// What a field holds beside plain values, for who walks a record without knowing it.
+/// The content of a field beside plain values, for code that walks a record without knowing it.
 struct OrvaShape
 {
     /// The values of the enumeration that it holds; null where it holds none.
@@ -39,9 +39,9 @@ struct OrvaField
 {
     /// Under which the field stands in the record's hash.
     QString key;
-    /// Whether a value is of the field's type, at every level.
+    /// True if a value is of the field's type, at every level.
     bool (*accepts)(const QVariant& value);
-    /// What the value holds; of a list, what each of its elements does.
+    /// The shape of the value; for a list, that of each element.
     OrvaShape shape;
 };
 
@@ -81,7 +81,7 @@ private:
 /// An integer of any width, if it fits into 32 bits.
 [[nodiscard]] ORVA_API std::optional<qint32> orvaDecodeInt(const QVariant& value);
 
-/// What the codecs of plain types have in common.
+/// The common base of the codecs of plain types.
 struct OrvaPlainCodec
 {
     /// Nothing that is to be told.
@@ -159,7 +159,7 @@ struct OrvaCodec<QVariant> : OrvaPlainCodec
 template <class List>
 struct OrvaListCodec
 {
-    /// What the list holds.
+    /// The type of an element.
     using Item = typename List::value_type;
 
     /// An element of the wrong type reads as its type's default and does no harm to its neighbours.
@@ -183,7 +183,7 @@ struct OrvaListCodec
             items.append(OrvaCodec<Item>::encode(item));
         return items;
     }
-    /// Whether it is a list and suits in each element.
+    /// True if it is a list of which each element suits.
     static bool accepts(const QVariant& value)
     {
         if (value.userType() != QMetaType::QVariantList)

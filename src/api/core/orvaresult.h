@@ -9,7 +9,7 @@
 
 class CMError;
 
-/// What a step that can fail comes to: its value, or the error that says why there is none.
+/// The outcome of a step that can fail: its value, or the error that says why there is none.
 ///
 /// Converts from what it holds, so that a function returns the value, or the error, as it stands:
 ///
@@ -39,7 +39,7 @@ public:
     {
     }
 
-    /// Whether there is a value.
+    /// True if there is a value.
     [[nodiscard]] bool isOk() const { return m_value.has_value(); }
     /// `isOk()`.
     explicit operator bool() const { return isOk(); }
@@ -64,7 +64,7 @@ private:
     Error m_error;
 };
 
-/// What a step without a value comes to: well, as it does by default, or an error.
+/// The outcome of a step without a value: success, which is the default, or an error.
 template <class Error>
 class [[nodiscard]] OrvaResult<void, Error>
 {
@@ -85,7 +85,7 @@ public:
     {
     }
 
-    /// Whether the step went well.
+    /// True if the step went well.
     [[nodiscard]] bool isOk() const { return m_isWell; }
     /// `isOk()`.
     explicit operator bool() const { return isOk(); }

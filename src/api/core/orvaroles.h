@@ -5,7 +5,7 @@
 #include "core/orvavalue.h"
 #include "core/trstring.h"
 
-/// What a row of a list stands for.
+/// The kind of thing that a row of a list stands for.
 class ORVA_API OrvaRolesType
 {
     Q_GADGET
@@ -25,11 +25,11 @@ class ORVA_API OrvaRoles : public OrvaHash
 
     /// Identifies the row in its node.
     ORVA_FIELD(QString, id, Id);
-    /// What a person reads.
+    /// The text that a person reads.
     ORVA_FIELD(TrString, title, Title);
-    /// What kind of thing the row is.
+    /// The kind of thing that the row stands for.
     ORVA_FIELD(OrvaRolesType, type, Type);
-    /// What the row holds.
+    /// The row's value.
     ORVA_FIELD(OrvaValue, value, Value);
 
     /// The role of a request that activates a node; `Value()` is that of one that writes it.

@@ -25,7 +25,7 @@ class OrvaAirplaneModeType;
     ROW(QString, string_, String)                                                                  \
     ROW(QStringList, stringList, StringList)
 
-/// The network records that a value can carry. The core knows their names alone: whoever uses one of
+/// The network records that a value can carry. The core knows their names alone: a user of one of
 /// these accessors includes the record's header.
 #define ORVA_NETWORK_VALUES(ROW)                                                                   \
     ROW(OrvaNetworkProfile, networkProfile, NetworkProfile)                                        \
@@ -41,10 +41,10 @@ class OrvaAirplaneModeType;
 
 // clang-format on
 
-/// What a node holds and a request carries: a hash with one key that names the type, so that it
-/// reads as plain JSON: `{"bool": true}`, `{"networkProfile": {…}}`. The key is the accessor's name
-/// without a trailing underscore. Records of the power manager travel as bare hashes, without such
-/// a key.
+/// The value that a node holds and a request carries: a hash with one key that names the type, so
+/// that it reads as plain JSON: `{"bool": true}`, `{"networkProfile": {…}}`. The key is the
+/// accessor's name without a trailing underscore. Records of the power manager travel as bare
+/// hashes, without such a key.
 ///
 /// A getter answers its type's default when the value carries another type; a setter replaces
 /// whatever the value carried.

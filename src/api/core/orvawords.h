@@ -4,8 +4,8 @@
 #include "core/model/cmerror.h"
 #include "core/orvaresult.h"
 
-// Enumerations stand in values as numbers. Here they become words for who reads a value, and words
-// become numbers in what a person writes.
+// Enumerations stand in values as numbers. Here they become words for a reader, and words that a
+// person writes become numbers.
 
 /// The words for an enumeration's values, in their order.
 [[nodiscard]] ORVA_API QStringList orvaEnumWords(const QMetaEnum& values);
@@ -20,7 +20,7 @@
 [[nodiscard]] ORVA_API QVariantHash orvaWithWords(const QVector<OrvaField>& fields,
                                                   const QVariantHash& plain);
 
-/// The opposite: `written`, in which each text that stands for a value of an enumeration is its
-/// number. The error "UnknownWord" for one that names none, with the words in its message.
+/// The opposite: `written`, with the number in the place of each text that stands for a value of an
+/// enumeration. Fails with "UnknownWord" for a text that names none; the message has the words.
 [[nodiscard]] ORVA_API OrvaResult<QVariantHash> orvaWithNumbers(const QVector<OrvaField>& fields,
                                                                 const QVariantHash& written);

@@ -17,7 +17,7 @@ QString TrString::toString() const
     if (m_source.isEmpty())
         return m_text;
     const QString text = QCoreApplication::translate(m_context.constData(), m_source.constData());
-    // All at once: what stands in one argument is not taken for the mark of the next.
+    // All marks are replaced at once: a mark within an argument stays as it is.
     QString result;
     for (int i = 0; i < text.size(); ++i) {
         const bool isMark = text.at(i) == QLatin1Char('%') && i + 1 < text.size();

@@ -19,7 +19,7 @@ public:
         : m_text(QString::number(number))
     {
     }
-    /// What stands in the place of the mark.
+    /// The text in the place of the mark.
     [[nodiscard]] const QString& toString() const { return m_text; }
 
 private:

@@ -19,7 +19,7 @@ public:
     ORVA_ENUM(OrvaNetworkState);
 };
 
-/// Which interface a profile configures. The names go to the connection daemon as its mode.
+/// The interfaces that a profile configures. The names go to the connection daemon as its mode.
 class ORVA_API OrvaNetworkProfileType
 {
     Q_GADGET
@@ -47,7 +47,7 @@ public:
     ORVA_ENUM(OrvaNetworkProfileWirelessEncryption);
 };
 
-/// What an interface that is not connected is doing about it.
+/// The step that an interface takes to become connected.
 class ORVA_API OrvaNetworkConnectingStatus
 {
     Q_GADGET
@@ -61,7 +61,7 @@ public:
     ORVA_ENUM(OrvaNetworkConnectingStatus);
 };
 
-/// How the last WPS session went.
+/// The outcome of the last WPS session.
 class ORVA_API OrvaNetworkWpsStatus
 {
     Q_GADGET
@@ -115,7 +115,7 @@ public:
     ORVA_ENUM(OrvaNetworkAddressScope);
 };
 
-/// What airplane mode blocks.
+/// The radios that airplane mode blocks.
 class ORVA_API OrvaAirplaneModeType
 {
     Q_GADGET

@@ -17,13 +17,13 @@
     ROW(OrvaNetworkStatePath, "network/state", Value, "networkState", Default, "",                 \
         "The overall state, in which soft access points take no part.")                            \
     ROW(OrvaNetworkStateConnected, "network/state/connected", Value, "bool", Default, "",          \
-        "Whether a wired or wireless link is up; a soft access point does not count.")             \
+        "True if a wired or wireless link is up; a soft access point does not count.")             \
     ROW(OrvaNetworkConnectingMessage, "network/state/message", Value, "string", Default, "",       \
-        "What connecting, or a WPS session, has come to, in words for a person.")                  \
+        "The outcome of connecting, or of a WPS session, in words for a person.")                  \
     ROW(OrvaNetworkCurrentStatePath, "network/state/profile",                                      \
         Value, "networkProfile", Default, "",                                                      \
-        "What is actually up, in the form of a profile; IPv4 alone. Without a value until the "    \
-        "backend has first reported.")                                                             \
+        "The network that is actually up, in the form of a profile; IPv4 alone. Without "          \
+        "a value until the backend has first reported.")                                           \
     ROW(OrvaNetworkStateEthernetMAC, "network/state/ethernet-mac", Value, "string", Default, "",   \
         "Hardware address of the wired interface, with colons.")                                   \
     ROW(OrvaNetworkStateWirelessMAC, "network/state/wireless-mac", Value, "string", Default, "",   \
@@ -33,33 +33,33 @@
         "where only that, or a soft access point, is up; else the wired one.")                     \
     ROW(OrvaNetworkStateCurrentCableStatus, "network/state/cable",                                 \
         Value, "bool", Default, "Current cable status",                                            \
-        "Whether a cable is plugged in.")                                                          \
+        "True if a cable is plugged in.")                                                          \
     ROW(OrvaNetworkProfilePath, "network/profile",                                                 \
         ReadOnly, "networkProfile", Default, "Network profile",                                    \
         "The configured profile, each key as \"****\".")                                           \
     ROW(OrvaNetworkScanResultsPath, "network/scan/results",                                        \
         Rows, "networkScanResult", Default, "",                                                    \
-        "What the last scan found.")                                                               \
+        "The networks that the last scan found.")                                                  \
     ROW(OrvaNetworkLocalWebserverUrlPath, "network/webserver/url",                                 \
         Value, "string", Default, "Local Webserver URL",                                           \
-        "Where the device's web page is reached from the network, else on the device itself. "     \
+        "The URL of the device's web page in the network, else on the device itself. "             \
         "Without a value until the backend has first reported.")                                   \
     ROW(OrvaNetworkLocalWebserverLocalhostUrlPath, "network/webserver/localhost-url",              \
         Value, "string", Default, "Local Webserver URL (localhost)",                               \
-        "Where the web page is reached on the device itself.")                                     \
+        "The URL of the web page on the device itself.")                                           \
     ROW(OrvaNetworkConnectedSoftApStationsPath, "network/softap/stations",                         \
         ReadOnly, "stringList", Service, "Connected SoftAp stations",                              \
         "Hardware addresses of the stations at the soft access points. Without a value until a "   \
         "soft access point first came up.")                                                        \
     ROW(OrvaNetworkSoftApRequestsPath, "network/softap/requests",                                  \
         ReadOnly, "softApRequests", Default, "",                                                   \
-        "Who asks for a soft access point at present, and with which settings.")                   \
+        "The live requests for a soft access point, with their settings.")                         \
     ROW(OrvaNetworkAirplaneModePath, "network/airplane-mode",                                      \
         Value, "bool", Default, "Airplane Mode",                                                   \
-        "Whether airplane mode is on; writing it stores it and switches the radios; what cannot "  \
+        "True if airplane mode is on; writing it stores it and switches the radios; what cannot "  \
         "be stored changes nothing.")
 
-/// What the network manager can be asked to do.
+/// The requests that the network manager takes.
 #define ORVA_NETWORK_ACTION_NODES(ROW)                                                             \
     ROW(OrvaNetworkStartPath, "network/start", Action, "", Default, "",                            \
         "Applies the stored profile. Refused when networking is started already.")                 \
@@ -117,20 +117,20 @@
         "and the host's user alone.")                                                              \
     ROW(OrvaNetworkMaxAuthFailuresSettingsPath, "settings/network/max-auth-failures",              \
         Value, "i32", Default, "",                                                                 \
-        "How many refusals of a key empty the profile; 0 or less: none does. Read when the host "  \
-        "starts.")                                                                                 \
+        "The number of refusals of a key that empties the profile; 0 or less: none does. "         \
+        "Read when the host starts.")                                                              \
     ROW(OrvaNetworkMaxNumberWifiNetworks, "settings/network/max-wifi-networks",                    \
         Value, "i32", Default, "",                                                                 \
-        "How many wireless networks a profile keeps; 0 or less: all.")                             \
+        "The number of wireless networks that a profile keeps; 0 or less: all.")                   \
     ROW(OrvaNetworkAirplaneModeSettingPath, "settings/network/airplane-mode",                      \
         Value, "bool", Default, "",                                                                \
-        "Whether the device starts in airplane mode; follows `network/airplane-mode`.")            \
+        "True if the device starts in airplane mode; follows `network/airplane-mode`.")            \
     ROW(OrvaNetworkAirplaneModeTypeSettingPath, "settings/network/airplane-mode-type",             \
         Value, "airplaneModeType", Default, "",                                                    \
         "Which radios airplane mode blocks. Read when the host starts.")                           \
     ROW(OrvaNetworkSoftApAutoEnabledSettingsPath, "settings/network/softap-auto-enabled",          \
         Value, "bool", Default, "",                                                                \
-        "Whether a soft access point opens by itself where no link comes up.")                     \
+        "True if a soft access point opens by itself where no link comes up.")                     \
     ROW(OrvaNetworkSoftApDefaultSsidSettingsPath, "settings/network/softap-default-ssid",          \
         Value, "string", Default, "",                                                              \
         "A configured soft access point of this SSID gets the device's hardware address added.")   \
@@ -140,9 +140,9 @@
         "alone. Read when the host starts.")                                                       \
     ROW(OrvaNetworkWifiRestartCriteriaPath, "settings/network/wifi-restart-criteria",              \
         Value, "wifiRestartCriteria", Default, "",                                                 \
-        "When the watchdog restarts Wi-Fi; empty: never.")
+        "The conditions under which the watchdog restarts Wi-Fi; empty: never.")
 
-/// What the network manager reads of other workers.
+/// The nodes of other workers that the network manager reads.
 #define ORVA_NETWORK_FOREIGN_NODES(ROW)                                                            \
     ROW(OrvaNetworkWiredInterfacePath, "interfaces/wired", ReadOnly, "string", Default, "",        \
         "Name of the wired interface.")                                                            \

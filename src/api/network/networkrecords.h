@@ -13,11 +13,11 @@ class ORVA_API OrvaNetworkAddress : public OrvaHash
     ORVA_FIELD(QString, ip, Ip);
     /// Prefix length: 0 to 32 for IPv4, 0 to 128 for IPv6.
     ORVA_FIELD(qint32, prefix, Prefix);
-    /// Whether `ip` is of IPv4 or IPv6.
+    /// The protocol of `ip`: IPv4 or IPv6.
     ORVA_FIELD(OrvaNetworkAddressProtocol, protocol, Protocol);
-    /// How far the address reaches.
+    /// The reach of the address.
     ORVA_FIELD(OrvaNetworkAddressScope, scope, Scope);
-    /// Whether the address was obtained by DHCP.
+    /// True if the address was obtained by DHCP.
     ORVA_FIELD(bool, dhcp, Dhcp);
 };
 
@@ -43,7 +43,7 @@ class ORVA_API OrvaNetworkInterface : public OrvaHash
     ORVA_FIELD(QString, gateway, Gateway);
     /// Static name servers.
     ORVA_FIELD(QStringList, dns, Dns);
-    /// Whether this network is the connected one.
+    /// True if this network is the connected one.
     ORVA_FIELD(bool, connected, Connected);
     /// Frequency of the access point, in MHz.
     ORVA_FIELD(qint32, frequency, Frequency);
@@ -86,11 +86,11 @@ class ORVA_API OrvaNetworkProfileSoftApRequest : public OrvaHash
     ORVA_RECORD(OrvaNetworkProfileSoftApRequest)
     /// The requesting submodule, at most 64 characters.
     ORVA_FIELD(QString, name, Name);
-    /// What the requester asks for; only fields that are present count.
+    /// The settings that the requester asks for; only fields that are present count.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
     /// In milliseconds, at most 60000; 0 or less means no expiry.
     ORVA_FIELD(qint32, timeout, Timeout);
-    /// Whether other requests must leave the running settings alone; needs a timeout.
+    /// True if other requests must leave the running settings alone; needs a timeout.
     ORVA_FIELD(bool, holdSoftAp, HoldSoftAp);
 };
 
@@ -102,13 +102,14 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
     ORVA_FIELD(QString, name, Name);
     /// The soft-AP interface.
     ORVA_FIELD(QString, interface, Interface);
-    /// What the requester asked for.
+    /// The settings that the requester asked for.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
-    /// Whether the request holds the running settings.
+    /// True if the request holds the running settings.
     ORVA_FIELD(bool, hold, Hold);
-    /// When it expires, in milliseconds on the system's monotonic clock; 0 when it does not.
+    /// The moment of its expiry, in milliseconds on the system's monotonic clock; 0 when it does
+    /// not expire.
     ORVA_FIELD(qint64, expiresAtMs, ExpiresAtMs);
-    /// Whether the link of the interface is up.
+    /// True if the link of the interface is up.
     ORVA_FIELD(bool, running, Running);
 };
 
@@ -117,7 +118,7 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
 class ORVA_API OrvaNetworkProfile : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkProfile)
-    /// Which interfaces the profile uses.
+    /// The interfaces that the profile uses.
     ORVA_FIELD(OrvaNetworkProfileType, type, Type);
     /// The wired interface.
     ORVA_FIELD(OrvaNetworkInterface, wired, Wired);
@@ -133,7 +134,7 @@ class ORVA_API OrvaNetworkProfile : public OrvaHash
 class ORVA_API OrvaNetworkWps : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkWps)
-    /// How far the session is.
+    /// The state of the session.
     ORVA_FIELD(OrvaNetworkWpsStatus, status, Status);
     /// Method of the session that runs or ran last.
     ORVA_FIELD(OrvaNetworkWpsType, type, Type);
@@ -147,15 +148,15 @@ class ORVA_API OrvaNetworkWiredInterface : public OrvaHash
     ORVA_RECORD(OrvaNetworkWiredInterface)
     /// Interface name, such as "eth0".
     ORVA_FIELD(QString, name, Name);
-    /// Whether its link is up.
+    /// The state of its link.
     ORVA_FIELD(OrvaNetworkState, state, State);
-    /// Whether a cable is plugged in.
+    /// True if a cable is plugged in.
     ORVA_FIELD(bool, cableConnected, CableConnected);
     /// Hardware address, with colons.
     ORVA_FIELD(QString, mac, Mac);
     /// Its addresses, of both protocols.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, addresses, Addresses);
-    /// What it does to connect.
+    /// The step that it takes to connect.
     ORVA_FIELD(OrvaNetworkConnectingStatus, connectingStatus, ConnectingStatus);
 };
 
@@ -165,7 +166,7 @@ class ORVA_API OrvaNetworkWirelessInterface : public OrvaHash
     ORVA_RECORD(OrvaNetworkWirelessInterface)
     /// Interface name, such as "wlan0"; absent in an entry for a configured network.
     ORVA_FIELD(QString, name, Name);
-    /// Whether its link is up.
+    /// The state of its link.
     ORVA_FIELD(OrvaNetworkState, state, State);
     /// Hardware address of the interface, with colons.
     ORVA_FIELD(QString, mac, Mac);
@@ -183,9 +184,9 @@ class ORVA_API OrvaNetworkWirelessInterface : public OrvaHash
     ORVA_FIELD(qint32, signalLevel, SignalLevel);
     /// Its addresses, of both protocols.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, addresses, Addresses);
-    /// What it does to connect.
+    /// The step that it takes to connect.
     ORVA_FIELD(OrvaNetworkConnectingStatus, connectingStatus, ConnectingStatus);
-    /// Whether the stored key is suspected to be wrong.
+    /// True if the stored key is suspected to be wrong.
     ORVA_FIELD(bool, credentialsSuspect, CredentialsSuspect);
     /// The WPS session that runs or ran last.
     ORVA_FIELD(OrvaNetworkWps, wps, Wps);
@@ -233,7 +234,7 @@ class ORVA_API OrvaNetworkInfo : public OrvaHash
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, gateways, Gateways);
     /// Name servers in use.
     ORVA_FIELD(OrvaList<OrvaNetworkAddress>, dns, Dns);
-    /// Whether airplane mode is on.
+    /// True if airplane mode is on.
     ORVA_FIELD(bool, airplaneMode, AirplaneMode);
 };
 
@@ -259,7 +260,7 @@ class ORVA_API OrvaNetworkScanResult : public OrvaHash
     ORVA_FIELD(QString, ies, Ies);
 };
 
-/// When the Wi-Fi watchdog restarts Wi-Fi.
+/// The conditions under which the Wi-Fi watchdog restarts Wi-Fi.
 class ORVA_API OrvaNetworkWifiRestartCriteria : public OrvaHash
 {
     ORVA_RECORD(OrvaNetworkWifiRestartCriteria)

@@ -3,7 +3,8 @@
 
 #include "network/networkrecords.h"
 
-/// Why `key` does not suit `encryption`, in words for a person; empty when it does.
+/// The reason for which `key` does not suit `encryption`, in words for a person; empty when it
+/// suits.
 ///
 /// WPA takes a passphrase of 8 to 63 printable ASCII characters or 64 hexadecimal digits; an
 /// unsecured network takes no key. The masked key "****" suits nothing that needs a key.

@@ -18,7 +18,7 @@ public:
     ORVA_ENUM(OrvaPowerManagerResources);
 };
 
-/// What a module wants of a resource.
+/// The wish of a module for a resource.
 class ORVA_API OrvaPowerModuleActions
 {
     Q_GADGET
@@ -59,9 +59,9 @@ class ORVA_API OrvaPowerManagerResourceRequest : public OrvaHash
     ORVA_RECORD(OrvaPowerManagerResourceRequest)
     /// The module that asks, 1 to 64 letters.
     ORVA_FIELD(QString, moduleName, ModuleName);
-    /// What the module asks for.
+    /// The resource that the module asks for.
     ORVA_FIELD(OrvaPowerManagerResources, resource, Resource);
-    /// Whether it needs the resource from now on, or no longer.
+    /// Its wish: it needs the resource from now on, or no longer.
     ORVA_FIELD(OrvaPowerModuleActions, action, Action);
 };
 

@@ -12,13 +12,13 @@
     ROW(PowerRequestsPath, "power/requests", Rows, "", Default, "",                                \
         "The last 100 resource and target requests in their order, repeats included.")             \
     ROW(PowerResourceWifiPath, "power/resource/wifi", ReadOnly, "bool", Default, "",               \
-        "Whether any module holds the Wi-Fi radio.")                                               \
+        "True if any module holds the Wi-Fi radio.")                                               \
     ROW(PowerTargetPath, "power/target", ReadOnly, "i32", Default, "",                             \
         "The target that was last requested, 0 before.")                                           \
     ROW(WifiRestartPath, "wifi-restart/restart", Action, "", Default, "",                          \
         "Takes the wireless interface down and up again, answers an error where that fails.")      \
     ROW(WifiRestartCountPath, "wifi-restart/count", ReadOnly, "i32", Default, "",                  \
-        "How often Wi-Fi was restarted since the host's start.")
+        "The number of restarts of Wi-Fi since the host's start.")
 // clang-format on
 
 /// The row of the node at `path`, for its creation. A path without a row is our own mistake

@@ -11,24 +11,24 @@ class ORVA_API CMChangeListener
 {
 public:
     virtual ~CMChangeListener() = default;
-    /// The value at `path` changed, or is there for the first time. Comes directly from who changed
-    /// it: must not block.
+    /// The value at `path` changed, or is there for the first time. The call comes directly from
+    /// the code that changed it and must not block.
     virtual void pathChanged(const CMPath& path, const OrvaValue& value) = 0;
 };
 
-/// Who watches which path.
+/// The listeners of each path.
 class ORVA_API CMChangeHub
 {
 public:
-    /// Has `listener` told of each change at `path`. The listener stays its owner's, who removes it
-    /// before it dies.
+    /// Adds a listener, which is told of each change at `path`. It stays its owner's, and the owner
+    /// removes it before it dies.
     void add(const CMPath& path, CMChangeListener* listener) { m_listeners.insert(path, listener); }
     /// Ends what `add` began; does nothing where there is none.
     void remove(const CMPath& path, CMChangeListener* listener)
     {
         m_listeners.remove(path, listener);
     }
-    /// Tells who watches `path`. A listener may add and remove listeners meanwhile.
+    /// Tells the listeners of `path`. A listener may add and remove listeners meanwhile.
     void notify(const CMPath& path, const OrvaValue& value) const;
 
 private:
@@ -46,7 +46,7 @@ public:
 
     /// The host's entry for requests: hands each to the operation of its kind.
     virtual void request(const CMRequest& request);
-    /// Whether the worker is alive and answers.
+    /// True if the worker is alive and answers.
     virtual bool ping();
     /// Writes what the worker holds to the log, at debug level.
     virtual void trace();
@@ -65,9 +65,9 @@ public:
     /// Ends what `connectChange` began.
     virtual void disconnectChange(const CMPath& path, CMChangeListener* listener);
 
-    /// What the worker's nodes tell of themselves, in the order of their creation.
+    /// The descriptions of the worker's nodes, in the order of their creation.
     [[nodiscard]] virtual QVector<CMNodeInfo> nodeInfos() const = 0;
-    /// Whether there is a secret node at `path`.
+    /// True if there is a secret node at `path`.
     [[nodiscard]] virtual bool isSecret(const CMPath& path) const = 0;
 
     /// The value of a node, at once: a variant that holds a hash, to be wrapped into an
@@ -94,8 +94,8 @@ Q_SIGNALS:
     void nodeAdded(const CMPath& path);
 
 protected:
-    /// Hands a request, of whatever kind, to who has a node at its path; false where nobody has,
-    /// which is the case unless a worker says otherwise.
+    /// Hands a request of any kind to the owner of the node at its path. False where there is no
+    /// such node, as in a worker that does not override it.
     virtual bool route(const CMPath& path, const CMRequest& request);
 
 private:

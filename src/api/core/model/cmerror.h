@@ -4,7 +4,7 @@
 #include "core/cmpath.h"
 #include "core/trstring.h"
 
-/// What went wrong with a request: a name for programs and a message for people.
+/// The failure of a request: a name for programs and a message for people.
 ///
 /// An empty error means that nothing went wrong.
 class ORVA_API CMError : public OrvaHash
@@ -13,11 +13,11 @@ class ORVA_API CMError : public OrvaHash
     /// An error of that name. The texts are kept in the language of the moment.
     CMError(const QString& name, const TrString& message, const TrString& title = DefaultTitle());
 
-    /// What kind of failure it is, for programs: "error" where nothing more is said.
+    /// The kind of failure, for programs; "error" where nothing more is said.
     ORVA_FIELD(QString, name, Name);
     /// The heading under which a person reads the message.
     ORVA_FIELD(QString, title, Title);
-    /// What happened, in words for a person.
+    /// The words for a person.
     ORVA_FIELD(QString, message, Message);
 
     /// The heading where none is given.

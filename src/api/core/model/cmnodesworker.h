@@ -9,15 +9,14 @@ class ORVA_API CMNodesWorker : public CMAbstractWorker
 {
     Q_OBJECT
 public:
-    /// `config` is what the host's configuration holds for this worker; `name` is the worker's own
-    /// name.
+    /// `config` is this worker's part of the host's configuration; `name` is the worker's own name.
     CMNodesWorker(const QVariantHash& config, const QString& name, QObject* parent = nullptr);
 
     /// The worker's name, as the log shows it.
     [[nodiscard]] const QString& name() const { return m_name; }
-    /// What the host's configuration holds for this worker; empty where it holds nothing.
+    /// The host's configuration of this worker; empty where there is none.
     [[nodiscard]] const QVariantHash& config() const { return m_config; }
-    /// Where the worker creates its nodes.
+    /// The container in which the worker creates its nodes.
     [[nodiscard]] CMNodes& nodes() { return m_nodes; }
     /// The same for who only looks.
     [[nodiscard]] const CMNodes& nodes() const { return m_nodes; }

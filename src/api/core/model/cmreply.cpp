@@ -19,7 +19,7 @@ std::shared_ptr<CMReplyData> CMReplyData::create()
 void CMReplyData::release(CMReplyData* data)
 {
     if (!data->m_finished && !data->m_watchers.isEmpty()) {
-        // The watchers get a handle of their own: the one that goes away cannot be shared any more.
+        // The watchers get a new handle, since the one that goes away cannot be shared any more.
         const auto last = create();
         last->m_watchers = std::move(data->m_watchers);
         last->finish(QVariant(), CMError::dropped());

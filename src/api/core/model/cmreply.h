@@ -23,7 +23,7 @@ public:
     /// are told so with `CMError::dropped()`.
     static std::shared_ptr<CMReplyData> create();
 
-    /// Whether the reply has its value or its error.
+    /// True if the reply has its value or its error.
     [[nodiscard]] bool isFinished() const { return m_finished; }
     /// The value; invalid before the end and after an error.
     [[nodiscard]] const QVariant& value() const { return m_value; }
@@ -38,14 +38,15 @@ public:
     /// event loop of `context` for a queued connection. A context that is gone is not called.
     void addWatcher(QObject* context, const Callback& callback, Qt::ConnectionType type);
 
-    /// Runs the event loop until the reply finishes; not where whoever put the answer off gives it
-    /// at once. False after `timeout` milliseconds without an answer.
+    /// Runs the event loop until the reply finishes. It need not run where the answer was put off
+    /// and is given at once. False after `timeout` milliseconds without an answer.
     [[nodiscard]] bool waitForFinished(int timeout);
 
-    /// For whoever puts an answer off, to have work done together: `hurry` is called when somebody
-    /// waits for the reply, and may finish it. Forgotten when the reply finishes.
+    /// Puts the answer off, so that several pieces of work can be done together: `hurry` is called
+    /// when somebody waits for the reply, and may finish it. It is forgotten when the reply
+    /// finishes.
     void setHurry(const std::function<void()>& hurry) { m_hurry = hurry; }
-    /// Has an answer that was put off given at once, where whoever did so can.
+    /// Has an answer that was put off given at once, where that is possible.
     void hurry();
 
 private:
@@ -79,7 +80,7 @@ public:
 
     /// True when the handle is empty.
     bool operator!() const { return !m_data; }
-    /// Whether somebody wants the answer.
+    /// True if somebody wants the answer.
     explicit operator bool() const { return static_cast<bool>(m_data); }
 
     /// Finishes the reply with an error. Does nothing on an empty handle.
@@ -87,7 +88,7 @@ public:
     /// Finishes the reply without error. Does nothing on an empty handle.
     void finish() const;
 
-    /// Whether the reply has its value or its error; false for an empty handle.
+    /// True if the reply has its value or its error; false for an empty handle.
     [[nodiscard]] bool isFinished() const { return m_data && m_data->isFinished(); }
     /// The error that the reply finished with; empty when there is none.
     [[nodiscard]] CMError error() const { return m_data ? m_data->error() : CMError(); }
@@ -112,7 +113,7 @@ protected:
     {
     }
 
-    /// What all copies of the handle share; null for an empty one.
+    /// The state that all copies of the handle share; null for an empty one.
     std::shared_ptr<CMReplyData> m_data;
 };
 

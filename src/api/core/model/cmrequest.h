@@ -48,18 +48,17 @@ public:
     [[nodiscard]] const CMPath& path() const { return m_path; }
     /// `OrvaRoles::Value()` or `OrvaRoles::Activate()`.
     [[nodiscard]] const QString& role() const { return m_role; }
-    /// What is written, or what the activation is about; may be empty, and of a type that the node
-    /// does not expect.
+    /// The value that is written or goes with the activation. It may be empty, or of a type that
+    /// the node does not expect.
     [[nodiscard]] const OrvaValue& value() const { return m_value; }
-    /// Where the answer goes; empty when the requester wants none.
+    /// The reply that takes the answer; empty when the requester wants none.
     [[nodiscard]] const CMReply<QVariant>& reply() const { return m_reply; }
 
     /// Answers with success, if anybody wants an answer.
     void answer(const OrvaValue& value = OrvaValue()) const;
     /// Answers with an error, if anybody wants an answer.
     void fail(const CMError& error) const;
-    /// Answers as `reply` ends, as soon as it does: with its error or with success, without its
-    /// value.
+    /// Answers when `reply` finishes: with its error or with success, without its value.
     void answerAs(const CMVoidReply& reply) const;
 
 private:
@@ -74,7 +73,7 @@ Q_DECLARE_METATYPE(CMSetDataRequest)
 /// Shows the request's path, role and value, with secrets masked.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const CMSetDataRequest& request);
 
-/// Whatever can be asked of a worker.
+/// Any request that a worker takes.
 using CMRequest =
     std::variant<CMGetDataRequest, CMGetRowsRequest, CMMatchRowRequest, CMSetDataRequest>;
 

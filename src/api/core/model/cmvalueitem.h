@@ -19,7 +19,7 @@ public:
     [[nodiscard]] const CMPath& path() const { return m_path; }
     /// The last value; empty while none is known.
     [[nodiscard]] const OrvaValue& value() const { return m_value; }
-    /// Whether the node has had a value.
+    /// True if the node has had a value.
     [[nodiscard]] bool isKnown() const { return m_known; }
 
 Q_SIGNALS:

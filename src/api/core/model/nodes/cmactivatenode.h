@@ -14,8 +14,8 @@ public:
     /// Creates the node that the row describes, which must be an action.
     static CMActivateNode* create(CMNodes& nodes, const CMNodeRow& row);
 
-    /// Binds the node to a slot. A missing receiver is our own mistake (fatal). A receiver that
-    /// goes away leaves requests to be dropped, which their requesters are told.
+    /// Binds the node to a slot. A missing receiver is our own mistake (fatal). The requests of a
+    /// receiver that goes away are dropped, and their requesters are told so.
     template <class Receiver>
     void setInvoke(Receiver* receiver, void (Receiver::*slot)(const CMSetDataRequest&),
                    Qt::ConnectionType type)

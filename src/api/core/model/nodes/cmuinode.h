@@ -6,15 +6,15 @@
 
 #include <QObject>
 
-/// What a node tells of itself.
+/// The description of a node.
 struct CMNodeInfo
 {
-    CMPath path;               ///< Where it stands in the tree.
+    CMPath path;               ///< Its place in the tree.
     QString kind;              ///< "value", "activate" or "rows".
-    QString title;             ///< What a person reads; often empty.
-    OrvaPermission permission; ///< Who it is meant for.
-    bool readOnly;             ///< Whether clients may only read it.
-    bool secret;               ///< Whether it holds keys; see `CMUINode::setSecret`.
+    QString title;             ///< The text that a person reads; often empty.
+    OrvaPermission permission; ///< The people it is meant for.
+    bool readOnly;             ///< True if clients may only read it.
+    bool secret;               ///< True if it holds keys; see `CMUINode::setSecret`.
     /// The type key of the value that it holds, that each of its rows holds, or that it takes when
     /// it is activated: several with "|" between them, empty where nothing is said.
     QString type;
@@ -28,14 +28,14 @@ class ORVA_API CMUINode : public QObject
 {
     Q_OBJECT
 public:
-    /// Where the node stands in the host's tree.
+    /// The node's place in the host's tree.
     [[nodiscard]] const CMPath& path() const { return m_path; }
-    /// What the node tells of itself at present.
+    /// The node's description as it is now.
     [[nodiscard]] CMNodeInfo info() const;
 
-    /// What a person reads; empty by default.
+    /// Sets the text that a person reads, which is empty by default.
     void setTitle(const TrString& title) { m_title = title; }
-    /// Who the node is meant for; `OrvaPermission::Default` where nothing is said.
+    /// Sets the people that the node is meant for; `OrvaPermission::Default` where nothing is said.
     void setPermission(OrvaPermission permission) { m_permission = permission; }
     /// A secret node holds keys: only root and the host's own user read or write it over the bus,
     /// and its changes are announced without the value.
@@ -43,14 +43,14 @@ public:
     /// The type of what the node holds or takes, as `CMNodeInfo::type` has it. A client's value of
     /// another type is refused.
     void setType(const QString& type) { m_type = type; }
-    /// Whether the node holds keys.
+    /// True if the node holds keys.
     [[nodiscard]] bool isSecret() const { return m_secret; }
 
     /// "value", "activate" or "rows".
     [[nodiscard]] virtual QString kind() const = 0;
-    /// What `setType` was told.
+    /// The type keys that `setType` was given.
     [[nodiscard]] virtual QString type() const { return m_type; }
-    /// Whether clients may only read the node.
+    /// True if clients may only read the node.
     [[nodiscard]] virtual bool isReadOnly() const { return false; }
 
     /// Hands a client's request to the operation of its kind, of those below.
@@ -70,7 +70,7 @@ protected:
 
     /// Takes over what the row says of the node: type, permission and title.
     void describe(const CMNodeRow& row);
-    /// Whether the request's value is of no type that the node takes; the request is refused then.
+    /// Refuses the request and gives true if its value is of no type that the node takes.
     [[nodiscard]] bool refusesType(const CMSetDataRequest& request) const;
 
 private:

@@ -28,9 +28,9 @@ public:
 
     /// "value".
     [[nodiscard]] QString kind() const override;
-    /// What `setType` was told, else the type of the value.
+    /// The type keys that `setType` was given, else the type of the value.
     [[nodiscard]] QString type() const override;
-    /// Whether `setReadOnly` was called with true.
+    /// True if `setReadOnly` was called with true.
     [[nodiscard]] bool isReadOnly() const override { return m_readOnly; }
     /// Answers with the value; with an empty one before the first.
     void getData(const CMGetDataRequest& request) override;
