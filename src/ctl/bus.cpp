@@ -58,7 +58,7 @@ Failure fromBusError(const QDBusError& error)
 
 } // namespace
 
-// A name of its own: one that failed to connect is never tried again under the same name.
+// The name is the connection's own, since one that failed is never tried again under the same name.
 Bus::Bus(const QDeadlineTimer& deadline)
     : m_name(QUuid::createUuid().toString())
     , m_connection(QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_name))

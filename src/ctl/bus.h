@@ -18,10 +18,10 @@ namespace ctl {
 class Bus
 {
 public:
-    /// How long a call may take where the person gave no time.
+    /// The time that a call may take where the person gave none.
     static constexpr std::chrono::seconds patience{25};
 
-    /// Connects. What is awaited later ends with @p deadline.
+    /// Connects. What is awaited later ends with `deadline`.
     explicit Bus(const QDeadlineTimer& deadline);
     ~Bus();
     Q_DISABLE_COPY(Bus)
@@ -31,14 +31,14 @@ public:
     /// Fails where there is no system bus to talk to.
     Result check() const;
 
-    /// When the time that the person gave is over; never, where none was given.
+    /// The end of the time that the person gave; never, where none was given.
     [[nodiscard]] const QDeadlineTimer& deadline() const { return m_deadline; }
 
-    /// Runs the event loop until @p done says true or @p deadline expires; false if it expired.
+    /// Runs the event loop until `done` says true or `deadline` expires; false if it expired.
     [[nodiscard]] static bool runUntil(const std::function<bool()>& done,
                                        const QDeadlineTimer& deadline);
 
-    /// Waits for the answer to @p call and gives its first argument.
+    /// Waits for the answer to `call` and gives its first argument.
     template <typename T>
     Outcome<T> await(const QDBusPendingReply<T>& call, std::chrono::seconds atMost = patience) const
     {
@@ -48,7 +48,7 @@ public:
         return QDBusPendingReply<T>(call).value();
     }
 
-    /// Waits for the answer to @p call, whatever it holds: until the deadline, and @p atMost where
+    /// Waits for the answer to `call`, whatever it holds: until the deadline, and `atMost` where
     /// there is none.
     Result finish(const QDBusPendingCall& call, std::chrono::seconds atMost = patience) const;
 

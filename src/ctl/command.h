@@ -20,7 +20,7 @@ struct Context;
 /// One argument or option of a command, as help, manual page and completion describe it.
 struct Parameter
 {
-    /// What a person may write for it.
+    /// The texts that a person may write for it.
     enum class Kind {
         Flag,      ///< nothing: it is there or not
         Version,   ///< nothing: it has the version shown instead of all else
@@ -74,8 +74,8 @@ private:
     }
 };
 
-/// What a person gave for the parameters of a command, by their names. Naming one that the command
-/// has not is a mistake of ours and ends the program.
+/// The values that a person gave for the parameters of a command, by their names. To name one that
+/// the command does not have is a mistake of ours and ends the program.
 class Arguments
 {
 public:
@@ -91,7 +91,7 @@ public:
     [[nodiscard]] std::optional<bool> truth(const std::string& name) const;
     [[nodiscard]] std::optional<double> seconds(const std::string& name) const;
 
-    /// Where the parser stores what it reads for the parameter; the reference lasts.
+    /// The place where the parser stores the parameter's value; the reference lasts.
     Value& place(const Parameter& parameter);
 
 private:
@@ -138,12 +138,12 @@ struct Program
 /// Everything that orvactl does.
 Program program();
 
-/// The commands directly below the words @p parent.
+/// The commands directly below the words `parent`.
 std::vector<const Command*> below(const Commands& commands, const std::string& parent);
 
-/// What kind of text a parameter takes, in one word: its choices in braces, its own type, or that
-/// of its kind. Completion understands VALUE-NODE, ACTION-NODE, ROWS-NODE and NODE for live node
-/// paths and FILE for file names.
+/// The kind of text that a parameter takes, in one word: its choices in braces, its own type, or
+/// that of its kind. Completion understands VALUE-NODE, ACTION-NODE, ROWS-NODE and NODE for live
+/// node paths and FILE for file names.
 std::string typeOf(const Parameter& parameter);
 
 /// The same as a person reads it: empty where the name or the description says it all.

@@ -58,7 +58,7 @@ void describe(CLI::Option& option, const Parameter& parameter)
         option.delimiter(',');
 }
 
-/// What a check says of itself would stand in the help, beside the type.
+/// A check's own description would stand in the help, beside the type: it goes.
 void check(CLI::Option& option, const Parameter& parameter)
 {
     if (!parameter.choices.empty()) {

@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-/// What a person asked for.
+/// The command that a person asked for.
 struct Choice
 {
     const Command* command = nullptr; ///< none where only --generate was given
@@ -18,7 +18,7 @@ struct Choice
 };
 
 /// Reads the command line. Where there is nothing to run, help or a fault was printed, and the exit
-/// status is the answer. @p program must outlive the choice.
+/// status is the answer. `program` must outlive the choice.
 std::variant<Choice, ExitStatus> parseCommandLine(const Program& program, int argc, char** argv);
 
 } // namespace ctl

@@ -12,7 +12,7 @@ namespace ctl {
 class ConnectAlarm
 {
 public:
-    /// Where the deadline is for ever, the patience of a call holds.
+    /// The patience of a call holds where the deadline is for ever.
     explicit ConnectAlarm(const QDeadlineTimer& deadline);
     ~ConnectAlarm();
     Q_DISABLE_COPY(ConnectAlarm)

@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-/// What a command works with.
+/// The things that a command works with.
 struct Context
 {
     const Bus& bus;

@@ -9,7 +9,7 @@ namespace ctl {
 
 namespace {
 
-/// What the script begins with; the function that describes each command follows.
+/// The beginning of the script; the function that describes each command follows.
 const char prologue[] = R"sh(# bash completion for orvactl
 
 # Sets the words, the options and the type of the first argument that may follow the command "$1".
@@ -57,11 +57,10 @@ const char epilogue[] = R"sh(    esac
 complete -F _orvactl orvactl
 )sh";
 
-/// What completes the values of each option; options of the same name mean the same in every
-/// command.
+/// The completion of each option's values; options of the same name mean the same in every command.
 using Values = std::map<std::string, std::string>;
 
-/// What may follow a command.
+/// The words that may follow a command.
 struct Following
 {
     std::string words;               ///< sub-commands, or the choices of the first argument

@@ -25,7 +25,7 @@ std::string escaped(const std::string& text)
     return result;
 }
 
-/// What follows the option's name, as --help has it.
+/// The text that follows the option's name, as --help has it.
 std::string argumentOf(const Parameter& option)
 {
     const std::string type = shownType(typeOf(option));

@@ -70,7 +70,8 @@ Result get(Context& context, const Arguments& given)
     return {};
 }
 
-/// What a person wrote for a node. An object names its type itself; the host knows that of a word.
+/// The value that a person wrote for a node. An object names its type itself; the type of a word is
+/// asked of the host.
 Outcome<OrvaValue> valueFor(Host& host, const CMPath& path, const QString& argument)
 {
     const auto written =

@@ -15,7 +15,7 @@ namespace ctl {
 
 namespace {
 
-/// An answer may be far larger than what a client may send: a list of all networks in reach is.
+/// An answer, such as the list of all networks in reach, may be far larger than a client's value.
 constexpr OrvaPlain::Limits answerLimits = {32, 128 << 20};
 
 Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
@@ -141,7 +141,7 @@ Outcome<OrvaBusNode> Host::node(const CMPath& path)
 Result Host::waitFor(const CMPath& path, const Verdict& verdict)
 {
     std::optional<Result> end;
-    // Connected before the first look: a change between the two must not be missed.
+    // The signal is connected before the first look, so that no change between the two is missed.
     const QObject guard;
     connect(this, &Host::valueChanged, &guard, [&](const CMPath& changed, const OrvaValue& value) {
         if (changed == path && !end)

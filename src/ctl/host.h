@@ -33,18 +33,18 @@ public:
 
     Outcome<OrvaValue> value(const CMPath& path);
     Result setValue(const CMPath& path, const OrvaValue& value);
-    /// Answers when the request is answered; @p atMost where the person gave no time.
+    /// Answers when the request is answered; `atMost` where the person gave no time.
     Outcome<OrvaValue> invoke(const CMPath& path, const OrvaValue& value,
                               std::chrono::seconds atMost = Bus::patience);
     Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
     Outcome<OrvaBusNodes> nodes();
-    /// The one of them at @p path.
+    /// The one of them at `path`.
     Outcome<OrvaBusNode> node(const CMPath& path);
 
     /// Judges a value: nothing means wait on, a result is what to end with.
     using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;
 
-    /// Looks at the node's value now and at each change until @p verdict has a result or the bus's
+    /// Looks at the node's value now and at each change until `verdict` has a result or the bus's
     /// deadline is over.
     Result waitFor(const CMPath& path, const Verdict& verdict);
 
@@ -53,7 +53,8 @@ public:
 
 Q_SIGNALS:
     void valueChanged(const CMPath& path, const OrvaValue& value);
-    /// Only while following, and once for a burst of changes, so that a slot may read the rows.
+    /// Comes only while following, and once for a burst of changes, so that a slot may read the
+    /// rows.
     void rowsChanged(const CMPath& path);
 
 private:

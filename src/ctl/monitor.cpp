@@ -56,7 +56,7 @@ public:
             const QString from = before.value(it.key()).text;
             const QString to = now.value(it.key()).text;
             const bool changed = it->isRecord ? cameOrWent(it.key()) : from != to;
-            // Where a record came or went as a whole, its own line says it all.
+            // The line of a record that came or went as a whole says it all.
             if (changed && (it->parent.isEmpty() || !cameOrWent(it->parent)))
                 show(path, it.key(), from, to);
         }

@@ -17,7 +17,7 @@ enum class ExitStatus {
     NotRunning = 8, ///< the host or the bus is not there
 };
 
-/// Why a step failed: the exit status, and a text for the person who asked.
+/// The failure of a step: the exit status, and a text for the person.
 struct Failure
 {
     ExitStatus status = ExitStatus::Other;
@@ -30,7 +30,7 @@ struct Failure
 template <typename T>
 using Outcome = OrvaResult<T, Failure>;
 
-/// How a step without a value ended.
+/// The end of a step without a value.
 using Result = OrvaResult<void, Failure>;
 
 } // namespace ctl

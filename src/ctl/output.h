@@ -13,10 +13,10 @@ namespace ctl {
 class Output
 {
 public:
-    /// How a piece of a person's page looks where there is colour, by the code that a terminal has.
+    /// The look of a piece of a person's page where there is colour, by the terminal's code.
     enum class Style { Bold = 1, Dim = 2, Bad = 31, Good = 32 };
 
-    /// With @p json, stdout carries one JSON document a line and nothing else.
+    /// With `json`, stdout carries one JSON document a line and nothing else.
     void setJson(bool json) { m_json = json; }
     [[nodiscard]] bool json() const { return m_json; }
 
@@ -31,10 +31,10 @@ public:
     /// Why the command failed, on stderr.
     void failure(const Failure& failure) const;
 
-    /// @p text with the style's colour codes, where stdout is a terminal and NO_COLOR is not set.
+    /// `text` with the style's colour codes, where stdout is a terminal and NO_COLOR is not set.
     [[nodiscard]] static QString styled(const QString& text, Style style);
 
-    /// Whether a person reads what is said on stderr.
+    /// True if a person reads stderr.
     [[nodiscard]] static bool stderrIsTerminal();
 
 private:

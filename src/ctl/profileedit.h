@@ -5,7 +5,7 @@
 
 namespace ctl {
 
-/// The profile as it is published, keys masked: what every edit starts from.
+/// The profile as it is published, keys masked. Every edit starts from it.
 Outcome<OrvaNetworkProfile> publishedProfile(Host& host);
 
 /// Sets the whole profile, so that nothing that was not named is dropped; masked keys stay as they

@@ -41,7 +41,7 @@ QString stateText(OrvaNetworkState state, OrvaNetworkConnectingStatus connecting
     return Output::styled(QStringLiteral("not connected"), Style::Dim);
 }
 
-/// How the network as a whole stands, derived from the states of its interfaces.
+/// The state of the network as a whole, derived from those of its interfaces.
 QString headline(const OrvaNetworkInfo& info)
 {
     if (info.wired().state() == OrvaNetworkState::Connected)

@@ -9,7 +9,7 @@ namespace ctl {
 
 namespace {
 
-/// What a person knows such a record by; empty where it has no name.
+/// The name by which a person knows such a record; empty where it has none.
 QString nameOf(const QVariantHash& record)
 {
     for (const QString& field : {OrvaNetworkInterface::Ssid(), OrvaNetworkAddress::Ip(),
@@ -35,7 +35,7 @@ void takeRecordApart(const QString& place, const QVariantHash& record, const QSt
     }
 }
 
-/// Items of a list are told apart by their names, so that one that goes does not rename the others.
+/// The items of a list are told apart by their names: when one goes, the others keep theirs.
 void takeListApart(const QString& place, const QVariantList& items, const QString& parent,
                    Leaves& leaves)
 {

@@ -45,14 +45,14 @@ std::optional<QVariant> doubleFromText(const QString& text)
     return valid && std::isfinite(number) ? std::optional<QVariant>(number) : std::nullopt;
 }
 
-/// The JSON value that @p text is, where it is one of the type.
+/// The JSON value that `text` is, where it is one of the type.
 std::optional<QVariant> jsonFromText(const QString& text, QMetaType::Type type)
 {
     const auto json = OrvaPlain::fromJson(text.toUtf8());
     return json && json->userType() == type ? std::optional(*json) : std::nullopt;
 }
 
-/// What is quoted is a JSON string; anything else is the text itself.
+/// A quoted text is a JSON string; anything else is the text itself.
 std::optional<QVariant> stringFromText(const QString& text)
 {
     const QLatin1Char quote('"');

@@ -7,9 +7,9 @@
 
 namespace ctl {
 
-/// What a person wrote for a node of the type @p type, as the list of nodes has it: a JSON object,
-/// else the JSON value or plain word that suits the type. An empty type is an unknown one. In
-/// either an enumeration's value may be its word or its number.
+/// The value that a person wrote for a node of the type `type`, as the list of nodes has it: a JSON
+/// object, else the JSON value or plain word that suits the type. An empty type is an unknown one.
+/// In either an enumeration's value may be its word or its number.
 Outcome<OrvaValue> parseValue(const QString& text, const QString& type);
 
 /// The value for a person, with the words of enumerations.
@@ -18,7 +18,7 @@ Outcome<OrvaValue> parseValue(const QString& text, const QString& type);
 /// One JSON object.
 Outcome<QVariantHash> parseObject(const QByteArray& text);
 
-/// Whether @p text is meant as a JSON object.
+/// True if `text` is meant as a JSON object.
 [[nodiscard]] bool looksLikeObject(const QString& text);
 
 /// Fails where the bus would cut or change the text.
@@ -30,8 +30,7 @@ Result checkText(const QString& text);
 /// JSON over several indented lines, keys in alphabetical order, harmless for a terminal.
 [[nodiscard]] QString toIndentedJson(const QVariantHash& value);
 
-/// Whether @p actual holds everything that @p wanted names: maps field by field, all else as a
-/// whole.
+/// True if `actual` holds everything that `wanted` names: maps field by field, all else as a whole.
 [[nodiscard]] bool holds(const QVariant& actual, const QVariant& wanted);
 
 } // namespace ctl

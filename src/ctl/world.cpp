@@ -36,7 +36,7 @@ Result showWorld(Context& context, const Arguments&)
     return {};
 }
 
-/// What is said of an access point, each option by the key of its setting.
+/// The settings given for an access point, each option by the key of its setting.
 Outcome<QVariantMap> settingsOf(const Arguments& given)
 {
     QVariantMap settings;
@@ -145,7 +145,7 @@ Parameter keyFile()
     return Parameter{"--key-file", "File with the key; - reads standard input"}.of("FILE");
 }
 
-/// The parameters of a command that describes the access point @p point.
+/// The parameters of a command that describes the access point `point`.
 std::vector<Parameter> describing(const Parameter& point)
 {
     using Kind = Parameter::Kind;

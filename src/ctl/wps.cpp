@@ -11,7 +11,7 @@ namespace {
 /// A session lasts two minutes: the time to walk to the router.
 constexpr std::chrono::seconds sessionPatience{130};
 
-/// What a session brought, for a person; the key is shown to a machine only.
+/// Shows a person the network that a session brought; the key is shown to a machine only.
 void showCredentials(const Output& out, const OrvaNetworkInterface& network, bool applied)
 {
     out.line(QStringLiteral("Network   \"%1\"").arg(printable(network.ssid())));
