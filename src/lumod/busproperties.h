@@ -10,7 +10,7 @@ class QMetaProperty;
 /// The properties of its parent on the bus: what it keeps under the same names.
 ///
 /// QtDBus by itself answers every write, also one that wants no answer, and the bus refuses and
-/// logs an answer that nobody asked for. This one answers who asked.
+/// logs an answer that nobody asked for. This one answers only where an answer is wanted.
 class BusProperties : public QDBusAbstractAdaptor
 {
     Q_OBJECT

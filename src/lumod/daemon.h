@@ -25,8 +25,8 @@ public:
     /// Drives `world`, which it does not own and which outlives it.
     explicit Daemon(World& world, QObject* parent = nullptr);
 
-    /// Puts the object on the bus, takes the name and says hello.
-    /// @return false, with the reason in the log, when the name or the path is taken.
+    /// Puts the object on the bus, takes the name and says hello. False, with the reason in the
+    /// log, when the name or the path is taken.
     [[nodiscard]] bool serve();
 
     /// True while the wired or the wireless interface is connected.
@@ -39,7 +39,8 @@ public:
     /// "OffMode", the text given to `SetNormalMode`, or "SoftApMode" while only a soft access point
     /// runs.
     [[nodiscard]] QString mode() const;
-    /// What the last `StartSoftAp` of a soft access point that runs gave; empty when none runs.
+    /// The settings that the last `StartSoftAp` gave to the access point that runs; empty when none
+    /// runs.
     [[nodiscard]] QVariantMap softApModeSettings() const;
     [[nodiscard]] QVariantMap wiredIpSettings() const { return m_wiredIpSettings; }
     void setWiredIpSettings(const QVariantMap& settings);

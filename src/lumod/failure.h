@@ -3,7 +3,7 @@
 
 #include "api/core/orvaresult.h"
 
-/// Why a step failed, in words for a person.
+/// The reason of a step's failure, in words for a person.
 struct Failure
 {
     QString text;
@@ -11,6 +11,6 @@ struct Failure
     [[nodiscard]] QString message() const { return text; }
 };
 
-/// What a step comes to: its value, where it has one, or why it failed.
+/// The outcome of a step: its value, where it has one, or the reason of its failure.
 template <class T = void>
 using Result = OrvaResult<T, Failure>;

@@ -40,7 +40,7 @@ void endOrderly(QCoreApplication& application)
         ::sigaction(number, &action, nullptr);
 }
 
-/// What the command line and the environment say.
+/// The choice that the command line and the environment make.
 struct Choice
 {
     QString world;  ///< the file of the world to play; empty: the real one

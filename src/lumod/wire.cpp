@@ -68,8 +68,8 @@ bool isBasic(int type)
 
 QVariantMap plainMap(const QVariantMap& map, int depth);
 
-/// Some value for a basic type; for a map too while `depth` allows. The bus drops who sends it
-/// values nested as deep as it lets them in, so what is kept to be read again is kept flat.
+/// Some value for a basic type; for a map too while `depth` allows. The bus lets values in that are
+/// nested so deep that it drops whoever sends them back: kept values are flat.
 std::optional<QVariant> plainValue(const QVariant& value, int depth)
 {
     const int type = value.userType();
@@ -111,7 +111,7 @@ KnownNetwork knownNetwork(const QString& ssid, const QVariantMap& map)
     return network;
 }
 
-/// Whether the text is an IPv4 address in its normal form; "10" would be read as 0.0.0.10.
+/// True if the text is an IPv4 address in its normal form; "10" would be read as 0.0.0.10.
 bool isIpv4(const QString& text)
 {
     const QHostAddress address(text);

@@ -3,9 +3,9 @@
 
 #include "world/world.h"
 
-/// What the wired and the wireless link of each world have in common: the way from down over
-/// association and address to up, and back, with the announcements on the world's signals. Who
-/// derives decides when to set out and what each phase takes.
+/// The common part of the wired and the wireless link of each world: the way from down over
+/// association and address to up, and back, with the announcements on the world's signals. A
+/// derived class decides when to set out and how long each phase takes.
 class Link : public QObject
 {
     Q_OBJECT
@@ -38,12 +38,12 @@ protected:
     [[nodiscard]] World& world() const { return m_world; }
     [[nodiscard]] Phase phase() const { return m_phase; }
 
-    /// Sets out where that is wanted and possible; called whenever something has changed.
+    /// Begins to connect where that is wanted and possible; called whenever something has changed.
     virtual void reconcile() = 0;
-    /// What the interface is busy with.
+    /// The phase that the interface is in.
     [[nodiscard]] virtual InterfaceStatus currentStatus() const = 0;
-    /// The phase has been entered, and nobody knows yet: starts what it takes, ends what it does
-    /// not.
+    /// The phase has been entered and is not announced yet: starts the work that it needs, and ends
+    /// all other.
     virtual void entered(Phase phase) = 0;
 
     void enter(Phase phase);

@@ -3,7 +3,7 @@
 
 #include "world/link.h"
 
-/// What the cable leaves to the radio.
+/// The use of the radio that the cable permits.
 enum class RadioPermission {
     Leave, ///< not to be joined
     Keep,  ///< may stay joined, but not join

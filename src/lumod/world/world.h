@@ -5,7 +5,8 @@
 
 #include <QObject>
 
-/// What the daemon's protocol half drives: interfaces, a radio, a cable and soft access points.
+/// The network that the daemon's protocol half drives: interfaces, a radio, a cable and soft access
+/// points.
 ///
 /// Everything a world learns comes as a signal; commands return at once. Announcements to clients
 /// are the daemon's business, so a world knows nothing of D-Bus. All on one thread.

@@ -9,7 +9,7 @@
 
 #include <optional>
 
-/// What `InterfaceStatusChanged` carries: what an interface is busy with. Clients know only 2.
+/// The phase of an interface, as `InterfaceStatusChanged` carries it. Clients know only 2.
 enum class InterfaceStatus {
     Absent = 0,     ///< there is no such interface
     NoCarrier = 1,  ///< the wired interface has no cable, the soft access point is not up
@@ -19,14 +19,14 @@ enum class InterfaceStatus {
     Wps = 5,        ///< a WPS session runs
 };
 
-/// Which interfaces `SetNormalMode` brings up.
+/// The interfaces that `SetNormalMode` brings up.
 enum class NetworkMode {
     Auto,     ///< the cable, and Wi-Fi while the cable gives no network
     Wired,    ///< the cable alone
     Wireless, ///< Wi-Fi alone
 };
 
-/// How an access point guards its network.
+/// The security of an access point.
 enum class Security {
     Open,
     WpaPsk, ///< WPA, WPA2 or WPA3 with a pass phrase
@@ -90,7 +90,7 @@ struct Lease
     QString gateway6;
 };
 
-/// What `InterfaceDetails` tells. Fields that do not apply to the kind keep their defaults.
+/// The content of `InterfaceDetails`. Fields that do not apply to the kind keep their defaults.
 struct InterfaceDetails
 {
     enum class Kind { Absent, Wired, Wireless, SoftAp };
@@ -120,7 +120,7 @@ struct ScannedNetwork
     QByteArray informationElements;
 };
 
-/// What a WPS session has learnt.
+/// The credentials that a WPS session has learnt.
 struct WpsCredentials
 {
     QString ssid;

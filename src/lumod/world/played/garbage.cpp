@@ -19,8 +19,8 @@ QVariant ofAnotherType(const QVariant& value)
     }
 }
 
-/// Every value gets a type that is not its own: nested maps turn into garbage inside, and every
-/// fourth one as a whole.
+/// Every value gets a type that is not its own. Of the nested maps three in four get garbage
+/// inside, and the fourth becomes garbage as a whole.
 QVariantMap wrongTypes(const QVariantMap& map)
 {
     QVariantMap result;

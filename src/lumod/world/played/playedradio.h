@@ -23,7 +23,7 @@ public:
     void accessPointsChanged();
     void scan();
     void reassociate();
-    /// What a scan finds now.
+    /// The networks that a scan finds now.
     [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const;
     [[nodiscard]] PlayedWps& wps() { return m_wps; }
     [[nodiscard]] InterfaceDetails details() const;

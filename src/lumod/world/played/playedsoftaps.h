@@ -15,7 +15,8 @@ public:
     /// Both references outlive it.
     PlayedSoftAps(World& world, const WorldDescription& description);
 
-    /// Starts the one of `interface`, again for one that runs; its stations have to join afresh.
+    /// Starts the access point of `interface`. One that runs starts again, and its stations have to
+    /// join afresh.
     void start(const QString& interface, const SoftApSettings& settings);
     void stop(const QString& interface);
     void stopAll();
@@ -24,9 +25,9 @@ public:
     [[nodiscard]] InterfaceStatus status(const QString& interface) const;
     [[nodiscard]] QStringList stations(const QString& interface) const;
 
-    /// @return false when no soft access point is up there
+    /// Joins a station. False when no soft access point is up there.
     [[nodiscard]] bool join(const QString& interface, const QString& hwAddress);
-    /// @return false when the station is joined nowhere
+    /// Takes a station away. False when it is joined nowhere.
     [[nodiscard]] bool leave(const QString& hwAddress);
 
 private:

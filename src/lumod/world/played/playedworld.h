@@ -9,9 +9,8 @@
 
 #include <functional>
 
-/// A world that exists only here: a cable, access points, stations. It is what the world file
-/// describes, and is changed through the functions below; those that return text return why it
-/// could not be done, for a person, and nothing when it was.
+/// A world that exists only here: a cable, access points, stations. It begins as the world file
+/// describes it and changes through the functions below. Their failures are words for a person.
 class PlayedWorld : public World
 {
     Q_OBJECT
@@ -42,7 +41,7 @@ public:
     Result<> leaveStation(const QString& hwAddress);
     Result<> setDelay(const QString& step, int milliseconds);
 
-    /// What a scan finds now.
+    /// The networks that a scan finds now.
     [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const { return m_radio.seenNetworks(); }
     /// The whole state, keys of networks masked.
     [[nodiscard]] QJsonObject snapshot() const;

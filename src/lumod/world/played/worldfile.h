@@ -31,8 +31,8 @@ struct Subnet
     bool dhcp = true; ///< somebody answers DHCP
 };
 
-/// What a host gets on `network`: by DHCP, or `fixed`. Nothing when nobody answers DHCP.
-/// @param host its number on the network
+/// The lease of the host with the number `host` on `network`: by DHCP, or `fixed`. Nothing when
+/// nobody answers DHCP.
 std::optional<Lease> lease(const Subnet& network, const std::optional<StaticIp>& fixed, int host,
                            const QString& mac);
 
@@ -55,13 +55,12 @@ struct WorldDescription
     [[nodiscard]] Subnet network(const QString& name) const { return networks.value(name); }
     /// Index of the access point with that BSSID, else of the strongest with that SSID, else -1.
     [[nodiscard]] int find(const QString& accessPoint) const;
-    /// Adds an access point, with a free BSSID when `settings` give none.
-    /// @return its BSSID
+    /// Adds an access point, with a free BSSID when `settings` give none. Gives its BSSID.
     Result<QString> addAccessPoint(const QVariantMap& settings);
     /// Changes the access point at `index`; leaves it as it is when that cannot be.
     Result<> changeAccessPoint(int index, const QVariantMap& changes);
 };
 
-/// Reads a world file: JSON in which lines that begin with "//" are comments. A value that cannot
-/// be is logged and left at its default. Fails where there is no such file, or it is not JSON.
+/// Reads a world file: JSON in which lines that begin with "//" are comments. An impossible value
+/// is logged and left at its default. Fails where there is no such file, or it is not JSON.
 Result<WorldDescription> readWorldFile(const QString& fileName);

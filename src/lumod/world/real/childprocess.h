@@ -11,7 +11,7 @@ class ChildProcess : public QObject
     Q_OBJECT
 
 public:
-    /// @param keeper path of lumod-keep
+    /// `keeper` is the path of lumod-keep.
     ChildProcess(QString keeper, QString title, QObject* parent = nullptr);
     /// `end()`.
     ~ChildProcess() override;

@@ -24,7 +24,7 @@ public:
     Result<> open(const QString& fileName);
     /// Closes and removes it.
     void close();
-    /// @return false when the socket `to` does not take it, or not at once
+    /// Sends a datagram. False when the socket `to` does not take it, or not at once.
     [[nodiscard]] bool send(const QByteArray& datagram, const QString& to);
 
 Q_SIGNALS:

@@ -13,7 +13,7 @@ class DhcpClient : public QObject
     Q_OBJECT
 
 public:
-    /// @param metric of the routes
+    /// `metric` is that of the routes.
     DhcpClient(QString interface, int metric, const RealSettings& settings);
 
     ~DhcpClient() override;

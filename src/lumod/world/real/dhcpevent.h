@@ -29,6 +29,5 @@ struct DhcpEvent
 };
 
 /// Reads what the event program has sent. The values come from the network: a name server that is
-/// no address and a domain that is no host name are left out.
-/// @return nothing when it names no interface
+/// no address and a domain that is no host name are left out. Nothing when it names no interface.
 [[nodiscard]] std::optional<DhcpEvent> parseDhcpEvent(const QByteArray& datagram);

@@ -22,8 +22,7 @@ public:
     [[nodiscard]] bool exists() const { return m_link.index != 0; }
 
 protected:
-    /// The references outlive the link.
-    /// @param metric of its routes
+    /// The references outlive the link; `metric` is that of its routes.
     RealLink(const QString& name, int metric, World& world, Kernel& kernel,
              NameServers& nameServers, const RealSettings& settings);
 

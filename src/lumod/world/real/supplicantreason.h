@@ -24,6 +24,6 @@ struct SupplicantReason
 };
 
 /// Reads one datagram of the socket. Names of networks are in it too, and may say anything: nothing
-/// is looked for where a name can stand.
-/// @return nothing for what is of no interest or cannot be
+/// is looked for where a name can stand. Nothing for a datagram that is of no interest or
+/// impossible.
 [[nodiscard]] std::optional<SupplicantReason> parseSupplicantReason(const QByteArray& datagram);
