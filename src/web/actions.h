@@ -3,12 +3,11 @@
 
 #include "softapkeeper.h"
 
-/// What people may have the device do: one row an action, its body checked before anything
-/// happens.
+/// The actions of the page: one row each. The body is checked before anything happens.
 class Actions
 {
 public:
-    /// What an action came to: the fields of its answer, or the error. Errors of ours are
+    /// Takes the outcome of an action: the fields of its answer, or the error. Errors of ours are
     /// "malformed"; the others are the host's.
     using Done = std::function<void(const OrvaResult<QVariantHash>& result)>;
 

@@ -5,7 +5,7 @@
 
 #include <QHostAddress>
 
-// Who may speak to the page, and under which name. Plain values in, plain values out.
+// The checks of who may speak to the page, and under which name. Plain values in, plain values out.
 
 /// The way by which a connection came in.
 enum class WayIn {
@@ -16,18 +16,18 @@ enum class WayIn {
 };
 
 /// The way of a connection between these two. Both must lie in one network that the device has on
-/// an interface at present: who is further away, or pretends, is refused.
+/// an interface at present: an address that is further away, or pretended, is refused.
 [[nodiscard]] WayIn wayIn(const QHostAddress& local, const QHostAddress& peer,
                           const OrvaNetworkInfo& info, bool homeNetwork);
 
-/// Whether the Host header names the device as it is reached on `local`: its address, one of
-/// `names`, or localhost on the loopback. A page elsewhere whose name was made to lead here has
-/// another.
+/// True if the Host header names the device as it is reached on `local`: its address, one of
+/// `names`, or localhost on the loopback. A foreign page whose name was made to lead here sends
+/// another name.
 [[nodiscard]] bool isOwnHost(const QByteArray& host, const QHostAddress& local,
                              const QStringList& names);
 
-/// Whether a request may come from a page of ours: `origin` (of the Origin header) and `site` (of
-/// Sec-Fetch-Site) are empty or say so.
+/// True if a request may come from a page of ours: `origin` (of the Origin header) and `site` (of
+/// Sec-Fetch-Site) are empty or name it.
 [[nodiscard]] bool isSameOrigin(const QByteArray& host, const QByteArray& origin,
                                 const QByteArray& site);
 

@@ -103,7 +103,7 @@ OrvaNetworkProfile profileToJoin(const OrvaNetworkProfile& profile, const JoinBo
     }
     OrvaNetworkProfile result = profile;
     result.setWireless(network);
-    // Who asks for a wireless network wants it tried.
+    // A person who asks for a wireless network wants it tried.
     if (result.type() == OrvaNetworkProfileType::Wired)
         result.setType(OrvaNetworkProfileType::Auto);
     return result;

@@ -5,8 +5,8 @@
 #include "core/orvaresult.h"
 #include "network/networkrecords.h"
 
-// What browsers send, as typed records, and what becomes of the profile by it. Plain values in,
-// plain values out.
+// The bodies that browsers send, as typed records, and the profile that follows from each. Plain
+// values in, plain values out.
 
 /// Joins a network. Without a key a known network keeps its own, and an unknown one is open.
 struct JoinBody : OrvaHash
@@ -23,7 +23,7 @@ struct NetworkBody : OrvaHash
     ORVA_FIELD(QString, ssid, Ssid);
 };
 
-/// How an interface gets its address. `interface` is "wired" or "wireless".
+/// The addressing of an interface. `interface` is "wired" or "wireless".
 struct AddressBody : OrvaHash
 {
     ORVA_RECORD(AddressBody)
@@ -85,7 +85,7 @@ template <class Record>
 profileToJoin(const OrvaNetworkProfile& profile, const JoinBody& body,
               const OrvaList<OrvaNetworkScanResult>& seen = OrvaList<OrvaNetworkScanResult>());
 
-/// The profile with the address. Fails, with the offending field as the message, where the body
-/// says something that is no address, or asks for a wireless network that is not there.
+/// The profile with the address. Fails, with the offending field as the message, where the body has
+/// a text that is no address, or asks for a wireless network that is not there.
 [[nodiscard]] OrvaResult<OrvaNetworkProfile> profileWithAddress(const OrvaNetworkProfile& profile,
                                                                 const AddressBody& body);

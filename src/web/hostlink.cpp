@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 constexpr OrvaPlain::Limits answerLimits = {32, 16 << 20};
 constexpr std::chrono::seconds patience = 25s;
 
-/// D-Bus's own errors have long names; the host's end in a word for a program.
+/// The names of D-Bus's own errors are long; those of the host's end in a word for a program.
 CMError errorOf(const QDBusError& error)
 {
     const QString name = error.name();

@@ -19,7 +19,7 @@ class OrgOrvaHost1Interface;
 class QDBusPendingCall;
 
 /// The host as the page knows it: a picture of some nodes, kept up by the host's signals, and
-/// requests. Nothing waits; that the host is not there is a state.
+/// requests. Nothing waits; the host's absence is a state.
 class HostLink : public QObject
 {
     Q_OBJECT
@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool isPresent() const { return m_isPresent; }
     /// Empty while it is not known.
     [[nodiscard]] OrvaValue value(const CMPath& path) const { return m_values.value(path); }
-    /// What the last scan found.
+    /// The networks that the last scan found.
     [[nodiscard]] const OrvaList<OrvaNetworkScanResult>& seen() const { return m_seen; }
 
     /// Activates a node; `done` is called once.

@@ -26,7 +26,7 @@ struct HttpRequest
     QHostAddress peer;
 };
 
-/// What is answered.
+/// An answer to a browser.
 struct HttpAnswer
 {
     int status = 200;

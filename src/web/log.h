@@ -3,5 +3,5 @@
 
 #include <QLoggingCategory>
 
-/// The program's one logger; it writes to standard error. What people typed is never logged.
+/// The program's one logger; it writes to standard error. Texts that people typed are never logged.
 Q_DECLARE_LOGGING_CATEGORY(lcWeb)

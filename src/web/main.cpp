@@ -56,7 +56,7 @@ int main(int argc, char** argv)
         qCCritical(lcWeb).noquote() << "No system bus:" << bus.lastError().message();
         return 1;
     }
-    // The connection never comes back by itself: who started the program starts it anew.
+    // The connection never comes back by itself: the program's starter starts it anew.
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
                 &application, SLOT(quit()));

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// How a configured interface gets its address.
+/// The addressing of a configured interface.
 QVariantHash addressing(const OrvaNetworkInterface& interface)
 {
     return {{QStringLiteral("dhcp"), interface.dhcp()},
@@ -86,7 +86,7 @@ QVariantHash softAp(const HostLink& host, const OrvaNetworkInfo& info)
         {QStringLiteral("auto"), host.value(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_()}};
 }
 
-/// Where the page is reached in the home network: by its address, and by its names on that port.
+/// The addresses of the page in the home network: the published one, and its names on that port.
 QVariantList waysTo(const QString& published, const QStringList& names)
 {
     const QUrl url(published);

@@ -7,9 +7,9 @@
 [[nodiscard]] QVector<CMPath> picturePaths();
 
 /// The state of the device as the page gets it, made field by field: no key is among them. `names`
-/// are those under which the page is reached in the home network; none where it is not.
+/// are the names of the page in the home network; none where it is not reached from there.
 [[nodiscard]] QVariantHash statePicture(const HostLink& host, bool homeNetwork,
                                         const QStringList& names);
 
-/// What the last scan found: each network once, by its strongest access point, strongest first.
+/// The networks of the last scan, each once, by its strongest access point, strongest first.
 [[nodiscard]] QVariantList networksPicture(const OrvaList<OrvaNetworkScanResult>& seen);

@@ -14,7 +14,7 @@ struct Probe
 constexpr const char* success =
     "<HTML><HEAD><TITLE>Success</TITLE></HEAD><BODY>Success</BODY></HTML>";
 
-/// What phones and computers ask for, and what tells them that nothing is in the way.
+/// The probes of phones and computers, and the answers that tell them that nothing is in the way.
 constexpr Probe probes[] = {
     {"/generate_204", 204, "text/plain", ""},
     {"/gen_204", 204, "text/plain", ""},

@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// What to answer a phone that looks for the internet through the access point, where `path` is one
-/// of the known probes' or any other page's: the way to `page` while people have something to do
-/// there, else what the probe hopes for. Nothing where it is no probe and nobody is led on.
+/// The answer to a phone that asks for `path` through the access point: a redirection to `page`
+/// while people have something to do there, else the success that a known probe hopes for. Nothing
+/// where `path` is no probe's and nobody is to be led to the page.
 [[nodiscard]] std::optional<HttpAnswer> portalAnswer(const QByteArray& path, const QByteArray& page,
                                                      bool released);

@@ -33,7 +33,7 @@ private:
     [[nodiscard]] WayIn wayOf(const QHostAddress& local, const QHostAddress& peer) const;
 
     const WebSettings m_settings;
-    /// What a page of ours knows and others do not.
+    /// The secret that a page of ours knows and others do not.
     const QByteArray m_token;
     HostLink m_host;
     SoftApKeeper m_softAp;

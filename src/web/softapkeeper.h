@@ -5,8 +5,8 @@
 
 #include <QTimer>
 
-/// Keeps the access point there while somebody uses the page through it, or has asked for it: by a
-/// request that expires, so that a page or a program that goes leaves nothing behind.
+/// Keeps the access point while somebody uses the page through it, or has asked for it. Its request
+/// expires, so that a page or a program that goes leaves nothing behind.
 class SoftApKeeper : public QObject
 {
     Q_OBJECT
@@ -19,9 +19,9 @@ public:
     void open(const QString& ssid, const HostLink::Done& done);
     /// Somebody is done with it.
     void close(const HostLink::Done& done);
-    /// How many pages are open, and how many of them through the access point.
+    /// Tells how many pages are open, and how many of them through the access point.
     void setReaders(int all, int throughSoftAp);
-    /// Whether people have said that they are done.
+    /// True if people have said that they are done.
     [[nodiscard]] bool isDone() const { return m_isDone; }
 
 private:

@@ -6,7 +6,7 @@
 
 #include <QStringList>
 
-/// What `/etc/orva/web.json` says; see `examples/web.json`.
+/// The settings in `/etc/orva/web.json`; see `examples/web.json`.
 struct WebSettings
 {
     /// TCP port; 0: the one that the host publishes, 80 where it publishes none.
@@ -15,9 +15,9 @@ struct WebSettings
     QStringList listen = {QStringLiteral("0.0.0.0"), QStringLiteral("::")};
     /// Names under which browsers may ask for the page, beside addresses.
     QStringList names;
-    /// What people type in before they may do anything; empty: nothing is asked.
+    /// The code that people type in before they may do anything; empty: nothing is asked.
     QString accessCode;
-    /// Whether the page is there for the wired and wireless networks too.
+    /// True if the page is there for the wired and wireless networks too.
     bool homeNetwork = false;
 };
 

@@ -21,7 +21,8 @@
     return element;
   }
 
-  // Whether what `name` shows has changed since the last time: what has not keeps its focus.
+  // True if the content of `name` has changed since the last time. Unchanged content stays, and
+  // keeps its focus.
   function changed(name, value) {
     var text = column + JSON.stringify(value);
     if (shown[name] === text) return false;
