@@ -9,8 +9,8 @@
 
 /// A program that the kernel kills when this process dies without having ended it.
 ///
-/// The only place that asks which Qt it is built with: Qt 5 has a child prepare itself by
-/// overriding, Qt 6 by a function that is set.
+/// The only place that depends on the version of Qt: a child prepares itself by an override in Qt
+/// 5, by a function that is set in Qt 6.
 class BoundProcess : public QProcess
 {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)

@@ -13,11 +13,11 @@
 
 class QProcess;
 
-/// How a run of a program ended.
+/// The end of a program's run.
 class ORVA_API OrvaProcessHandlerResult
 {
 public:
-    /// What ended the run.
+    /// The ways in which a run ends.
     enum class End {
         Exited,     ///< It ended by itself, with `exitCode`.
         NotStarted, ///< There is no such program, or it may not be run.
@@ -33,12 +33,12 @@ public:
 
     /// The program ran, ended by itself and returned 0.
     [[nodiscard]] bool finishedOk() const { return m_end == End::Exited && m_exitCode == 0; }
-    /// What ended the run.
+    /// The way in which the run ended.
     [[nodiscard]] End end() const { return m_end; }
     /// The program's exit status; of meaning only where `end()` is `End::Exited`.
     [[nodiscard]] int exitCode() const { return m_exitCode; }
-    /// What it wrote to its standard output and standard error, together; where it was not started,
-    /// the reason in words.
+    /// The text that it wrote to its standard output and standard error, together; where it was not
+    /// started, the reason in words.
     [[nodiscard]] QString getData() const;
 
 private:
@@ -52,17 +52,17 @@ ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandler
 
 /// Runs one program at a time. No program outlives its handler.
 ///
-/// Where the process of the handler dies without its destructor, the kernel kills the program by
-/// its parent death signal. A program that has privileges of its file (set-user-ID, or capabilities
-/// as Debian's `ping` has) loses that signal where the process is not root's: it then ends with the
-/// service's cgroup, or by itself.
+/// The kernel kills the program by its parent death signal where the process of the handler dies
+/// without the handler's destructor. A program that has privileges of its file (set-user-ID, or
+/// capabilities as Debian's `ping` has) loses that signal where the process is not root's: it then
+/// ends with the service's cgroup, or by itself.
 class ORVA_API OrvaProcessHandler : public QObject
 {
     Q_OBJECT
 public:
-    /// Where a line was written: standard output or standard error. `Output` for merged channels.
+    /// The channel of a line: standard output or standard error. Merged channels give `Output`.
     enum class Channel { Output, Error };
-    /// Whether the two channels of a program come apart or as one.
+    /// The way in which the two channels of a program come: apart or as one.
     enum class Channels { Separate, Merged };
 
     /// Is told once how the run ended. May start the next run.
@@ -88,7 +88,7 @@ public:
     [[nodiscard]] static OrvaProcessHandlerResult
     startSync(const QString& program, const QStringList& arguments, int timeout);
 
-    /// Whether a program runs that `startAsync` started.
+    /// True if a program runs that `startAsync` started.
     [[nodiscard]] bool isRunning() const;
     /// Kills the program; `onFinished` is told with the end `Killed`.
     void kill();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the backend reports, where it concerns several rooms.
+// The reports of the backend that concern several rooms.
 #include "backend/softapinterface.h"
 #include "networking.h"
 #include "networkinglog.h"
@@ -58,7 +58,7 @@ void Networking::setDisconnecting(const QString& interface)
 
 void Networking::updateConnectingMessage(const QString& message)
 {
-    // What a WPS session says of itself stays.
+    // The message of a WPS session stays.
     if (!message.isEmpty() || !m_wpsSession.isRunning())
         m_picture.updateConnectingMessage(message);
 }

@@ -3,14 +3,14 @@
 
 #include "core/orvarecord.h"
 
-/// How far the network manager is between a start and a stop.
+/// The state of the network manager between a start and a stop.
 class NetworkingLife
 {
     Q_GADGET
 public:
     enum Value : qint32 {
         /// Not started, and no shutdown is under way: nothing is applied, and neither a profile nor
-        /// a soft AP is taken. So from the construction on.
+        /// a soft AP is taken. The state after the construction.
         Stopped,
         /// Started, and no shutdown is under way: the profile in use is applied.
         Started,
@@ -27,17 +27,17 @@ public:
     };
     Q_ENUM(Value)
 
-    /// Whether profiles and soft APs are taken.
+    /// True if profiles and soft APs are taken.
     [[nodiscard]] bool isStarted() const
     {
         return m_value == Started || m_value == Stopping || m_value == ShuttingDown;
     }
-    /// Whether a shutdown is under way.
+    /// True if a shutdown is under way.
     [[nodiscard]] bool isShuttingDown() const
     {
         return m_value == ShuttingDown || m_value == ShuttingDownStopped;
     }
-    /// Whether the profile in use holds.
+    /// True if the profile in use holds.
     [[nodiscard]] bool isConfigured() const
     {
         return m_value == Started || m_value == ShuttingDown;

@@ -93,7 +93,7 @@ void Networking::on_shutdownTimer_timeout()
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_life.isShuttingDown())
         on_stop_req(CMSetDataRequest());
-    // Where the backend refused to disconnect, the picture goes back to what is up.
+    // The picture goes back to the links that are up where the backend refused to disconnect.
     cancelShutdown();
 }
 

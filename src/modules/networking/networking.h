@@ -25,10 +25,10 @@ class WifiRestart;
 /// The network manager: owns the network subtree of the node tree, drives the network through one
 /// backend and publishes one true picture of it.
 ///
-/// What has a state of its own is a class in its room, which owns it: picture, profiles, scans, the
-/// WPS session, soft access points, the radio. The worker holds them together: it creates the nodes
-/// and binds them to the rooms' slots, owns the life, and does what concerns several rooms, which
-/// know each other by it alone. Everything runs on the event loop's thread.
+/// Each state of its own is owned by a class in its room: picture, profiles, scans, the WPS
+/// session, soft access points, the radio. The worker holds them together: it creates the nodes and
+/// binds them to the rooms' slots, owns the life, and does what concerns several rooms, which know
+/// each other by it alone. Everything runs on the event loop's thread.
 class Networking : public CMNodesWorker, public NetworkListener
 {
     Q_OBJECT
@@ -44,12 +44,12 @@ public:
     Networking(const QVariantHash& config, const BackendFactory& createBackend);
     ~Networking() override;
 
-    /// Whether the backend must be the fake one: the root file system is a network file system, or
+    /// True if the backend must be the fake one: the root file system is a network file system, or
     /// the mount table cannot be read. `ORVA_MOUNT_TABLE` in the environment names another table
     /// than /proc/mounts, for development.
     [[nodiscard]] static bool isNFS();
 
-    // What the backend asks and reports (backendevents.cpp).
+    // The backend's questions and reports (backendevents.cpp).
     [[nodiscard]] QString wiredInterface() const override { return m_wiredInterfaceName; }
     [[nodiscard]] QString wirelessInterface() const override { return m_wirelessInterfaceName; }
     [[nodiscard]] QStringList softapInterfaces() const override
@@ -61,8 +61,7 @@ public:
     void setDisconnecting(const QString& interface) override;
     void setCurrentCableStatus(bool connected) override;
 
-    /// What the nodes publish: whether some link other than a soft AP is up, and whether a cable is
-    /// in.
+    /// The published facts: some link other than a soft AP is up, and a cable is in.
     [[nodiscard]] bool linkStatus() const { return m_picture.linkStatus(); }
     [[nodiscard]] bool currentCableStatus() const { return m_picture.currentCableStatus(); }
 
@@ -96,7 +95,7 @@ private:
     void setLife(NetworkingLife life);
     void cancelShutdown();
 
-    // What concerns several rooms (backendevents.cpp).
+    // Steps that concern several rooms (backendevents.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
     void updateConnectingMessage(const QString& message);
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,

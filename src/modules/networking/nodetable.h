@@ -5,5 +5,5 @@ class CMNodes;
 class CMNodesWorker;
 
 /// Creates the nodes of the network manager in `worker`, in the order in which clients see them,
-/// without values and bound to nothing. Whoever they belong to finds them by their paths.
+/// without values and bound to nothing. Their owners find them by their paths.
 CMNodes& createNodes(CMNodesWorker& worker);

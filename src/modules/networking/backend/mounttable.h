@@ -3,6 +3,7 @@
 
 #include <QIODevice>
 
-/// Whether the root file system is a network file system, by a mount table as /proc/mounts has it.
-/// The first line for "/" decides that is not of the initial "rootfs"; without one it is not.
+/// True if the root file system is a network file system, by a mount table in the form of
+/// /proc/mounts. The first line for "/" that is not of the initial "rootfs" decides; without such a
+/// line it is not.
 [[nodiscard]] bool isRootOnNetwork(QIODevice& mountTable);

@@ -54,9 +54,9 @@ public:
     [[nodiscard]] virtual QString getWirelessMAC() = 0;
     /// A snapshot of interfaces, addresses and link details.
     [[nodiscard]] virtual OrvaNetworkInfo getNetworkState() = 0;
-    /// Whether an Ethernet cable is plugged in.
+    /// True if an Ethernet cable is plugged in.
     [[nodiscard]] virtual bool cableStatus() = 0;
-    /// Whether the device has a wireless interface.
+    /// True if the device has a wireless interface.
     [[nodiscard]] virtual bool hasWireless() = 0;
     /// Signal of the wireless link in dBm; 0.0 when there is no value.
     [[nodiscard]] virtual double getWirelessRssi() = 0;

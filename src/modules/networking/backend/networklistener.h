@@ -3,9 +3,9 @@
 
 #include <QStringList>
 
-/// What drives a backend: answers what a backend asks, and hears what its signals do not say.
+/// The driver of a backend: answers what the backend asks, and hears what its signals do not say.
 ///
-/// A backend knows nothing above it but this. The listener outlives the backend and lives on its
+/// A backend knows nothing else above it. The listener outlives the backend and lives on its
 /// thread.
 class NetworkListener
 {

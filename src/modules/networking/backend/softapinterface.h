@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// What the names of all soft-AP interfaces begin with.
+/// The beginning of the names of all soft-AP interfaces.
 inline QLatin1String softApPrefix()
 {
     return QLatin1String("uap");
@@ -15,7 +15,7 @@ inline QLatin1String softApPrefix()
     return softApPrefix() + QLatin1Char('0');
 }
 
-/// Whether the interface of that name carries a soft access point.
+/// True if the interface of that name carries a soft access point.
 [[nodiscard]] inline bool isSoftApInterface(const QString& interface)
 {
     return interface.startsWith(softApPrefix());

@@ -20,7 +20,7 @@ QStringList ipv4Texts(const OrvaList<OrvaNetworkAddress>& addresses)
     return texts;
 }
 
-/// What the profile form of both interfaces has.
+/// The fields that both interfaces have in the form of a profile.
 OrvaNetworkInterface interfaceProfile(const OrvaNetworkInfo& info, OrvaNetworkState state,
                                       const OrvaList<OrvaNetworkAddress>& addresses)
 {

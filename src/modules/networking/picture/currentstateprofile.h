@@ -3,5 +3,6 @@
 
 #include "network/networkrecords.h"
 
-/// What is actually up, in the form of a profile. Only IPv4 settings have a place in it.
+/// The network that is actually up, in the form of a profile. Only IPv4 settings have a place in
+/// it.
 [[nodiscard]] OrvaNetworkProfile currentStateProfile(const OrvaNetworkInfo& info);

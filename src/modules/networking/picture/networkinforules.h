@@ -7,7 +7,7 @@
 
 // The rules of the published network state, from plain values to plain values.
 
-/// Which of the two interfaces the profile in use asks for. None does while networking is stopped.
+/// The interfaces that the profile in use asks for: none while networking is stopped.
 struct Configured
 {
     bool wired = false;
@@ -34,39 +34,39 @@ struct NamedInterface
 [[nodiscard]] OrvaNetworkInfo withInterfaceState(OrvaNetworkInfo info, const QString& interface,
                                                  OrvaNetworkState state);
 
-/// The names of the wired and the wireless interface, of those that are in the state.
+/// The names of the interfaces, wired and wireless, that are in the state.
 [[nodiscard]] QStringList interfacesIn(const OrvaNetworkInfo& info, OrvaNetworkState state);
 
 /// The info without a WPS session; what the last one brought stays.
 [[nodiscard]] OrvaNetworkInfo withoutWpsSession(OrvaNetworkInfo info);
 
-/// The info with what links and configuration say of connecting: nothing is in progress while some
-/// link is up; without one, each interface that is configured (and, the wired one, has its cable)
-/// is connecting. The others keep their status. A wireless interface that is not at it has no WPS
-/// session either.
+/// The info with the connecting status that follows from links and configuration. While some link
+/// is up nothing is in progress. Without a link each configured interface is connecting, the wired
+/// one only with its cable in. The others keep their status. A wireless interface that is not
+/// connecting has no WPS session either.
 [[nodiscard]] OrvaNetworkInfo withConnectingStatus(OrvaNetworkInfo info, bool linkUp,
                                                    Configured configured);
 
 /// The info with nothing in progress on the interfaces that are not configured.
 [[nodiscard]] OrvaNetworkInfo withUnconfiguredIdle(OrvaNetworkInfo info, Configured configured);
 
-/// The info with the cable in or out. Without a link, the wired interface is connecting as soon as
-/// its cable is in, if it is configured; without a cable it is not at it.
+/// The info with the cable in or out. While no link is up, a configured wired interface is
+/// connecting as soon as its cable is in; without a cable it is not.
 [[nodiscard]] OrvaNetworkInfo withCable(OrvaNetworkInfo info, bool connected,
                                         Configured configured);
 
-/// The info with the suspicion that the credentials of the network `ssid` are wrong set or cleared:
-/// in the wireless interface if it is on that network, and in the first known network of that SSID.
+/// The info with the suspicion of wrong credentials set or cleared for the network `ssid`: in the
+/// wireless interface if it is on that network, and in the first known network of that SSID.
 [[nodiscard]] OrvaNetworkInfo updateCredentialsSuspect(OrvaNetworkInfo info, const QString& ssid,
                                                        bool suspect);
 
-/// A backend's snapshot with the fields that are the worker's own, as `published` has them; where a
-/// field is absent there it becomes absent.
+/// A backend's snapshot with the worker's own fields taken from `published`. A field that is absent
+/// there becomes absent.
 [[nodiscard]] OrvaNetworkInfo withWorkerFields(OrvaNetworkInfo snapshot,
                                                const OrvaNetworkInfo& published);
 
-/// The published info while the device shuts down: what is connected is in between, and no network
-/// is known. Leaves the overall state to be calculated.
+/// The published info while the device shuts down: connected interfaces are in between, and no
+/// network is known. Leaves the overall state to be calculated.
 [[nodiscard]] OrvaNetworkInfo shuttingDown(OrvaNetworkInfo info);
 
 /// The info after a shutdown that was called off: those of the interfaces `marked` that are in

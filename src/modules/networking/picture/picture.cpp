@@ -192,7 +192,7 @@ void Picture::cancelShutdown(const OrvaNetworkProfile& profile, OrvaNetworkState
     });
 }
 
-// Many may come at once, and each readout asks the backend and waits.
+// Several changes may come at once, and each readout asks the backend and waits.
 void Picture::on_lowlevel_AddressesChanged()
 {
     if (std::exchange(m_addressesChanged, true))
@@ -218,8 +218,8 @@ void Picture::readNetworkState()
     updateWebserverUrl();
 }
 
-/// A backend that did not answer at the construction left no MAC, nor one for the soft AP's own
-/// SSID. One that does not later must not rename the soft AP.
+/// A backend that did not answer at the construction left no MAC address, and none for the soft
+/// AP's own SSID. Silence at a later time must not rename the soft AP.
 void Picture::recoverCurrentMac()
 {
     if (!m_macMissed)

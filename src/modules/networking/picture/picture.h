@@ -17,8 +17,8 @@ class Networking_LowLevel;
 /// backend is the authority for addresses, names of networks and MACs; states, connecting status
 /// and known networks are the worker's own, and a readout leaves them alone.
 ///
-/// The nodes are the state. Whoever changes the info edits it in place, and keeps no copy of it
-/// across a call into the backend.
+/// The nodes are the state. A change of the info edits it in place, and no caller keeps a copy of
+/// it across a call into the backend.
 class Picture : public QObject
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ public:
     Picture(const CMNodes& nodes, Networking_LowLevel& backend, const QString& wired,
             const QString& wireless);
 
-    /// What is published.
+    /// The published info.
     [[nodiscard]] OrvaNetworkInfo info() const;
 
     /// Publishes the info after `change(OrvaNetworkInfo&)`.
@@ -50,19 +50,19 @@ public:
         publishInfoAndState(changed);
     }
 
-    /// Whether some link other than a soft AP is up.
+    /// True if some link other than a soft AP is up.
     [[nodiscard]] bool isLinkUp() const { return !m_linksUp.isEmpty(); }
-    /// What the link's node says.
+    /// The value of the link's node.
     [[nodiscard]] bool linkStatus() const;
-    /// What the cable's node says.
+    /// The value of the cable's node.
     [[nodiscard]] bool currentCableStatus() const;
     /// The MAC address in use, upper case with colons; empty while no backend has told one.
     [[nodiscard]] QString currentMac() const;
     /// The wired and the wireless interface, of those that are in between.
     [[nodiscard]] QStringList disconnecting() const;
 
-    /// The link of an interface that carries no soft AP went up or down. `configured` is what the
-    /// profile in use asks for.
+    /// The link of an interface that carries no soft AP went up or down. `configured` names the
+    /// interfaces that the profile in use asks for.
     void setLinkStatus(const QString& interface, bool up, Configured configured);
     /// The wired or the wireless interface is being taken down.
     void setDisconnecting(const QString& interface);
@@ -102,10 +102,10 @@ private:
 
     Networking_LowLevel& m_lowlevel;
     QString m_webserverPortSuffix;
-    /// The links, which the states of the interfaces are not: a link is up while its interface is
-    /// in between, and that of an interface that has no record counts too.
+    /// The links that are up. The states of the interfaces do not tell them: a link is up while its
+    /// interface is in between, and the link of an interface without a record counts too.
     QSet<QString> m_linksUp;
-    /// The interfaces that the shutdown shows as in between, as nothing else does.
+    /// The interfaces that are in between because of the shutdown alone.
     QStringList m_downByShutdown;
     bool m_macMissed = false;        ///< No MAC at the construction, and none since.
     bool m_addressesChanged = false; ///< A readout is queued.

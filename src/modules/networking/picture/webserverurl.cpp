@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Where a connected interface is reached; nothing where it has no address.
+/// The host by which a connected interface is reached; nothing where it has no address.
 std::optional<QString> hostOf(OrvaNetworkState state, const OrvaList<OrvaNetworkAddress>& addresses)
 {
     if (state != OrvaNetworkState::Connected || addresses.isEmpty())

@@ -20,8 +20,9 @@ OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
     return CMError(QStringLiteral("error"), why);
 }
 
-/// Every container is looked into and every type counts as a key, since a setting may hold what no
-/// record describes. `secret` says that the value stands, at whatever depth, under a secret's name.
+/// Every container is searched and every type counts as a key, since a setting may hold fields that
+/// no record describes. `secret` says that the value stands, at whatever depth, under a secret's
+/// name.
 QVariant masked(const QVariant& value, bool secret)
 {
     if (value.userType() == QMetaType::QVariantHash) {
@@ -45,7 +46,7 @@ bool holdsMask(const QVariant& value)
     return value.userType() == QMetaType::QString && value.toString() == orvaMask();
 }
 
-/// `network` with its masked secrets as `stored` has them, those that no record describes included.
+/// `network` with its masked secrets taken from `stored`, those that no record describes included.
 OrvaNetworkInterface withSecretsOf(const OrvaNetworkInterface& network,
                                    const OrvaNetworkInterface& stored)
 {
@@ -104,7 +105,7 @@ void limitNetworks(OrvaNetworkProfile& profile, qint32 maximum)
     profile.setWirelessNetworks(networks.mid(0, maximum));
 }
 
-/// What `wireless` holds where no network is configured.
+/// The content of `wireless` where no network is configured.
 OrvaNetworkInterface noNetwork()
 {
     OrvaNetworkInterface wireless;

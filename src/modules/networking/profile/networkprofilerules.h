@@ -8,8 +8,8 @@
 // The rules of the configured profile, from plain values to plain values. Where a field is absent
 // it differs from one that is present and empty, and stays absent.
 
-/// Whether the profile can be used: looks at the keys of `wireless` and the list. A profile whose
-/// `wireless` has no SSID always passes. The error is for a person.
+/// Checks the keys of `wireless` and the list. A profile whose `wireless` has no SSID always
+/// passes. The error is for a person.
 [[nodiscard]] OrvaResult<void> verifyProfile(const OrvaNetworkProfile& profile);
 
 /// A copy with every key that is not empty replaced by "****", at every level.
@@ -42,11 +42,11 @@ void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile);
 /// The profile without any wireless network.
 [[nodiscard]] OrvaNetworkProfile withoutNetworks(const OrvaNetworkProfile& profile);
 
-/// Whether the profile has a wireless network, in use or listed.
+/// True if the profile has a wireless network, in use or listed.
 [[nodiscard]] bool hasNetwork(const OrvaNetworkProfile& profile);
 
-/// Whether the profile asks for a wireless connection.
+/// True if the profile asks for a wireless connection.
 [[nodiscard]] bool isWirelessConfigured(const OrvaNetworkProfile& profile);
 
-/// Whether the profile asks for a wired connection.
+/// True if the profile asks for a wired connection.
 [[nodiscard]] bool isWiredConfigured(const OrvaNetworkProfile& profile);

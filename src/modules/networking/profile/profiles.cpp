@@ -167,7 +167,7 @@ bool Profiles::applyProfile(const Profile& profile)
     LOG4CPLUS_INFO(networkingLogger(),
                    "Applying profile: type: " << OrvaNetworkProfileType::toString(profile.type())
                                               << " data: " << profile);
-    // First of all: what the backend reports inside the call is seen in its light.
+    // The profile in use is set first: reports of the backend inside the call are judged by it.
     m_profile = profile;
     publishKnownNetworks();
     if (!m_lowlevel.applyProfile(profile)) {

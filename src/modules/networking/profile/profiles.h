@@ -13,15 +13,15 @@
 class Networking_LowLevel;
 class Picture;
 
-/// The network profile: what is in use, who wants to change it, and what becomes of wrong keys.
+/// The network profile: the one in use, the requests to change it, and the handling of wrong keys.
 ///
-/// Requests for a profile are taken one at a time, each until it is on the disk: where the disk
-/// refuses a profile the one before holds, and none is built on it.
+/// Requests for a profile are taken one at a time, each until it is on the disk. A profile that the
+/// disk refuses leaves the one before in use, and none is built on it.
 class Profiles : public QObject
 {
     Q_OBJECT
 public:
-    /// What the device itself wants of the profile in use: the profile that it becomes, or why it
+    /// The device's own change of the profile in use: gives the profile that it becomes, or why it
     /// stays.
     using Change = std::function<OrvaResult<OrvaNetworkProfile>(const OrvaNetworkProfile& inUse)>;
 
@@ -32,14 +32,15 @@ public:
 
     /// The profile that was applied last, with its keys; empty before the first start.
     [[nodiscard]] const OrvaNetworkProfile& inUse() const { return m_profile; }
-    /// What the profile in use asks for; nothing while networking is stopped.
+    /// The interfaces that the profile in use asks for; none while networking is stopped.
     [[nodiscard]] Configured configured() const;
 
     /// Puts the stored profile in use.
     void start();
     /// Asks for a change through the node that sets a profile, as a client would for a profile of
-    /// its own. It is made of the profile that is in use when the request's turn has come, so that
-    /// what others set until then stays. The reply is answered when the profile is stored.
+    /// its own. The change begins with the profile that is in use when the request's turn has come,
+    /// so that the changes of others until then stay. The reply is answered when the profile is
+    /// stored.
     CMReply<QVariant> requestChange(const Change& change);
 
     /// A wireless link is up: wrong keys are not counted until the next profile.
@@ -89,15 +90,15 @@ private:
     const NetworkingLife& m_life;
     /// Shows the profile without its keys; until the first start the stored one.
     CMValueNode* const m_profileNode;
-    /// The settings hold the same, but not while it is being stored or could not be.
+    /// The settings hold the same profile, except while it is being stored or after that failed.
     OrvaNetworkProfile m_profile;
 
     const qint32 m_maxAuthFailures;
     qint32 m_authFailureCount = -1; ///< Less than 0: none is counted.
 
-    /// What the device's own requests for a profile want, by their replies, which nobody else has.
-    /// Outlives the requests: those that are dropped at the end still take theirs out.
+    /// The changes of the device's own requests for a profile, by their replies, which nobody else
+    /// has. It outlives the requests: those that are dropped at the end still take theirs out.
     QHash<const CMReplyData*, Change> m_changes;
-    /// Requests for a profile; that of the first one is in use and being stored.
+    /// Requests for a profile. The first one's profile is in use and being stored.
     QQueue<CMSetDataRequest> m_requests;
 };
