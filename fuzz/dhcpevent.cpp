@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the DHCP client's event program sends, with values that come from the network.
+// The datagrams of the DHCP client's event program, with values that come from the network.
 #include "target.h"
 
 #include "world/real/dhcpevent.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What wpa_supplicant says on the bus of access points and of WPS sessions.
+// The maps by which wpa_supplicant tells of access points and WPS sessions on the bus.
 #include "target.h"
 
 #include "world/real/supplicantdecoding.h"

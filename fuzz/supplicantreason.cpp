@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What wpa_supplicant's control socket tells, in which names from the air stand.
+// The datagrams of wpa_supplicant's control socket, with names from the air in them.
 #include "target.h"
 
 #include "world/real/supplicantreason.h"

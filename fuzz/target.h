@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What libFuzzer, or the replay of its corpus, calls with each input. Always answers 0.
+/// The function that libFuzzer, or the replay of its corpus, calls with each input. Always answers
+/// 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 /// Ends the program as a crash does: what has to hold does not.

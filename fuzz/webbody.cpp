@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a browser sends: the first byte chooses what it is taken for.
+// A browser's body: the first byte chooses the kind that it is taken for.
 #include "admission.h"
 #include "bodies.h"
 #include "common/commentedjson.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the tree costs in process: copies, nested writes, merges, requests and rows.
+// The cost of the tree in process: copies, nested writes, merges, requests and rows.
 
 #include "rootworker.h"
 #include "settingsfile.h"

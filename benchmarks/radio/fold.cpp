@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a change among the requesters of the soft access point costs: one fold of their settings,
+// The cost of a change among the requesters of the soft access point: one fold of their settings,
 // and a whole request with it, from call to answer.
 
 #include "network/networkpaths.h"

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// What this program asks of the disk, in order: its own calls stand before the C library's.
+/// The calls of this program to the disk, in order: its own functions stand before the C library's.
 namespace DiskCalls {
 
 inline QStringList made;

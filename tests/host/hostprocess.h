@@ -46,7 +46,7 @@ inline QByteArray testWorkerConfig()
     return "{\"workers\": [{\"library\": \"" ORVA_TEST_WORKER "\"}]}";
 }
 
-/// Whether a host serves the bus.
+/// True if a host serves the bus.
 inline bool isServed(const QDBusConnection& bus)
 {
     return bus.interface()->isServiceRegistered("org.orva.Host1"_s);

@@ -43,7 +43,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // Whatever a client did, the host goes on.
+        // The host goes on after any deed of a client.
         QCOMPARE(value("webserver/port"), json(R"({"i32": 80})"));
     }
 

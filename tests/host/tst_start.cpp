@@ -82,7 +82,7 @@ private Q_SLOTS:
         first.start(
             "// a comment\n{\"workers\": [{\"library\": \"/nowhere.so\", \"required\": false}]}");
         QTRY_VERIFY(isRunning());
-        // What it or a program of its makes is nobody else's.
+        // The files that it or a program of its makes are nobody else's.
         QFile status("/proc/%1/status"_s.arg(first.processId()));
         QVERIFY(status.open(QIODevice::ReadOnly) && status.readAll().contains("Umask:\t0077"));
         HostProcess second;

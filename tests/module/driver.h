@@ -32,14 +32,14 @@ private:
     std::mt19937 m_generator;
 };
 
-/// What clients and the network do in one theme, and what must hold of it.
+/// The deeds of clients and network in one theme, and the laws that must hold of them.
 class Model
 {
 public:
     virtual ~Model() = default;
     /// Does one random thing, through the driver. Need not settle.
     virtual void step(Rng& rng) = 0;
-    /// What does not hold, after a step of any model; empty when all is well.
+    /// The law that does not hold after a step of any model; empty when all is well.
     virtual QString check() = 0;
     /// Brings what is still open to its end, after the last step.
     virtual void finish() {}
@@ -73,14 +73,14 @@ public:
     /// Sends a request of which is known only that it is answered in the end.
     void send(const QString& request);
 
-    /// What happens in so many ms, unless it is called off or put off; no other timer may run.
+    /// Plans an event in so many ms, unless it is called off or put off; no other timer may run.
     void plan(const QString& event, int ms, const std::function<void()>& then);
     void callOff(const QString& event) { m_plan.erase(event); }
     [[nodiscard]] bool isPlanned(const QString& event) const { return m_plan.count(event) > 0; }
     /// Lets time pass: some, or until something that is planned.
     void pass(Rng& rng);
     void pass(qint64 ms);
-    /// What is wrong with the timers that run; empty when they are those of the plan.
+    /// The fault of the timers that run; empty when they are those of the plan.
     [[nodiscard]] QString checkPlan() const;
 
     /// The claims of the radio, by submodule, and what they make of the power manager's requests.

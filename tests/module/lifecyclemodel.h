@@ -99,7 +99,7 @@ private:
 
     void sendLifecycle(Rng& rng)
     {
-        HeldClock::settle(); // What is expected of a request holds for the state that it finds.
+        HeldClock::settle(); // An expectation holds for the state that its request finds.
         refuse("disconnect"_s, rng.chance(10));
         if (rng.chance(20)) {
             if (m_shuttingDown && !stop().isEmpty())
@@ -113,7 +113,7 @@ private:
         HeldClock::settle();
     }
 
-    /// How the network manager answers a command.
+    /// The network manager's answer to a command.
     QString receive(const QString& command)
     {
         if (command == "start"_s)

@@ -78,7 +78,7 @@ QVariantList rowsOf(WorkerFixture& fixture, const CMPath& path)
     return reply.value().toList();
 }
 
-/// What the power manager was asked for, in order: "+" for a request, "-" for a release, "?" for
+/// The requests to the power manager, in order: "+" for a request, "-" for a release, "?" for
 /// nothing.
 QString powerRequests(WorkerFixture& fixture)
 {
@@ -295,7 +295,8 @@ void Player::addEvents()
     m_events["airplane"_s] = [this](What on) {
         m_fixture->root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on == "on"_s), {});
     };
-    // "when COMMAND STEP": inside the backend's command, as a backend does that reports at once.
+    // "when COMMAND STEP": the step runs inside the backend's command, as in a backend that reports
+    // at once.
     m_events["when"_s] = [this](What what) {
         m_backend->onCommand = [this, what](What command) {
             if (command == first(what))

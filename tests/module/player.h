@@ -11,11 +11,11 @@ class LogCapture;
 /// Plays a device in words, in which tables and random sequences are written.
 ///
 /// Steps are parted by "; ". A first word "given" tells what holds before the device starts. A step
-/// is what the world does ("up wlan0", "cable out", "pass 5000" ms), or else a request: a word of
-/// its own
-/// ("set Home", "ask a") or a path below "network", and its value as JSON or a text. A request ends
-/// with success, or as it says behind " => "; the end of one that begins with "send" is not waited
-/// for. A fact is its name and its value, or the path of a node and its value as JSON.
+/// is a deed of the world ("up wlan0", "cable out", "pass 5000" ms), or else a request: a word of
+/// its own ("set Home", "ask a") or a path below "network", and its value as JSON or a text. A
+/// request ends with success, or as it says behind " => "; the end of one that begins with "send"
+/// is not waited for. A fact is its name and its value, or the path of a node and its value as
+/// JSON.
 class Player
 {
 public:
@@ -24,13 +24,14 @@ public:
     virtual ~Player() = default;
     Q_DISABLE_COPY(Player)
 
-    /// Does a step, and what comes of it. What is wrong with its end; empty for nothing.
+    /// Does a step, and everything that follows from it. Gives the fault of its end; empty for
+    /// none.
     QString play(const QString& step);
     /// Begins a step; its reply where it is a request.
     CMReply<QVariant> begin(const QString& step);
-    /// What is wrong with a fact; empty for nothing.
+    /// The fault of a fact; empty for none.
     QString check(const QString& fact) const;
-    /// Plays a row of steps and facts in turn. What is wrong; empty for nothing.
+    /// Plays a row of steps and facts in turn. Gives the first fault; empty for none.
     QString playRow(const QStringList& cells);
 
     /// The steps of a row that begins with the steps of its section.
@@ -46,7 +47,7 @@ protected:
 
     /// Without a device yet.
     Player();
-    /// What the steps say is given, of the devices that start from now on.
+    /// Applies the steps to the devices that start from now on.
     void give(const QStringList& steps);
     /// Starts a device over another backend, which takes its time: an end or a fact may come within
     /// 20 s.

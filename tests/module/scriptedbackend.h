@@ -17,7 +17,7 @@ public:
     using SoftAp = OrvaNetworkProfileSoftApSettings;
     using WpsReply = CMReply<OrvaNetworkInterface>;
 
-    // What was asked.
+    // The commands that came.
     QStringList commands;
     QVector<OrvaNetworkProfile> profiles;
     QVector<SoftAp> startedSoftAps;
@@ -27,7 +27,7 @@ public:
     /// The reply of the WPS session that runs; the test finishes it.
     WpsReply wpsReply;
 
-    // What is answered.
+    // The answers.
     /// The commands that are refused.
     QStringList refused;
     QString ethernetMac = "00:11:22:aa:bb:cc"_s;

@@ -123,7 +123,7 @@ private:
         drop(request);
     }
 
-    /// A started network manager takes the request; whether it waits for its interface.
+    /// A started network manager takes the request. True if it waits for its interface.
     bool receive(const Request& request)
     {
         auto& requests = m_aps[request.interface()].requests;
@@ -205,7 +205,8 @@ private:
         });
     }
 
-    /// The first one of those that expire the soonest; without a deadline where none does.
+    /// The first of the requests that expire the soonest; one without a deadline where none
+    /// expires.
     [[nodiscard]] Request nextExpiring() const
     {
         Request next;

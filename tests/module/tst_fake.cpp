@@ -18,7 +18,7 @@ private Q_SLOTS:
 
         QVERIFY(fake.applyProfile(OrvaNetworkProfile()));
         QCOMPARE(listener.heard, down);
-        // Each profile has its own second; all of them find the type that came last.
+        // Each profile has its own second; all of them find the last type.
         OrvaNetworkProfile wireless;
         wireless.setType(OrvaNetworkProfileType::Wireless);
         QVERIFY(fake.applyProfile(wireless));
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(fake.performWpsPbc(second));
     }
 
-    /// What is published of the wireless interface must outlive a refresh.
+    /// The published part of the wireless interface must outlive a refresh.
     void reportsNoWirelessPart()
     {
         PlayedListener listener;

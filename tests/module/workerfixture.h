@@ -23,9 +23,9 @@ public:
 
     /// Every write in order, those that change nothing too.
     QVector<QPair<CMPath, OrvaValue>> writes;
-    /// Whether writes are refused, as on a full disk.
+    /// True if writes are refused, as on a full disk.
     bool full = false;
-    /// Whether writes are kept and never answered.
+    /// True if writes are kept and never answered.
     bool mute = false;
 
     void setDataRequest(const CMSetDataRequest& request) override;
@@ -61,10 +61,10 @@ public:
 
     /// Sends a request. It is handled when the event loop runs.
     CMReply<QVariant> send(const CMPath& path, const OrvaValue& value = {});
-    /// What became of a request: the name and the message of its error, "name: message"; empty for
+    /// The outcome of a request: the name and the message of its error, "name: message"; empty for
     /// success, "no answer" where it stays open.
     [[nodiscard]] static QString outcome(const CMVoidReply& reply);
-    /// How rfkill was called, one call an entry.
+    /// The calls of rfkill, one an entry.
     [[nodiscard]] QStringList rfkillCalls() const;
 
 private:

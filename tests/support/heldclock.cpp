@@ -16,12 +16,12 @@
 
 namespace {
 
-/// How the monotonic clock of this program is told.
+/// The pace of this program's monotonic clock.
 enum class Pace { Real, Held, Running };
 std::atomic<Pace> pace{Pace::Real};
 std::atomic<bool> hurried{false};
-/// Held, the time; running, how far it is ahead of the system's. In ns. A system that waits until
-/// then is not done before.
+/// The time in ns while the clock is held, and its lead over the system's while it runs. A system
+/// call that waits until then does not end before.
 std::atomic<qint64> moment{Q_INT64_C(30000000000000000)};
 
 constexpr qint64 nsPerMs = 1000000;

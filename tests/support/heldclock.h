@@ -8,8 +8,8 @@
 /// pass.
 ///
 /// It takes the place of the program's event dispatcher and of the C library's monotonic clock, so
-/// that every timer and every clock of the code under test is held, whoever owns it. It serves no
-/// sockets; D-Bus needs none, it reads on a thread of its own.
+/// that every timer and every clock of the code under test is held. It serves no sockets; D-Bus
+/// needs none, since it reads on a thread of its own.
 class HeldClock : public QAbstractEventDispatcher
 {
     Q_OBJECT
@@ -25,12 +25,12 @@ public:
     static void run();
     /// Puts the monotonic clock back, and no timer: the two need not agree.
     static void lag(qint64 ms);
-    /// Whether who waits for another program waits a tenth of the time for real.
+    /// Has waits for other programs take a tenth of their time for real.
     static void hurry(bool on);
     /// Lets time pass: each timer on its way finds its own moment, and what is queued is done after
     /// it.
     void pass(qint64 ms);
-    /// In how many ms the timers of `owner` and of what it owns run out, the next one first.
+    /// The ms after which the timers of `owner` and of its children run out, the next one first.
     [[nodiscard]] QVector<int> due(const QObject* owner) const;
     /// Runs what is queued, and what that queues.
     static void settle();

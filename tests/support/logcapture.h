@@ -26,7 +26,7 @@ public:
     /// Forgets the lines.
     void clear() { m_lines.clear(); }
 
-    /// How many lines contain `text`.
+    /// The number of lines that contain `text`.
     [[nodiscard]] int count(const QString& text) const { return m_lines.filter(text).size(); }
 
 protected:

@@ -26,7 +26,7 @@ public:
 
     /// Starts the daemon and points `DBUS_SYSTEM_BUS_ADDRESS` of this process at it; call it before
     /// the first `QDBusConnection::systemBus()`. After `stop()` the same address is served again.
-    /// @return false, with a warning, when the daemon does not come up within 10 s.
+    /// False, with a warning, when the daemon does not come up within 10 s.
     [[nodiscard]] bool start();
 
     /// Kills the daemon, as a bus that crashes; the address stays.

@@ -10,9 +10,8 @@
 /// The rows of a text file as the rows of a test, in the columns "section" and "cells".
 ///
 /// A row is its cells, parted by " | "; a line that begins with a blank goes on with the row
-/// before.
-/// "(empty)" is an empty cell. "[…]" begins a section, and what follows it in the line is for who
-/// reads; "#" begins a comment.
+/// before. "(empty)" is an empty cell. "[…]" begins a section; the rest of its line is for the
+/// reader. "#" begins a comment.
 inline void addTableRows(const QString& fileName)
 {
     QFile file(fileName);
