@@ -123,7 +123,7 @@ struct HttpServer::Callbacks
 
     static void expectRequest(HttpServer* server, Socket* socket)
     {
-        socket->due = server->m_clock.elapsed() + requestSeconds * 1000;
+        socket->due = server->m_clock.elapsed() + qint64{requestSeconds} * 1000;
         if (!server->m_overdueTimer.isActive())
             server->m_overdueTimer.start(overdueCheckMs);
     }
@@ -340,7 +340,7 @@ void HttpServer::run(MHD_Daemon* daemon, QTimer* timer)
     MHD_run(daemon);
     MHD_UNSIGNED_LONG_LONG milliseconds = 0;
     if (MHD_get_timeout(daemon, &milliseconds) == MHD_YES)
-        timer->start(static_cast<int>(qMin<quint64>(milliseconds, requestSeconds * 1000)));
+        timer->start(static_cast<int>(qMin<quint64>(milliseconds, quint64{requestSeconds} * 1000)));
     else
         timer->stop();
 }
