@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// How long a bystander waits for a value while another client of the host that runs on the system
-// bus floods it with writes whose answers it does not collect, and for a ping, which the host's bus
-// thread answers: what the bus itself makes it wait.
+// A bystander's wait for a value while another client of the host that runs on the system bus
+// floods it with writes whose answers it does not collect, and its wait for a ping, which the
+// host's bus thread answers: the part that the bus itself takes.
 //   bench_host_flood
 
 #include "core/orva.h"

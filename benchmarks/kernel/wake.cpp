@@ -107,7 +107,7 @@ int listeningSocket()
     return -1;
 }
 
-/// How many packets the socket was handed since the last call.
+/// The number of packets that the socket was handed since the last call.
 unsigned deliveredPackets()
 {
     tpacket_stats statistics{};

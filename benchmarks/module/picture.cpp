@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The waits of a client of the network manager, on a bus and a device of the program's own:
-// bench_module_picture [DIRECTORY] A profile that is set, from the call to the answer, with the
-// settings in DIRECTORY (on a disk) and in memory; a change of the network, from the backend's
-// signal to the client; and how many changes are absorbed. A ping in the same run is the measure of
-// the bus.
+//   bench_module_picture [DIRECTORY]
+// A profile that is set, from the call to the answer, with the settings in DIRECTORY (on a disk)
+// and in memory; a change of the network, from the backend's signal to the client; and how many
+// changes are absorbed. A ping in the same run is the measure of the bus.
 
 #include "figures.h"
 #include "host.h"

@@ -7,7 +7,8 @@ namespace {
 
 const auto workerName = QStringLiteral("setup-helper");
 
-/// How long the access point stays open, in milliseconds; the most that a request may ask for.
+/// The time for which the access point stays open, in milliseconds; the most that a request may ask
+/// for.
 constexpr int openForMs = 60000;
 
 } // namespace

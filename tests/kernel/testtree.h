@@ -29,7 +29,7 @@ public:
         connect(CMActivateNode::create(nodes(), path), &CMActivateNode::invoked, this, count);
     }
 
-    /// How often a node of `addActivation()` was activated.
+    /// The number of activations of a node of `addActivation()`.
     [[nodiscard]] int activations(const CMPath& path) const { return m_activations.value(path); }
     /// The same, and begins again at 0.
     [[nodiscard]] int takeActivations(const CMPath& path) { return m_activations.take(path); }
@@ -38,7 +38,7 @@ private:
     QHash<CMPath, int> m_activations;
 };
 
-/// How an activation ended: the error's name and message, "/" for success, "none" without an
+/// The end of an activation: the error's name and message, "/" for success, "none" without an
 /// answer.
 inline QString outcome(CMAbstractWorker& worker, const CMPath& path, const OrvaValue& value = {})
 {

@@ -27,7 +27,7 @@ QByteArray ipv4(int words, int protocol, int port, int fragment, const QByteArra
     return packet + data;
 }
 
-/// How many bytes wait in each packet socket here for one of the EtherTypes `protocols`.
+/// The bytes that wait in each packet socket here for one of the EtherTypes `protocols`.
 QVector<int> queues(const char* protocols)
 {
     QFile table("/proc/thread-self/net/packet"_s);
@@ -152,8 +152,8 @@ private:
                  frame.size());
     }
 
-    /// How often the device was woken by what was sent since the last call. A last, good frame of
-    /// its own tells that everything has arrived.
+    /// The number of wake-ups by the frames since the last call. A last, good frame of its own
+    /// tells that all have arrived.
     int wakes()
     {
         const CMPath path = OrvaPowerManagerTargetRequestPath();

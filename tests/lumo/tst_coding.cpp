@@ -121,7 +121,7 @@ private Q_SLOTS:
         for (int i = 0; i < 5000; ++i)
             networks.insert(QString::number(i), QVariantMap{{"type"_s, "unsecured"_s},
                                                             {"ies"_s, QByteArray(2000, 'x')}});
-        // What is too large for the rest of the room leaves it to its small neighbours.
+        // A network that is too large for the rest of the room leaves it to its small neighbours.
         networks.insert("z"_s, QVariantMap{{"type"_s, "unsecured"_s}});
         const auto results = parseScanResults(lumoPlainMap(networks));
         QCOMPARE(results.last().ssid(), "z"_s);

@@ -12,7 +12,7 @@
 
 #include <csignal>
 
-// What takes a moment here may take many on a machine that is busy with something else.
+// A step of a moment may take many on a busy machine.
 #define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 20000)
 #define EVENTUALLY_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 20000)
 
@@ -97,14 +97,14 @@ public:
         m_passed += wire().size() - 1;
     }
 
-    /// What is on the wire since `clean()`.
+    /// The messages on the wire since `clean()`.
     QList<QByteArray> wire() const
     {
         QFile file(path("wire"_s));
         return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n').mid(m_passed)
                                               : QList<QByteArray>();
     }
-    /// What the daemons were told, and "start" for each of them, in order; the questions left out.
+    /// The commands to the daemons, and "start" for each of them, in order; the questions left out.
     QStringList told() const
     {
         QStringList calls;
@@ -221,7 +221,7 @@ private:
             return is ? wireless.ssid() : QString();
         };
     }
-    /// What the published picture and the daemon's own world differ in.
+    /// The difference between the published picture and the daemon's own world.
     QString difference() const
     {
         const OrvaNetworkInfo info = m_fixture->info();
@@ -361,7 +361,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Whether an error is an answer: after none, everything is asked again.
+    /// An error is an answer or none; after none, everything is asked again.
     void readsErrors_data()
     {
         QTest::addColumn<QString>("error");

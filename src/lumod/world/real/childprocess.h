@@ -17,7 +17,7 @@ public:
     ~ChildProcess() override;
     Q_DISABLE_COPY(ChildProcess)
 
-    /// Whatever follows `word` in a line is not logged: a secret.
+    /// Keeps the rest of a line behind `word`, a secret, out of the log.
     void hideAfter(const QByteArray& word) { m_secretWord = word; }
     /// Starts the program, which must not run.
     void start(const QString& program, const QStringList& arguments);

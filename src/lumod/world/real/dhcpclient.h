@@ -24,7 +24,7 @@ public:
     void start(int index, const std::optional<StaticIp>& ip);
     /// Wants it ended; `stopped` follows, at once when it does not run.
     void stop();
-    /// What dhcpcd has sent; what an earlier start of it still had to say is dropped.
+    /// Takes what dhcpcd has sent; words of an earlier start of it are dropped.
     void take(const DhcpEvent& event);
 
     /// The IPv4 address that is leased or set; empty for none.

@@ -7,10 +7,10 @@
 
 #include <optional>
 
-/// What dhcpcd has told about one interface.
+/// The event that dhcpcd has told about one interface.
 struct DhcpEvent
 {
-    /// Which of the ways to an address it is about.
+    /// The way to an address that it is about.
     enum class Source {
         Dhcp,         ///< a lease, or the static address
         RouterAdvert, ///< IPv6 autoconfiguration

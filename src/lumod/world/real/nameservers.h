@@ -16,7 +16,7 @@ class NameServers : public QObject
     Q_OBJECT
 
 public:
-    /// What one interface brings.
+    /// The name servers and the domain that one interface brings.
     struct Uplink
     {
         int metric = 0; ///< the lowest comes first

@@ -6,10 +6,9 @@
 #include "world/real/kernel.h"
 #include "world/real/nameservers.h"
 
-/// What the real cable and the real radio have in common: once there is a carrier, dhcpcd asks for
-/// an address, and whether the link is up is seen by that. The kernel's word goes before an
-/// engine's: it says whether the interface, addresses and gateways are there; dhcpcd only says what
-/// is leased.
+/// The common part of the real cable and the real radio: once there is a carrier, dhcpcd asks for
+/// an address, and with one the link is up. The kernel's word goes before an engine's: it tells of
+/// the interface, addresses and gateways; dhcpcd only tells of the lease.
 class RealLink : public Link
 {
     Q_OBJECT
@@ -45,7 +44,7 @@ protected:
     /// Nobody gives an address, and the deadline for it is over.
     [[nodiscard]] bool isSilent() const { return m_silent; }
     void forgetSilence() { m_silent = false; }
-    /// What is to be told of the link, in `details.mac`, `connected` and `lease`.
+    /// Fills in the link's part of the details: `mac`, `connected` and `lease`.
     void describe(InterfaceDetails& details) const;
 
     void entered(Phase phase) override;

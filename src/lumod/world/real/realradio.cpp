@@ -130,7 +130,7 @@ void RealRadio::reconcile()
         startScan();
 }
 
-/// What was asked for cannot be, unless there is no fault: then it only has to wait.
+/// Refuses the scan or session that was asked for. Without a fault it only has to wait.
 void RealRadio::refuse(const QString& fault)
 {
     if (!fault.isEmpty() && m_scan == Scan::Wanted)

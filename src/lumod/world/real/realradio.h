@@ -33,7 +33,7 @@ public:
     [[nodiscard]] InterfaceDetails details() const;
 
 private:
-    /// What has been asked of the radio beside joining.
+    /// The work that was asked of the radio beside joining.
     enum class Scan {
         None,
         Wanted,

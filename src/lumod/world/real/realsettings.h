@@ -5,10 +5,10 @@
 #include <QVariantMap>
 #include <QVector>
 
-/// What lumod.conf says, with the defaults of what it leaves out.
+/// The settings in lumod.conf, with defaults for those that it leaves out.
 struct RealSettings
 {
-    /// Who writes the name servers down.
+    /// The writer of the name servers.
     enum class NameServerOwner {
         Auto,       ///< the program `resolvconf` where it exists, else as `File`
         File,       ///< lumod, into `resolvConf`

@@ -117,7 +117,7 @@ void Supplicant::join(const QVector<KnownNetwork>& networks, bool keep)
     m_networks.load(path(), networks, keep ? m_network : QString());
 }
 
-/// What follows belongs to what comes next.
+/// The signals that follow belong to the next attempt.
 void Supplicant::leave()
 {
     m_networks.clear(path());

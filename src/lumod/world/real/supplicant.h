@@ -37,7 +37,7 @@ public:
     [[nodiscard]] std::optional<KnownNetwork> network() const { return m_networks.at(m_network); }
     /// The access point that is joined; nothing for none.
     [[nodiscard]] std::optional<supplicant::Bss> accessPoint() const;
-    /// What the last scan has heard, and what is joined.
+    /// The access points that the last scan has heard, and the joined one.
     [[nodiscard]] QList<supplicant::Bss> heard() const { return m_heard.values(); }
     /// The signal level of what is joined, in dBm. One that is older than a second is asked for
     /// anew, for the next call.
@@ -63,7 +63,7 @@ Q_SIGNALS:
     /// A scan that was asked for is over; `fault` is for a person, empty for none.
     void scanned(const QString& fault);
     void keyRefused(const QString& ssid);
-    /// What a WPS session has brought; nothing when that cannot be joined with.
+    /// The credentials that a WPS session has brought; nothing when they cannot be used to join.
     void wpsBrought(const std::optional<WpsCredentials>& credentials);
     void wpsSucceeded();
     void wpsFailed(const QString& why);

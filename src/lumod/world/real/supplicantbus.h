@@ -16,7 +16,7 @@ class SupplicantBus : public QObject
     Q_OBJECT
 
 public:
-    /// What is done with an answer, an error's too; never once the asker has gone.
+    /// Takes an answer, or an error; never called once the asker has gone.
     using Then = std::function<void(const QDBusMessage& answer)>;
 
     /// The interfaces of its objects; `WPS` and others are named below `Interface`.

@@ -5,11 +5,11 @@
 
 #include <QVariantMap>
 
-/// What wpa_supplicant says on the bus, as plain values. Most of it has come over the air: a value
-/// that has a wrong type or cannot be counts as absent.
+/// The words of wpa_supplicant on the bus, as plain values. Most of them have come over the air: a
+/// value of a wrong type, or an impossible one, counts as absent.
 namespace supplicant {
 
-/// What the interface is doing.
+/// The state of the interface.
 enum class State {
     Away,    ///< joined to nothing
     Joining, ///< talking to an access point, or renewing a key with the one that is joined
@@ -52,7 +52,7 @@ void take(const QVariantMap& properties, Bss& bss);
 /// The signal level that a poll has found, in dBm.
 [[nodiscard]] std::optional<int> signalLevel(const QVariant& poll);
 
-/// What a WPS session has brought; nothing when it cannot be joined with.
+/// The credentials that a WPS session has brought; nothing when they cannot be used to join.
 [[nodiscard]] std::optional<WpsCredentials> wpsCredentials(const QVariantMap& map);
 
 /// Why a WPS session has failed, for a person; empty when the event is not a failure.

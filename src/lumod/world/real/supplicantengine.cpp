@@ -15,7 +15,7 @@ namespace {
 constexpr int retryMilliseconds = 5000;
 constexpr int missingMilliseconds = 60000;
 
-/// How it shows in a router's list while WPS runs.
+/// The name that a router's list shows while WPS runs.
 QByteArray deviceName()
 {
     constexpr int longest = 32;

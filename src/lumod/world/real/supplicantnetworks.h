@@ -53,7 +53,7 @@ private:
     int m_turn = 0; ///< answers to earlier lists are passed over
 };
 
-/// Whether a connection to the one is a connection to the other.
+/// True if a connection to the one is a connection to the other.
 [[nodiscard]] bool isSameNetwork(const KnownNetwork& a, const KnownNetwork& b);
 /// The highest priority first.
 [[nodiscard]] QVector<KnownNetwork> byPreference(QVector<KnownNetwork> networks);

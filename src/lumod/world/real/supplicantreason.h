@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// What wpa_supplicant's control socket tells about an attempt to join or to scan; D-Bus does not
-/// say it.
+/// The reason that wpa_supplicant's control socket tells about an attempt to join or to scan; D-Bus
+/// does not tell it.
 struct SupplicantReason
 {
     enum class Kind {
