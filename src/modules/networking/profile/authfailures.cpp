@@ -50,6 +50,6 @@ OrvaResult<OrvaNetworkProfile> Profiles::forgetNetworks(const OrvaNetworkProfile
         LOG4CPLUS_INFO(networkingLogger(), text);
         return CMError(QStringLiteral("error"), text);
     }
-    Q_EMIT wirelessNetworksDropped();
+    m_networksDropped = true;
     return withoutNetworks(profile);
 }

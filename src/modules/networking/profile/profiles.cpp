@@ -135,8 +135,11 @@ void Profiles::store(const Profile& before)
 void Profiles::profileStored(const Profile& before, const CMError& error)
 {
     const CMSetDataRequest request = m_requests.dequeue();
+    const bool dropped = std::exchange(m_networksDropped, false);
     if (error.isEmpty()) {
-        // One that is refused puts the local soft AP off no further.
+        // One that is refused neither puts the local soft AP off nor brings it sooner.
+        if (dropped)
+            Q_EMIT wirelessNetworksDropped();
         if (m_life.isStarted())
             Q_EMIT profileApplied(m_profile, before);
         request.answer();

@@ -57,7 +57,7 @@ Q_SIGNALS:
     void wifiNeeded(bool needed);
     /// A profile that is stored was applied in place of another.
     void profileApplied(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile);
-    /// Wrong keys have emptied the profile that is about to be applied.
+    /// Wrong keys have emptied the profile that is stored now. Comes before `profileApplied`.
     void wirelessNetworksDropped();
 
 private:
@@ -95,6 +95,7 @@ private:
 
     const qint32 m_maxAuthFailures;
     qint32 m_authFailureCount = -1; ///< Less than 0: none is counted.
+    bool m_networksDropped = false; ///< Wrong keys have emptied the profile that is being stored.
 
     /// The changes of the device's own requests for a profile, by their replies, which nobody else
     /// has. It outlives the requests: those that are dropped at the end still take theirs out.
