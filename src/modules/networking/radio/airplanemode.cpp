@@ -73,7 +73,7 @@ void AirplaneMode::store(const CMSetDataRequest& request, const std::function<vo
         },
         Qt::DirectConnection);
     CMRoot()->setValue(OrvaNetworkAirplaneModeSettingPath(), request.value(), stored);
-    // Each at once: those that were stored together would run rfkill in a row.
+    // Not put off: switches that were stored together would run rfkill one after the other.
     stored.data()->hurry();
 }
 

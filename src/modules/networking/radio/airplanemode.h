@@ -21,10 +21,10 @@ public:
 
     /// Applies the mode that is stored, and from now on what `node` is switched to.
     void follow(CMValueNode* node);
-    /// Whether the request asks for the switch to be moved.
+    /// True for a request that moves the switch.
     [[nodiscard]] static bool isSwitch(const CMSetDataRequest& request);
-    /// Stores the mode that the request asks for, then calls `move`. A mode that cannot be stored
-    /// changes nothing, which the request is told.
+    /// Stores the mode that the request asks for, then calls `move`. Where it cannot be stored
+    /// nothing changes, and the request is answered with the error.
     void store(const CMSetDataRequest& request, const std::function<void()>& move);
 
 public Q_SLOTS:

@@ -23,10 +23,10 @@ public:
 
     explicit WifiResource(QObject* parent);
 
-    /// A feature needs the radio, or no longer does. The radio is asked for, or its release begins,
-    /// also where that changes nothing.
+    /// A feature needs the radio, or no longer does. The radio is asked for again where one still
+    /// does, and its release begins anew where none does, also where nothing changed.
     void requestWifiResource(ResourceRequestSubmodule submodule, bool enable);
-    /// Whether the feature needs the radio.
+    /// True while the feature needs the radio.
     [[nodiscard]] bool isActive(ResourceRequestSubmodule submodule) const
     {
         return m_activeSubmodules.contains(submodule);

@@ -6,7 +6,7 @@
 
 namespace {
 
-// What the slots are called in the log and in the translations.
+// The names of the slots in the log and in the translations.
 constexpr auto reconnectContext =
     "void Networking::on_forceWifiReconnect_req(const CMSetDataRequest&)";
 constexpr auto rssiContext =

@@ -7,7 +7,7 @@
 
 class Networking_LowLevel;
 
-/// What is asked of the wireless link as it stands: its signal, and to be associated anew.
+/// Requests about the wireless link as it stands: for its signal, and to associate it anew.
 class WirelessLink : public QObject
 {
     Q_OBJECT

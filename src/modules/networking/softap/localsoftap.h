@@ -18,24 +18,28 @@ public:
     LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const Picture& picture,
                 QObject* parent);
 
-    /// Reads whether the device may have an access point of its own, which takes a wireless
-    /// interface.
+    /// Reads whether the device may have an access point of its own. Without a wireless interface
+    /// it may not.
     void readSoftApAutoEnabled();
-    /// Starts the access point that was missed for want of a wireless interface, once.
+    /// The wireless interface told its status. The first time that it is there, the access point
+    /// that was missed for want of it is started.
     void restoreLocalSoftAp();
 
+    /// Asks for the access point, once networking is started.
     void activateLocalSoftAp();
+    /// Revokes it.
     void deactivateLocalSoftAp();
 
     /// Starts the access point after the usual delay.
     void startSoftApTimer();
+    /// The same after a delay of one's own.
     void startSoftApTimer(unsigned int seconds);
     void stopSoftApTimer();
     /// A profile was applied in the place of another, or the last link went. Stops the access point
     /// where another wireless network is to be joined, and starts the timer that fits.
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile, bool wirelessConfigured);
-    /// The wireless keys are wrong: the next start of the timer is for at once.
+    /// Wrong keys have emptied the profile: the timer is next started without a delay.
     void setAuthFailureFallback() { m_authFailureFallback = true; }
 
 public Q_SLOTS:
@@ -45,8 +49,8 @@ private:
     SoftAps& m_softAps;
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
-    bool m_softApAutoEnabled = false;
-    bool m_localSoftApActive = false;
-    bool m_authFailureFallback = false;
+    bool m_softApAutoEnabled = false;   ///< The device may have an access point of its own.
+    bool m_localSoftApActive = false;   ///< It is wanted, also while it may not be.
+    bool m_authFailureFallback = false; ///< Wrong keys have emptied the profile.
     QTimer m_softApTimer{this};
 };

@@ -6,19 +6,19 @@
 
 #include <QMap>
 
-/// The soft access point of one interface: who asks for it, what that comes to, and what runs.
+/// The soft access point of one interface: its requests, its settings and its link.
 ///
 /// The settings stand in it three times, because the three may differ: the requests go over the
-/// configuration, and what they come to waits while the interface is held.
+/// configuration, and what they come to is kept from the backend while the interface is held.
 struct SoftAp
 {
-    /// What the settings of the device say; empty for an interface that they do not name.
+    /// The settings in the device's configuration; empty for an interface that it does not name.
     OrvaNetworkProfileSoftApSettings configured;
-    /// What the live requests come to; empty while there is none.
+    /// The settings that the live requests come to; empty while there is none.
     OrvaNetworkProfileSoftApSettings recorded;
-    /// What of it the backend was told last; empty while nothing runs.
+    /// The settings that the backend was told last; empty while nothing runs.
     OrvaNetworkProfileSoftApSettings sent;
-    /// Whether some live request keeps changes from the backend.
+    /// Some live request keeps changes from the backend.
     bool hold = false;
     /// The live requests.
     SoftApTable table;
@@ -26,7 +26,7 @@ struct SoftAp
     QVector<CMSetDataRequest> pending;
     OrvaNetworkState link;
 
-    /// Whether an access point runs, or was asked for.
+    /// True where an access point runs, or was asked for.
     [[nodiscard]] bool isRunning() const { return !recorded.isEmpty(); }
     /// Nothing runs any more. Requests, their answers and the link stay.
     void setStopped()

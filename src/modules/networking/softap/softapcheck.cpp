@@ -22,7 +22,7 @@ constexpr int longestSoftApRequester = 64;
 /// How many requesters one interface has at most.
 constexpr int mostSoftApRequesters = 64;
 
-/// A text of the settings, and what is said of one that will not do.
+/// A text of the settings, its check, and the error of a text that fails it.
 struct Row
 {
     QString field;
@@ -70,7 +70,7 @@ const QVector<Row>& rows()
     return all;
 }
 
-/// Whether a channel of this number is in the 2.4, 5 or 6 GHz band.
+/// True for the number of a channel in the 2.4, 5 or 6 GHz band.
 bool isChannel(int number)
 {
     const auto inSteps = [number](int first, int last) {

@@ -4,21 +4,21 @@
 #include "core/orvaresult.h"
 #include "softap/softaptable.h"
 
-// What a request for a soft access point must be, and why it is refused.
+// The checks of a request for a soft access point.
 
 /// The error named "error" that a request for a soft access point is refused with.
 [[nodiscard]] CMError softApRequestError(const char* text);
 
-/// Whether the request's time-out can be kept: at most 60 s, and some where it holds the settings.
+/// Refuses a time-out of more than 60 s, and a hold without a time-out.
 [[nodiscard]] OrvaResult<void> checkSoftApTimeout(const OrvaNetworkProfileSoftApRequest& request);
 
-/// Whether the requester has a place among those of the interface's table.
+/// Refuses a name that is too long, and one that finds the interface's table full.
 [[nodiscard]] OrvaResult<void> checkSoftApRequester(const QString& name, const SoftApTable& table);
 
-/// Whether an access point can run as the settings say. The error names the field.
+/// Refuses settings with which no access point can run. The error names the field.
 [[nodiscard]] OrvaResult<void>
 checkSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
-/// The known settings alone, addresses in normal form.
+/// The settings without unknown fields, and with the addresses in normal form.
 [[nodiscard]] OrvaNetworkProfileSoftApSettings
 normalSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);

@@ -147,7 +147,7 @@ bool SoftAps::updateSoftAp(const QString& interface)
     if (staysHeld && changed)
         LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
                                                << interface << ". SoftAp is on hold.");
-    // What was recorded in a hold differs from what was sent, and goes out when the hold has ended.
+    // A change recorded in a hold differs from what was sent, and goes out when the hold has ended.
     if (staysHeld || fold.settings == softAp.sent)
         return false;
     LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);

@@ -12,18 +12,19 @@
 
 /// The soft access points, which several parts of the device may ask for at a time.
 ///
-/// Each requester has a name and its own wishes. What the live requests of an interface come to is
-/// what its access point runs as; it stops with the last of them. A request is answered when the
-/// interface is up. Says whether the radio is needed, and how the links of all interfaces stand.
+/// Each requester has a name and its own wishes. The access point of an interface runs with what
+/// all its live requests come to, and stops with the last of them. A request that changes what runs
+/// is answered when the interface is up, any other one at once. Signals tell of the need of the
+/// radio and of the links.
 class SoftAps : public QObject
 {
     Q_OBJECT
 public:
-    /// What the access points ask of the worker.
+    /// The worker, as far as the access points need it.
     struct Worker
     {
         QString name;                    ///< The name by which the device itself asks.
-        std::function<bool()> isStarted; ///< Whether networking is started.
+        std::function<bool()> isStarted; ///< True while networking is started.
     };
 
     /// `nodes` has those of the live requests and of the connected stations. The backend must
@@ -34,7 +35,7 @@ public:
     /// Reads which interfaces there are and how they are configured, from the settings. `mac` tells
     /// the SSIDs of devices apart.
     void readSoftApConfiguration(const QString& mac);
-    /// The worker, as it shows itself to the access points.
+    /// The worker, as it was given.
     [[nodiscard]] const Worker& worker() const { return m_worker; }
     /// The interfaces that the configuration names, in its order.
     [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
@@ -52,7 +53,7 @@ public:
     void clearSoftAp();
 
 Q_SIGNALS:
-    /// Whether an access point needs the radio. May be told again without a change.
+    /// Some access point needs the radio, or none does. May be told again without a change.
     void wifiNeeded(bool needed);
     /// A link changed; carries `calculateSoftApState()`.
     void stateChanged(const OrvaNetworkState& state);
@@ -65,6 +66,8 @@ public Q_SLOTS:
 private:
     [[nodiscard]] OrvaResult<void> check(const OrvaNetworkProfileSoftApRequest& request) const;
     [[nodiscard]] OrvaResult<void> checkInterface(const QString& interface) const;
+    /// Records the request, or drops it, and tells the backend what that changes. False where that
+    /// is nothing.
     bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
     bool updateSoftAp(const QString& interface);
     bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);

@@ -9,20 +9,20 @@
 mergeSoftApSettings(const OrvaNetworkProfileSoftApSettings& first,
                     const OrvaNetworkProfileSoftApSettings& second);
 
-/// What of the running settings stays when the requests change: all fields but the vendor-specific
+/// The running settings that stay when the requests change: all fields but the vendor-specific
 /// data, which lives only while a request or the configuration supplies it.
 [[nodiscard]] OrvaNetworkProfileSoftApSettings
 stickySoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
-/// The SSID of a device's own soft AP: the configured one with the device's MAC behind it. What
-/// would pass the 32 bytes of an SSID is cut before the MAC, between characters.
+/// The SSID of a device's own soft AP: the configured one, "_" and the MAC without its colons. The
+/// configured one is cut, between characters, where all would pass the 32 bytes of an SSID.
 [[nodiscard]] QString ownSoftApSsid(const QString& configured, const QString& mac);
 
-/// What the live requests of one interface come to.
+/// The outcome of the live requests of one interface.
 struct SoftApFold
 {
     OrvaNetworkProfileSoftApSettings settings;
-    /// Whether some request asks for the settings to be held.
+    /// Some request asks for the settings to be held.
     bool hold = false;
 };
 

@@ -9,7 +9,7 @@
 struct LiveSoftApRequest
 {
     OrvaNetworkProfileSoftApRequest request;
-    /// In milliseconds on the monotonic clock; nothing where the request lives until it is revoked.
+    /// In milliseconds on the monotonic clock; none where the request lives until it is revoked.
     std::optional<qint64> due;
 };
 

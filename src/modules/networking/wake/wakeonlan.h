@@ -32,7 +32,8 @@ public:
 public Q_SLOTS:
     /// Begins to follow the current MAC address.
     void on_init();
-    /// Takes the MAC address, a string, into the pattern; a value that is none is ignored.
+    /// Takes the MAC address, a string, into the pattern. A value that is no such address is
+    /// ignored.
     void on_macChanged(const OrvaValue& value);
     /// Switches listening by a bool. Always answers with success.
     void on_setEnabled(const CMSetDataRequest& request);
@@ -53,6 +54,6 @@ private:
     int m_wakeOnLanSocket = closed;
     std::unique_ptr<QSocketNotifier> m_etherwakeNotifier;
     std::unique_ptr<QSocketNotifier> m_wakeOnLanNotifier;
-    QByteArrayMatcher m_matcher;        ///< the magic pattern; empty until a MAC address is known
-    std::array<uchar, 1514> m_buffer{}; ///< one packet: the largest frame without its checksum
+    QByteArrayMatcher m_matcher;        ///< The magic pattern; empty until a MAC address is known.
+    std::array<uchar, 1514> m_buffer{}; ///< One packet: the largest frame without its checksum.
 };

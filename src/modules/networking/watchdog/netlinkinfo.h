@@ -23,7 +23,7 @@ public:
     NetLinkInterface& operator=(const NetLinkInterface& other);
     NetLinkInterface& operator=(NetLinkInterface&& other) noexcept;
 
-    /// Whether the lookup found an interface.
+    /// True where the lookup found an interface.
     [[nodiscard]] bool isValid() const { return m_link != nullptr; }
 
     /// Packets and bytes received and sent since the interface was created.
@@ -32,7 +32,7 @@ public:
     [[nodiscard]] quint64 getRxBytes() const;
     [[nodiscard]] quint64 getTxBytes() const;
 
-    /// Whether the driver signals a carrier (`IFF_LOWER_UP`).
+    /// True while the driver signals a carrier (`IFF_LOWER_UP`).
     [[nodiscard]] bool isLowerUp() const;
 
 private:

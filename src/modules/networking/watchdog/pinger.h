@@ -32,5 +32,5 @@ private:
 
     CMValueItem* m_info;
     QTimer m_timer;
-    OrvaProcessHandler m_process; ///< kills its program when it goes
+    OrvaProcessHandler m_process; ///< Kills its program when it goes.
 };

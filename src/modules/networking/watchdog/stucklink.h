@@ -6,29 +6,29 @@
 /// One look at the watched interface.
 struct LinkSample
 {
-    bool exists = false;   ///< the kernel knows the interface; the rest counts only then
-    bool lowerUp = false;  ///< it has a carrier
-    quint64 txPackets = 0; ///< packets sent since the interface was created
-    quint64 rxPackets = 0; ///< packets received since then
+    bool exists = false;   ///< The kernel knows the interface; the rest counts only then.
+    bool lowerUp = false;  ///< It has a carrier.
+    quint64 txPackets = 0; ///< Packets sent since the interface was created.
+    quint64 rxPackets = 0; ///< Packets received since then.
 };
 
-/// What the watchdog remembers from one sample to the next.
+/// The watchdog's memory from one sample to the next.
 struct StuckLinkState
 {
     quint64 lastTxPackets = 0;
     quint64 lastRxPackets = 0;
-    quint32 stuckCount = 0; ///< samples in a row that sent and did not receive
+    quint32 stuckCount = 0; ///< Samples in a row in which the link sent and did not receive.
 };
 
-/// What a sample says about the link.
+/// The verdict of a sample on the link.
 enum class StuckLinkVerdict {
-    NoInterface,       ///< the interface is gone; the count starts again
-    NotConnected,      ///< it has no carrier; the count starts again
-    NoCounters,        ///< a counter reads 0; nothing is concluded and nothing changes
-    CountersDecreased, ///< the interface was re-created; the next sample counts as active
-    Active,            ///< it receives, or does not send; the count starts again
-    Stuck,             ///< it sent and did not receive; the threshold is not reached
-    Restart,           ///< it sent and did not receive for too long; the count starts again
+    NoInterface,       ///< The interface is gone; the count starts again.
+    NotConnected,      ///< It has no carrier; the count starts again.
+    NoCounters,        ///< A counter reads 0; nothing is concluded and nothing changes.
+    CountersDecreased, ///< The interface was re-created; the next sample counts as active.
+    Active,            ///< It received, or did not send; the count starts again.
+    Stuck,             ///< It sent and did not receive; the threshold is not reached.
+    Restart,           ///< It sent and did not receive for too long; the count starts again.
 };
 
 /// A verdict and the state to judge the next sample with.
@@ -38,7 +38,7 @@ struct StuckLinkJudgement
     StuckLinkState state;
 };
 
-/// Judges `sample` after what `state` remembers.
+/// Judges `sample` by what `state` remembers.
 ///
 /// `threshold` is the number of stuck samples in a row that asks for a restart: 0 acts on the first
 /// one, a negative number never acts.

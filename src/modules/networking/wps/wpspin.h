@@ -11,6 +11,6 @@
 /// digits.
 [[nodiscard]] QString wpsPin(quint32 number);
 
-/// Whether `text` may be handed to a WPS session: exactly 8 ASCII digits. The checksum digit is not
-/// verified, since some routers show PINs that have none.
+/// True for a text that may be handed to a WPS session: exactly 8 ASCII digits. The checksum digit
+/// is not verified, since some routers show PINs that have none.
 [[nodiscard]] bool isWpsPin(const QString& text);

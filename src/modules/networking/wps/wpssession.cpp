@@ -13,7 +13,7 @@
 
 namespace {
 
-// What the slots are called in the log and in the translations.
+// The names of the slots in the log and in the translations.
 constexpr auto generateContext = "void Networking::on_generateWpsPin_req(const CMSetDataRequest&)";
 constexpr auto pbcContext = "void Networking::on_performWpsPbc_req(const CMSetDataRequest&)";
 constexpr auto pinContext = "void Networking::on_performWpsPin_req(const CMSetDataRequest&)";
@@ -21,7 +21,7 @@ constexpr auto applyContext = "void Networking::on_applyWps_req(const CMSetDataR
 constexpr auto finishedContext =
     "void Networking::wpsFinished(const CMReply<OrvaNetworkInterface>&)";
 
-/// The published record of the session, after `change(OrvaNetworkWps&)`.
+/// Publishes the record of the session after `change(OrvaNetworkWps&)`.
 template <class Change>
 void publishWps(Picture& picture, const Change& change)
 {
@@ -108,8 +108,8 @@ void WpsSession::start(const CMSetDataRequest& request, const char* context,
         Q_EMIT wifiNeeded(false);
         return;
     }
-    // Only a session that runs is watched: the end of a reply that no backend took would be taken
-    // for that of the next session.
+    // Not watched before: a reply that no backend took is dropped, which would be taken for the end
+    // of the next session.
     reply.addWatcher(
         this, [this](const WpsReply& finished) { wpsFinished(finished); }, Qt::QueuedConnection);
 }

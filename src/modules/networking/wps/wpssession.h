@@ -15,19 +15,19 @@ class WpsSession : public QObject
 {
     Q_OBJECT
 public:
-    /// Has the profile in use replaced by what `edit` makes of it; the reply tells what became of
-    /// that.
+    /// Makes another profile of the one in use.
     using ProfileEdit = std::function<OrvaNetworkProfile(const OrvaNetworkProfile& profile)>;
+    /// Puts the edited profile in use. The reply ends when it is stored, or refused.
     using ChangeProfile = std::function<CMReply<QVariant>(const ProfileEdit& edit)>;
 
     /// Backend and picture must outlive this object.
     WpsSession(Networking_LowLevel& backend, Picture& picture, const ChangeProfile& changeProfile);
 
-    /// Whether a session runs.
+    /// True while a session runs.
     [[nodiscard]] bool isRunning() const { return m_wpsRequest.has_value(); }
 
 Q_SIGNALS:
-    /// Whether a session needs the radio.
+    /// A session needs the radio, or no longer does.
     void wifiNeeded(bool needed);
 
 public Q_SLOTS:
@@ -39,6 +39,7 @@ public Q_SLOTS:
 private:
     using WpsReply = CMReply<OrvaNetworkInterface>;
 
+    /// Refuses the request while a session runs; true if so.
     [[nodiscard]] bool refuseSecond(const CMSetDataRequest& request, const char* context);
     void announce(OrvaNetworkWpsType type, const QString& message);
     void start(const CMSetDataRequest& request, const char* context,
@@ -50,7 +51,7 @@ private:
     Networking_LowLevel& m_lowlevel;
     Picture& m_picture;
     const ChangeProfile m_changeProfile;
-    /// Whose session runs. The backend keeps the other half, the reply that ends it; what the
-    /// picture shows of a session stays after its end.
+    /// The request whose session runs; none while no session does. The reply that ends the session
+    /// is the backend's; what the picture shows of a session stays after its end.
     std::optional<CMSetDataRequest> m_wpsRequest;
 };
