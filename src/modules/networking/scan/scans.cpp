@@ -17,7 +17,7 @@ namespace {
 /// How long the oldest request waits for results.
 constexpr int scanTimeoutMs = 30000;
 
-// What the slots are called in the log and in the translations.
+// The names of the slots in the log and in the translations.
 constexpr auto requestContext = "void Networking::on_scanNetworks_req(const CMSetDataRequest&)";
 constexpr auto resultsContext =
     "void Networking::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>&)";
@@ -55,11 +55,11 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
 void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
-    scanNetworks({request, monotonicMs()});
+    startOrQueue({request, monotonicMs()});
     stopIdleScanTimer();
 }
 
-void Scans::scanNetworks(const QueuedScan& scan)
+void Scans::startOrQueue(const ScanRequest& scan)
 {
     if (m_picture.info().airplaneMode()) {
         LOG4CPLUS_INFO(networkingLogger(),
@@ -83,7 +83,7 @@ void Scans::scanNetworks(const QueuedScan& scan)
 void Scans::startScan(const CMSetDataRequest& request)
 {
     clearScanResults();
-    // The reply waits before the backend is asked, which may bring its results at once.
+    // Kept before the backend is asked, which may bring its results inside the call.
     m_pendingScanReplies.append(request.reply());
     const bool running = m_pendingScanReplies.size() > 1;
     if (!running && !m_lowlevel.scanNetworks())
@@ -126,7 +126,7 @@ void Scans::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& result
     Q_EMIT wifiNeeded(false);
 }
 
-// Nobody waits longer because of others' results.
+// Results for others do not prolong the wait of the queued requests.
 void Scans::guardQueuedScans()
 {
     if (m_queueScanRequests.isEmpty())
@@ -141,9 +141,9 @@ void Scans::startQueuedScans()
     if (m_queueScanRequests.isEmpty())
         return;
     const auto queued = std::exchange(m_queueScanRequests, {});
-    for (const QueuedScan& scan : queued) {
+    for (const ScanRequest& scan : queued) {
         LOG4CPLUS_DEBUG(networkingLogger(), "Starting queued scan (InterfaceStatusChanged)");
-        scanNetworks(scan);
+        startOrQueue(scan);
     }
     stopIdleScanTimer();
     if (!m_scanTimer.isActive())
@@ -155,7 +155,7 @@ void Scans::on_scanTimer_timeout()
     m_lowlevel.forgetScan();
     auto cancelled = std::exchange(m_pendingScanReplies, {});
     const auto queued = std::exchange(m_queueScanRequests, {});
-    for (const QueuedScan& scan : queued)
+    for (const ScanRequest& scan : queued)
         cancelled.append(scan.request.reply());
     if (cancelled.isEmpty())
         return;

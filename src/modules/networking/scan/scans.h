@@ -13,8 +13,8 @@ class Picture;
 /// The scans for wireless networks, of which one runs at a time however many are asked for.
 ///
 /// Requests wait for the scan that runs, or for the wireless interface to be idle. The results are
-/// published as rows and given to all that wait; what got none within 30 s of its arrival is
-/// refused. Whenever the timer stands still, nobody waits.
+/// published as rows and answer those that wait for the scan. The oldest request waits 30 s at
+/// most; then all that wait are refused with it. Nobody waits while the timer stands still.
 class Scans : public QObject
 {
     Q_OBJECT
@@ -27,8 +27,8 @@ public:
     void startQueuedScans();
 
 Q_SIGNALS:
-    /// Whether scans need the radio. May be told again without a change; results end the need, also
-    /// while requests wait for the interface.
+    /// Scans need the radio, or no longer do. May be told again without a change; results end the
+    /// need, also while requests wait for the interface.
     void wifiNeeded(bool needed);
     /// The requests that had waited for the interface were run, and nobody waits any more.
     void drained();
@@ -39,13 +39,14 @@ public Q_SLOTS:
     void on_scanTimer_timeout();
 
 private:
-    struct QueuedScan
+    struct ScanRequest
     {
         CMSetDataRequest request;
         qint64 arrivedMs; ///< On the monotonic clock.
     };
 
-    void scanNetworks(const QueuedScan& scan);
+    /// Starts the scan, or queues the request while the interface is busy.
+    void startOrQueue(const ScanRequest& scan);
     void startScan(const CMSetDataRequest& request);
     void refuseScan();
     void clearScanResults();
@@ -55,9 +56,9 @@ private:
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
     CMListRowsNode* const m_scanResultsNode;
-    /// They wait for the scan that runs.
+    /// The replies that wait for the scan that runs.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
-    /// They wait for the interface; the oldest one stands first.
-    QVector<QueuedScan> m_queueScanRequests;
+    /// The requests that wait for the interface; the oldest one stands first.
+    QVector<ScanRequest> m_queueScanRequests;
     QTimer m_scanTimer{this};
 };
