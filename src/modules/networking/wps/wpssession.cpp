@@ -160,5 +160,5 @@ void WpsSession::on_applyWps_req(const CMSetDataRequest& request)
         LOG4CPLUS_DEBUG(networkingLogger(), "updated profile: " << changed);
         return changed;
     });
-    applied.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
+    request.answerAs(applied);
 }
