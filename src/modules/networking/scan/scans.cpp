@@ -54,13 +54,13 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
 
 void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
     startOrQueue({request, monotonicMs()});
     stopIdleScanTimer();
 }
 
 void Scans::startOrQueue(const ScanRequest& scan)
 {
+    const auto trace = dbglog_scopedFunction(networkingLogger(), requestContext);
     if (m_picture.info().airplaneMode()) {
         LOG4CPLUS_INFO(networkingLogger(),
                        "Scan requested but airplaneMode is enabled, cannot scan at this time!");
