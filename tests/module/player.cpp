@@ -383,6 +383,7 @@ void Player::addFacts()
         {"last used"_s, [this] { return m_backend->profiles.last().__variant(); }},
         {"writes"_s, [this] { return m_fixture->store->writes.size(); }},
         {"started"_s, [this] { return m_backend->startedSoftAps.size(); }},
+        {"last started"_s, [this] { return m_backend->startedSoftAps.last().__variant(); }},
         {"stopped"_s, [this] { return m_backend->stoppedSoftAps.size(); }},
         {"live"_s, [this] { return live(*m_fixture, HeldClock::now()); }},
         {"counted"_s, [this] { return m_log.count("Failed connection attempts"_s); }},

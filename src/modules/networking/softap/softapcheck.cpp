@@ -127,8 +127,13 @@ Settings normalSoftApSettings(const Settings& settings)
     QVariantHash normal = mergeSoftApSettings(settings, {}).__hash();
     for (const QString& field : {Settings::ApAddress(), Settings::ApNetmask(),
                                  Settings::DhcpRangeFrom(), Settings::DhcpRangeTo()}) {
-        if (normal.contains(field))
-            normal.insert(field, orvaIPv4Address(normal.value(field).toString()));
+        const QString text = normal.take(field).toString();
+        const QString address = orvaIPv4Address(text);
+        if (!address.isEmpty())
+            normal.insert(field, address);
+        else if (!text.isEmpty())
+            LOG4CPLUS_WARN(networkingLogger(),
+                           "Not an IPv4 " << field << " of a soft AP, leaving it out: " << text);
     }
     return Settings(normal);
 }

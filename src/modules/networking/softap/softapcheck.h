@@ -19,6 +19,7 @@
 [[nodiscard]] OrvaResult<void>
 checkSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
-/// The settings without unknown fields, and with the addresses in normal form.
+/// The settings without unknown fields, and with the addresses in normal form. Texts that are no
+/// addresses are left out, with a warning.
 [[nodiscard]] OrvaNetworkProfileSoftApSettings
 normalSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);

@@ -50,7 +50,8 @@ void SoftAps::readSoftApConfiguration(const QString& mac)
                        "The default SSID of the soft AP is too long, cut to: " << ownSsid);
     const auto configuration =
         readValue(OrvaNetworkSoftApConfigSettingsPath()).networkProfile().softApSettings();
-    for (Settings settings : configuration) {
+    for (const Settings& configured : configuration) {
+        Settings settings = normalSoftApSettings(configured);
         if (settings.ssid() == defaultSsid)
             settings.setSsid(ownSsid);
         m_softAps[settings.apInterface()].configured = settings;
