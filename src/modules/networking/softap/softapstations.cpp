@@ -4,9 +4,6 @@
 #include "backend/networkinglowlevel.h"
 #include "networkinglog.h"
 
-namespace {
-} // namespace
-
 SoftApStations::SoftApStations(const Networking_LowLevel& backend, CMValueNode* node)
     : m_connectedStationsNode(node)
 {
