@@ -68,7 +68,11 @@ private Q_SLOTS:
     {
         OrvaProcessHandler handler;
         QStringList lines;
-        handler.startAsync("sleep"_s, {"60"_s}, 0, [&lines](const auto&) { lines << "old"_s; });
+        const auto old = [&lines](const auto&) { lines << "old"_s; };
+        handler.startAsync("true"_s, {}, 0, old);
+        while (handler.isRunning()) // After that, its end waits in the event loop yet.
+            QCoreApplication::processEvents();
+        handler.startAsync("sleep"_s, {"60"_s}, 0, old);
         handler.startAsync(
             "sh"_s, script("printf 'one\\ntw'; sleep 0.05; printf 'o\\n'"_s), 0,
             [&lines](const auto&) { lines << "end"_s; },

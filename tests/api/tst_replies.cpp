@@ -33,6 +33,7 @@ private Q_SLOTS:
         const auto reply = CMReply<QVariant>::create();
         int calls = 0;
         reply.addWatcher([&calls](const CMReply<QVariant>& end) { calls += end.value().toInt(); });
+        reply.onError(this, [&calls](const CMError&) { calls += 10; });
         reply.finish(1);
         reply.setError(CMError("error"_s, TrString("no")));
         QCOMPARE(calls, 1);
@@ -89,6 +90,22 @@ private Q_SLOTS:
         QVERIFY(reply.data()->waitForFinished(5000));
     }
 
+    void whoWaitsHurriesWhatIsNotFinishedYet()
+    {
+        int hurries = 0;
+        for (const bool isFinished : {true, false}) {
+            const auto reply = CMVoidReply::create();
+            reply.data()->setHurry([&] {
+                ++hurries;
+                reply.finish();
+            });
+            if (isFinished)
+                reply.finish();
+            QVERIFY(reply.data()->waitForFinished(0));
+        }
+        QCOMPARE(hurries, 1);
+    }
+
     void aValueNodeAnnouncesItsFirstValueAndChanges()
     {
         CMNodes nodes;
@@ -124,6 +141,9 @@ private Q_SLOTS:
         CMNodes nodes;
         auto* node = CMListRowsNode::create(nodes, path());
         QSignalSpy changed(node, &CMListRowsNode::rowsChanged);
+        node->rowsClear();
+        QCoreApplication::processEvents();
+        QCOMPARE(changed.size(), 0);
         for (const char* id : {"a", "b", "c", "a"}) {
             OrvaRoles row;
             row.setId(QLatin1String(id));

@@ -32,7 +32,7 @@ OrvaValue criteria(const char* part = "10000", const QByteArray& instead = "1000
 OrvaValue wirelessInfo(int state, const QByteArray& gateway)
 {
     return json(R"({"networkInfo":{"wireless":{"state":)" + QByteArray::number(state) +
-                R"(},"gateways":[{"ip":"fe80::1","protocol":1},{"ip":")" + gateway + R"("}]}})");
+                R"(},"gateways":[{"ip":"fe80::1","protocol":1},{},{"ip":")" + gateway + R"("}]}})");
 }
 
 /// The processes that a process of one thread has started.
