@@ -307,7 +307,8 @@ private Q_SLOTS:
         EVENTUALLY_EQUAL(stations(), QStringList(longText.left(4096).toUpper()));
     }
 
-    /// A daemon that starts anew takes nothing down that was in between.
+    /// A daemon that starts anew takes nothing down that was in between, nor brings up what was
+    /// off.
     void endsWhatWasInBetweenByName()
     {
         PlayedListener listener;
@@ -315,12 +316,20 @@ private Q_SLOTS:
         Networking_LowLevel_LUMO client(listener);
         QVERIFY(!client.getEthernetMAC().isEmpty());
         QTest::qWait(50);
+        QVERIFY(client.startSoftAp({}) && client.disconnect());
         listener.heard.clear();
+        QSignalSpy refreshed(&client, &Networking_LowLevel::AddressesChanged);
+        for (const char* signal : {"Connected", "Disconnected"})
+            m_stage->say(QLatin1String(signal), {"uap2"_s});
         m_stage->say("Connected"_s, {"wlan0"_s});
         m_stage->say("Started"_s);
-        const QStringList heard = {"wlan0 up"_s, "eth0 down"_s, "uap0 down"_s, "uap1 down"_s,
-                                   "wlan0 down"_s};
-        EVENTUALLY_EQUAL(listener.heard.mid(0, 5), heard);
+        const QStringList heard = {"uap2 up"_s,   "uap2 down"_s, "wlan0 up"_s,  "eth0 down"_s,
+                                   "uap0 down"_s, "uap1 down"_s, "wlan0 down"_s};
+        EVENTUALLY_EQUAL(listener.heard.mid(0, 7), heard);
+        QCOMPARE(refreshed.size(), 1);
+        QVERIFY(client.forceWifiReconnect());
+        EVENTUALLY(m_stage->told().contains("ForceWifiReconnect"_s));
+        QCOMPARE(m_stage->told().filter("StartSoftAp"_s).size(), 1);
     }
 
     void aDaemonThatHangsCostsTwoSecondsOnce()
@@ -368,6 +377,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("refreshes");
         QTest::newRow("the bus's policy") << "org.freedesktop.DBus.Error.AccessDenied"_s << 1;
         QTest::newRow("the bus's limits") << "org.freedesktop.DBus.Error.LimitsExceeded"_s << 1;
+        QTest::newRow("nobody there") << "org.freedesktop.DBus.Error.NameHasNoOwner"_s << 1;
         QTest::newRow("the daemon's own") << "org.orva.lumod.Error"_s << 0;
     }
     void readsErrors()
