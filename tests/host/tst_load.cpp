@@ -41,6 +41,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("size");
         QTest::addColumn<int>("served"); // of all, how many are
         QTest::newRow("5 times 30 MiB") << 5 << (30 << 20) << 0;
+        QTest::newRow("5 MiB") << 1 << (5 << 20) << 0;
         QTest::newRow("20 times 1 MiB") << 20 << (1 << 20) - 100 << 7;
         QTest::newRow("2000 small ones") << 2000 << 10 << 1023;
     }
@@ -115,6 +116,9 @@ private Q_SLOTS:
         QCOMPARE(ledger.callers(), 1);
         QVERIFY(ledger.enter("0", 30000));
         QVERIFY(!ledger.enter("0", 30000));
+        QVERIFY(ledger.enter("0", 3000));
+        ledger.leave("0", 30000);
+        QVERIFY(ledger.enter("0", 30000));
     }
 
     void aSecondEndSignalEndsABusyHostAtOnce()

@@ -172,13 +172,14 @@ private Q_SLOTS:
         DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
         Settings settings(networkSettingDefaults(), m_directory);
         DiskCalls::refused.clear();
+        QVERIFY(!(QFileInfo(m_file).permissions() & QFile::Permissions(0x0077)));
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(7)), "NotStored"_s);
         QCOMPARE(stored(), content);
     }
 
-    void oneDamagedEntryLeavesTheOthersAndTheUnknown()
+    void damagedEntriesLeaveTheOthersAndTheUnknown()
     {
-        put(R"({"settings/network/max-auth-failures": 1,
+        put(R"({"settings/network/max-auth-failures": 1, "settings/network/airplane-mode": 1,
                 "settings/network/backup-profile": {"networkProfile": {"later": [1]}},
                 "settings/of/another": {"secret": [1]}})");
         const LogCapture& log = LogCapture::install();
@@ -189,6 +190,7 @@ private Q_SLOTS:
         QCOMPARE(valueOf(next, OrvaNetworkBackupProfileSettingsPath()),
                  json(R"({"networkProfile": {"later": [1]}})"));
         QVERIFY(stored().contains("settings/of/another"));
+        QCOMPARE(files().size(), 2); // It and the one copy of what it was.
     }
 
     void aWriteThatTheDiskRefusesChangesNothing_data()
@@ -208,7 +210,10 @@ private Q_SLOTS:
                  QStringList({"open"_s, "write"_s, "sync file"_s, "rename"_s, "sync directory"_s}));
         DiskCalls::made.clear();
         DiskCalls::refused = QString::fromLatin1(QTest::currentDataTag());
+        const auto other = CMReply<QVariant>::create();
+        settings.setValue(OrvaNetworkMaxNumberWifiNetworks(), OrvaValue::of(5), other);
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(9)), "NotStored"_s);
+        QCOMPARE(other.error().name(), "NotStored"_s);
         QCOMPARE(DiskCalls::made.mid(0, calls).last(), DiskCalls::refused);
         QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
         QCOMPARE(files(), QStringList("settings.json"_s));
@@ -221,21 +226,25 @@ private Q_SLOTS:
     void whatCouldNotBeReadBackIsRefused_data()
     {
         QTest::addColumn<OrvaValue>("value");
+        QTest::addColumn<int>("stored"); // bytes of it all
         QVariant deep = 1;
         for (int i = 0; i < 11; ++i)
             deep = QVariantHash{{"x"_s, deep}};
-        const auto row = [](const char* what, const QVariant& more) {
-            QTest::newRow(what) << OrvaValue(
-                QVariantHash{{"networkProfile"_s, QVariantHash{{"x"_s, more}}}});
+        const auto row = [](const char* what, const QVariant& more, int stored = 100) {
+            const QVariantHash profile{{"x"_s, more}};
+            QTest::newRow(what) << OrvaValue(QVariantHash{{"networkProfile"_s, profile}}) << stored;
         };
         row("too deep", deep);
         row("too large", QString(1 << 20, QLatin1Char('x')));
         row("half a character", QString(QChar(0xd800)));
+        row("too much in all", QString(1000, QLatin1Char('x')), 64 << 20);
     }
 
     void whatCouldNotBeReadBackIsRefused()
     {
         QFETCH(OrvaValue, value);
+        QFETCH(int, stored);
+        put(QByteArray("{\"of/another\": \"\"}").insert(16, QByteArray(stored - 18, 'x')));
         Settings settings(networkSettingDefaults(), m_directory);
         const CMPath profile = OrvaNetworkBackupProfileSettingsPath();
         const OrvaValue before = valueOf(settings, profile);
@@ -248,6 +257,9 @@ private Q_SLOTS:
     {
         Settings settings(networkSettingDefaults(), m_directory);
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(3)), QString());
+        settings.invoke(maxFailures(), OrvaValue::of(7), {});
+        QCoreApplication::processEvents();
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(true)), "MalformedValue"_s);
         Settings next({{maxFailures(), OrvaValue::of(5)}}, m_directory);
         QCOMPARE(valueOf(next, maxFailures()), OrvaValue::of(3));
     }
@@ -279,6 +291,13 @@ private Q_SLOTS:
         QCOMPARE(DiskCalls::made.mid(4),
                  QStringList({"sync directory"_s, "answer"_s, "answer"_s, "answer"_s}));
         QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
+        // What is stored already is not written again, what waits at the end is.
+        DiskCalls::made.clear();
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(8)), QString());
+        QVERIFY(DiskCalls::made.isEmpty());
+        Settings(networkSettingDefaults(), m_directory)
+            .setValue(maxFailures(), OrvaValue::of(9), {});
+        QCOMPARE(afterRestart(), OrvaValue::of(9));
     }
 
     void theExampleShowsTheDefaults()

@@ -28,7 +28,10 @@ private Q_SLOTS:
         };
         row("/nowhere.so", library("/nowhere.so"));
         row("worker_create", library(ORVA_NO_WORKER));
-        row("others than root", library(foreignLibrary()));
+        row("others than root", library(copiedLibrary(QFile::Permissions(0x6666))));
+        const QByteArray copy = copiedLibrary(QFile::Permissions(0x6644));
+        if (::chown(copy, 12345, 12345) == 0)
+            row("others than root and", library(copy));
         row("made no worker", library(ORVA_TEST_WORKER, R"(, "config": {"none": true})"));
         row("it is built with Qt", library(ORVA_OTHER_WORKER));
         row("not an absolute path", library("libc.so.6"));
@@ -109,12 +112,11 @@ private Q_SLOTS:
     }
 
 private:
-    /// A library that everybody may write.
-    QByteArray foreignLibrary()
+    QByteArray copiedLibrary(QFile::Permissions permissions)
     {
-        const QString copy = m_directory.filePath("worker.so"_s);
+        const QString copy = m_directory.filePath("%1.so"_s.arg(permissions));
         if (!QFile::copy(QStringLiteral(ORVA_TEST_WORKER), copy) ||
-            !QFile::setPermissions(copy, QFile::Permissions(0x6666)))
+            !QFile::setPermissions(copy, permissions))
             qFatal("no copy");
         return copy.toLocal8Bit();
     }

@@ -71,11 +71,21 @@ private Q_SLOTS:
 
     void whoWaitsForANodeIsToldWhenItsWorkerComes()
     {
-        const CMValueItem item(nullptr, path("late"));
+        auto ended = std::make_unique<CMValueItem>(nullptr, path("late"));
+        const CMValueItem item(nullptr, path("late")); // is told first
         QSignalSpy changed(&item, &CMValueItem::changed);
+        QSignalSpy endedChanged(ended.get(), &CMValueItem::changed);
+        connect(&item, &CMValueItem::changed, this, [&ended] { ended.reset(); });
         m_root->addWorker(workerWith("late", OrvaValue::of(4)));
         QCOMPARE(changed.size(), 1);
+        QCOMPARE(endedChanged.size(), 0);
         QCOMPARE(item.value().i32_(), 4);
+        // The first value is told once, though another comes before it is.
+        const CMValueItem later(nullptr, path("late"));
+        QSignalSpy laterChanged(&later, &CMValueItem::changed);
+        m_root->setValue(path("late"), OrvaValue::of(5), {});
+        QCoreApplication::processEvents();
+        QCOMPARE(laterChanged.size(), 1);
     }
 
     void thePowerManagerKeepsTheLastHundredRequestsInOrder()
@@ -88,6 +98,11 @@ private Q_SLOTS:
         auto reply = CMReply<QVariant>::create();
         for (int i = 0; i < 103; ++i)
             m_root->invoke(OrvaPowerManagerResourceRequestPath(), wanted, {});
+        wanted.setAction(OrvaPowerModuleActions::None);
+        m_root->invoke(OrvaPowerManagerResourceRequestPath(), wanted, reply);
+        QTRY_VERIFY(reply.isFinished());
+        QVERIFY(OrvaValue(m_root->getValue(path("power/resource/wifi")).toHash()).bool_());
+        reply = CMReply<QVariant>::create();
         wanted.setAction(OrvaPowerModuleActions::Release);
         m_root->invoke(OrvaPowerManagerResourceRequestPath(), wanted, reply);
         QTRY_VERIFY(reply.isFinished());
@@ -95,7 +110,7 @@ private Q_SLOTS:
         m_root->request(rows);
         const QVariantList list = rows.reply.value().toList();
         QCOMPARE(list.size(), 100);
-        QCOMPARE(OrvaRoles(list.first().toHash()).id(), "5"_s);
+        QCOMPARE(OrvaRoles(list.first().toHash()).id(), "6"_s);
         QCOMPARE(OrvaHash(OrvaRoles(list.last().toHash()).value()), OrvaHash(wanted));
         QVERIFY(!OrvaValue(m_root->getValue(path("power/resource/wifi")).toHash()).bool_());
     }
@@ -123,6 +138,8 @@ private Q_SLOTS:
             QCOMPARE(ask(hold, "other"_s + QString::number(i)), QString());
         }
         QCOMPARE(ask(enter, "late"_s), "TooMany"_s);
+        QCOMPARE(ask(enter, QString(64, QLatin1Char('x'))), "TooMany"_s);
+        QCOMPARE(ask(enter, QString(65, QLatin1Char('x'))), "MalformedValue"_s);
         QCOMPARE(ask(hold, "late"_s), "TooMany"_s);
         QCOMPARE(ask(enter, "99"_s), QString());
         QCOMPARE(ask(hold, "99"_s), QString());

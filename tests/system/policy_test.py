@@ -96,6 +96,7 @@ class PolicyTest(unittest.TestCase):
     def test_limits(self):
         silent = PYTHON + """
 for member, words in (("SetValue", ("interfaces/wired", {"string": "x"})), ("Invoke", ("network/scan", {})),
+                      ("SetValue", ("interfaces/wired", {"string": "x" * (5 << 20)})),
                       ("GetValue", ("network/info",))):
     call = dbus.lowlevel.MethodCallMessage("org.orva.Host1", "/org/orva/Host1", "org.orva.Host1", member)
     call.append(*words, signature="sa{sv}"[:1 + 5 * (len(words) - 1)]); call.set_no_reply(True)

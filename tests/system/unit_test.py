@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The shipped unit's walls: the host and the programs that it runs get through them, and nothing else does."""
-import os, pathlib, signal, subprocess, unittest
+import os, pathlib, signal, socket, subprocess, unittest
 
 from privatebus import BUILD, PrivateBus
 
@@ -71,10 +71,16 @@ class UnitTest(unittest.TestCase):
         self.assertEqual(len(pathlib.Path(self.device.directory, "rfkill").read_bytes()), 8)
 
     def test_the_host_gets_through(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.bind(f"\0orva-test-{os.getpid()}")
         self.device.start_bus()
+        self.device.environment |= {"NOTIFY_SOCKET": f"@orva-test-{os.getpid()}", "WATCHDOG_USEC": "20000000"}
         self.device.start_host(*self.enter)
         self.device.orvactl("wait", "network/state/connected==true", "--timeout", "20")
         self.device.orvactl("airplane", "on", "--wait", "10")
+        told = {manager.recv(99, socket.MSG_DONTWAIT) for _ in range(2)}
+        self.assertEqual(told, {b"READY=1", b"WATCHDOG=1"})
 
 
 if __name__ == "__main__":
