@@ -53,6 +53,8 @@ Failure fromBusError(const QDBusError& error)
         return Failure{status, QStringLiteral("Not running: %1").arg(text)};
     if (status == ExitStatus::Refused)
         return Failure{status, QStringLiteral("Not allowed: %1").arg(text)};
+    if (error.name() == QLatin1String("org.orva.Error.WrongKind"))
+        return Failure{status, text, Reason::wrongKind};
     return Failure{status, text};
 }
 

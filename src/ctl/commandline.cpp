@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commandline.h"
 
+#include "output.h"
+#include "usagefault.h"
+
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <deque>
+#include <sstream>
 
 namespace ctl {
 
@@ -23,8 +28,10 @@ private:
     void add(const Command& command);
     void add(CLI::App& app, Arguments& arguments, const std::vector<Parameter>& parameters);
     CLI::Option* add(CLI::App& app, Arguments& arguments, const Parameter& parameter);
+    [[nodiscard]] ExitStatus end(const CLI::ParseError& error, const QStringList& arguments) const;
     [[nodiscard]] QDeadlineTimer deadline() const;
 
+    const Program& m_program;
     CLI::App m_app;
     std::map<std::string, CLI::App*> m_apps; ///< by their words
     std::deque<Arguments> m_arguments;       ///< of all commands: the parser points into them
@@ -58,6 +65,16 @@ void describe(CLI::Option& option, const Parameter& parameter)
         option.delimiter(',');
 }
 
+/// Why @p text is no time; empty where it is one.
+std::string timeFault(const std::string& text)
+{
+    bool isNumber = false;
+    const double seconds = QString::fromStdString(text).toDouble(&isNumber);
+    if (isNumber && std::isfinite(seconds) && seconds > 0)
+        return {};
+    return "\"" + text + "\" is no time; it takes seconds, more than 0, such as 30 or 0.5.";
+}
+
 /// A check's own description would stand in the help, beside the type: it goes.
 void check(CLI::Option& option, const Parameter& parameter)
 {
@@ -67,13 +84,14 @@ void check(CLI::Option& option, const Parameter& parameter)
         option.check(CLI::IsMember(texts).description(""));
     }
     if (parameter.kind == Kind::Seconds || parameter.kind == Kind::Time)
-        option.check(CLI::PositiveNumber.description(""));
+        option.check(CLI::Validator(&timeFault, ""));
     if (parameter.kind == Kind::Address || parameter.kind == Kind::Addresses)
         option.check(CLI::ValidIPV4.description(""));
 }
 
 Parser::Parser(const Program& program)
-    : m_app(program.description, "orvactl")
+    : m_program(program)
+    , m_app(program.description, "orvactl")
     , m_apps{{"", &m_app}}
 {
     m_app.fallthrough();
@@ -131,10 +149,13 @@ CLI::Option* Parser::add(CLI::App& app, Arguments& arguments, const Parameter& p
 
 std::variant<Choice, ExitStatus> Parser::parse(int argc, char** argv)
 {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromUtf8(argv[i]));
     try {
         m_app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::Usage;
+        return end(error, arguments);
     }
     const QString generate = m_global.text("--generate");
     if (!m_command && generate.isEmpty()) {
@@ -143,6 +164,20 @@ std::variant<Choice, ExitStatus> Parser::parse(int argc, char** argv)
     }
     return Choice{m_command, m_given ? *m_given : Arguments(), deadline(), m_global.flag("--json"),
                   generate};
+}
+
+/// Help and version are no faults.
+ExitStatus Parser::end(const CLI::ParseError& error, const QStringList& arguments) const
+{
+    std::ostringstream out;
+    std::ostringstream fault;
+    if (m_app.exit(error, out, fault) == 0) {
+        Output::text(out.str());
+        return ExitStatus::Done;
+    }
+    const QString why = usageFault(m_program, arguments, QString::fromUtf8(error.what()));
+    Output().failure({ExitStatus::Usage, why});
+    return ExitStatus::Usage;
 }
 
 QDeadlineTimer Parser::deadline() const

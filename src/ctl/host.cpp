@@ -2,6 +2,7 @@
 #include "host.h"
 
 #include "host1interface.h"
+#include "suggestion.h"
 
 #include "core/orvaplainvalue.h"
 
@@ -27,16 +28,28 @@ Outcome<OrvaValue> plainValue(const QVariantMap& fromBus)
                    QStringLiteral("The host's answer is no value: %1.").arg(hash.why())};
 }
 
-Outcome<OrvaValue> plainValue(const Outcome<QVariantMap>& answer)
-{
-    return answer ? plainValue(*answer) : answer.error();
-}
-
 /// The part of a version that changes with the interface.
 QVersionNumber interfaceVersion(const QString& version)
 {
     const auto number = QVersionNumber::fromString(version);
     return {number.majorVersion(), number.minorVersion()};
+}
+
+QString noSuchNode(const CMPath& path, const QStringList& paths)
+{
+    return QStringLiteral("There is no node \"%1\".").arg(path.toString()) +
+           didYouMean(path.toString(), paths);
+}
+
+/// What the node is, and the command for it.
+QString whatItIs(const OrvaBusNode& node)
+{
+    if (node.kind == QLatin1String("activate"))
+        return QStringLiteral("%1 is an action: \"orvactl invoke %1\" activates it.")
+            .arg(node.path);
+    if (node.kind == QLatin1String("rows"))
+        return QStringLiteral("%1 is a list: \"orvactl rows %1\" shows it.").arg(node.path);
+    return QStringLiteral("%1 is a value: \"orvactl get %1\" shows it.").arg(node.path);
 }
 
 Failure lostHost()
@@ -89,28 +102,53 @@ Result Host::checkVersion() const
             .arg(ours, theirs)};
 }
 
+Failure Host::explained(Failure failure, const CMPath& path)
+{
+    if (failure.status != ExitStatus::NoSuchNode && failure.reason != Reason::wrongKind)
+        return failure;
+    const auto all = nodes();
+    if (!all)
+        return failure;
+    QStringList paths;
+    for (const OrvaBusNode& node : *all) {
+        paths.append(node.path);
+        if (node.path == path.toString())
+            failure.text = whatItIs(node);
+    }
+    if (failure.status == ExitStatus::NoSuchNode)
+        failure.text = noSuchNode(path, paths);
+    return failure;
+}
+
+Outcome<OrvaValue> Host::valueOrWhy(const Outcome<QVariantMap>& answer, const CMPath& path)
+{
+    return answer ? plainValue(*answer) : explained(answer.error(), path);
+}
+
 Outcome<OrvaValue> Host::value(const CMPath& path)
 {
-    return plainValue(m_bus.await<QVariantMap>(m_proxy->GetValue(path.toString())));
+    return valueOrWhy(m_bus.await<QVariantMap>(m_proxy->GetValue(path.toString())), path);
 }
 
 Result Host::setValue(const CMPath& path, const OrvaValue& value)
 {
-    return m_bus.finish(m_proxy->SetValue(path.toString(), OrvaBusValue{value.__hash()}));
+    const Result set =
+        m_bus.finish(m_proxy->SetValue(path.toString(), OrvaBusValue{value.__hash()}));
+    return set ? set : explained(set.error(), path);
 }
 
 Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
                                 std::chrono::seconds atMost)
 {
     const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
-    return plainValue(m_bus.await<QVariantMap>(call, atMost));
+    return valueOrWhy(m_bus.await<QVariantMap>(call, atMost), path);
 }
 
 Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
 {
     const auto answer = m_bus.await<OrvaBusRows>(m_proxy->GetRows(path.toString()));
     if (!answer)
-        return answer.error();
+        return explained(answer.error(), path);
     QVector<OrvaRoles> rows;
     for (const QVariantMap& row : *answer) {
         const auto plain = plainValue(row);
@@ -131,11 +169,13 @@ Outcome<OrvaBusNode> Host::node(const CMPath& path)
     const auto all = nodes();
     if (!all)
         return all.error();
+    QStringList paths;
     for (const OrvaBusNode& node : *all) {
         if (node.path == path.toString())
             return node;
+        paths.append(node.path);
     }
-    return Failure{ExitStatus::NoSuchNode, QStringLiteral("No node %1.").arg(path.toString())};
+    return Failure{ExitStatus::NoSuchNode, noSuchNode(path, paths)};
 }
 
 Result Host::waitFor(const CMPath& path, const Verdict& verdict)

@@ -59,6 +59,9 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] bool isGone() const;
+    /// @p failure of a call for the node at @p path, with what would have been right.
+    [[nodiscard]] Failure explained(Failure failure, const CMPath& path);
+    Outcome<OrvaValue> valueOrWhy(const Outcome<QVariantMap>& answer, const CMPath& path);
 
     const Bus& m_bus;
     std::unique_ptr<OrgOrvaHost1Interface> m_proxy;

@@ -6,7 +6,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
-#include <cstdio>
+#include <fcntl.h>
 
 using namespace ctl;
 
@@ -67,10 +67,21 @@ Result runCommand(const Choice& choice, Output& out)
     return result;
 }
 
+/// In a stream that is closed the next file that is opened would take its place, such as the bus's
+/// connection. What goes the wrong way in these fails as it would have.
+void occupyClosedStreams()
+{
+    for (const int stream : {0, 1, 2}) {
+        if (fcntl(stream, F_GETFD) == -1)
+            (void)!open("/dev/null", stream == 0 ? O_WRONLY : O_RDONLY);
+    }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    occupyClosedStreams();
     const QCoreApplication application(argc, argv);
     Output out;
     if (!std::all_of(argv, argv + argc, isUtf8))
@@ -81,7 +92,7 @@ int main(int argc, char* argv[])
         return int(*ended);
     const Choice& choice = *std::get_if<Choice>(&parsed);
     if (!choice.generate.isEmpty()) {
-        std::fputs(generated(orvactl, choice.generate).c_str(), stdout);
+        Output::text(generated(orvactl, choice.generate));
         return int(ExitStatus::Done);
     }
     out.setJson(choice.json);

@@ -40,7 +40,8 @@ public:
         if (!wanted(path))
             return;
         if (value.isEmpty()) {
-            show(path, {}, orvaMask(), orvaMask());
+            const Leaf masked = {orvaMask(), {}, {}};
+            show(path, {}, masked, masked);
             return;
         }
         const Leaves before = m_leaves.value(path);
@@ -53,9 +54,9 @@ public:
             return before.contains(place) != now.contains(place);
         };
         for (auto it = places.cbegin(); it != places.cend(); ++it) {
-            const QString from = before.value(it.key()).text;
-            const QString to = now.value(it.key()).text;
-            const bool changed = it->isRecord ? cameOrWent(it.key()) : from != to;
+            const Leaf from = before.value(it.key());
+            const Leaf to = now.value(it.key());
+            const bool changed = it->isRecord ? cameOrWent(it.key()) : from.text != to.text;
             // The line of a record that came or went as a whole says it all.
             if (changed && (it->parent.isEmpty() || !cameOrWent(it->parent)))
                 show(path, it.key(), from, to);
@@ -68,8 +69,8 @@ public:
             return;
         const int before = m_rowCounts.value(path);
         m_rowCounts.insert(path, rowCount(path));
-        show(path, QStringLiteral("rows"), QString::number(before),
-             QString::number(m_rowCounts.value(path)));
+        const auto count = [](int rows) { return Leaf{QString::number(rows), rows, {}}; };
+        show(path, QStringLiteral("rows"), count(before), count(m_rowCounts.value(path)));
     }
 
 private:
@@ -95,23 +96,23 @@ private:
         return rows ? rows->size() : 0;
     }
 
-    void show(const CMPath& path, const QString& place, const QString& from,
-              const QString& to) const
+    void show(const CMPath& path, const QString& place, const Leaf& from, const Leaf& to) const
     {
         const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
         m_context.out.document(
             {{QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
              {QStringLiteral("path"), path.toString()},
              {QStringLiteral("field"), place},
-             {QStringLiteral("from"), from},
-             {QStringLiteral("to"), to}});
+             {QStringLiteral("from"), from.value},
+             {QStringLiteral("to"), to.value}});
         const QString none = QStringLiteral("(none)");
         m_context.out.line(
             QStringLiteral("%1  %2%3  %4 → %5")
                 .arg(Output::styled(time, Output::Style::Dim), printable(path.toString()),
                      place.isEmpty() ? QString() : QLatin1Char(' ') + printable(place),
-                     from.isEmpty() ? none : printable(from),
-                     Output::styled(to.isEmpty() ? none : printable(to), Output::Style::Bold)));
+                     from.text.isEmpty() ? none : printable(from.text),
+                     Output::styled(to.text.isEmpty() ? none : printable(to.text),
+                                    Output::Style::Bold)));
     }
 
     Context& m_context;

@@ -17,11 +17,17 @@ enum class ExitStatus {
     NotRunning = 8, ///< the host or the bus is not there
 };
 
+/// The words for why a step failed.
+namespace Reason {
+inline const auto wrongKind = QStringLiteral("wrong-kind");
+} // namespace Reason
+
 /// The failure of a step: the exit status, and a text for the person.
 struct Failure
 {
     ExitStatus status = ExitStatus::Other;
     QString text;
+    QString reason = {}; ///< in a word that scripts may rely on; empty where the status says it
 
     [[nodiscard]] QString message() const { return text; }
 };

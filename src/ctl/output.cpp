@@ -3,18 +3,61 @@
 
 #include "core/orvaplainvalue.h"
 
+#include <cerrno>
+#include <clocale>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <numeric>
 #include <unistd.h>
 
 namespace ctl {
 
 namespace {
 
-void write(FILE* stream, const QString& text)
+void say(const QString& text)
 {
     const QByteArray bytes = text.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+}
+
+/// Whoever reads the data would take a part for the whole: nothing more is done.
+[[noreturn]] void loseOutput()
+{
+    const int why = errno;
+    if (why == EPIPE) { // The bus's library has the signal ignored.
+        std::signal(SIGPIPE, SIG_DFL);
+        std::raise(SIGPIPE);
+    }
+    say(QStringLiteral("orvactl: Standard output: %1")
+            .arg(QString::fromLocal8Bit(std::strerror(why))));
+    _exit(int(ExitStatus::Other));
+}
+
+void write(const QByteArray& bytes)
+{
+    const bool written =
+        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout) == size_t(bytes.size());
+    if (std::fflush(stdout) != 0 || !written)
+        loseOutput();
+}
+
+void writeLine(const QString& text)
+{
+    write(text.toUtf8() + '\n');
+}
+
+/// The columns of one character, whatever the locale of the program.
+int columnsOf(char32_t code)
+{
+    static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (!utf8)
+        return 1;
+    const locale_t before = uselocale(utf8);
+    const int columns = wcwidth(wchar_t(code));
+    uselocale(before);
+    return columns < 0 ? 1 : columns;
 }
 
 bool stdoutHasColour()
@@ -26,10 +69,15 @@ bool stdoutHasColour()
 
 } // namespace
 
+void Output::text(const std::string& text)
+{
+    write(QByteArray::fromStdString(text));
+}
+
 void Output::line(const QString& text) const
 {
     if (!m_json)
-        write(stdout, text);
+        writeLine(text);
 }
 
 void Output::table(const QVector<QStringList>& rows) const
@@ -38,12 +86,13 @@ void Output::table(const QVector<QStringList>& rows) const
     for (const QStringList& row : rows) {
         widths.resize(qMax(widths.size(), row.size()));
         for (int column = 0; column < row.size(); ++column)
-            widths[column] = qMax(widths[column], row[column].size());
+            widths[column] = qMax(widths[column], displayWidth(row[column]));
     }
     for (const QStringList& row : rows) {
         QString text;
         for (int column = 0; column < row.size(); ++column)
-            text += row[column].leftJustified(widths[column] + 2);
+            text += row[column] +
+                    QString(widths[column] + 2 - displayWidth(row[column]), QLatin1Char(' '));
         while (text.endsWith(QLatin1Char(' ')))
             text.chop(1);
         line(text);
@@ -53,18 +102,21 @@ void Output::table(const QVector<QStringList>& rows) const
 void Output::document(const QVariantHash& value) const
 {
     if (m_json)
-        write(stdout, QString::fromUtf8(OrvaPlain::toJson(value)));
+        write(OrvaPlain::toJson(value) + '\n');
 }
 
 void Output::note(const QString& text) const
 {
-    write(stderr, text);
+    say(text);
 }
 
 void Output::failure(const Failure& failure) const
 {
-    if (!failure.text.isEmpty())
-        write(stderr, QStringLiteral("orvactl: %1").arg(printable(failure.text)));
+    QString text = printable(failure.text);
+    if (!failure.reason.isEmpty())
+        text.prepend(failure.reason + QLatin1String(": "));
+    if (!text.isEmpty())
+        say(QStringLiteral("orvactl: %1").arg(text));
 }
 
 QString Output::styled(const QString& text, Style style)
@@ -89,6 +141,32 @@ QString printable(const QString& text)
             shown += QStringLiteral("\\u{%1}").arg(code, 0, 16);
     }
     return shown;
+}
+
+QString printableName(const QString& name)
+{
+    int begin = 0;
+    int end = name.size();
+    while (begin < end && name[begin].isSpace())
+        ++begin;
+    while (end > begin && name[end - 1].isSpace())
+        --end;
+    const auto code = [](QChar blank) {
+        return QStringLiteral("\\u{%1}").arg(blank.unicode(), 0, 16);
+    };
+    QString shown = printable(name.mid(begin, end - begin));
+    for (int i = begin; i-- > 0;)
+        shown.prepend(code(name[i]));
+    for (int i = end; i < name.size(); ++i)
+        shown.append(code(name[i]));
+    return shown;
+}
+
+int displayWidth(const QString& text)
+{
+    const auto codes = text.toUcs4();
+    return std::accumulate(codes.begin(), codes.end(), 0,
+                           [](int sum, char32_t code) { return sum + columnsOf(code); });
 }
 
 } // namespace ctl

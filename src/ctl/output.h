@@ -7,6 +7,8 @@
 #include <QVariantHash>
 #include <QVector>
 
+#include <string>
+
 namespace ctl {
 
 /// Writes what the commands have to say: data to stdout, all else to stderr.
@@ -19,6 +21,10 @@ public:
     /// With `json`, stdout carries one JSON document a line and nothing else.
     void setJson(bool json) { m_json = json; }
     [[nodiscard]] bool json() const { return m_json; }
+
+    /// Text on stdout as it stands. What cannot be written ends the program, here and in all that
+    /// writes data: silently where the reader has gone, else with the status Other.
+    static void text(const std::string& text);
 
     /// A line for a person; says nothing in JSON mode.
     void line(const QString& text) const;
@@ -43,5 +49,11 @@ private:
 
 /// Foreign text made harmless for a terminal: what does not print shows as its code.
 [[nodiscard]] QString printable(const QString& text);
+
+/// The same for a name, whose blanks at either end show as their codes too.
+[[nodiscard]] QString printableName(const QString& name);
+
+/// How many columns of a terminal the printable text takes.
+[[nodiscard]] int displayWidth(const QString& text);
 
 } // namespace ctl

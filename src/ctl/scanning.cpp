@@ -25,7 +25,7 @@ QString markOf(const QString& ssid, const OrvaNetworkInfo& info, const OrvaNetwo
 QStringList tableRow(const QString& mark, const OrvaNetworkScanResult& network)
 {
     return {mark,
-            printable(network.ssid()),
+            printableName(network.ssid()),
             securityName(network.encryption()),
             network.channel() > 0 ? QString::number(network.channel()) : QString(),
             bandName(network.frequency()),
@@ -58,10 +58,22 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
 /// The host gives a scan 30 seconds.
 constexpr std::chrono::seconds scanPatience{35};
 
+/// That it scans, or what the radio does that a scan must wait for.
+QString whatHappens(Host& host)
+{
+    const auto info = host.value(OrvaNetworkInfoPath());
+    const auto wireless = info ? info->networkInfo().wireless() : OrvaNetworkWirelessInterface();
+    if (wireless.wps().status() == OrvaNetworkWpsStatus::InProgress)
+        return QStringLiteral("A WPS session runs; the scan waits for its end.");
+    if (wireless.connectingStatus() == OrvaNetworkConnectingStatus::Connecting)
+        return QStringLiteral("A network is being joined; the scan waits for that.");
+    return QStringLiteral("Scanning…");
+}
+
 Result scan(Context& context, const Arguments&)
 {
     if (Output::stderrIsTerminal())
-        context.out.note(QStringLiteral("Scanning…"));
+        context.out.note(whatHappens(context.host));
     const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, scanPatience);
     return answer ? showNetworks(context, answer->networkScanResults()) : answer.error();
 }

@@ -100,7 +100,7 @@ QStringList tableRow(const OrvaNetworkSoftApRequestStatus& status)
     const Settings settings = status.settings();
     return {printable(status.name()),
             printable(status.interface()),
-            printable(settings.ssid()),
+            printableName(settings.ssid()),
             settings.channel() > 0 ? QString::number(settings.channel()) : QString(),
             yes(status.running()),
             yes(status.hold()),

@@ -12,6 +12,7 @@ namespace ctl {
 struct Leaf
 {
     QString text;
+    QVariant value; ///< the same for a machine, with the numbers of enumerations
     QString parent; ///< place of the record around it; empty for none
     bool isRecord = false;
 };

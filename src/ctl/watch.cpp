@@ -82,6 +82,26 @@ Result watch(Context& context, const Arguments& given)
     return present ? context.host.follow() : present;
 }
 
+/// What a node that holds a value of the type @p type is waited for; an error where it can never
+/// have it.
+Outcome<OrvaValue> wantedValue(const QString& text, const QString& type)
+{
+    auto wanted = parseValue(text, type);
+    if (!wanted || type.isEmpty())
+        return wanted;
+    const QString malformed = orvaMalformedField(OrvaValue::fields(), wanted->__hash());
+    if (!malformed.isEmpty())
+        return Failure{ExitStatus::Usage,
+                       QStringLiteral("The condition never holds: its \"%1\" is, or holds, "
+                                      "something of the wrong type or out of range.")
+                           .arg(malformed)};
+    if (!type.split(QLatin1Char('|')).contains(wanted->typeKey()))
+        return Failure{
+            ExitStatus::Usage,
+            QStringLiteral("The condition never holds: it is written {\"%1\": ...}.").arg(type)};
+    return wanted;
+}
+
 Result wait(Context& context, const Arguments& given)
 {
     const QString condition = given.text("CONDITION");
@@ -89,16 +109,21 @@ Result wait(Context& context, const Arguments& given)
     if (split < 1)
         return Failure{ExitStatus::Usage, QStringLiteral("A condition is written PATH==VALUE.")};
     const QString wantedText = condition.mid(split + 2);
-    const auto verdict = [&wantedText](const OrvaValue& value) -> std::optional<Result> {
-        if (value.isEmpty())
+    const CMPath path(condition.left(split));
+    const auto node = context.host.node(path);
+    if (!node)
+        return node.error();
+    const auto verdict = [&](const OrvaValue& value) -> std::optional<Result> {
+        const QString type = value.isEmpty() ? node->type : value.typeKey();
+        if (type.isEmpty() && value.isEmpty())
             return std::nullopt;
-        const auto wanted = parseValue(wantedText, value.typeKey());
+        const auto wanted = wantedValue(wantedText, type);
         if (!wanted)
             return wanted.error();
         return holds(value.__variant(), wanted->__variant()) ? std::optional(Result())
                                                              : std::nullopt;
     };
-    return context.host.waitFor(CMPath(condition.left(split)), verdict);
+    return context.host.waitFor(path, verdict);
 }
 
 } // namespace

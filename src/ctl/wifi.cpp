@@ -127,7 +127,7 @@ Result known(Context& context, const Arguments&)
     QVector<QStringList> table = {{QStringLiteral("SSID"), QStringLiteral("SECURITY"), QString()}};
     for (const OrvaNetworkInterface& network : profile->wirelessNetworks()) {
         context.out.document({{OrvaValue::NetworkInterface(), network.__variant()}});
-        table.append({printable(network.ssid()), securityName(network.encryption()),
+        table.append({printableName(network.ssid()), securityName(network.encryption()),
                       remarkOn(info->networkInfo(), network.ssid())});
     }
     context.out.table(table);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "action.h"
-
 #include "families.h"
 #include "names.h"
+
+#include <QTimer>
 
 namespace ctl {
 
@@ -20,10 +21,39 @@ void showCredentials(const Output& out, const OrvaNetworkInterface& network, boo
         out.note(QStringLiteral("The credentials are not applied; --apply does so."));
 }
 
-Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
-                  const Arguments& given)
+/// What the person is to do at the router, said once the session runs and not where it is refused.
+class Instruction
 {
-    const auto credentials = activate(context, path, value, sessionPatience);
+public:
+    Instruction(Context& context, const QString& text)
+    {
+        const auto say = [this, &context, text] {
+            if (!std::exchange(m_said, true))
+                context.out.note(text);
+        };
+        QObject::connect(&context.host, &Host::valueChanged, &m_guard,
+                         [say](const CMPath& path, const OrvaValue& value) {
+                             if (path == OrvaNetworkInfoPath() &&
+                                 value.networkInfo().wireless().wps().status() ==
+                                     OrvaNetworkWpsStatus::InProgress)
+                                 say();
+                         });
+        // The info does not change where the session before left it so; a refusal comes at once.
+        QTimer::singleShot(std::chrono::seconds(1), &m_guard, say);
+    }
+
+private:
+    QObject m_guard;
+    bool m_said = false;
+};
+
+Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
+                  const QString& instruction, const Arguments& given)
+{
+    const auto credentials = [&] {
+        const Instruction toPerson(context, instruction);
+        return activate(context, path, value, sessionPatience);
+    }();
     if (!credentials)
         return credentials.error();
     showCredentials(context.out, credentials->networkInterface(), given.flag("--apply"));
@@ -34,8 +64,8 @@ Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
 
 Result pushButton(Context& context, const Arguments& given)
 {
-    context.out.note(QStringLiteral("Press the WPS button of the router."));
-    return runSession(context, OrvaNetworkPerformWpsPbcPath(), {}, given);
+    return runSession(context, OrvaNetworkPerformWpsPbcPath(), {},
+                      QStringLiteral("Press the WPS button of the router."), given);
 }
 
 Outcome<OrvaValue> pinOf(Host& host, const Arguments& given)
@@ -50,9 +80,9 @@ Result pinSession(Context& context, const Arguments& given)
     const auto pin = pinOf(context.host, given);
     if (!pin)
         return pin.error();
-    context.out.note(
-        QStringLiteral("Enter the PIN %1 at the router.").arg(printable(pin->string_())));
-    return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, given);
+    const auto instruction =
+        QStringLiteral("Enter the PIN %1 at the router.").arg(printable(pin->string_()));
+    return runSession(context, OrvaNetworkPerformWpsPinPath(), *pin, instruction, given);
 }
 
 Result generate(Context& context, const Arguments&)

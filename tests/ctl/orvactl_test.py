@@ -69,7 +69,10 @@ class Nodes(WithDevice):
 
     def test_exit_status_tells_what_happened(self):
         for status, command in [
-                (0, f"orvactl get {MAXIMUM}"), (2, "orvactl"), (2, "orvactl bogus"), (2, "orvactl get"),
+                (0, f"orvactl get {MAXIMUM}"), (1, "orvactl nodes >/dev/full"), (1, "orvactl nodes >&-"), (1, "orvactl --help >/dev/full"),
+                (1, "orvactl --json get webserver/port >&-"), (0, "orvactl get webserver/port <&-"),
+                (2, f"orvactl wait '{SSID}=={{\"strin\":\"x\"}}'"), (2, f"orvactl wait '{SSID}=={{\"i32\":1}}'"),
+                (2, f"orvactl wait '{MAXIMUM}=={{\"i32\":\"x\"}}'"), (2, f"orvactl wait '{CRITERIA}=={{\"checkIntervalMs\":1}}'"), (2, "orvactl"), (2, "orvactl bogus"), (2, "orvactl get"),
                 (2, "orvactl wol maybe"), (2, "orvactl wait network/state"), (2, "orvactl wifi scan --wait 0"),
                 (2, f"orvactl set {MAXIMUM} many"), (2, f"orvactl set {RADIOS} some"), (2, f"orvactl set {RADIOS} 2"), (2, f"orvactl set {MAXIMUM} '{{'"),
                 (2, f"orvactl set {SSID} '\"\\u0000\"'"), (2, f"orvactl set {SSID} '{{\"string\":\"\\ud800\"}}'"),
@@ -83,6 +86,20 @@ class Nodes(WithDevice):
                 (6, "orvactl status"), (8, "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere orvactl nodes")]:
             with self.subTest(command):
                 self.ends(status, command)
+
+    def test_a_mistake_is_told_with_what_is_right(self):
+        time_fault = "takes seconds, more than 0"
+        for status, text, command in [
+                (2, 'no command "wifi conect". Did you mean "wifi connect"?', "wifi conect x"), (2, 'Did you mean "status"?', "sttaus"),
+                (2, 'no command "xyzzy".\n', "xyzzy"), (2, "wifi wps --help", "wifi wps"), (2, 'Did you mean "--json"?', "--jsn nodes"),
+                (2, "--key-file FILE", "wifi connect Home --key secret"), (2, "--key-file FILE", "wifi connect Home --key=secret"),
+                (2, '"0" is no time', "get x --wait 0"), (2, time_fault, "get x --wait -1"), (2, time_fault, "get x --wait abc"), (2, time_fault, "get x --wait inf"),
+                (6, 'Did you mean "webserver/port"?', "get webserver/prot"), (6, 'Did you mean "power/target"?', "watch power/targt"), (6, 'node "x".\n', "rows x"),
+                (4, '"orvactl invoke wifi-restart/restart"', "get wifi-restart/restart"), (4, '"orvactl rows power/modules"', "get power/modules"),
+                (4, '"orvactl get webserver/port"', "invoke webserver/port"), (4, "wrong-kind: power/target is a value", "rows power/target")]:
+            with self.subTest(command):
+                done = self.device.shell("orvactl " + command)
+                self.assertEqual((done.returncode, text in done.stderr, "secret" in done.stderr), (status, True, False), done.stderr)
 
     @unittest.skipUnless(os.geteuid() == 0, "only root can become somebody else")
     def test_the_bus_policy_refuses_a_stranger(self):
@@ -138,6 +155,17 @@ class Nodes(WithDevice):
         threading.Timer(0.3, self.device.shell, [f"orvactl set {MAXIMUM} 2"]).start()
         self.ends(0, f"orvactl wait {MAXIMUM}==2 --timeout {LIMIT}")
         self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "value": {"i32": 2}})
+
+    def test_a_change_has_its_type(self):
+        self.ends(0, f"orvactl set {MAXIMUM} 1; orvactl set {RADIOS} 0")
+        watcher = self.device.start("orvactl", "--json", "monitor", "settings/network/", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        for stream in watcher.stdout, watcher.stderr:
+            self.addCleanup(stream.close)
+        watcher.stderr.readline()
+        self.ends(0, f"orvactl set {MAXIMUM} 2; orvactl set {RADIOS} wifiOnly; orvactl set {CRITERIA} '{{\"wifiRestartCriteria\":{{\"a\":[true]}}}}'")
+        changes = [json.loads(watcher.stdout.readline()) for _ in range(3)]
+        self.assertEqual([[change[name] for name in ("path", "field", "from", "to")] for change in changes],
+                         [[MAXIMUM, "", 1, 2], [RADIOS, "", 0, 1], [CRITERIA, "a[0]", None, True]])
 
     def test_a_map_is_waited_for_by_the_fields_named(self):
         self.ends(0, "orvactl watchdog set --interval 20 --threshold 3 --path wifi-restart/restart")
@@ -195,6 +223,13 @@ class Network(WithDevice):
             self.ends(0, f"orvactl wifi connect '{ssid}'")
             self.assertIn((ssid, ""), self.stored())
 
+    def test_columns_stand_below_each_other(self):
+        for ssid in "日本", "Cafe\u0301", " x ", "😀":
+            self.ends(0, f"orvactl wifi connect '{ssid}' --key-file -", stdin="long enough")
+        rows = self.ends(0, "orvactl wifi known").splitlines()
+        for row in "😀             WPA-PSK", r"\u{20}x\u{20}  WPA-PSK", "Cafe\u0301           WPA-PSK", "日本           WPA-PSK":
+            self.assertIn(row, [row.partition("  connected")[0] for row in rows])
+
     def connect_by_prompt(self, ssid, key):
         pid, terminal = pty.fork()
         if pid == 0:
@@ -221,11 +256,11 @@ class Network(WithDevice):
         for text, command in [("Network is not configured", "orvactl wifi forget Nowhere"),
                               ("8 to 63 characters", "orvactl wifi connect Nowhere --key-file - <<<short"),
                               ("already started", "orvactl network start"),
-                              ("exactly 8 digits", "orvactl invoke network/wps/pin 1234567"),
+                              ("exactly 8 digits", "orvactl wifi wps pin 1234567"),
                               ("hold without timeout", "orvactl softap request me --hold")]:
             with self.subTest(command):
                 done = self.device.shell(command)
-                self.assertEqual((done.returncode, text in done.stderr), (4, True), done.stderr)
+                self.assertEqual((done.returncode, text in done.stderr, "router" in done.stderr), (4, True, False), done.stderr)
 
     def test_enumerations_are_words_in_and_out(self):
         self.assertEqual(self.ends(0, "orvactl get network/state"), "connected\n")

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "command.h"
+
+namespace ctl {
+
+/// Why the command line cannot be understood, for a person: what is mistyped and what was probably
+/// meant, else what the parser says of it in @p fault.
+[[nodiscard]] QString usageFault(const Program& program, const QStringList& arguments,
+                                 const QString& fault);
+
+} // namespace ctl
