@@ -8,6 +8,12 @@
 
 namespace ctl {
 
+/// The host gives a scan 30 seconds.
+constexpr std::chrono::seconds scanPatience{35};
+
+/// How long the result of an action is waited for where the person gave no time.
+constexpr std::chrono::seconds resultPatience{90};
+
 /// Activates a node and waits for its answer, which is shown to a machine.
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
                             std::chrono::seconds atMost = Bus::patience);
@@ -15,14 +21,35 @@ Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValu
 /// Judges the published network state: nothing means to wait on, a result is the end.
 using InfoVerdict = std::function<std::optional<Result>(const OrvaNetworkInfo& info)>;
 
-/// Waits for a state of the network, where the person gave a time.
-Result waitForInfo(Context& context, const InfoVerdict& verdict);
+/// Waits for a state of the network; not at all with --wait 0. @p settled judges too, some seconds
+/// later: what is true for a moment only, such as that there is no cable, is none of its concern.
+Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdict& settled = {});
 
 /// A verdict that is done when `reached` says so.
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached);
 
-/// Activates a node, then waits for the state that `verdict` describes.
+/// Whether the network was in a state at some time since.
+class Seen
+{
+public:
+    Seen(Context& context, std::function<bool(const OrvaNetworkInfo& info)> state);
+    explicit operator bool() const { return m_seen; }
+
+private:
+    QObject m_guard;
+    bool m_seen = false;
+};
+
+/// Activates a node, then waits for the state that @p verdict describes.
 Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& value,
-                       const InfoVerdict& verdict);
+                       const InfoVerdict& verdict, const InfoVerdict& settled = {});
+
+/// Activates a node that has the network go and come back, and waits for both.
+Result activateAndReturn(Context& context, const CMPath& path,
+                         const std::function<bool(const OrvaNetworkInfo& info)>& isUp,
+                         const InfoVerdict& settled = {});
+
+/// There is nothing to connect to.
+std::optional<Result> noNetwork(const OrvaNetworkInfo& info);
 
 } // namespace ctl

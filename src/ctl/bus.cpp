@@ -53,6 +53,8 @@ Failure fromBusError(const QDBusError& error)
         return Failure{status, QStringLiteral("Not running: %1").arg(text)};
     if (status == ExitStatus::Refused)
         return Failure{status, QStringLiteral("Not allowed: %1").arg(text)};
+    if (error.type() == QDBusError::LimitsExceeded)
+        return Failure{ExitStatus::Busy, text};
     if (error.name() == QLatin1String("org.orva.Error.WrongKind"))
         return Failure{status, text, Reason::wrongKind};
     return Failure{status, text};
@@ -71,6 +73,12 @@ Bus::Bus(const QDeadlineTimer& deadline)
 Bus::~Bus()
 {
     QDBusConnection::disconnectFromBus(m_name);
+}
+
+void Bus::prolong(std::chrono::seconds more)
+{
+    if (!m_deadline.isForever())
+        m_deadline = QDeadlineTimer(more);
 }
 
 Result Bus::check() const

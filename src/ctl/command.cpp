@@ -30,6 +30,7 @@ Arguments::Value emptyValue(Parameter::Kind kind)
         return std::optional<bool>();
     case Kind::Seconds:
     case Kind::Time:
+    case Kind::Wait:
         return std::optional<double>();
     }
     return {};
@@ -53,6 +54,7 @@ std::string typeOfKind(Parameter::Kind kind)
         return "{true,false}";
     case Kind::Seconds:
     case Kind::Time:
+    case Kind::Wait:
         return "SECONDS";
     case Kind::Address:
     case Kind::Addresses:
@@ -150,6 +152,12 @@ std::string shownType(const std::string& type)
     };
     const auto found = shown.find(type);
     return found == shown.end() ? type : found->second;
+}
+
+Parameter resultTime()
+{
+    return {"--wait", "Wait at most SECONDS for the result, 90 where not given; 0 does not wait",
+            Parameter::Kind::Wait};
 }
 
 Parameter answerTime()

@@ -31,6 +31,7 @@ struct Parameter
         Truth,     ///< true or false
         Seconds,   ///< a time in seconds, more than 0
         Time,      ///< the same, and the time for all of the command
+        Wait,      ///< the same for an action; 0 has it not wait for the result
         Address,   ///< an IPv4 address
         Addresses, ///< several, commas between them
     };
@@ -151,5 +152,8 @@ std::string shownType(const std::string& type);
 
 /// The --wait option of a command that waits for an answer alone.
 Parameter answerTime();
+
+/// The --wait option of an action that waits for its result.
+Parameter resultTime();
 
 } // namespace ctl

@@ -65,14 +65,19 @@ void describe(CLI::Option& option, const Parameter& parameter)
         option.delimiter(',');
 }
 
-/// Why @p text is no time; empty where it is one.
-std::string timeFault(const std::string& text)
+/// Why @p text is no time, 0 being one or not; empty where it is one.
+std::string timeFault(const std::string& text, bool mayBeNone)
 {
     bool isNumber = false;
     const double seconds = QString::fromStdString(text).toDouble(&isNumber);
-    if (isNumber && std::isfinite(seconds) && seconds > 0)
+    if (isNumber && std::isfinite(seconds) && (seconds > 0 || (mayBeNone && seconds == 0)))
         return {};
     return "\"" + text + "\" is no time; it takes seconds, more than 0, such as 30 or 0.5.";
+}
+
+bool isTime(Kind kind)
+{
+    return kind == Kind::Seconds || kind == Kind::Time || kind == Kind::Wait;
 }
 
 /// A check's own description would stand in the help, beside the type: it goes.
@@ -83,8 +88,11 @@ void check(CLI::Option& option, const Parameter& parameter)
         texts.insert(texts.end(), parameter.synonyms.begin(), parameter.synonyms.end());
         option.check(CLI::IsMember(texts).description(""));
     }
-    if (parameter.kind == Kind::Seconds || parameter.kind == Kind::Time)
-        option.check(CLI::Validator(&timeFault, ""));
+    if (isTime(parameter.kind)) {
+        const bool mayBeNone = parameter.kind == Kind::Wait;
+        option.check(CLI::Validator(
+            [mayBeNone](std::string& text) { return timeFault(text, mayBeNone); }, ""));
+    }
     if (parameter.kind == Kind::Address || parameter.kind == Kind::Addresses)
         option.check(CLI::ValidIPV4.description(""));
 }
@@ -139,7 +147,8 @@ CLI::Option* Parser::add(CLI::App& app, Arguments& arguments, const Parameter& p
 {
     if (parameter.kind == Kind::Version)
         return app.set_version_flag(parameter.name, "orvactl " ORVA_VERSION, parameter.description);
-    CLI::Option* option = parameter.kind == Kind::Time
+    const bool isForAll = parameter.kind == Kind::Time || parameter.kind == Kind::Wait;
+    CLI::Option* option = isForAll
                               ? app.add_option(parameter.name, m_seconds, parameter.description)
                               : addOption(app, parameter, arguments.place(parameter));
     describe(*option, parameter);
@@ -162,8 +171,8 @@ std::variant<Choice, ExitStatus> Parser::parse(int argc, char** argv)
         std::fputs(m_app.help().c_str(), stderr);
         return ExitStatus::Usage;
     }
-    return Choice{m_command, m_given ? *m_given : Arguments(), deadline(), m_global.flag("--json"),
-                  generate};
+    return Choice{m_command,        m_given ? *m_given : Arguments(), deadline(),
+                  m_seconds != 0.0, m_global.flag("--json"),          generate};
 }
 
 /// Help and version are no faults.
@@ -184,8 +193,8 @@ QDeadlineTimer Parser::deadline() const
 {
     // A day is for ever here, and keeps the milliseconds inside an int.
     constexpr double day = 86400;
-    return m_seconds ? QDeadlineTimer(qint64(std::min(*m_seconds, day) * 1000))
-                     : QDeadlineTimer(QDeadlineTimer::Forever);
+    return m_seconds && *m_seconds > 0 ? QDeadlineTimer(qint64(std::min(*m_seconds, day) * 1000))
+                                       : QDeadlineTimer(QDeadlineTimer::Forever);
 }
 
 } // namespace

@@ -13,6 +13,7 @@ struct Choice
     const Command* command = nullptr; ///< none where only --generate was given
     Arguments arguments;
     QDeadlineTimer deadline = QDeadlineTimer::Forever; ///< the time for all of it, if any was given
+    bool waits = true;                                 ///< for the result of an action
     bool json = false;
     QString generate; ///< what to print in place of running a command: "completion", "man" or none
 };

@@ -10,9 +10,10 @@ namespace ctl {
 /// The things that a command works with.
 struct Context
 {
-    const Bus& bus;
+    Bus& bus;
     Host& host;
     Output& out;
+    bool waits = true; ///< for the result of an action: not with --wait 0
 };
 
 } // namespace ctl

@@ -2,6 +2,7 @@
 #include "host.h"
 
 #include "host1interface.h"
+#include "interrupt.h"
 #include "suggestion.h"
 
 #include "core/orvaplainvalue.h"
@@ -178,7 +179,7 @@ Outcome<OrvaBusNode> Host::node(const CMPath& path)
     return Failure{ExitStatus::NoSuchNode, noSuchNode(path, paths)};
 }
 
-Result Host::waitFor(const CMPath& path, const Verdict& verdict)
+Result Host::waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline)
 {
     std::optional<Result> end;
     // The signal is connected before the first look, so that no change between the two is missed.
@@ -192,9 +193,12 @@ Result Host::waitFor(const CMPath& path, const Verdict& verdict)
         return now.error();
     if (!end)
         end = verdict(*now);
-    if (!Bus::runUntil([&] { return end || isGone(); }, m_bus.deadline()))
+    const auto done = [&] { return end || isGone() || Interrupt::received() != 0; };
+    if (!Bus::runUntil(done, deadline))
         return Failure{ExitStatus::TimedOut,
                        QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
+    if (Interrupt::received() != 0)
+        return Failure{ExitStatus::Interrupted, {}};
     return end ? *end : lostHost();
 }
 

@@ -44,9 +44,9 @@ public:
     /// Judges a value: nothing means wait on, a result is what to end with.
     using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;
 
-    /// Looks at the node's value now and at each change until `verdict` has a result or the bus's
-    /// deadline is over.
-    Result waitFor(const CMPath& path, const Verdict& verdict);
+    /// Looks at the node's value now and at each change until @p verdict has a result, the deadline
+    /// is over or an Interrupt came.
+    Result waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline);
 
     /// Delivers signals until the host or the bus goes away.
     Result follow();

@@ -3,6 +3,7 @@
 #include "connectalarm.h"
 #include "context.h"
 #include "generate.h"
+#include "interrupt.h"
 
 #include <QCoreApplication>
 #include <algorithm>
@@ -33,7 +34,7 @@ Result runOnce(const Choice& choice, Output& out)
     std::optional<ConnectAlarm> alarm;
     if (!choice.deadline.isForever() || !choice.command->isPatient)
         alarm.emplace(choice.deadline);
-    const Bus bus(choice.deadline);
+    Bus bus(choice.deadline);
     const Result connected = bus.check();
     if (!connected)
         return connected;
@@ -42,7 +43,7 @@ Result runOnce(const Choice& choice, Output& out)
     const Result fits = host.checkVersion();
     if (!fits)
         return fits;
-    Context context{bus, host, out};
+    Context context{bus, host, out, choice.waits};
     return choice.command->run(context, choice.arguments);
 }
 
@@ -97,5 +98,7 @@ int main(int argc, char* argv[])
     }
     out.setJson(choice.json);
     const Result result = runCommand(choice, out);
+    if (Interrupt::received())
+        std::raise(Interrupt::received());
     return result ? int(ExitStatus::Done) : fail(out, result.error());
 }

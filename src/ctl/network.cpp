@@ -6,35 +6,52 @@ namespace ctl {
 
 namespace {
 
-/// A switch of networking as a whole, and the state that it leads to.
-Command switchCommand(const char* name, const char* description, const CMPath& path,
-                      OrvaNetworkState state)
+bool isConnected(const OrvaNetworkInfo& info)
 {
-    const bool up = state == OrvaNetworkState::Connected;
-    const auto reached = [state](const OrvaNetworkInfo& info) { return info.state() == state; };
-    return {std::string("network ") + name,
-            description,
-            {{"--wait",
-              up ? "Also wait until connected, at most SECONDS"
-                 : "Also wait until disconnected, at most SECONDS",
-              Parameter::Kind::Time}},
-            [path, reached](Context& context, const Arguments&) {
-                return activateAndWait(context, path, {}, whenInfo(reached));
-            }};
+    return info.state() == OrvaNetworkState::Connected;
+}
+
+bool isDisconnected(const OrvaNetworkInfo& info)
+{
+    return info.state() == OrvaNetworkState::Disconnected;
+}
+
+Result start(Context& context, const Arguments&)
+{
+    return activateAndWait(context, OrvaNetworkStartPath(), {}, whenInfo(&isConnected), &noNetwork);
+}
+
+Result restart(Context& context, const Arguments&)
+{
+    return activateAndReturn(context, OrvaNetworkRestartPath(), &isConnected, &noNetwork);
+}
+
+Result stop(Context& context, const Arguments&)
+{
+    return activateAndWait(context, OrvaNetworkStopPath(), {}, whenInfo(&isDisconnected));
+}
+
+Result shutdown(Context& context, const Arguments&)
+{
+    return activateAndWait(context, OrvaNetworkShutdownPath(), {}, whenInfo(&isDisconnected));
 }
 
 } // namespace
 
 Commands networkCommands()
 {
-    using State = OrvaNetworkState;
     return {
         {"network", "Starts and stops networking"},
-        switchCommand("start", "Starts networking", OrvaNetworkStartPath(), State::Connected),
-        switchCommand("stop", "Stops networking", OrvaNetworkStopPath(), State::Disconnected),
-        switchCommand("restart", "Stops and starts it", OrvaNetworkRestartPath(), State::Connected),
-        switchCommand("shutdown", "Announces that the network goes down, and stops it later",
-                      OrvaNetworkShutdownPath(), State::Disconnected),
+        {"network start", "Starts networking and waits until connected", {resultTime()}, &start},
+        {"network stop", "Stops networking", {resultTime()}, &stop},
+        {"network restart",
+         "Stops and starts it, and waits until connected",
+         {resultTime()},
+         &restart},
+        {"network shutdown",
+         "Announces that the network goes down, and stops it later",
+         {resultTime()},
+         &shutdown},
     };
 }
 

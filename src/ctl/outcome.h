@@ -3,6 +3,9 @@
 
 #include "core/orvaresult.h"
 
+#include <string>
+#include <vector>
+
 namespace ctl {
 
 /// The exit status of orvactl; scripts rely on the numbers.
@@ -15,7 +18,29 @@ enum class ExitStatus {
     Refused = 5,    ///< the bus policy or the host lets this user not do it
     NoSuchNode = 6, ///< the host has no node of that path
     NotRunning = 8, ///< the host or the bus is not there
+
+    NotInRange = 10,   ///< no scan sees the network
+    KeyRefused = 11,   ///< the network refused the key
+    NoAddress = 12,    ///< the network was joined and gave no address
+    CableFirst = 13,   ///< the cable has precedence
+    AirplaneMode = 14, ///< airplane mode has the radio blocked
+    NotJoined = 15,    ///< the network is there and was not joined
+    Busy = 16,         ///< the host does the like for somebody else, or too much
+    NoNetwork = 17,    ///< there is nothing to connect to: no cable and no known network
+
+    Interrupted = 128, ///< and the number of the signal: 130, 143
 };
+
+/// What a status means, as help and manual page have it.
+struct StatusRow
+{
+    int number;
+    std::string reason; ///< the word before the text on stderr; empty for none
+    std::string meaning;
+};
+
+/// All of them, in the order of their numbers.
+const std::vector<StatusRow>& statusRows();
 
 /// The words for why a step failed.
 namespace Reason {

@@ -113,8 +113,13 @@ void Output::note(const QString& text) const
 void Output::failure(const Failure& failure) const
 {
     QString text = printable(failure.text);
-    if (!failure.reason.isEmpty())
-        text.prepend(failure.reason + QLatin1String(": "));
+    QString reason = failure.reason;
+    for (const StatusRow& row : statusRows()) {
+        if (row.number == int(failure.status) && reason.isEmpty())
+            reason = QString::fromStdString(row.reason);
+    }
+    if (!reason.isEmpty())
+        text.prepend(reason + QLatin1String(": "));
     if (!text.isEmpty())
         say(QStringLiteral("orvactl: %1").arg(text));
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "families.h"
+#include "joining.h"
 #include "names.h"
 #include "profileedit.h"
 
@@ -91,6 +92,61 @@ OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& type)
     return profile;
 }
 
+/// The interface that the command is about: that whose address it sets, else the profile's.
+OrvaNetworkProfileType::Value subject(const OrvaNetworkProfile& profile, const Arguments& given)
+{
+    if (!hasAddress(given))
+        return profile.type();
+    return given.text("--interface") == QLatin1String("wireless") ? OrvaNetworkProfileType::Wireless
+                                                                  : OrvaNetworkProfileType::Wired;
+}
+
+/// Whether the interface is up with the address that was asked for.
+template <typename Interface>
+bool isUpAsAsked(const Interface& interface, const Arguments& given)
+{
+    const QString ip = given.text("--ip");
+    const auto fits = [&](const OrvaNetworkAddress& address) {
+        return (ip.isEmpty() || address.ip() == ip) && (!given.flag("--dhcp") || address.dhcp());
+    };
+    const auto addresses = interface.addresses();
+    return interface.state() == OrvaNetworkState::Connected &&
+           ((ip.isEmpty() && !given.flag("--dhcp")) ||
+            std::any_of(addresses.begin(), addresses.end(), fits));
+}
+
+bool isInForce(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
+               const Arguments& given)
+{
+    switch (subject(profile, given)) {
+    case OrvaNetworkProfileType::Wired:
+        return isUpAsAsked(info.wired(), given);
+    case OrvaNetworkProfileType::Wireless:
+        return isUpAsAsked(info.wireless(), given);
+    case OrvaNetworkProfileType::Auto:
+        return info.state() == OrvaNetworkState::Connected;
+    }
+    return false;
+}
+
+/// The profile is set and shows once something else changes: that is no failure, and is said.
+std::optional<Result> isForLater(const Output& out, const OrvaNetworkInfo& info,
+                                 const OrvaNetworkProfile& profile, const Arguments& given)
+{
+    const auto about = subject(profile, given);
+    const bool ofRadio = about == OrvaNetworkProfileType::Wireless;
+    const auto why = ofRadio ? hindrance(info, profile) : std::nullopt;
+    if (about == OrvaNetworkProfileType::Wired && !info.wired().cableConnected())
+        out.note(QStringLiteral("The profile is set; there is no cable at present."));
+    else if (ofRadio && info.wirelessNetworks().isEmpty())
+        out.note(QStringLiteral("The profile is set; no wireless network is known yet."));
+    else if (why)
+        out.note(QStringLiteral("The profile is set. %1").arg(why->text));
+    else
+        return about == OrvaNetworkProfileType::Auto ? noNetwork(info) : std::nullopt;
+    return Result();
+}
+
 Result changeProfile(Context& context, const Arguments& given)
 {
     if (given.text("--type").isEmpty() && !hasAddress(given))
@@ -107,9 +163,10 @@ Result changeProfile(Context& context, const Arguments& given)
         profile.setWireless(withAddress(profile.wireless(), given));
     else if (hasAddress(given))
         profile.setWired(withAddress(profile.wired(), given));
-    return setProfile(context, profile, whenInfo([](const OrvaNetworkInfo& info) {
-                          return info.state() == OrvaNetworkState::Connected;
-                      }));
+    return activateAndWait(
+        context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile),
+        whenInfo([&](const OrvaNetworkInfo& info) { return isInForce(info, profile, given); }),
+        [&](const OrvaNetworkInfo& info) { return isForLater(context.out, info, profile, given); });
 }
 
 std::vector<Parameter> setParameters()
@@ -126,7 +183,7 @@ std::vector<Parameter> setParameters()
         {"--dns", "Name servers, commas between them", Kind::Addresses},
         Parameter{"--dhcp", "Address by DHCP", Kind::Flag}.without(
             {"--ip", "--netmask", "--gateway", "--dns"}),
-        {"--wait", "Also wait until connected, at most SECONDS", Kind::Time},
+        resultTime(),
     };
 }
 
@@ -138,19 +195,13 @@ Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
     return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.error();
 }
 
-Result setProfile(Context& context, const OrvaNetworkProfile& profile, const InfoVerdict& verdict)
-{
-    return activateAndWait(context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile),
-                           verdict);
-}
-
 Commands profileCommands()
 {
     return {
         {"profile", "The network profile"},
         {"profile show", "Shows the profile, keys masked", {}, &printProfile},
-        {"profile set", "Changes what is named and leaves all else", setParameters(),
-         &changeProfile},
+        {"profile set", "Changes what is named, leaves all else, and waits until it is in force",
+         setParameters(), &changeProfile},
     };
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "families.h"
+#include "outcome.h"
 
 namespace ctl {
 
@@ -11,12 +12,23 @@ the host knows the node's type, see "orvactl nodes"; "-" reads the value from st
 of several, such as a state, is shown as its word, in JSON output as its number, and taken as either.
 
 What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
-where it is given no time; with one, all of it ends in that time.
-
-Exit status: 0 done, 1 other fault, 2 usage, 3 timed out, 4 the request failed, 5 not allowed,
-6 no such node, 8 the host or the bus is not running.
+where it is given no time; with one, all of it ends in that time. Actions wait for their result: 90 seconds,
+or what --wait gives; --wait 0 has them end once the host has answered.
 
 Colour is used on a terminal only, and not at all where NO_COLOR is set.)";
+
+std::string exitStatuses()
+{
+    std::string text = "Exit status, and the word that begins the text on standard error:\n";
+    for (const StatusRow& row : statusRows()) {
+        std::string line = "  " + std::to_string(row.number);
+        line.resize(6, ' ');
+        line += row.reason;
+        line.resize(20, ' ');
+        text += line + " " + row.meaning + "\n";
+    }
+    return text;
+}
 
 Commands allCommands()
 {
@@ -37,7 +49,7 @@ Program program()
 {
     using Kind = Parameter::Kind;
     return {"Looks at and drives the network through the host's node tree.",
-            footer,
+            footer + ("\n\n" + exitStatuses()),
             {{"--version", "Print the version and exit", Kind::Version},
              {"--json", "One JSON document a line on standard output, nothing else", Kind::Flag},
              Parameter{"--generate", ""}.oneOf({"completion", "man"}).hidden()},

@@ -45,11 +45,7 @@ Commands radioCommands()
 {
     const Parameter state = Parameter{"STATE", "on or off"}.oneOf({"on", "off"});
     return {
-        {"airplane",
-         "Switches airplane mode, or shows it",
-         {state,
-          {"--wait", "Also wait until it is in force, at most SECONDS", Parameter::Kind::Time}},
-         &airplane},
+        {"airplane", "Switches airplane mode, or shows it", {state, resultTime()}, &airplane},
         {"wol", "Switches wake-on-LAN", {state.required()}, &wakeOnLan},
     };
 }

@@ -55,9 +55,6 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
     return {};
 }
 
-/// The host gives a scan 30 seconds.
-constexpr std::chrono::seconds scanPatience{35};
-
 /// That it scans, or what the radio does that a scan must wait for.
 QString whatHappens(Host& host)
 {

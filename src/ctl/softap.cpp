@@ -64,7 +64,8 @@ OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
 Result request(Context& context, const Arguments& given)
 {
     const OrvaValue value = OrvaValue::of(requestOf(given));
-    return activate(context, OrvaNetworkRequestSoftApPath(), value);
+    return activate(context, OrvaNetworkRequestSoftApPath(), value,
+                    context.waits ? resultPatience : Bus::patience);
 }
 
 Result revoke(Context& context, const Arguments& given)
@@ -145,7 +146,7 @@ std::vector<Parameter> requestParameters()
         {{"--channel", "Channel", Kind::Integer},
          {"--timeout", "When the request expires; never where not given", Kind::Seconds},
          {"--hold", "Keep other requests from changing it; needs --timeout", Kind::Flag},
-         answerTime()});
+         resultTime()});
     return parameters;
 }
 

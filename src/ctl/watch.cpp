@@ -123,7 +123,7 @@ Result wait(Context& context, const Arguments& given)
         return holds(value.__variant(), wanted->__variant()) ? std::optional(Result())
                                                              : std::nullopt;
     };
-    return context.host.waitFor(path, verdict);
+    return context.host.waitFor(path, verdict, context.bus.deadline());
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "families.h"
+#include "interrupt.h"
+#include "joining.h"
 #include "names.h"
 #include "profileedit.h"
 #include "secret.h"
@@ -9,19 +11,10 @@ namespace ctl {
 
 namespace {
 
-std::optional<OrvaNetworkInterface> knownNetwork(const OrvaNetworkProfile& profile,
-                                                 const QString& ssid)
-{
-    for (const OrvaNetworkInterface& network : profile.wirelessNetworks()) {
-        if (network.ssid() == ssid)
-            return network;
-    }
-    const OrvaNetworkInterface inUse = profile.wireless();
-    return inUse.ssid() == ssid ? std::optional(inUse) : std::nullopt;
-}
+using Encryption = OrvaNetworkProfileWirelessEncryption;
 
 /// The security of the network as the last scan saw it.
-std::optional<OrvaNetworkProfileWirelessEncryption> seenEncryption(Host& host, const QString& ssid)
+std::optional<Encryption> seenEncryption(Host& host, const QString& ssid)
 {
     const auto rows = host.rows(OrvaNetworkScanResultsPath());
     if (!rows)
@@ -34,12 +27,33 @@ std::optional<OrvaNetworkProfileWirelessEncryption> seenEncryption(Host& host, c
     return std::nullopt;
 }
 
+/// The network as it is on the air: nothing where it is hidden, or where nobody waits for it.
+Outcome<std::optional<Encryption>> look(Context& context, const Arguments& given)
+{
+    const QString ssid = given.text("SSID");
+    auto seen = seenEncryption(context.host, ssid);
+    if (seen || !context.waits || given.flag("--hidden"))
+        return seen;
+    if (Output::stderrIsTerminal())
+        context.out.note(QStringLiteral("Scanning…"));
+    const auto scanned = context.host.invoke(OrvaNetworkScanPath(), {}, scanPatience);
+    if (!scanned && scanned.error().status != ExitStatus::Failed)
+        return scanned.error();
+    seen = seenEncryption(context.host, ssid);
+    if (seen || !scanned)
+        return seen;
+    return Failure{ExitStatus::NotInRange,
+                   QStringLiteral("No scan sees a network \"%1\"; --hidden joins one that hides "
+                                  "its name.")
+                       .arg(printableName(ssid))};
+}
+
 /// The network with its key: a known one keeps its key unless another is given, and one that the
 /// scan or the person calls open needs none.
-Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkProfile& profile,
+Outcome<OrvaNetworkInterface> networkToJoin(const OrvaNetworkProfile& profile,
+                                            const std::optional<Encryption>& seen,
                                             const Arguments& given)
 {
-    using Encryption = OrvaNetworkProfileWirelessEncryption;
     const QString ssid = given.text("SSID");
     const auto known = knownNetwork(profile, ssid);
     const bool keyIsGiven = !given.text("--key-file").isEmpty() || given.flag("--ask-key");
@@ -51,7 +65,6 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
         network.setSsid(ssid);
         network.setDhcp(true);
     }
-    const auto seen = seenEncryption(context.host, ssid);
     const bool seenOpen = seen && *seen == Encryption::None;
     if (given.flag("--open") || (seenOpen && !keyIsGiven)) {
         network.setKey({});
@@ -67,36 +80,68 @@ Outcome<OrvaNetworkInterface> networkToJoin(Context& context, const OrvaNetworkP
     return network;
 }
 
-std::optional<Result> judgeJoining(const OrvaNetworkInfo& info, const QString& ssid)
+/// Whether the network may be tried at all; with --keep it is, whatever stands against it.
+Result checkHindrance(Context& context, const OrvaNetworkProfile& profile, const Arguments& given)
 {
-    const OrvaNetworkWirelessInterface wireless = info.wireless();
-    if (wireless.state() == OrvaNetworkState::Connected && wireless.ssid() == ssid)
-        return Result();
-    for (const OrvaNetworkWirelessInterface& network : info.wirelessNetworks()) {
-        if (network.ssid() == ssid && network.credentialsSuspect())
-            return Failure{ExitStatus::Failed, QStringLiteral("The network refused the key.")};
-    }
-    return std::nullopt;
+    if (!context.waits || given.flag("--keep"))
+        return {};
+    const auto info = context.host.value(OrvaNetworkInfoPath());
+    if (!info)
+        return info.error();
+    const auto why = hindrance(info->networkInfo(), profile);
+    return why ? Result(*why) : Result();
+}
+
+Outcome<OrvaNetworkProfile> profileWith(Context& context, const OrvaNetworkProfile& before,
+                                        const Arguments& given)
+{
+    const Result free = checkHindrance(context, before, given);
+    if (!free)
+        return free.error();
+    const auto seen = look(context, given);
+    if (!seen)
+        return seen.error();
+    const auto network = networkToJoin(before, *seen, given);
+    if (!network)
+        return network.error();
+    OrvaNetworkProfile profile = before;
+    profile.setWireless(*network);
+    return profile;
+}
+
+/// Sets the profile, waits for the network, and goes back where it was not joined.
+Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments& given)
+{
+    const auto before = profileToKeep(context.host);
+    if (!before)
+        return before.error();
+    const Interrupt interrupt;
+    const auto set = activate(context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
+    if (!set || !context.waits)
+        return set;
+    const QString ssid = given.text("SSID");
+    Result joined = waitForJoining(context, profile, ssid);
+    const bool stays =
+        joined || given.flag("--keep") || joined.error().status == ExitStatus::NotRunning;
+    if (!stays)
+        takeBack(context, *before, ssid);
+    return joined;
 }
 
 Result connectTo(Context& context, const Arguments& given)
 {
-    const QString ssid = given.text("SSID");
-    if (ssid.isEmpty())
+    if (given.text("SSID").isEmpty())
         return Failure{ExitStatus::Usage, QStringLiteral("A network has a name.")};
     const auto published = publishedProfile(context.host);
     if (!published)
         return published.error();
-    const auto network = networkToJoin(context, *published, given);
-    if (!network)
-        return network.error();
-    OrvaNetworkProfile profile = *published;
-    profile.setWireless(*network);
-    if (profile.type() == OrvaNetworkProfileType::Wired)
+    const auto profile = profileWith(context, *published, given);
+    if (!profile)
+        return profile.error();
+    if (profile->type() == OrvaNetworkProfileType::Wired && !context.waits)
         context.out.note(QStringLiteral("The profile is for the wired interface alone; \"orvactl "
                                         "profile set --type auto\" lets the network be joined."));
-    return setProfile(context, profile,
-                      [ssid](const OrvaNetworkInfo& info) { return judgeJoining(info, ssid); });
+    return join(context, *profile, given);
 }
 
 Result forget(Context& context, const Arguments& given)
@@ -143,7 +188,9 @@ std::vector<Parameter> connectParameters()
         {"--ask-key", "Ask for the key also where the network is known", Kind::Flag},
         Parameter{"--open", "Join it without a key, as an open network", Kind::Flag}.without(
             {"--key-file", "--ask-key"}),
-        {"--wait", "Also wait until it is joined, at most SECONDS", Kind::Time},
+        {"--hidden", "It hides its name, so that no scan sees it", Kind::Flag},
+        {"--keep", "Keep it as the preferred network also where it is not joined", Kind::Flag},
+        resultTime(),
     };
 }
 
@@ -153,8 +200,9 @@ Commands wifiCommands()
 {
     return {
         {"wifi", "Wireless networks"},
-        {"wifi connect", "Joins a network; asks for the key of an unknown one", connectParameters(),
-         &connectTo},
+        {"wifi connect",
+         "Joins a network, and goes back where that fails; asks for an unknown one's key",
+         connectParameters(), &connectTo},
         {"wifi forget",
          "Forgets a known network",
          {Parameter{"SSID", "Name of the network"}.required()},

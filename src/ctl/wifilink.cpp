@@ -17,10 +17,10 @@ Result rssi(Context& context, const Arguments&)
 
 Result reconnect(Context& context, const Arguments&)
 {
-    return activateAndWait(context, OrvaNetworkForceWifiReconnectPath(), {},
-                           whenInfo([](const OrvaNetworkInfo& info) {
-                               return info.wireless().state() == OrvaNetworkState::Connected;
-                           }));
+    const auto isUp = [](const OrvaNetworkInfo& info) {
+        return info.wireless().state() == OrvaNetworkState::Connected;
+    };
+    return activateAndReturn(context, OrvaNetworkForceWifiReconnectPath(), isUp);
 }
 
 } // namespace
@@ -29,10 +29,7 @@ Commands wifiLinkCommands()
 {
     return {
         {"wifi rssi", "Shows the signal level of the network in use", {}, &rssi},
-        {"wifi reconnect",
-         "Leaves the network and joins again",
-         {{"--wait", "Also wait until connected, at most SECONDS", Parameter::Kind::Time}},
-         &reconnect},
+        {"wifi reconnect", "Leaves the network and joins again", {resultTime()}, &reconnect},
     };
 }
 

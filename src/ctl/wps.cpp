@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "action.h"
 #include "families.h"
+#include "joining.h"
 #include "names.h"
+#include "profileedit.h"
 
 #include <QTimer>
 
@@ -47,6 +49,14 @@ private:
     bool m_said = false;
 };
 
+/// A second session is refused in words alone.
+Failure busyOr(Failure failure)
+{
+    if (failure.text == QLatin1String("WPS in progress, ignoring request."))
+        failure.status = ExitStatus::Busy;
+    return failure;
+}
+
 Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
                   const QString& instruction, const Arguments& given)
 {
@@ -55,11 +65,15 @@ Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
         return activate(context, path, value, sessionPatience);
     }();
     if (!credentials)
-        return credentials.error();
+        return busyOr(credentials.error());
     showCredentials(context.out, credentials->networkInterface(), given.flag("--apply"));
     if (!given.flag("--apply"))
         return {};
-    return context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials);
+    const Result applied = context.host.invoke(OrvaNetworkApplyWpsPath(), *credentials);
+    const auto profile = publishedProfile(context.host);
+    if (!applied || !profile)
+        return applied ? Result(profile.error()) : applied;
+    return waitForJoining(context, *profile, credentials->networkInterface().ssid());
 }
 
 Result pushButton(Context& context, const Arguments& given)
@@ -101,7 +115,11 @@ Commands wpsCommands()
     using Kind = Parameter::Kind;
     const Parameter apply = {"--apply", "Join the network with the credentials received",
                              Kind::Flag};
-    const Parameter time = {"--wait", "Wait at most SECONDS for the session's end", Kind::Time};
+    const Parameter time = {
+        "--wait",
+        "Wait at most SECONDS for the session's end and, with --apply, for the network; where not "
+        "given 130 and 90, and 0 waits for the session alone",
+        Kind::Wait};
     const Parameter pin = {"PIN", "8 digits; a fresh one where not given"};
     return {
         {"wifi wps", "Wi-Fi Protected Setup"},

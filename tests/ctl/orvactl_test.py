@@ -22,10 +22,12 @@ GLib.MainLoop().run()"""
 
 
 class Device(PrivateBus):
-    """A bus with the host on it, over the backend that configures nothing."""
+    """A bus with the host on it, over the daemon that plays the world, else the backend that configures nothing."""
 
-    def __init__(self, **configuration):
-        super().__init__(DEVICE_BACKEND="fake", NO_COLOR="1")
+    def __init__(self, world=None, **configuration):
+        super().__init__(DEVICE_BACKEND="lumod" if world else "fake", NO_COLOR="1")
+        if world:
+            self.environment["ORVA_LUMOD_WORLD"] = self.write("world.json", json.dumps(world))
         self.write("host.json", json.dumps(configuration))
         self.start_bus()
         self.bus = self.children[-1]
@@ -39,11 +41,11 @@ class Device(PrivateBus):
 
 
 class WithDevice(unittest.TestCase):
-    configuration = {}
+    configuration, world = {}, None
 
     @classmethod
     def setUpClass(cls):
-        cls.device = Device(**cls.configuration)
+        cls.device = Device(cls.world, **cls.configuration)
         cls.addClassCleanup(cls.device.close)
 
     def ends(self, status, command, **more):
@@ -198,9 +200,9 @@ class Network(WithDevice):
     def test_a_key_comes_by_file_stdin_or_prompt_and_stays_secret(self):
         key = self.device.directory / "key"
         key.write_text("by-a-file\n", encoding="utf-8")
-        self.ends(0, f"orvactl wifi connect First --key-file {key}")
-        self.ends(0, "orvactl wifi connect Second --key-file -", stdin="by-stdin-")
-        self.ends(0, "orvactl wifi connect First")
+        self.ends(0, f"orvactl wifi connect First --key-file {key} --wait 0")
+        self.ends(0, "orvactl wifi connect Second --key-file - --wait 0", stdin="by-stdin-")
+        self.ends(0, "orvactl wifi connect First --wait 0")
         self.connect_by_prompt("Third", "by-prompt")
         self.assertEqual(self.stored(), [("Third", "by-prompt"), ("First", "by-a-file"), ("Second", "by-stdin-")])
         published = self.get("network/profile", "networkProfile")["wirelessNetworks"]
@@ -211,21 +213,21 @@ class Network(WithDevice):
         self.assertNotIn("First", self.ends(0, "orvactl wifi known"))
 
     def test_an_empty_key_is_an_error_and_open_is_said(self):
-        self.ends(0, "orvactl wifi connect Café --key-file -", stdin="long enough")
+        self.ends(0, "orvactl wifi connect Café --key-file - --wait 0", stdin="long enough")
         for command in "connect Café --key-file -", "connect Café --open --ask-key", "connect Café --open --key-file -":
-            self.ends(2, "orvactl wifi " + command, stdin="\n")
+            self.ends(2, f"orvactl wifi {command} --wait 0", stdin="\n")
         self.assertIn(("Café", "long enough"), self.stored())
-        self.ends(0, "orvactl wifi connect Café --open")
+        self.ends(0, "orvactl wifi connect Café --open --wait 0")
         self.assertIn(("Café", ""), self.stored())
         open_ones = [row["networkScanResult"]["ssid"] for row in self.json("orvactl --json wifi scan")
                      if not row["networkScanResult"].get("encryption")]
         for ssid in open_ones[:1]:  # what the backend finds is random
-            self.ends(0, f"orvactl wifi connect '{ssid}'")
+            self.ends(0, f"orvactl wifi connect '{ssid}' --wait 0")
             self.assertIn((ssid, ""), self.stored())
 
     def test_columns_stand_below_each_other(self):
         for ssid in "日本", "Cafe\u0301", " x ", "😀":
-            self.ends(0, f"orvactl wifi connect '{ssid}' --key-file -", stdin="long enough")
+            self.ends(0, f"orvactl wifi connect '{ssid}' --key-file - --wait 0", stdin="long enough")
         rows = self.ends(0, "orvactl wifi known").splitlines()
         for row in "😀             WPA-PSK", r"\u{20}x\u{20}  WPA-PSK", "Cafe\u0301           WPA-PSK", "日本           WPA-PSK":
             self.assertIn(row, [row.partition("  connected")[0] for row in rows])
@@ -233,7 +235,7 @@ class Network(WithDevice):
     def connect_by_prompt(self, ssid, key):
         pid, terminal = pty.fork()
         if pid == 0:
-            os.execvpe("orvactl", ["orvactl", "wifi", "connect", ssid], self.device.environment)
+            os.execvpe("orvactl", ["orvactl", "wifi", "connect", ssid, "--wait", "0"], self.device.environment)
         self.addCleanup(os.close, terminal)
         shown = b""
         while b"Key of" not in shown:
@@ -246,15 +248,15 @@ class Network(WithDevice):
 
     def test_an_edit_leaves_what_it_does_not_name(self):
         self.ends(0, """orvactl invoke network/profile/set '{"networkProfile":{"wired":{"ours":1},"more":[1]}}'""")
-        self.ends(0, "orvactl wifi connect Home --key-file -", stdin="long enough")
-        self.ends(0, "orvactl profile set --ip 10.0.0.9 --netmask 255.255.255.0 --dns 9.9.9.9,1.1.1.1")
+        self.ends(0, "orvactl wifi connect Home --key-file - --wait 0", stdin="long enough")
+        self.ends(0, "orvactl profile set --ip 10.0.0.9 --netmask 255.255.255.0 --dns 9.9.9.9,1.1.1.1 --wait 0")
         profile = self.get(PROFILE, "networkProfile")
         wired = dict(dhcp=False, ip="10.0.0.9", netmask="255.255.255.0", ours=1, dns=["9.9.9.9", "1.1.1.1"])
         self.assertEqual((profile["wired"], profile["more"], self.stored()[0]), (wired, [1], ("Home", "long enough")))
 
     def test_what_the_network_refuses_is_a_failure_with_its_text(self):
         for text, command in [("Network is not configured", "orvactl wifi forget Nowhere"),
-                              ("8 to 63 characters", "orvactl wifi connect Nowhere --key-file - <<<short"),
+                              ("8 to 63 characters", "orvactl wifi connect Nowhere --key-file - --wait 0 <<<short"),
                               ("already started", "orvactl network start"),
                               ("exactly 8 digits", "orvactl wifi wps pin 1234567"),
                               ("hold without timeout", "orvactl softap request me --hold")]:
@@ -270,8 +272,8 @@ class Network(WithDevice):
         for wanted in "state==connected", "state==1", """info=={"networkInfo":{"wired":{"state":"connected"}}}""":
             self.ends(0, f"orvactl wait 'network/{wanted}' --timeout {LIMIT}")
         self.ends(0, "orvactl invoke network/softap/revoke me")  # takes a record or a word
-        for number, command in [(1, "profile set --type wired"), (0, "profile set --type 0"),
-                                (2, """invoke network/profile/set '{"networkProfile":{"type":"wireless"}}'"""), (0, "profile set --type auto")]:
+        for number, command in [(1, "profile set --type wired --wait 0"), (0, "profile set --type 0 --wait 0"),
+                                (2, """invoke network/profile/set '{"networkProfile":{"type":"wireless"}}'"""), (0, "profile set --type auto --wait 0")]:
             self.ends(0, "orvactl " + command)
             self.assertEqual(self.get(PROFILE, "networkProfile")["type"], number)
         for words, command in [("disconnected, connected, disconnecting.", "wait network/state==up"), ("{auto,wired,wireless", "profile set --type 3"),
@@ -290,6 +292,48 @@ class Network(WithDevice):
         self.ends(0, f"orvactl airplane off --wait {LIMIT} && orvactl network restart --wait {LIMIT}")
 
 
+class Joining(WithDevice):
+    """Actions that wait for their result, in a small world."""
+
+    configuration = Network.configuration
+    world = {"timeFactor": 0.02, "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"subnet": "192.168.178.0/24"}, "mute": {"dhcp": False}},
+             "accessPoints": [{"ssid": "Home", "security": "wpa-psk", "key": "correct horse", "wps": True, "network": "home"},
+                              {"ssid": "Mute", "network": "mute"}]}
+
+    def does(self, command, status=0, reason="", stdin=""):
+        done = self.device.shell("orvactl " + command, stdin)
+        self.assertEqual((done.returncode, done.stderr[:9 + len(reason)]), (status, f"orvactl: {reason}" if reason else ""), done.stderr)
+
+    def known(self):
+        return [network["ssid"] for network in self.get("network/profile", "networkProfile").get("wirelessNetworks", [])]
+
+    def test_it_ends_with_its_reason_and_goes_back(self):
+        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (12, "no-address: ", "Mute --wait 2")]:
+            self.does("wifi connect " + command, status, reason, stdin="mistaken key")
+            self.assertEqual(self.known(), [], command)
+        self.does("network restart", 17, "no-network: ")
+        self.does("wifi connect Home --key-file -", stdin="correct horse")
+        self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["ssid"], "Home")
+        self.does("wifi connect Mute --wait 2", 12, "no-address: ")
+        self.does("wifi connect Home --wait 10")
+        waiter = self.device.start("orvactl", "wifi", "connect", "Mute")
+        self.device.until(lambda: self.known() == ["Mute", "Home"])
+        waiter.send_signal(signal.SIGINT)
+        self.assertEqual((waiter.wait(LIMIT), self.known()), (-signal.SIGINT, ["Home"]))
+        for command in "network restart", "wifi reconnect", "profile set --type wireless", "wifi connect Home":
+            self.does(command)
+            self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["state"], 1, command)
+        self.does("wifi connect Mute --keep --wait 2", 12, "no-address: ")
+        self.assertEqual(self.known(), ["Mute", "Home"])
+        self.does("airplane on")
+        self.does("wifi connect Home", 14, "airplane-mode: ")
+        self.does("airplane off; orvactl profile set --type auto --wait 0; orvactl world plug; orvactl wait network/state/connected==true")
+        self.does("wifi connect Home", 13, "cable-first: ")
+        self.does("profile set --ip 192.168.178.9 --netmask 255.255.255.0")
+        self.assertIn("192.168.178.9/24", self.ends(0, "orvactl status"))
+        self.does("network stop; orvactl get network/state | grep -qx disconnected")
+
+
 class Commands(WithDevice):
     """Each command as the manual page has it."""
 
@@ -299,14 +343,15 @@ class Commands(WithDevice):
     def test_every_command_runs_to_an_end_of_its_own(self):
         manual = self.ends(0, "orvactl --generate man")
         self.assertIn(r"\-\-version", manual)
-        synopses = re.findall(r"^\.TP\n\\fB([a-z ]+)\\fP(.*)$", manual, re.MULTILINE)
+        synopses = re.findall(r"^\.TP\n\\fB([a-z ]+)\\fP(.*)\n((?:(?!\.TP\n\\fB[a-z]).*\n)*)", manual, re.MULTILINE)
         self.assertGreater(len(synopses), 40)
-        for command, arguments in synopses:
+        for command, arguments, told in synopses:
             if command not in ("monitor", "watch", "wait"):  # which have no end
                 given = [self.words.get(name, "x") for name in re.findall(r"\\fI(\w+)\\fP", arguments)]
+                given += ["--wait", "1"] if r"\-\-wait" in told else []
                 with self.subTest(command):
                     done = self.device.run("orvactl", *command.split(), *given, stdin=subprocess.DEVNULL)
-                    self.assertIn(done.returncode, range(9), done.stderr)
+                    self.assertIn(done.returncode, range(18), done.stderr)
 
 
 class LostHost(WithDevice):

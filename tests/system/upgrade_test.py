@@ -55,7 +55,7 @@ class Upgrade(unittest.TestCase):
         self.assertEqual(device.logged().count(UNKNOWN), 1)
         device.orvactl("set", LIMIT_OF_NETWORKS, "8")
         self.check_all_is_there(device, {**settings, LIMIT_OF_NETWORKS: {"i32": 8}}, [UNKNOWN])
-        device.orvactl("wifi", "connect", "Home")
+        device.orvactl("wifi", "connect", "Home", "--wait", "0")
         stored = device.stored()
         now = stored[CURRENT]["networkProfile"]
         self.assertEqual((now["roaming"], now["wireless"]["ssid"]), (profile["roaming"], "Home"))

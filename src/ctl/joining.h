@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "action.h"
+
+namespace ctl {
+
+/// What speaks against joining a wireless network at present, whichever; nothing where nothing
+/// does.
+std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
+
+/// Waits until the network is joined, or for the reason why it is not. @p profile is what was set.
+Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid);
+
+/// Puts @p before in place of the profile that has @p ssid first, which was not joined.
+void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid);
+
+/// The profile with its keys where this user may read them, else as it is published: for
+/// takeBack().
+Outcome<OrvaNetworkProfile> profileToKeep(Host& host);
+
+/// The network of that name in the profile.
+std::optional<OrvaNetworkInterface> knownNetwork(const OrvaNetworkProfile& profile,
+                                                 const QString& ssid);
+
+} // namespace ctl
