@@ -48,6 +48,10 @@ install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.1" DESTINATION "${CMAKE_INSTA
 install(FILES dist/orva-host.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/src/ctl/_orvactl"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT runtime)
+install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.fish"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT runtime)
 
 # --- library
 install(TARGETS orva_api orva_processhandler EXPORT OrvaTargets

@@ -21,6 +21,7 @@ Arguments::Value emptyValue(Parameter::Kind kind)
         return std::string();
     case Kind::Texts:
     case Kind::Addresses:
+    case Kind::Names:
         return std::vector<std::string>();
     case Kind::Integer:
         return std::optional<int>();
@@ -45,6 +46,7 @@ std::string typeOfKind(Parameter::Kind kind)
         return {};
     case Kind::Text:
     case Kind::Texts:
+    case Kind::Names:
         return "TEXT";
     case Kind::Integer:
         return "INT";
@@ -147,8 +149,9 @@ std::string typeOf(const Parameter& parameter)
 std::string shownType(const std::string& type)
 {
     static const std::map<std::string, std::string> shown = {
-        {"TEXT", ""}, {"VALUE-NODE", ""}, {"ACTION-NODE", ""}, {"ROWS-NODE", ""},
-        {"NODE", ""}, {"INT", "NUMBER"},  {"UINT", "NUMBER"},
+        {"TEXT", ""},  {"VALUE-NODE", ""}, {"ACTION-NODE", ""}, {"ROWS-NODE", ""},
+        {"NODE", ""},  {"INT", "NUMBER"},  {"UINT", "NUMBER"},  {"NETWORK", ""},
+        {"KNOWN", ""}, {"REQUESTER", ""},  {"NODE-VALUE", ""},
     };
     const auto found = shown.find(type);
     return found == shown.end() ? type : found->second;

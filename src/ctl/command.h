@@ -34,6 +34,7 @@ struct Parameter
         Wait,      ///< the same for an action; 0 has it not wait for the result
         Address,   ///< an IPv4 address
         Addresses, ///< several, commas between them
+        Names,     ///< any texts, commas between them
     };
 
     std::string name; ///< begins with a dash where it is an option
@@ -113,8 +114,17 @@ struct Command
     std::string words; ///< as a person writes them: "wifi connect"
     std::string description;
     std::vector<Parameter> parameters = {};
-    Run run = {};           ///< none for a group
-    bool isPatient = false; ///< waits for a bus and a host that are not there yet
+    Run run = {};                          ///< none for a group
+    bool isPatient = false;                ///< waits for a bus and a host that are not there yet
+    std::vector<std::string> columns = {}; ///< of the table that it writes, for --terse
+
+    /// For the rows of a table: the same with columns.
+    Command writing(const std::vector<std::string>& names) const
+    {
+        Command changed = *this;
+        changed.columns = names;
+        return changed;
+    }
 
     [[nodiscard]] bool isGroup() const { return !run; }
     /// The words before the last; empty where there is one.
@@ -127,6 +137,13 @@ struct Command
 /// its commands.
 using Commands = std::vector<Command>;
 
+/// What the manual page says of something.
+struct Note
+{
+    std::string subject;
+    std::string text;
+};
+
 /// The program as a whole.
 struct Program
 {
@@ -134,6 +151,8 @@ struct Program
     std::string footer;
     std::vector<Parameter> options;
     Commands commands;
+    std::vector<Note> environment;
+    std::vector<Note> examples;
 };
 
 /// Everything that orvactl does.
@@ -142,9 +161,9 @@ Program program();
 /// The commands directly below the words `parent`.
 std::vector<const Command*> below(const Commands& commands, const std::string& parent);
 
-/// The kind of text that a parameter takes, in one word: its choices in braces, its own type, or
-/// that of its kind. Completion understands VALUE-NODE, ACTION-NODE, ROWS-NODE and NODE for live
-/// node paths and FILE for file names.
+/// What kind of text a parameter takes, in one word: its choices in braces, its own type, or that
+/// of its kind. Completion asks the host for VALUE-NODE, ACTION-NODE, ROWS-NODE, NODE, NODE-VALUE,
+/// NETWORK, KNOWN and REQUESTER, and the shell for FILE.
 std::string typeOf(const Parameter& parameter);
 
 /// The same as a person reads it: empty where the name or the description says it all.

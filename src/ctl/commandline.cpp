@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commandline.h"
 
-#include "output.h"
 #include "usagefault.h"
 
 #include <CLI/CLI.hpp>
@@ -30,6 +29,7 @@ private:
     CLI::Option* add(CLI::App& app, Arguments& arguments, const Parameter& parameter);
     [[nodiscard]] ExitStatus end(const CLI::ParseError& error, const QStringList& arguments) const;
     [[nodiscard]] QDeadlineTimer deadline() const;
+    [[nodiscard]] OutputStyle style() const;
 
     const Program& m_program;
     CLI::App m_app;
@@ -61,8 +61,8 @@ void describe(CLI::Option& option, const Parameter& parameter)
         option.group("");
     if (!parameter.fallback.empty())
         option.default_val(parameter.fallback);
-    if (parameter.kind == Kind::Addresses)
-        option.delimiter(',');
+    if (parameter.kind == Kind::Addresses || parameter.kind == Kind::Names)
+        option.delimiter(',')->allow_extra_args(false);
 }
 
 /// Why @p text is no time, 0 being one or not; empty where it is one.
@@ -106,8 +106,8 @@ Parser::Parser(const Program& program)
     m_app.footer(program.footer);
     m_app.get_formatter()->column_width(32);
     m_app.get_formatter()->label("REQUIRED", "");
-    for (const char* type :
-         {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT", "UINT"})
+    for (const char* type : {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT",
+                             "UINT", "NETWORK", "KNOWN", "REQUESTER", "NODE-VALUE"})
         m_app.get_formatter()->label(type, shownType(type));
     add(m_app, m_global, program.options);
     m_app.require_subcommand(0, 1);
@@ -171,8 +171,9 @@ std::variant<Choice, ExitStatus> Parser::parse(int argc, char** argv)
         std::fputs(m_app.help().c_str(), stderr);
         return ExitStatus::Usage;
     }
-    return Choice{m_command,        m_given ? *m_given : Arguments(), deadline(),
-                  m_seconds != 0.0, m_global.flag("--json"),          generate};
+    return Choice{m_command,  m_given ? *m_given : Arguments(),
+                  deadline(), m_seconds != 0.0,
+                  style(),    generate};
 }
 
 /// Help and version are no faults.
@@ -187,6 +188,12 @@ ExitStatus Parser::end(const CLI::ParseError& error, const QStringList& argument
     const QString why = usageFault(m_program, arguments, QString::fromUtf8(error.what()));
     Output().failure({ExitStatus::Usage, why});
     return ExitStatus::Usage;
+}
+
+OutputStyle Parser::style() const
+{
+    return {m_global.flag("--json"), m_global.flag("--quiet"), m_global.text("--color"),
+            m_global.texts("--terse")};
 }
 
 QDeadlineTimer Parser::deadline() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "command.h"
+#include "output.h"
 
 #include <QDeadlineTimer>
 
@@ -14,8 +15,8 @@ struct Choice
     Arguments arguments;
     QDeadlineTimer deadline = QDeadlineTimer::Forever; ///< the time for all of it, if any was given
     bool waits = true;                                 ///< for the result of an action
-    bool json = false;
-    QString generate; ///< what to print in place of running a command: "completion", "man" or none
+    OutputStyle style;
+    QString generate; ///< what to print in place of running a command: "man", a shell or none
 };
 
 /// Reads the command line. Where there is nothing to run, help or a fault was printed, and the exit

@@ -13,7 +13,8 @@ struct Context
     Bus& bus;
     Host& host;
     Output& out;
-    bool waits = true; ///< for the result of an action: not with --wait 0
+    bool waits = true;        ///< for the result of an action: not with --wait 0
+    QStringList columns = {}; ///< of the table that the command writes
 };
 
 } // namespace ctl

@@ -8,8 +8,4 @@ namespace ctl {
 /// The manual page orvactl(1), from the description of the commands.
 std::string manPage(const Program& program);
 
-/// The bash completion, from the description of the commands; it asks the running host for node
-/// paths.
-std::string completion(const Program& program);
-
 } // namespace ctl

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "generate.h"
+#include "outcome.h"
 
 #include <sstream>
 
@@ -58,6 +59,33 @@ void writeParameters(std::ostream& out, const std::vector<Parameter>& parameters
     }
 }
 
+void writeStatuses(std::ostream& out)
+{
+    out << ".SH EXIT STATUS\nThe word begins the text on standard error, \"orvactl: key\\-refused: "
+           "...\".\n";
+    for (const StatusRow& row : statusRows()) {
+        out << ".TP\n\\fB" << row.number << "\\fP";
+        out << (row.reason.empty() ? "" : " " + escaped(row.reason)) << "\n"
+            << escaped(row.meaning) << "\n";
+    }
+}
+
+void writeNotes(std::ostream& out, const char* heading, const std::vector<Note>& notes)
+{
+    out << ".SH " << heading << "\n";
+    for (const Note& note : notes)
+        out << ".TP\n\\fB" << escaped(note.subject) << "\\fP\n" << escaped(note.text) << "\n";
+}
+
+/// Paragraphs as roff has them.
+std::string paragraphs(const std::string& text)
+{
+    std::string result = escaped(text);
+    for (size_t at = 0; (at = result.find("\n\n", at)) != std::string::npos;)
+        result.replace(at, 2, "\n.PP\n");
+    return result;
+}
+
 void writeCommands(std::ostream& out, const Program& program, const std::string& words)
 {
     for (const Command* command : below(program.commands, words)) {
@@ -77,15 +105,19 @@ std::string manPage(const Program& program)
 {
     std::ostringstream out;
     out << ".TH ORVACTL 1\n.SH NAME\norvactl \\- client of the network manager's host\n"
-        << ".SH SYNOPSIS\n.B orvactl\n[\\fB\\-\\-json\\fP] \\fICOMMAND\\fP [\\fIARGUMENTS\\fP]\n"
+        << ".SH SYNOPSIS\n.B orvactl\n[\\fIOPTIONS\\fP] \\fICOMMAND\\fP [\\fIARGUMENTS\\fP]\n"
         << ".SH DESCRIPTION\n"
         << escaped(program.description) << "\n"
         << ".PP\n"
-        << escaped(program.footer) << "\n"
+        << paragraphs(program.footer) << "\n"
         << ".SH OPTIONS\n";
     writeParameters(out, program.options);
     out << ".SH COMMANDS\n";
     writeCommands(out, program, {});
+    writeStatuses(out);
+    writeNotes(out, "ENVIRONMENT", program.environment);
+    writeNotes(out, "EXAMPLES", program.examples);
+    out << ".SH SEE ALSO\n.BR orva\\-host (8),\n.BR busctl (1)\n";
     return out.str();
 }
 

@@ -141,7 +141,7 @@ Commands genericCommands()
         {"get", "Shows a node's value", {pathOf("VALUE-NODE"), answerTime()}, &get},
         {"set",
          "Writes a node's value",
-         {pathOf("VALUE-NODE"), value.required(), answerTime()},
+         {pathOf("VALUE-NODE"), value.required().of("NODE-VALUE"), answerTime()},
          &set},
         {"invoke",
          "Activates a node and shows its answer",

@@ -45,8 +45,7 @@ std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkP
     if (hasCable && profile.type() == OrvaNetworkProfileType::Auto)
         return Failure{ExitStatus::CableFirst,
                        QStringLiteral("The cable has precedence, and no wireless network is joined "
-                                      "beside it. With --keep the network is joined once the "
-                                      "cable is pulled.")};
+                                      "beside it.")};
     return std::nullopt;
 }
 

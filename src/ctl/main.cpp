@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commandline.h"
+#include "completion.h"
 #include "connectalarm.h"
 #include "context.h"
 #include "generate.h"
@@ -7,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <csignal>
 #include <fcntl.h>
 
 using namespace ctl;
@@ -18,6 +20,22 @@ bool isUtf8(const char* argument)
     return QString::fromUtf8(argument).toUtf8() == argument;
 }
 
+QStringList columnsOf(const Command& command)
+{
+    QStringList columns;
+    for (const std::string& name : command.columns)
+        columns.append(QString::fromStdString(name));
+    return columns;
+}
+
+QStringList wordsOf(int argc, char** argv)
+{
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromUtf8(argv[i]));
+    return words;
+}
+
 int fail(const Output& out, const Failure& failure)
 {
     out.failure(failure);
@@ -26,7 +44,7 @@ int fail(const Output& out, const Failure& failure)
 
 std::string generated(const Program& program, const QString& what)
 {
-    return what == QLatin1String("man") ? manPage(program) : completion(program);
+    return what == QLatin1String("man") ? manPage(program) : completionScript(what.toStdString());
 }
 
 Result runOnce(const Choice& choice, Output& out)
@@ -43,7 +61,7 @@ Result runOnce(const Choice& choice, Output& out)
     const Result fits = host.checkVersion();
     if (!fits)
         return fits;
-    Context context{bus, host, out, choice.waits};
+    Context context{bus, host, out, choice.waits, columnsOf(*choice.command)};
     return choice.command->run(context, choice.arguments);
 }
 
@@ -88,6 +106,11 @@ int main(int argc, char* argv[])
     if (!std::all_of(argv, argv + argc, isUtf8))
         return fail(out, {ExitStatus::Usage, QStringLiteral("An argument is not UTF-8 text.")});
     const Program orvactl = program();
+    const QStringList words = wordsOf(argc, argv);
+    if (words.value(0) == QLatin1String("__complete")) {
+        registerBusTypes();
+        return complete(orvactl, words.mid(1));
+    }
     const auto parsed = parseCommandLine(orvactl, argc, argv);
     if (const auto* ended = std::get_if<ExitStatus>(&parsed))
         return int(*ended);
@@ -96,7 +119,10 @@ int main(int argc, char* argv[])
         Output::text(generated(orvactl, choice.generate));
         return int(ExitStatus::Done);
     }
-    out.setJson(choice.json);
+    out.setStyle(choice.style);
+    const Result writable = out.checkColumns(columnsOf(*choice.command));
+    if (!writable)
+        return fail(out, writable.error());
     const Result result = runCommand(choice, out);
     if (Interrupt::received())
         std::raise(Interrupt::received());

@@ -60,11 +60,24 @@ int columnsOf(char32_t code)
     return columns < 0 ? 1 : columns;
 }
 
-bool stdoutHasColour()
+bool stdoutWantsColour(const QString& wish)
 {
-    static const bool colour = isatty(STDOUT_FILENO) == 1 &&
-                               qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
-    return colour;
+    if (wish == QLatin1String("always") || wish == QLatin1String("never"))
+        return wish == QLatin1String("always");
+    if (!qEnvironmentVariableIsEmpty("NO_COLOR"))
+        return false;
+    const QByteArray force = qgetenv("CLICOLOR_FORCE");
+    if (!force.isEmpty() && force != "0")
+        return true;
+    return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
+}
+
+bool stdoutHasColour = false;
+
+QString terseCell(QString text)
+{
+    return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char(':'), QLatin1String("\\:"));
 }
 
 } // namespace
@@ -74,10 +87,44 @@ void Output::text(const std::string& text)
     write(QByteArray::fromStdString(text));
 }
 
+void Output::setStyle(const OutputStyle& style)
+{
+    m_style = style;
+    stdoutHasColour = style.terse.isEmpty() && stdoutWantsColour(style.colour);
+}
+
+Result Output::checkColumns(const QStringList& columns) const
+{
+    if (columns.isEmpty() && !m_style.terse.isEmpty())
+        return Failure{ExitStatus::Usage,
+                       QStringLiteral("This command has no fields; --json is for programs.")};
+    for (const QString& name : m_style.terse) {
+        if (!columns.contains(name))
+            return Failure{ExitStatus::Usage,
+                           QStringLiteral("There is no field \"%1\"; there are %2.")
+                               .arg(name, columns.join(QLatin1String(", ")))};
+    }
+    return {};
+}
+
 void Output::line(const QString& text) const
 {
-    if (!m_json)
+    if (!m_style.json)
         writeLine(text);
+}
+
+void Output::table(const QStringList& columns, const QVector<QStringList>& rows) const
+{
+    if (m_style.terse.isEmpty()) {
+        table(QVector<QStringList>{columns} + rows);
+        return;
+    }
+    for (const QStringList& row : rows) {
+        QStringList cells;
+        for (const QString& name : m_style.terse)
+            cells.append(terseCell(row.value(columns.indexOf(name))));
+        line(cells.join(QLatin1Char(':')));
+    }
 }
 
 void Output::table(const QVector<QStringList>& rows) const
@@ -101,13 +148,17 @@ void Output::table(const QVector<QStringList>& rows) const
 
 void Output::document(const QVariantHash& value) const
 {
-    if (m_json)
-        write(OrvaPlain::toJson(value) + '\n');
+    if (!m_style.json)
+        return;
+    QVariantHash numbered = value;
+    numbered.insert(QStringLiteral("schema"), jsonSchema);
+    write(OrvaPlain::toJson(numbered) + '\n');
 }
 
 void Output::note(const QString& text) const
 {
-    say(text);
+    if (!m_style.quiet)
+        say(text);
 }
 
 void Output::failure(const Failure& failure) const
@@ -126,7 +177,7 @@ void Output::failure(const Failure& failure) const
 
 QString Output::styled(const QString& text, Style style)
 {
-    if (!stdoutHasColour())
+    if (!stdoutHasColour)
         return text;
     return QStringLiteral("\033[%1m%2\033[0m").arg(QString::number(int(style)), text);
 }

@@ -11,6 +11,18 @@
 
 namespace ctl {
 
+/// How a person wants what is written.
+struct OutputStyle
+{
+    bool json = false;      ///< one JSON document a line on stdout and nothing else
+    bool quiet = false;     ///< no remarks on stderr
+    QString colour = {};    ///< "always", "never"; anything else: where stdout is a terminal
+    QStringList terse = {}; ///< the columns of a table to write, in this order; empty for a page
+};
+
+/// The number of what JSON documents look like; it changes with what a program cannot overlook.
+constexpr int jsonSchema = 1;
+
 /// Writes what the commands have to say: data to stdout, all else to stderr.
 class Output
 {
@@ -18,9 +30,12 @@ public:
     /// The look of a piece of a person's page where there is colour, by the terminal's code.
     enum class Style { Bold = 1, Dim = 2, Bad = 31, Good = 32 };
 
-    /// With `json`, stdout carries one JSON document a line and nothing else.
-    void setJson(bool json) { m_json = json; }
-    [[nodiscard]] bool json() const { return m_json; }
+    /// NO_COLOR and CLICOLOR_FORCE count where the style leaves the colour open.
+    void setStyle(const OutputStyle& style);
+    [[nodiscard]] bool json() const { return m_style.json; }
+
+    /// Fails where the style names a column that is none of @p columns.
+    [[nodiscard]] Result checkColumns(const QStringList& columns) const;
 
     /// Text on stdout as it stands. What cannot be written ends the program, here and in all that
     /// writes data: silently where the reader has gone, else with the status Other.
@@ -28,9 +43,12 @@ public:
 
     /// A line for a person; says nothing in JSON mode.
     void line(const QString& text) const;
-    /// Lines for a person, their columns lined up two blanks apart.
+    /// Lines for a person below their headings, columns lined up two blanks apart; terse ones have
+    /// colons between the values, and a backslash before a colon or backslash within.
+    void table(const QStringList& columns, const QVector<QStringList>& rows) const;
+    /// Lines that need no headings.
     void table(const QVector<QStringList>& rows) const;
-    /// A document for a machine; says nothing outside JSON mode.
+    /// A document for a machine, with the number of its schema; says nothing outside JSON mode.
     void document(const QVariantHash& value) const;
     /// A remark on stderr.
     void note(const QString& text) const;
@@ -44,7 +62,7 @@ public:
     [[nodiscard]] static bool stderrIsTerminal();
 
 private:
-    bool m_json = false;
+    OutputStyle m_style;
 };
 
 /// Foreign text made harmless for a terminal: what does not print shows as its code.

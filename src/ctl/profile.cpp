@@ -6,6 +6,8 @@
 
 #include "core/orvawords.h"
 
+#include <algorithm>
+
 namespace ctl {
 
 namespace {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "families.h"
-#include "outcome.h"
 
 namespace ctl {
 
@@ -15,19 +14,36 @@ What a command asks of the host is given up after 25 seconds (a scan after 35, a
 where it is given no time; with one, all of it ends in that time. Actions wait for their result: 90 seconds,
 or what --wait gives; --wait 0 has them end once the host has answered.
 
-Colour is used on a terminal only, and not at all where NO_COLOR is set.)";
+orvactl(1) has examples and tells what each exit status means.)";
 
-std::string exitStatuses()
+std::vector<Note> environment()
 {
-    std::string text = "Exit status, and the word that begins the text on standard error:\n";
-    for (const StatusRow& row : statusRows()) {
-        std::string line = "  " + std::to_string(row.number);
-        line.resize(6, ' ');
-        line += row.reason;
-        line.resize(20, ' ');
-        text += line + " " + row.meaning + "\n";
-    }
-    return text;
+    return {
+        {"DBUS_SYSTEM_BUS_ADDRESS", "The bus that the host is on, in place of the system's."},
+        {"NO_COLOR", "Where it is set, nothing is in colour."},
+        {"CLICOLOR_FORCE", "Where it is set and not 0, output is in colour also where it goes into "
+                           "a file; NO_COLOR and --color come first."},
+        {"TERM", "There is no colour on a terminal \"dumb\"."},
+    };
+}
+
+std::vector<Note> examples()
+{
+    return {
+        {"orvactl wifi connect Home", "Asks for the key where the network is new, waits until it "
+                                      "is joined, and goes back where it is not."},
+        {"orvactl wifi connect Home --key-file - <key", "The same in a script."},
+        {"orvactl wifi wps pbc --apply", "Joins the network whose router's button is pressed."},
+        {"orvactl profile set --ip 192.168.1.9 --netmask 255.255.255.0 --gateway 192.168.1.1",
+         "Gives the wired interface a static address."},
+        {"orvactl wait network/state/connected==true --timeout 30",
+         "Waits for the network, for the host and the bus too."},
+        {"orvactl --terse SSID,SIGNAL wifi scan", "Names and levels, for a script."},
+        {"orvactl --json get network/info | jq .networkInfo.wired.addresses",
+         "What a program reads: \"schema\" numbers the form of the document."},
+        {"orvactl --json get network/profile | orvactl invoke network/profile/set -",
+         "What was written is taken back."},
+    };
 }
 
 Commands allCommands()
@@ -49,11 +65,20 @@ Program program()
 {
     using Kind = Parameter::Kind;
     return {"Looks at and drives the network through the host's node tree.",
-            footer + ("\n\n" + exitStatuses()),
+            footer,
             {{"--version", "Print the version and exit", Kind::Version},
              {"--json", "One JSON document a line on standard output, nothing else", Kind::Flag},
-             Parameter{"--generate", ""}.oneOf({"completion", "man"}).hidden()},
-            allCommands()};
+             Parameter{"--terse",
+                       "Only these columns of a table, commas between them, without "
+                       "headings; \":\" between the values, \"\\\" before one in them",
+                       Kind::Names}
+                 .of("FIELDS"),
+             {"--quiet", "No remarks on standard error, only what went wrong", Kind::Flag},
+             Parameter{"--color", "Whether to write in colour"}.oneOf({"auto", "always", "never"}),
+             Parameter{"--generate", ""}.oneOf({"man", "bash", "zsh", "fish"}).hidden()},
+            allCommands(),
+            environment(),
+            examples()};
 }
 
 } // namespace ctl

@@ -44,14 +44,12 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
     const auto profile = publishedProfile(context.host);
     if (!profile)
         return profile.error();
-    QVector<QStringList> table = {{QString(), QStringLiteral("SSID"), QStringLiteral("SECURITY"),
-                                   QStringLiteral("CHANNEL"), QStringLiteral("BAND"),
-                                   QStringLiteral("SIGNAL")}};
+    QVector<QStringList> table;
     for (const OrvaNetworkScanResult& network : std::as_const(networks)) {
         context.out.document({{OrvaValue::NetworkScanResult(), network.__variant()}});
         table.append(tableRow(markOf(network.ssid(), info->networkInfo(), *profile), network));
     }
-    context.out.table(table);
+    context.out.table(context.columns, table);
     return {};
 }
 
@@ -90,12 +88,15 @@ Result list(Context& context, const Arguments&)
 
 Commands scanCommands()
 {
+    const std::vector<std::string> columns = {"USED",    "SSID", "SECURITY",
+                                              "CHANNEL", "BAND", "SIGNAL"};
     return {
-        {"wifi scan",
-         "Scans and lists what it found; * is connected, + is known",
-         {{"--wait", "Wait at most SECONDS for the results", Parameter::Kind::Time}},
-         &scan},
-        {"wifi list", "Lists what the last scan found", {}, &list},
+        Command{"wifi scan",
+                "Scans and lists what it found; * is connected, + is known",
+                {{"--wait", "Wait at most SECONDS for the results", Parameter::Kind::Time}},
+                &scan}
+            .writing(columns),
+        Command{"wifi list", "Lists what the last scan found", {}, &list}.writing(columns),
     };
 }
 

@@ -114,13 +114,10 @@ Result listRequests(Context& context, const Arguments&)
     if (!value)
         return value.error();
     context.out.document(value->__hash());
-    QVector<QStringList> table = {{QStringLiteral("NAME"), QStringLiteral("INTERFACE"),
-                                   QStringLiteral("SSID"), QStringLiteral("CHANNEL"),
-                                   QStringLiteral("RUNNING"), QStringLiteral("HOLD"),
-                                   QStringLiteral("EXPIRES")}};
+    QVector<QStringList> table;
     for (const OrvaNetworkSoftApRequestStatus& status : value->softApRequests())
         table.append(tableRow(status));
-    context.out.table(table);
+    context.out.table(context.columns, table);
     return {};
 }
 
@@ -160,10 +157,11 @@ Commands softApCommands()
          requestParameters(), &request},
         {"softap revoke",
          "Takes a request back",
-         {Parameter{"NAME", "Who asked"}.required(),
+         {Parameter{"NAME", "Who asked"}.required().of("REQUESTER"),
           Parameter{"--interface", "Soft-AP interface"}.of("NAME")},
          &revoke},
-        {"softap list", "Lists who asked for what, and what runs", {}, &listRequests},
+        Command{"softap list", "Lists who asked for what, and what runs", {}, &listRequests}
+            .writing({"NAME", "INTERFACE", "SSID", "CHANNEL", "RUNNING", "HOLD", "EXPIRES"}),
         {"softap stations", "Lists the connected stations", {}, &stations},
     };
 }

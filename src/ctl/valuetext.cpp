@@ -141,7 +141,9 @@ Outcome<QVariantHash> parseObject(const QByteArray& text)
         return usage(QStringLiteral("Not a value: %1.").arg(json.why()));
     if (json->userType() != QMetaType::QVariantHash)
         return usage(QStringLiteral("Not a value: a JSON object is wanted."));
-    return json->toHash();
+    QVariantHash object = json->toHash();
+    object.remove(QStringLiteral("schema")); // of what orvactl itself wrote
+    return object;
 }
 
 bool looksLikeObject(const QString& text)

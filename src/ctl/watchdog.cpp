@@ -31,7 +31,7 @@ QString description(const Criteria& criteria)
         .arg(criteria.maxTxIncreaseNoRxIncreaseThreshold());
 }
 
-Result status(Context& context, const Arguments&)
+Result showCriteria(Context& context, const Arguments&)
 {
     const auto value = context.host.value(OrvaNetworkWifiRestartCriteriaPath());
     if (!value)
@@ -92,7 +92,7 @@ Commands watchdogCommands()
     using Kind = Parameter::Kind;
     return {
         {"watchdog", "The watchdog that restarts a stuck Wi-Fi link"},
-        {"watchdog status", "Shows the criteria", {}, &status},
+        {"watchdog status", "Shows the criteria", {}, &showCriteria},
         {"watchdog set",
          "Changes the criteria that are named",
          {{"--interval", "Time between two samples; below 10 it is off", Kind::Seconds},

@@ -89,7 +89,9 @@ Result checkHindrance(Context& context, const OrvaNetworkProfile& profile, const
     if (!info)
         return info.error();
     const auto why = hindrance(info->networkInfo(), profile);
-    return why ? Result(*why) : Result();
+    if (!why)
+        return {};
+    return Failure{why->status, why->text + QStringLiteral(" --keep sets it for later.")};
 }
 
 Outcome<OrvaNetworkProfile> profileWith(Context& context, const OrvaNetworkProfile& before,
@@ -169,13 +171,13 @@ Result known(Context& context, const Arguments&)
     const auto info = context.host.value(OrvaNetworkInfoPath());
     if (!info)
         return info.error();
-    QVector<QStringList> table = {{QStringLiteral("SSID"), QStringLiteral("SECURITY"), QString()}};
+    QVector<QStringList> table;
     for (const OrvaNetworkInterface& network : profile->wirelessNetworks()) {
         context.out.document({{OrvaValue::NetworkInterface(), network.__variant()}});
         table.append({printableName(network.ssid()), securityName(network.encryption()),
                       remarkOn(info->networkInfo(), network.ssid())});
     }
-    context.out.table(table);
+    context.out.table(context.columns, table);
     return {};
 }
 
@@ -183,7 +185,7 @@ std::vector<Parameter> connectParameters()
 {
     using Kind = Parameter::Kind;
     return {
-        Parameter{"SSID", "Name of the network"}.required(),
+        Parameter{"SSID", "Name of the network"}.required().of("NETWORK"),
         Parameter{"--key-file", "File with the key; - reads standard input"}.of("FILE"),
         {"--ask-key", "Ask for the key also where the network is known", Kind::Flag},
         Parameter{"--open", "Join it without a key, as an open network", Kind::Flag}.without(
@@ -205,9 +207,10 @@ Commands wifiCommands()
          connectParameters(), &connectTo},
         {"wifi forget",
          "Forgets a known network",
-         {Parameter{"SSID", "Name of the network"}.required()},
+         {Parameter{"SSID", "Name of the network"}.required().of("KNOWN")},
          &forget},
-        {"wifi known", "Lists the known networks, most preferred first", {}, &known},
+        Command{"wifi known", "Lists the known networks, most preferred first", {}, &known}.writing(
+            {"SSID", "SECURITY", "REMARK"}),
     };
 }
 

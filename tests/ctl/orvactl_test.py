@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import json, os, pty, re, signal, subprocess, termios, threading, time, unittest
+import json, os, pathlib, pty, re, shutil, signal, subprocess, termios, threading, time, unittest
 
 from privatebus import BUILD, LIMIT, PrivateBus
 
@@ -55,7 +55,9 @@ class WithDevice(unittest.TestCase):
         return done.stdout
 
     def json(self, command):
-        return [json.loads(line) for line in self.ends(0, command).splitlines()]
+        documents = [json.loads(line) for line in self.ends(0, command).splitlines()]
+        self.assertEqual({document.pop("schema") for document in documents if "orvactl" in command} - {1}, set(), command)
+        return documents
 
     def get(self, path, kind):
         return self.json(f"orvactl --json get {path}")[0][kind]
@@ -63,7 +65,7 @@ class WithDevice(unittest.TestCase):
 
 def complete(test, words):
     return test.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1))\n'
-                        '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"').split()
+                        '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"').strip("\n").split("\n")
 
 
 class Nodes(WithDevice):
@@ -153,10 +155,10 @@ class Nodes(WithDevice):
         self.ends(0, f"orvactl set {MAXIMUM} 1")
         watcher = self.device.start("orvactl", "--json", "watch", MAXIMUM, stdout=subprocess.PIPE)
         self.addCleanup(watcher.stdout.close)
-        self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "value": {"i32": 1}})
+        self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "schema": 1, "value": {"i32": 1}})
         threading.Timer(0.3, self.device.shell, [f"orvactl set {MAXIMUM} 2"]).start()
         self.ends(0, f"orvactl wait {MAXIMUM}==2 --timeout {LIMIT}")
-        self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "value": {"i32": 2}})
+        self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "schema": 1, "value": {"i32": 2}})
 
     def test_a_change_has_its_type(self):
         self.ends(0, f"orvactl set {MAXIMUM} 1; orvactl set {RADIOS} 0")
@@ -181,7 +183,8 @@ class Nodes(WithDevice):
                 ("w", ["wifi", "wol", "watchdog", "watch", "wait", "world"]), ("airplane ''", ["on", "off"]),
                 ("get power/", ["power/resource/wifi", "power/target"]), ("rows ''", ["power/modules", "power/requests"]),
                 ("invoke wifi", ["wifi-restart/restart"]), ("nodes --kind r", ["rows"]), ("get --j", ["--json"]),
-                ("--v", ["--version"])]:
+                ("--v", ["--version"]), (f"set {RADIOS} ''", ["allRadios", "wifiOnly"]), ("set network/wake ''", [""]), ("wifi wps p", ["pbc", "pin"]),
+                ("--color ''", ["auto", "always", "never"]), ("wait power/t", ["power/target"]), ("wifi connect x --key-file ''", [""])]:
             with self.subTest(words):
                 self.assertEqual(complete(self, words), expected)
 
@@ -298,7 +301,7 @@ class Joining(WithDevice):
     configuration = Network.configuration
     world = {"timeFactor": 0.02, "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"subnet": "192.168.178.0/24"}, "mute": {"dhcp": False}},
              "accessPoints": [{"ssid": "Home", "security": "wpa-psk", "key": "correct horse", "wps": True, "network": "home"},
-                              {"ssid": "Mute", "network": "mute"}]}
+                              {"ssid": "Mute", "network": "mute"}, {"ssid": "$(touch evaluated) `touch evaluated`:", "signal": -80}]}
 
     def does(self, command, status=0, reason="", stdin=""):
         done = self.device.shell("orvactl " + command, stdin)
@@ -331,7 +334,44 @@ class Joining(WithDevice):
         self.does("wifi connect Home", 13, "cable-first: ")
         self.does("profile set --ip 192.168.178.9 --netmask 255.255.255.0")
         self.assertIn("192.168.178.9/24", self.ends(0, "orvactl status"))
-        self.does("network stop; orvactl get network/state | grep -qx disconnected")
+        self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
+        self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
+
+
+    def test_every_output_is_as_written_down(self):
+        golden = pathlib.Path(__file__).parent / "golden.txt"
+        blocks = re.split(r"^(?=\$ )", golden.read_text(encoding="utf-8"), flags=re.MULTILINE)
+        shown = blocks[:1] + [f"{block.splitlines()[0]}\n{self.shown(block.splitlines()[0][2:])}\n" for block in blocks[1:]]
+        if os.environ.get("ORVA_WRITE_GOLDEN"):
+            golden.write_text("".join(shown).rstrip("\n") + "\n", encoding="utf-8")
+        self.assertEqual("".join(shown).rstrip("\n") + "\n", golden.read_text(encoding="utf-8"))
+
+    def shown(self, command):
+        done = self.device.shell(command)
+        return done.stdout + done.stderr + (f"[{done.returncode}]\n" if done.returncode else "")
+
+    def test_names_are_completed_and_never_evaluated(self):
+        evil = "$(touch evaluated) `touch evaluated`:"
+        self.ends(0, "orvactl wifi scan >/dev/null; orvactl softap request 'a b' --wait 0; orvactl wifi connect Home --key-file - --wait 0", stdin="correct horse")
+        self.addCleanup(self.device.shell, "orvactl softap revoke 'a b'; orvactl wifi forget Home")
+        here = self.device.directory
+        for words, expected in [("wifi connect ''", {"Home", "Mute", evil}), ("wifi connect '$('", {evil}), (r"wifi connect \$\(", {evil}),
+                                ("wifi forget ''", {"Home"}), ("softap revoke a", {"a b"}), ("""wifi connect '"M'""", {"Mute"})]:
+            self.assertEqual(set(complete(self, words)), expected, words)
+        self.assertEqual(list(here.glob("evaluated")) + list(pathlib.Path.cwd().glob("evaluated")), [])
+        for shell, try_it in [("fish", "source {0}/orvactl.fish; complete -C 'orvactl wifi connect M'"), ("zsh", "autoload -Uz compinit; compinit -u -D; source {0}/_orvactl; print ok")]:
+            if shutil.which(shell):
+                done = self.device.run(shell, "-c", try_it.format(BUILD / "src/ctl"))
+                self.assertIn({"fish": "Mute", "zsh": "ok"}[shell], done.stdout, done.stderr)
+        self.assertEqual(self.ends(0, "orvactl --terse SSID,SECURITY wifi list | grep touch"), "$(touch evaluated) `touch evaluated`\\::open\n")
+        for command in "--terse SSD wifi list", "--terse SSID status":
+            self.ends(2, "orvactl " + command)
+
+    def test_colour_comes_where_it_is_wanted(self):
+        for colour, command in [(True, "--color always status"), (False, "status"), (False, "--color never status")]:
+            for setting in "", "CLICOLOR_FORCE=1 ", "CLICOLOR_FORCE=1 NO_COLOR= ":
+                wanted = colour or (command == "status" and "NO_COLOR= " in setting)
+                self.assertEqual("\033[" in self.ends(0, f"{setting}orvactl {command}"), wanted, setting + command)
 
 
 class Commands(WithDevice):
@@ -394,7 +434,7 @@ class StoppedHost(WithDevice):
                         "nodes --wait 1", "wifi connect Home --wait 1", "wifi scan --wait 1", "network start --wait 1"]:
             with self.subTest(command):
                 self.stopped("orvactl " + command)
-        self.assertEqual(complete(self, "get ''"), [])
+        self.assertEqual(complete(self, "get ''"), [""])
         self.assertLess(time.monotonic() - began, 23)
         self.assertEqual(patient.wait(LIMIT), 3)
         self.assertGreater(time.monotonic() - began, 24)

@@ -56,7 +56,10 @@ class PrivateBus:
         """What it prints as JSON; it must succeed."""
         done = self.run(*under, BUILD / "bin/orvactl", "--json", *words)
         assert not done.returncode, done.stderr
-        return json.loads(done.stdout) if done.stdout.strip() else None
+        answer = json.loads(done.stdout) if done.stdout.strip() else None
+        if isinstance(answer, dict):
+            answer.pop("schema")
+        return answer
 
     def run(self, *command, **more):
         return subprocess.run(command, env=self.environment, text=True, capture_output=True, timeout=LIMIT,

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "completion.h"
+
+#include "connectalarm.h"
+#include "host.h"
+#include "output.h"
+
+#include "core/orvawords.h"
+#include "network/networkpaths.h"
+#include "network/networkrecords.h"
+
+namespace ctl {
+
+namespace {
+
+/// A word and what it means.
+struct Candidate
+{
+    QString word;
+    QString meaning;
+};
+using Candidates = QVector<Candidate>;
+
+QString text(const std::string& from)
+{
+    return QString::fromStdString(from);
+}
+
+/// What the words before the last one leave open.
+class Line
+{
+public:
+    Line(const Program& program, const QStringList& words)
+        : m_program(program)
+    {
+        for (const QString& word : words.mid(0, words.size() - 1))
+            take(word);
+    }
+
+    /// The option whose value comes next, or the argument; null for neither.
+    [[nodiscard]] const Parameter* parameter() const
+    {
+        return m_option ? m_option : m_arguments.isEmpty() ? nullptr : m_arguments.first();
+    }
+    [[nodiscard]] bool awaitsValue() const { return m_option; }
+    [[nodiscard]] const QStringList& given() const { return m_given; }
+
+    [[nodiscard]] Candidates commands() const
+    {
+        Candidates found;
+        for (const Command* command : below(m_program.commands, m_words))
+            found.append({text(command->name()), text(command->description)});
+        return found;
+    }
+    [[nodiscard]] Candidates options() const
+    {
+        Candidates found;
+        for (const Parameter* parameter : parameters()) {
+            if (parameter->isOption())
+                found.append({text(parameter->name), text(parameter->description)});
+        }
+        return found + Candidates{{QStringLiteral("--help"), QStringLiteral("Show the help")}};
+    }
+
+private:
+    [[nodiscard]] std::vector<const Parameter*> parameters() const
+    {
+        std::vector<const Parameter*> all;
+        const auto add = [&all](const std::vector<Parameter>& parameters) {
+            for (const Parameter& parameter : parameters) {
+                if (!parameter.isHidden)
+                    all.push_back(&parameter);
+            }
+        };
+        if (m_command)
+            add(m_command->parameters);
+        add(m_program.options);
+        return all;
+    }
+
+    void take(const QString& word)
+    {
+        if (m_option)
+            m_option = nullptr;
+        else if (word.startsWith(QLatin1Char('-')))
+            takeOption(word.toStdString());
+        else if (!takeCommand(word.toStdString()))
+            takeArgument(word);
+    }
+
+    void takeOption(const std::string& name)
+    {
+        for (const Parameter* parameter : parameters()) {
+            if (parameter->name == name && !typeOf(*parameter).empty())
+                m_option = parameter;
+        }
+    }
+
+    bool takeCommand(const std::string& word)
+    {
+        for (const Command* command : below(m_program.commands, m_words)) {
+            if (command->name() != word)
+                continue;
+            m_command = command;
+            m_words = command->words;
+            for (const Parameter& parameter : command->parameters) {
+                if (!parameter.isOption() && !parameter.isHidden)
+                    m_arguments.append(&parameter);
+            }
+            return true;
+        }
+        return false;
+    }
+
+    void takeArgument(const QString& word)
+    {
+        m_given.append(word);
+        if (!m_arguments.isEmpty() && m_arguments.first()->kind != Parameter::Kind::Texts)
+            m_arguments.removeFirst();
+    }
+
+    const Program& m_program;
+    const Command* m_command = nullptr;
+    std::string m_words;
+    const Parameter* m_option = nullptr;
+    QVector<const Parameter*> m_arguments; ///< that are still to come
+    QStringList m_given;                   ///< arguments that are there
+};
+
+/// What the running host knows.
+class Live
+{
+public:
+    Live()
+        : m_alarm(m_deadline)
+        , m_bus(m_deadline)
+        , m_host(m_bus)
+    {
+    }
+
+    Candidates nodes(const QString& kind)
+    {
+        Candidates found;
+        const auto nodes = m_host.nodes();
+        for (const OrvaBusNode& node : nodes ? *nodes : OrvaBusNodes()) {
+            if (kind.isEmpty() || node.kind == kind)
+                found.append({node.path, node.type});
+        }
+        return found;
+    }
+
+    Candidates known()
+    {
+        Candidates found;
+        const auto profile = m_host.value(OrvaNetworkProfilePath());
+        if (!profile)
+            return found;
+        for (const OrvaNetworkInterface& network : profile->networkProfile().wirelessNetworks())
+            found.append({network.ssid(), QStringLiteral("known")});
+        return found;
+    }
+
+    /// Known networks, and what the last scan saw.
+    Candidates networks()
+    {
+        Candidates found = known();
+        const auto rows = m_host.rows(OrvaNetworkScanResultsPath());
+        for (const OrvaRoles& row : rows ? *rows : QVector<OrvaRoles>()) {
+            const OrvaNetworkScanResult network = row.value().networkScanResult();
+            found.append({network.ssid(), QStringLiteral("%1 dBm").arg(network.signal())});
+        }
+        return found;
+    }
+
+    Candidates requesters()
+    {
+        Candidates found;
+        const auto requests = m_host.value(OrvaNetworkSoftApRequestsPath());
+        if (!requests)
+            return found;
+        for (const OrvaNetworkSoftApRequestStatus& request : requests->softApRequests())
+            found.append({request.name(), request.interface()});
+        return found;
+    }
+
+    /// The words that a node's type has.
+    Candidates valuesOf(const QString& path)
+    {
+        const auto node = m_host.node(CMPath(path));
+        QStringList words;
+        if (node && node->type == OrvaValue::Bool())
+            words = {QStringLiteral("true"), QStringLiteral("false")};
+        for (const OrvaField& field : OrvaValue::fields()) {
+            if (node && field.key == node->type && field.shape.values)
+                words = orvaEnumWords(field.shape.values());
+        }
+        Candidates found;
+        for (const QString& word : words)
+            found.append({word, node->type});
+        return found;
+    }
+
+private:
+    QDeadlineTimer m_deadline{2000};
+    ConnectAlarm m_alarm;
+    Bus m_bus;
+    Host m_host;
+};
+
+Candidates liveOnes(const QString& type, const Line& line)
+{
+    Live live;
+    if (type == QLatin1String("NETWORK"))
+        return live.networks();
+    if (type == QLatin1String("KNOWN"))
+        return live.known();
+    if (type == QLatin1String("REQUESTER"))
+        return live.requesters();
+    if (type == QLatin1String("NODE-VALUE"))
+        return live.valuesOf(line.given().value(0));
+    if (type == QLatin1String("VALUE-NODE"))
+        return live.nodes(QStringLiteral("value"));
+    if (type == QLatin1String("ACTION-NODE"))
+        return live.nodes(QStringLiteral("activate"));
+    if (type == QLatin1String("ROWS-NODE"))
+        return live.nodes(QStringLiteral("rows"));
+    return live.nodes({});
+}
+
+bool isLive(const QString& type)
+{
+    static const QStringList types = {QStringLiteral("NETWORK"),    QStringLiteral("KNOWN"),
+                                      QStringLiteral("REQUESTER"),  QStringLiteral("NODE-VALUE"),
+                                      QStringLiteral("VALUE-NODE"), QStringLiteral("ACTION-NODE"),
+                                      QStringLiteral("ROWS-NODE"),  QStringLiteral("NODE")};
+    return types.contains(type);
+}
+
+Candidates valuesOf(const Parameter& parameter, const Line& line)
+{
+    const QString type = text(typeOf(parameter));
+    if (parameter.choices.empty())
+        return isLive(type) ? liveOnes(type, line) : Candidates();
+    Candidates found;
+    for (const std::string& choice : parameter.choices)
+        found.append({text(choice), {}});
+    return found;
+}
+
+void show(const Candidates& candidates, const QString& begin)
+{
+    QStringList shown;
+    for (const Candidate& candidate : candidates) {
+        const bool fits = candidate.word.startsWith(begin) && !candidate.word.isEmpty() &&
+                          printable(candidate.word) == candidate.word;
+        if (!fits || shown.contains(candidate.word))
+            continue;
+        shown.append(candidate.word);
+        const QString meaning = printable(candidate.meaning);
+        Output::text(
+            (meaning.isEmpty() ? candidate.word : candidate.word + QLatin1Char('\t') + meaning)
+                .toStdString() +
+            "\n");
+    }
+}
+
+} // namespace
+
+int complete(const Program& program, const QStringList& words)
+{
+    const Line line(program, words);
+    const QString begin = words.value(words.size() - 1);
+    if (!line.awaitsValue() && begin.startsWith(QLatin1Char('-'))) {
+        show(line.options(), begin);
+        return 0;
+    }
+    const Parameter* parameter = line.parameter();
+    if (parameter && typeOf(*parameter) == "FILE")
+        return completesFiles;
+    show(parameter ? valuesOf(*parameter, line) : line.commands(), begin);
+    return 0;
+}
+
+} // namespace ctl
