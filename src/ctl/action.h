@@ -21,7 +21,7 @@ Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValu
 /// Judges the published network state: nothing means to wait on, a result is the end.
 using InfoVerdict = std::function<std::optional<Result>(const OrvaNetworkInfo& info)>;
 
-/// Waits for a state of the network; not at all with --wait 0. @p settled judges too, some seconds
+/// Waits for a state of the network; not at all with --wait 0. `settled` judges too, some seconds
 /// later: what is true for a moment only, such as that there is no cable, is none of its concern.
 Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdict& settled = {});
 
@@ -40,7 +40,7 @@ private:
     bool m_seen = false;
 };
 
-/// Activates a node, then waits for the state that @p verdict describes.
+/// Activates a node, then waits for the state that `verdict` describes.
 Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& value,
                        const InfoVerdict& verdict, const InfoVerdict& settled = {});
 

@@ -31,10 +31,10 @@ public:
     /// Fails where there is no system bus to talk to.
     Result check() const;
 
-    /// Gives a command whose time is over @p more of it, to tidy up.
+    /// Gives a command whose time is over `more` of it, to tidy up.
     void prolong(std::chrono::seconds more);
 
-    /// When the time that the person gave is over; never, where none was given.
+    /// The end of the time that the person gave; never, where none was given.
     [[nodiscard]] const QDeadlineTimer& deadline() const { return m_deadline; }
 
     /// Runs the event loop until `done` says true or `deadline` expires; false if it expired.

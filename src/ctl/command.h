@@ -161,9 +161,9 @@ Program program();
 /// The commands directly below the words `parent`.
 std::vector<const Command*> below(const Commands& commands, const std::string& parent);
 
-/// What kind of text a parameter takes, in one word: its choices in braces, its own type, or that
-/// of its kind. Completion asks the host for VALUE-NODE, ACTION-NODE, ROWS-NODE, NODE, NODE-VALUE,
-/// NETWORK, KNOWN and REQUESTER, and the shell for FILE.
+/// The kind of text that a parameter takes, in one word: its choices in braces, its own type, or
+/// that of its kind. Completion asks the host for VALUE-NODE, ACTION-NODE, ROWS-NODE, NODE,
+/// NODE-VALUE, NETWORK, KNOWN and REQUESTER, and the shell for FILE.
 std::string typeOf(const Parameter& parameter);
 
 /// The same as a person reads it: empty where the name or the description says it all.

@@ -65,7 +65,7 @@ void describe(CLI::Option& option, const Parameter& parameter)
         option.delimiter(',')->allow_extra_args(false);
 }
 
-/// Why @p text is no time, 0 being one or not; empty where it is one.
+/// Why `text` is no time, 0 being one or not; empty where it is one.
 std::string timeFault(const std::string& text, bool mayBeNone)
 {
     bool isNumber = false;

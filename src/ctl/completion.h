@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-/// The words that may stand for the last of @p words, which are those after "orvactl", one on a
+/// The words that may stand for the last of `words`, which are those after "orvactl", one on a
 /// line with a tab and what it means; the exit status. Live ones are asked of the host, two seconds
 /// at most. What does not print, or is two lines, is left out.
 int complete(const Program& program, const QStringList& words);

@@ -44,7 +44,7 @@ public:
     /// Judges a value: nothing means wait on, a result is what to end with.
     using Verdict = std::function<std::optional<Result>(const OrvaValue& value)>;
 
-    /// Looks at the node's value now and at each change until @p verdict has a result, the deadline
+    /// Looks at the node's value now and at each change until `verdict` has a result, the deadline
     /// is over or an Interrupt came.
     Result waitFor(const CMPath& path, const Verdict& verdict, const QDeadlineTimer& deadline);
 
@@ -59,7 +59,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] bool isGone() const;
-    /// @p failure of a call for the node at @p path, with what would have been right.
+    /// `failure` of a call for the node at `path`, with what would have been right.
     [[nodiscard]] Failure explained(Failure failure, const CMPath& path);
     Outcome<OrvaValue> valueOrWhy(const Outcome<QVariantMap>& answer, const CMPath& path);
 

@@ -9,10 +9,10 @@ namespace ctl {
 /// does.
 std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
 
-/// Waits until the network is joined, or for the reason why it is not. @p profile is what was set.
+/// Waits until the network is joined, or for the reason why it is not. `profile` is what was set.
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid);
 
-/// Puts @p before in place of the profile that has @p ssid first, which was not joined.
+/// Puts `before` in place of the profile that has `ssid` first, which was not joined.
 void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid);
 
 /// The profile with its keys where this user may read them, else as it is published: for

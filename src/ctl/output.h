@@ -34,7 +34,7 @@ public:
     void setStyle(const OutputStyle& style);
     [[nodiscard]] bool json() const { return m_style.json; }
 
-    /// Fails where the style names a column that is none of @p columns.
+    /// Fails where the style names a column that is none of `columns`.
     [[nodiscard]] Result checkColumns(const QStringList& columns) const;
 
     /// Text on stdout as it stands. What cannot be written ends the program, here and in all that

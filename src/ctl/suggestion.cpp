@@ -11,7 +11,7 @@ namespace ctl {
 namespace {
 
 /// How many letters must be put in, taken out, replaced or swapped with their neighbour to make
-/// @p to of @p from.
+/// `to` of `from`.
 int distance(const QString& from, const QString& to)
 {
     QVector<int> beforeLast;

@@ -5,7 +5,7 @@
 
 namespace ctl {
 
-/// The candidate that a person most likely meant by the mistyped @p word; empty where none is near.
+/// The candidate that a person most likely meant by the mistyped `word`; empty where none is near.
 [[nodiscard]] QString nearest(const QString& word, const QStringList& candidates);
 
 /// " Did you mean "X"?" for the end of a sentence; empty where nothing is near.

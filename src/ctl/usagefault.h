@@ -6,7 +6,7 @@
 namespace ctl {
 
 /// Why the command line cannot be understood, for a person: what is mistyped and what was probably
-/// meant, else what the parser says of it in @p fault.
+/// meant, else what the parser says of it in `fault`.
 [[nodiscard]] QString usageFault(const Program& program, const QStringList& arguments,
                                  const QString& fault);
 
