@@ -77,10 +77,10 @@ class CableStories:
             self.plug()
             self.assertEqual(self.overheard(expected[:3], 0), expected[:3], step)
             self.unplug()
-            self.assertEqual(self.overheard(expected[3:]), expected[3:], step)
+            self.assertEqual(self.overheard(expected[3:]), expected[3:], step + self.p.logged())
         else:
             getattr(self, action)(*arguments)
-            self.assertEqual(self.overheard(expected), expected, step)
+            self.assertEqual(self.overheard(expected), expected, step + self.p.logged())
 
 
 UP_OR_DOWN = [["Connected eth0"], ["Disconnected eth0"]]

@@ -9,7 +9,7 @@ from wiredcase import WiredCase
 
 class RealCable(WiredCase, CableStories):
     def begin(self, silent=False):  # a machine under load is not to be taken for a silent server
-        super().begin(serve=not silent, dhcpDeadline=1.5 if silent else 10)
+        super().begin(serve=not silent, dhcpDeadline=5 if silent else 60)
 
 
 if __name__ == "__main__":

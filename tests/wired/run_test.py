@@ -33,7 +33,7 @@ class Run(unittest.TestCase):
 
     def end(self, device):
         os.killpg(device.pid, signal.SIGINT)
-        device.wait(20)
+        device.wait(60)
         until(lambda: not processes("lumod", "dhcpcd", "lumod-keep", "dnsmasq", "orva-host"))
 
     def test_sandbox(self):

@@ -7,8 +7,9 @@ from network import DEV, Network, ip
 from playground import BUILD, Playground
 
 RUN, RESOLV = pathlib.Path("/run/lumod"), pathlib.Path("/run/lumod/resolv.conf")
-CONF = {"helperDirectory": str(BUILD / "bin"), "dhcpDeadline": 1.5}
+CONF = {"helperDirectory": str(BUILD / "bin"), "dhcpDeadline": 5}
 CONNECTED, NOT = True, False
+IPV6 = ("/64'", "'2001:db8:1::1'", "'fe80:")  # an address, the name server, the gateway: they come one by one
 ENGINES = ("dhcpcd", "lumod-keep", "dhcp-event", "lumod", "resolvconf")
 
 
@@ -33,7 +34,7 @@ def left_over():
     """What lumod and its engines must have taken away at their end."""
     return dict(engines=len(processes(*ENGINES)),
                 files=[str(path) for path in [*RUN.glob("*"), *pathlib.Path("/run/dhcpcd").glob("*")]],
-                routes=[route for route in routes() if route.get("protocol") != "kernel"],
+                routes=[f"{route['dst']} via {route.get('gateway')}" for route in routes() if route.get("protocol") != "kernel"],
                 addresses=[address["local"] for link in ip("-n", "dev", "addr") for address in link["addr_info"]
                            if address["scope"] == "global"])
 
@@ -100,7 +101,7 @@ class WiredCase(unittest.TestCase):
         return dict(cable="LOWER_UP" in link.get("flags", []), connected=connected,
                     addresses=sorted(f"{a['local']}/{a['prefixlen']}" for a in usable) if connected else [],
                     gateways=[gateway for gateway in best if gateway and connected],
-                    dns=[line.split()[1] for line in lines if line.startswith("nameserver")])
+                    dns=[line.split()[1].replace("fe80::1%eth0", "fe80::1") for line in lines if line.startswith("nameserver")])
 
     def device(self):
         info = self.orvactl("get", "network/info").get("networkInfo", {})
@@ -109,7 +110,7 @@ class WiredCase(unittest.TestCase):
                     addresses=sorted(f"{a['ip']}/{a['prefix']}" for a in wired.get("addresses", [])),
                     gateways=[a["ip"] for a in info.get("gateways", [])], dns=[a["ip"] for a in info.get("dns", [])])
 
-    def agree(self, connected, *has, limit=30):
+    def agree(self, connected, *has, limit=60):
         """Until device and machine say the same, it is connected or not, and each of `has` is among what they say."""
         end = time.monotonic() + limit
         while True:
