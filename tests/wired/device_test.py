@@ -110,15 +110,6 @@ class Cable(Device):
                 self.assertEqual(len(ip("-n", "dev", "-4", "addr", "show", "eth0")[0]["addr_info"]), 1)
                 self.assertEqual(len(routes("default")), 1)
 
-    def test_engine_that_does_not_end(self):
-        self.connect()
-        for pid in processes("dhcpcd"):
-            os.kill(pid, signal.SIGSTOP)
-        self.stop()
-        self.assertEqual(left_over()["files"], [])
-        ip("-n", "dev", "link", "set", "eth0", "down")  # what it configured, it could not take back
-        ip("-n", "dev", "addr", "flush", "dev", "eth0")
-
     def test_storm_of_addresses(self):
         self.connect()
         lines = [f"addr {verb} 198.51.{i // 250}.{i % 250 + 1}/32 dev eth0" for verb in ("add", "del") for i in range(500)]

@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
+
 namespace {
 
 constexpr int firstPause = 100;       // ms
@@ -55,6 +57,13 @@ void ChildProcess::start(const QString& program, const QStringList& arguments)
     m_process.start(m_keeper,
                     QStringList{QString::number(QCoreApplication::applicationPid()), program} +
                         arguments);
+    m_group = static_cast<pid_t>(m_process.processId());
+}
+
+void ChildProcess::killOrphans()
+{
+    if (m_group > 0 && !isRunning())
+        ::kill(-std::exchange(m_group, 0), SIGKILL);
 }
 
 void ChildProcess::stop()

@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QTimer>
 
+#include <sys/types.h>
+
 /// An engine: a program that lumod starts and that never outlives lumod. What it writes goes to
 /// lumod's log at debug level.
 class ChildProcess : public QObject
@@ -21,6 +23,9 @@ public:
     void hideAfter(const QByteArray& word) { m_secretWord = word; }
     /// Starts the program, which must not run.
     void start(const QString& program, const QStringList& arguments);
+    /// Kills at once what is left of the program where lumod-keep was killed and could not do it;
+    /// the program has ended.
+    void killOrphans();
     /// Asks the program to end; `stopped` follows, at once when none runs.
     void stop();
     /// For an owner that is going: ends the program and waits for that, some seconds at most.
@@ -44,6 +49,7 @@ private:
     QString m_keeper;
     QString m_title;
     QProcess m_process;
+    pid_t m_group = 0; ///< the process group of what was started; 0: nothing, or all have ended
     QByteArray m_secretWord;
     QString m_lastLine;
     QTimer m_calm; ///< runs while the program is young: one that ends then waits longer

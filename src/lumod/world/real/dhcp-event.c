@@ -14,7 +14,7 @@ extern char** environ;
 static int isWanted(const char* variable)
 {
     static const char* const wanted[] = {
-        "reason=", "interface=", "protocol=", "if_up=", "pid=", "LUMOD_", "new_", "nd"};
+        "reason=", "interface=", "protocol=", "if_up=", "LUMOD_", "new_", "nd"};
     for (size_t i = 0; i < sizeof wanted / sizeof *wanted; ++i)
         if (strncmp(variable, wanted[i], strlen(wanted[i])) == 0)
             return 1;

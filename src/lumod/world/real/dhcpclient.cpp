@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QHostAddress>
+#include <QThread>
 
 #include <csignal>
 
@@ -41,47 +42,53 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
 {
     m_way.setSingleShot(true);
     m_returned.setSingleShot(true);
-    connect(&m_way, &QTimer::timeout, this, &DhcpClient::launch);
+    connect(&m_way, &QTimer::timeout, this, &DhcpClient::proceed);
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
+        m_inherits = true;
         m_way.start(pause);
         if (!m_address.isEmpty() && !m_returned.isActive())
             m_returned.start(m_settings.dhcpDeadline);
         Q_EMIT failed(QStringLiteral("dhcpcd on %1 has ended: %2").arg(m_interface, why));
     });
-    connect(&m_child, &ChildProcess::stopped, this, [this] {
-        removeLeftOvers();
-        if (m_wanted)
-            return launch();
-        Q_EMIT stopped();
-    });
+    connect(&m_child, &ChildProcess::stopped, this, &DhcpClient::proceed);
     connect(&m_returned, &QTimer::timeout, this, [this] {
         forget();
+        m_traces.remove();
         Q_EMIT abandoned();
     });
 }
 
 DhcpClient::~DhcpClient()
 {
+    m_wanted.reset();
     m_child.end(); // what it leaves can be seen only then
+    constexpr int mostWaits = patientWaits + 20;
+    for (m_waits = 0; !makeWay() && m_waits < mostWaits; ++m_waits)
+        QThread::msleep(shortWait);
     removeLeftOvers();
+    m_traces.remove();
 }
 
 void DhcpClient::start(int index, const std::optional<StaticIp>& ip)
 {
     if (m_wanted && m_wanted->index == index && m_wanted->ip == ip)
         return;
-    const bool idle = !m_wanted && !m_child.isRunning();
     m_wanted = Wanted{index, ip};
-    forget();
-    if (idle)
-        return launch();
-    m_way.stop();
-    m_child.stop();
+    restart();
 }
 
 void DhcpClient::stop()
 {
+    if (!m_wanted && (m_child.isEnding() || m_way.isActive()))
+        return;
     m_wanted.reset();
+    restart();
+}
+
+/// What runs, or is just ending, is ended first.
+void DhcpClient::restart()
+{
+    m_inherits = false;
     m_way.stop();
     forget();
     m_child.stop();
@@ -95,47 +102,60 @@ void DhcpClient::forget()
     m_servers.clear();
 }
 
-void DhcpClient::launch()
+/// A dhcpcd that finds another one's process id would only send it its arguments, so the end of one
+/// is waited for.
+void DhcpClient::proceed()
 {
     if (!makeWay())
         return m_way.start(++m_waits > patientWaits ? longWait : shortWait);
     m_waits = 0;
+    removeLeftOvers();
+    if (!m_inherits)
+        m_traces.remove();
+    if (m_wanted)
+        launch();
+    else
+        Q_EMIT stopped();
+}
+
+void DhcpClient::launch()
+{
     if (!writeConfiguration())
         return m_way.start(longWait);
+    m_traces.begin(m_wanted->index);
+    if (m_wanted->ip)
+        m_traces.know(m_wanted->ip->address);
     m_child.start(m_settings.dhcpcd, arguments());
 }
 
-/// A dhcpcd that finds another one's process id would only send it its arguments. One that ends is
-/// waited for; what one that was killed has left is removed.
 bool DhcpClient::makeWay()
 {
-    if (const auto pid = engine(); !pid.isEmpty()) {
-        if (pid.toInt() == m_engine)
-            ::kill(m_engine, SIGTERM); // lumod-keep was killed, and could not do it
-        if (m_waits == patientWaits)
-            Q_EMIT failed(
-                QStringLiteral("Another dhcpcd, process %1, holds %2, waiting for its end")
-                    .arg(pid, m_interface));
-        return false;
-    }
-    removeLeftOvers();
-    return true;
+    const int pid = engine();
+    const bool ours = QFile::exists(m_configuration);
+    if (pid == 0 || (!ours && !m_wanted))
+        return true;
+    if (ours)
+        ::kill(pid, m_waits < patientWaits ? SIGTERM : SIGKILL);
+    else if (m_waits == patientWaits)
+        Q_EMIT failed(QStringLiteral("Another dhcpcd, process %1, holds %2, waiting for its end")
+                          .arg(pid)
+                          .arg(m_interface));
+    return false;
 }
 
-QString DhcpClient::engine() const
+int DhcpClient::engine() const
 {
-    const auto pid =
-        QString::fromLatin1(contentOf(dhcpcdDirectory + m_interface + QStringLiteral(".pid")));
-    const bool runs =
-        !pid.isEmpty() && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd";
-    return runs ? pid : QString();
+    const auto pid = contentOf(dhcpcdDirectory + m_interface + QStringLiteral(".pid")).toInt();
+    const bool runs = pid > 0 && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd";
+    return runs ? pid : 0;
 }
 
 void DhcpClient::removeLeftOvers()
 {
     QFile::remove(m_configuration);
-    if (!engine().isEmpty())
+    if (engine() != 0)
         return;
+    m_child.killOrphans();
     for (const auto* left : {".pid", ".sock", ".unpriv.sock"})
         QFile::remove(dhcpcdDirectory + m_interface + QLatin1String(left));
 }
@@ -179,12 +199,12 @@ void DhcpClient::take(const DhcpEvent& event)
 {
     if (!m_wanted || event.interface != m_interface || event.start != m_start)
         return;
-    m_engine = event.process;
     if (event.source == DhcpEvent::Source::Other)
         return;
     if (event.source == DhcpEvent::Source::Dhcp) {
         m_returned.stop();
         m_address = event.address;
+        m_traces.know(m_address);
         m_domain = event.domain;
     }
     m_servers[event.source] = event.servers;

@@ -3,6 +3,7 @@
 
 #include "world/real/childprocess.h"
 #include "world/real/dhcpevent.h"
+#include "world/real/enginetraces.h"
 #include "world/real/realsettings.h"
 #include "world/worldtypes.h"
 
@@ -22,7 +23,8 @@ public:
     /// Wants it running for the interface of that kernel index, with DHCP or `ip`; one that runs
     /// otherwise is ended first.
     void start(int index, const std::optional<StaticIp>& ip);
-    /// Wants it ended; `stopped` follows, at once when it does not run.
+    /// Wants it ended, and what it has configured gone; `stopped` follows, at once when it does not
+    /// run.
     void stop();
     /// Takes what dhcpcd has sent; words of an earlier start of it are dropped.
     void take(const DhcpEvent& event);
@@ -37,7 +39,7 @@ Q_SIGNALS:
     /// Address, servers or domain have changed.
     void changed();
     void stopped();
-    /// It has died, and has not come back in time to keep its address up.
+    /// It has died, and has not come back in time to keep its address, which is gone.
     void abandoned();
     /// For a person; it goes on trying.
     void failed(const QString& description);
@@ -49,10 +51,14 @@ private:
         std::optional<StaticIp> ip;
     };
 
+    void restart();
+    void proceed();
     void launch();
+    /// No other dhcpcd holds the interface. One of ours is told to end: whoever should have done it
+    /// was killed.
     [[nodiscard]] bool makeWay();
-    /// The process of the dhcpcd that holds the interface, ours or another's; empty: none.
-    [[nodiscard]] QString engine() const;
+    /// The process of the dhcpcd that holds the interface, ours or another's; 0: none.
+    [[nodiscard]] int engine() const;
     /// Removes our configuration, and what a dhcpcd that ended amid its work leaves: its sockets.
     void removeLeftOvers();
     [[nodiscard]] bool writeConfiguration();
@@ -62,14 +68,15 @@ private:
     QString m_interface;
     int m_metric;
     const RealSettings& m_settings;
-    QString m_configuration; ///< file name
+    QString m_configuration; ///< file name; the file is there while an engine of ours may run
     ChildProcess m_child;
+    EngineTraces m_traces;
     std::optional<Wanted> m_wanted;
-    int m_start = 0;   ///< counts starts
-    int m_engine = 0;  ///< the process id that dhcpcd has told, 0 before
-    QTimer m_way;      ///< until the next start is tried
-    int m_waits = 0;   ///< how often that was looked for
-    QTimer m_returned; ///< until a dhcpcd that has died must have its address back
+    int m_start = 0;         ///< counts starts
+    bool m_inherits = false; ///< the next start takes over what a dead one has configured
+    QTimer m_way;            ///< until it is looked again whether the next step can be taken
+    int m_waits = 0;         ///< how often it could not
+    QTimer m_returned;       ///< until a dhcpcd that has died must have its address back
     QString m_address;
     QString m_domain;
     QMap<DhcpEvent::Source, QStringList> m_servers;

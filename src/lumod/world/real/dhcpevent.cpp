@@ -70,7 +70,6 @@ std::optional<DhcpEvent> parseDhcpEvent(const QByteArray& datagram)
     if (event.interface.isEmpty())
         return std::nullopt;
     event.start = environment.value("LUMOD_START").toInt();
-    event.process = environment.value("pid").toInt();
     event.source = sourceOf(environment.value("protocol"));
     event.up = environment.value("if_up") == "true";
     if (!event.up)

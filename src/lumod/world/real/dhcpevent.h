@@ -19,8 +19,7 @@ struct DhcpEvent
     };
 
     QString interface;
-    int start = 0;   ///< which start of the program says so
-    int process = 0; ///< the program's id
+    int start = 0; ///< which start of the program says so
     Source source = Source::Other;
     bool up = false;     ///< the source gives something now
     QString address;     ///< the lease's; empty for none

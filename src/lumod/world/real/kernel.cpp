@@ -260,22 +260,3 @@ void Kernel::setUp(int index)
     if (const int fault = rtnl_link_change(m_queries.get(), asIs.get(), wanted.get(), 0))
         qCWarning(lcLumod, "Cannot set interface %d up: %s", index, nl_geterror(fault));
 }
-
-void Kernel::clearAddresses(int index)
-{
-    const auto link = m_links.value(index);
-    for (const auto& address : link.addresses) {
-        if (address.linkLocal)
-            continue;
-        const std::unique_ptr<rtnl_addr, void (*)(rtnl_addr*)> gone(rtnl_addr_alloc(),
-                                                                    rtnl_addr_put);
-        nl_addr* local = nullptr;
-        nl_addr_parse(qUtf8Printable(address.address), AF_UNSPEC, &local);
-        rtnl_addr_set_ifindex(gone.get(), index);
-        rtnl_addr_set_local(gone.get(), local);
-        rtnl_addr_set_prefixlen(gone.get(), address.prefix);
-        nl_addr_put(local);
-        if (const int fault = rtnl_addr_delete(m_queries.get(), gone.get(), 0))
-            qCWarning(lcLumod, "Cannot take an address away: %s", nl_geterror(fault));
-    }
-}

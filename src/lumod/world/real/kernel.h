@@ -77,8 +77,6 @@ public:
 
     /// Sets the interface up; a failure is logged.
     void setUp(int index);
-    /// Takes all its addresses but link-local ones away, and with them its routes.
-    void clearAddresses(int index);
 
 Q_SIGNALS:
     /// Something about some interface is other than before.

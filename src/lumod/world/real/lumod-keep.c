@@ -3,7 +3,8 @@
  *
  * The kernel's own signal at the death of a parent is lost when a program changes its user, as
  * dhcpcd and dnsmasq do. This one keeps its user, has that signal, and passes it on. PID is the
- * parent's. What the program leaves running when it ends is killed; its exit status is handed on.
+ * parent's. What the program leaves running when it ends is killed; its exit status is handed on. All
+ * of them are one process group, of this one's id, by which they are found when this one was killed.
  */
 #define _GNU_SOURCE
 #include <signal.h>
@@ -72,6 +73,7 @@ int main(int argc, char** argv)
     }
     const sigset_t set = watchedSet();
     sigprocmask(SIG_BLOCK, &set, NULL);
+    setpgid(0, 0);
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != atoi(argv[1]))

@@ -25,7 +25,7 @@ RealLink::RealLink(const QString& name, int metric, World& world, Kernel& kernel
     connect(&m_dhcp, &DhcpClient::changed, this, &RealLink::update);
     connect(&m_dhcp, &DhcpClient::failed, &world, &World::failed);
     connect(&m_dhcp, &DhcpClient::abandoned, this, [this] {
-        m_kernel.clearAddresses(m_link.index);
+        m_kernel.refresh();
         update();
     });
     const auto ended = [this] {

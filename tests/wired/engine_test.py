@@ -1,0 +1,123 @@
+"""Engines on a real cable that are frozen or killed: what they configured is taken back, and nothing of anybody else's."""
+import os, pathlib, signal, unittest
+
+import network
+from cable import STATIC
+from network import DEV, ip
+from wiredcase import WiredCase, left_over, processes
+
+FOREIGN = """link set eth0 up
+addr add 198.51.100.5/24 dev eth0
+addr add 198.51.100.6/24 dev eth0 noprefixroute
+addr add 2001:db8:9::9/64 dev eth0 nodad
+route add 203.0.113.0/24 via 198.51.100.1 proto dhcp metric 100
+-6 route add 2001:db8:a::/64 via 2001:db8:9::1 proto ra metric 100"""
+DHCPCD = pathlib.Path("/run/bin/dhcpcd")  # a link to the real one, which can be lost
+KILL, STOP = signal.SIGKILL, signal.SIGSTOP
+
+# What befalls whom, and what happens to lumod then.
+STORIES = {
+    "frozen at the end": ((STOP, "dhcpcd"), "stop"),
+    "killed amid the end": ((STOP, "dhcpcd"), "stop and kill"),
+    "frozen while it is switched off": ((STOP, "dhcpcd"), "off"),
+    "killed for good": ((KILL, "dhcpcd"), "nothing"),
+    "its keeper killed at the end": ((KILL, "lumod-keep"), "stop"),
+    "its keeper killed while it is switched off": ((KILL, "lumod-keep"), "off"),
+    "killed, and its keeper": ((KILL, "main", "lumod-keep"), "come back and stop"),
+    "its keeper killed, and lumod": ((KILL, "lumod-keep", "lumod"), "come back and stop"),
+}
+
+
+def configured():
+    return {what: sorted(names) for what, names in left_over().items() if what in ("routes", "addresses")}
+
+
+def send(number, *names):
+    for name in names:
+        for pid in processes("dhcpcd")[:1] if name == "main" else processes(name):
+            os.kill(pid, number)
+
+
+class Engines(WiredCase):
+    def test_what_an_engine_could_not_take_back(self):
+        for i, (name, (fault, then)) in enumerate(STORIES.items()):
+            with self.subTest(name):
+                try:
+                    self.play(name, fault, then, static=i % 2)
+                finally:
+                    self.doCleanups()
+
+    def play(self, name, fault, then, static):
+        DHCPCD.parent.mkdir(exist_ok=True)
+        DHCPCD.symlink_to("/usr/sbin/dhcpcd")
+        self.addCleanup(DHCPCD.unlink, missing_ok=True)
+        self.begin(serve=False, dhcpcd=str(DHCPCD))
+        for line in FOREIGN.splitlines():
+            ip("-n", "dev", *line.split())
+        before = configured()
+        self.net.serve(*self.net.advertise())
+        self.p.set("WiredIpSettings", {**STATIC, "Netmask": "255.255.255.255"} if static else {})
+        self.p.call("SetNormalMode", "wired")
+        self.plug()
+        self.p.wait("Connected", "eth0")
+        self.p.until(lambda: "2001:db8:1::/64" in str(routes := configured()["routes"]) and "'default via fe80" in str(routes))
+        if name == "killed for good":
+            DHCPCD.unlink()
+        engine = processes("dhcpcd")
+        send(*fault)
+        getattr(self, then.replace(" ", "_"))(engine)
+        self.p.until(lambda: configured() == before, f"not as before: {before}")
+        self.stop()
+        self.assertEqual({**left_over(), **configured()}, {**before, "engines": 0, "files": []}, self.p.logged())
+
+    def stop(self, engine=()):
+        super().stop()
+
+    def stop_and_kill(self, engine):
+        send(signal.SIGTERM, "lumod")
+        for pid in engine:
+            os.kill(pid, KILL)
+
+    def off(self, engine):
+        self.p.call("SetOffMode")
+        self.p.wait("Disconnected", "eth0")
+        self.p.until(lambda: not processes("dhcpcd", "lumod-keep"))
+
+    def nothing(self, engine):
+        self.p.wait("Disconnected", "eth0")
+
+    def come_back_and_stop(self, engine):
+        self.p.call("SetNormalMode", "wired")
+        self.p.wait("Connected", "eth0")
+        self.assertNotIn(engine[0], processes("dhcpcd"))
+        self.stop()
+
+    def test_the_pid_file_of_somebody_else(self):
+        pidfile = pathlib.Path("/run/dhcpcd/eth0.pid")
+        pidfile.parent.mkdir(exist_ok=True)
+        pidfile.write_text(str(os.getpid()), encoding="utf-8")
+        self.begin()
+        self.plug()
+        self.p.call("SetNormalMode", "wired")
+        self.p.wait("Connected", "eth0")
+        self.end()
+
+    def test_another_dhcpcd_is_left_alone(self):
+        self.begin()
+        other = self.p.start(*DEV, "dhcpcd", "-B", "-f", "/dev/null", "-c", "/bin/true", "eth0")
+        self.p.until(pathlib.Path("/run/dhcpcd/eth0.pid").exists)
+        self.p.call("SetNormalMode", "wired")
+        self.p.wait("Error", f"Another dhcpcd, process {other.pid}, holds eth0, waiting for its end")
+        self.p.call("SetOffMode")
+        self.p.call("SetNormalMode", "wired")
+        self.assertIsNone(other.poll())
+        other.terminate()
+        other.wait()
+        self.plug()
+        self.p.wait("Connected", "eth0")
+        self.end()
+
+
+if __name__ == "__main__":
+    network.enclose()
+    unittest.main()
