@@ -4,7 +4,7 @@ import os, pathlib, signal, subprocess, time, unittest
 
 import network
 from network import DEV, ip
-from wiredcase import CONNECTED, NOT, RESOLV, Device, WiredCase, left_over, processes, routes
+from wiredcase import CONNECTED, NOT, Device, processes, routes
 
 
 class Cable(Device):
@@ -119,34 +119,7 @@ class Cable(Device):
         ip("-n", "dev", *lines[500].split())
         self.agree(CONNECTED, "192.0.2.")
 
-    # --- name servers
-
-    def test_resolv_conf(self):
-        ours, foreign, asked = "# Written by lumod; changes are lost.\n", "nameserver 198.51.100.53\n", "nameserver 192.0.2.1\n"
-        directory, file = pathlib.Path("/run/etc"), pathlib.Path("/run/etc/resolv.conf")
-        full = "mount -t tmpfs -o size=4k t /run/etc && head -c 4096 /dev/zero >/run/etc/ballast"
-        for name, prepare, found, left in [
-                ("missing", "true", asked, None), ("owned", f"printf '{ours}nameserver 1.2.3.4\n' >{file}", asked, None),
-                ("empty", f": >{file}", asked, None), ("foreign", f"printf '{foreign}' >{file}", foreign, foreign),
-                ("link", f"ln -s {RESOLV} {file}", asked, None), ("read-only", "mount -t tmpfs -o ro t /run/etc", None, None),
-                ("full", full, None, None)]:
-            with self.subTest(name):
-                try:
-                    directory.mkdir()
-                    subprocess.run(["sh", "-c", prepare], check=True)
-                    WiredCase.begin(self, resolvConf=str(file))
-                    self.plug()
-                    self.p.call("SetNormalMode", "auto")
-                    self.p.wait("Connected", "eth0")
-                    text = file.read_text(encoding="utf-8") if file.exists() else None
-                    self.assertEqual(found and found in text and found, found)
-                    self.assertEqual(file.is_symlink(), name == "link")
-                    self.assertEqual("Name servers: " in self.p.logged(), found != asked)
-                    self.end()
-                    self.assertEqual(file.read_text(encoding="utf-8") if file.exists() else None, left)
-                finally:
-                    self.doCleanups()
-                    subprocess.run("umount /run/etc 2>/dev/null; rm -r /run/etc", shell=True, check=True)
+    # --- files
 
     def test_no_room_for_the_engine_s_files(self):
         pathlib.Path("/run/small").mkdir()

@@ -70,15 +70,26 @@ NameServers::NameServers(const RealSettings& settings)
 NameServers::~NameServers()
 {
     m_program.disconnect(this);
-    m_program.waitForFinished(programLimit);
-    for (const auto& interface : m_uplinks.keys())
-        if (usesProgram())
-            QProcess::execute(m_settings.resolvconf,
-                              {QStringLiteral("-d"), interface + QStringLiteral(".lumod")});
+    awaitProgram();
+    const auto interfaces = usesProgram() ? m_uplinks.keys() : QStringList();
+    m_uplinks.clear();
+    for (const auto& interface : interfaces) {
+        m_program.start(m_settings.resolvconf, programArguments(interface));
+        awaitProgram();
+    }
     const bool ours = !usesProgram() && !isForeign(m_settings.resolvConf);
     const QString file = QFileInfo(m_settings.resolvConf).canonicalFilePath(); // never the link
     if (m_settings.nameServers != RealSettings::NameServerOwner::Nobody && ours && !file.isEmpty())
         QFile::remove(file);
+}
+
+/// Some seconds at most, and it does not run any more.
+void NameServers::awaitProgram()
+{
+    if (m_program.waitForFinished(programLimit))
+        return;
+    m_program.kill();
+    m_program.waitForFinished(programLimit);
 }
 
 bool NameServers::usesProgram() const

@@ -46,6 +46,7 @@ private:
     void writeFile();
     [[nodiscard]] QByteArray fileText() const;
     void runProgram();
+    void awaitProgram();
     void finish(const Result<>& result);
     [[nodiscard]] QStringList programArguments(const QString& interface) const;
 

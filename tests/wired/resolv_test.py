@@ -1,0 +1,72 @@
+"""Who writes the name servers down on a real cable, and what becomes of it when that goes wrong."""
+import pathlib, subprocess, unittest
+
+import network
+from wiredcase import RESOLV, WiredCase
+
+PROGRAM, TOLD = pathlib.Path("/run/resolvconf"), pathlib.Path("/run/told")
+RECORDS = "#!/bin/sh\nsleep 0.3\n{ [ $1 = -d ] && echo $1 $2 || { echo $1 $2 $IF_METRIC; cat; }; } >>/run/told\n"
+ASKED = "-a eth0.lumod 100\nsearch lan.test\nnameserver 192.0.2.1\nnameserver 9.9.9.9\n"
+
+
+class NameServers(WiredCase):
+    def test_resolv_conf(self):
+        ours, foreign, asked = "# Written by lumod; changes are lost.\n", "nameserver 198.51.100.53\n", "nameserver 192.0.2.1\n"
+        directory, file = pathlib.Path("/run/etc"), pathlib.Path("/run/etc/resolv.conf")
+        full = "mount -t tmpfs -o size=4k t /run/etc && head -c 4096 /dev/zero >/run/etc/ballast"
+        for name, prepare, found, left in [
+                ("missing", "true", asked, None), ("owned", f"printf '{ours}nameserver 1.2.3.4\n' >{file}", asked, None),
+                ("empty", f": >{file}", asked, None), ("foreign", f"printf '{foreign}' >{file}", foreign, foreign),
+                ("link", f"ln -s {RESOLV} {file}", asked, None),
+                ("foreign link", f"printf '{foreign}' >/run/stub.conf; ln -s /run/stub.conf {file}", foreign, foreign),
+                ("read-only", "mount -t tmpfs -o ro t /run/etc", None, None),
+                ("full", full, None, None)]:
+            with self.subTest(name):
+                try:
+                    directory.mkdir()
+                    subprocess.run(["sh", "-c", prepare], check=True)
+                    self.begin(resolvConf=str(file))
+                    self.connect()
+                    text = file.read_text(encoding="utf-8") if file.exists() else None
+                    self.assertEqual(found and found in text and found, found)
+                    self.assertEqual(file.is_symlink(), "link" in name)
+                    self.assertEqual("Name servers: " in self.p.logged(), found != asked)
+                    self.end()
+                    self.assertEqual(file.read_text(encoding="utf-8") if file.exists() else None, left)
+                finally:
+                    self.doCleanups()
+                    subprocess.run("umount /run/etc 2>/dev/null; rm -r /run/etc", shell=True, check=True)
+
+    def test_the_program_resolvconf(self):
+        for name, program, owner, fault in [
+                ("it is there", RECORDS, "auto", None), ("it is wanted", RECORDS, "resolvconf", None), ("it is missing", None, "resolvconf", "No such file"),
+                ("it fails", "#!/bin/sh\necho no room; exit 1\n", "auto", "exit status 1 no room"),
+                ("it hangs", "#!/bin/sh\nexec sleep 120\n", "auto", "exit status 9"), ("nobody", RECORDS, "none", None)]:
+            with self.subTest(name):
+                TOLD.write_text("", encoding="utf-8")
+                PROGRAM.unlink(missing_ok=True)
+                if program:
+                    PROGRAM.write_text(program, encoding="utf-8")
+                    PROGRAM.chmod(0o755)
+                try:
+                    self.begin(resolvconf=str(PROGRAM), nameServers=owner)
+                    self.connect()
+                    recorded = program == RECORDS and owner != "none"
+                    self.assertEqual(TOLD.read_text(encoding="utf-8"), ASKED if recorded else "")
+                    self.assertFalse(RESOLV.exists())
+                    if fault:
+                        self.assertIn(fault, self.p.logged())
+                    self.end()
+                    self.assertEqual(TOLD.read_text(encoding="utf-8").splitlines()[4:], ["-d eth0.lumod"] if recorded else [])
+                finally:
+                    self.doCleanups()
+
+    def connect(self):
+        self.plug()
+        self.p.call("SetNormalMode", "auto")
+        self.p.wait("Connected", "eth0")
+
+
+if __name__ == "__main__":
+    network.enclose()
+    unittest.main()
