@@ -54,8 +54,10 @@ QStringList serversOf(const Environment& environment, DhcpEvent::Source source)
     QStringList servers;
     for (const auto& key : std::as_const(keys))
         for (const auto& text : environment.value(key.toLatin1()).split(' '))
-            if (const QHostAddress address(QString::fromLatin1(text)); !address.isNull())
+            if (QHostAddress address(QString::fromLatin1(text)); !address.isNull()) {
+                address.setScopeId({}); // dhcpcd adds the interface to a link-local one
                 servers.append(address.toString());
+            }
     servers.removeDuplicates();
     return servers;
 }

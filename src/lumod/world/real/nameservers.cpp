@@ -15,10 +15,9 @@ constexpr int programLimit = 5000;        // ms
 constexpr int rewriteMilliseconds = 5000; // of a file that could not be written
 const QByteArray header = QByteArrayLiteral("# Written by lumod; changes are lost.\n");
 
-/// A link-local server is reached through its interface alone.
 QString spelled(const QString& server, const QString& interface)
 {
-    return QHostAddress(server).isLinkLocal() ? server + QLatin1Char('%') + interface : server;
+    return isLinkLocal(server) ? server + QLatin1Char('%') + interface : server;
 }
 
 QByteArray linesOf(const QString& interface, const NameServers::Uplink& uplink)
@@ -38,6 +37,12 @@ bool isForeign(const QString& fileName)
 }
 
 } // namespace
+
+bool isLinkLocal(const QString& server)
+{
+    constexpr int prefix = 10;
+    return QHostAddress(server).isInSubnet(QHostAddress(QStringLiteral("fe80::")), prefix);
+}
 
 bool NameServers::Uplink::operator==(const Uplink& other) const
 {

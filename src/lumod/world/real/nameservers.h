@@ -9,6 +9,9 @@
 #include <QStringList>
 #include <QTimer>
 
+/// The name server is reached through its interface alone.
+[[nodiscard]] bool isLinkLocal(const QString& server);
+
 /// Writes down which name servers the device asks: a resolv.conf of its own, or by the program
 /// `resolvconf`. A file that somebody else has written is left alone.
 class NameServers : public QObject

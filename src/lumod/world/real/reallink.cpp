@@ -146,7 +146,8 @@ Lease RealLink::currentLease() const
                                  .arg(address.address)
                                  .arg(address.prefix)
                                  .arg(address.linkLocal ? QStringLiteral("l") : QString()));
-    lease.dns = m_dhcp.servers();
+    for (const auto& server : m_dhcp.servers())
+        lease.dns.append(server + (isLinkLocal(server) ? QStringLiteral("l") : QString()));
     lease.gateway = m_link.route.gateway;
     lease.gateway6 = m_link.route6.gateway;
     return lease;
