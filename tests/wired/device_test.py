@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """The whole device on a real cable: after each step it says what the machine says."""
-import os, pathlib, signal, subprocess, time, unittest
+import os, pathlib, signal, subprocess, threading, time, unittest
 
 import network
 from network import DEV, ip
-from wiredcase import CONNECTED, NOT, Device, processes, routes
+from wiredcase import CONNECTED, IPV6, NOT, Device, processes, routes
 
 
 class Cable(Device):
@@ -58,32 +58,35 @@ class Cable(Device):
         self.errors("No DHCP answer on eth0")
         self.agree(NOT)
         self.net.serve()
-        self.agree(CONNECTED, "192.0.2.", limit=30)
+        self.agree(CONNECTED, "192.0.2.")
 
     def test_gateway_and_servers_change_with_a_renewal(self):
         self.connect()
         ip("-n", "rt", "addr", "add", "192.0.2.3/24", "dev", "r0")
         self.silence()
-        self.net.serve(gateway="192.0.2.3", servers="192.0.2.3")
-        time.sleep(0.2)
+        self.net.serve(gateway="192.0.2.3", servers="192.0.2.3,169.254.0.1")
         self.p.run(*DEV, "dhcpcd", "-n", "eth0")
         state = self.agree(CONNECTED, "192.0.2.3")
-        self.assertEqual((state["gateways"], state["dns"]), (["192.0.2.3"], ["192.0.2.3"]))
+        self.assertEqual((state["gateways"], state["dns"]), (["192.0.2.3"], ["192.0.2.3", "169.254.0.1"]))
 
     def test_two_uplinks(self):
-        self.begin()
+        self.begin(serve=False)
+        self.net.serve(*self.net.advertise())
         ip("link", "add", "other", "netns", "dev", "type", "veth", "peer", "name", "r1", "netns", "rt")
         for words in [("-n", "rt", "link", "set", "r1", "up"), ("-n", "dev", "link", "set", "other", "up"),
                       ("-n", "dev", "addr", "add", "198.51.100.2/24", "dev", "other"),
-                      ("-n", "dev", "route", "add", "default", "via", "198.51.100.1", "metric", "600")]:
+                      ("-n", "dev", "addr", "add", "2001:db8:2::2/64", "dev", "other", "nodad"),
+                      ("-n", "dev", "route", "add", "default", "via", "198.51.100.1", "metric", "600"),
+                      ("-n", "dev", "-6", "route", "add", "default", "via", "2001:db8:2::1", "metric", "600")]:
             ip(*words)
-        used = lambda: ip("-n", "dev", "route", "get", "203.0.113.1")[0]["dev"]
-        self.plug()
-        self.agree(CONNECTED, "192.0.2.")
-        self.assertEqual(used(), "eth0")
-        self.unplug()
-        self.agree(NOT)
-        self.assertEqual(used(), "other")
+        used = lambda: [ip("-n", "dev", "route", "get", to)[0]["dev"] for to in ("203.0.113.1", "2001:db8:ff::1")]
+        for _ in range(2):
+            self.plug()
+            self.agree(CONNECTED, "192.0.2.", *IPV6)
+            self.p.until(lambda: used() == ["eth0", "eth0"])
+            self.unplug()
+            self.agree(NOT)
+            self.p.until(lambda: used() == ["other", "other"])
         ip("-n", "dev", "link", "delete", "other")
 
     # --- programs that end
@@ -99,13 +102,13 @@ class Cable(Device):
 
     def test_engines_and_daemon_killed(self):
         self.connect()
-        for victim in "dhcpcd", "lumod":
+        for victim in "dhcpcd", "lumod-keep", "lumod":
             with self.subTest(victim):
                 before = processes(victim)
                 for pid in before[:1]:
                     os.kill(pid, signal.SIGKILL)
-                self.p.until(lambda: before[0] not in processes(victim) and processes(victim))
-                self.agree(CONNECTED, "192.0.2.", limit=20)
+                self.p.until(lambda: processes(victim) and not set(before) & set(processes(victim)))
+                self.agree(CONNECTED, "192.0.2.")
                 self.p.until(lambda: len(processes("lumod-keep")) == len(processes("lumod")) == 1)
                 self.assertEqual(len(ip("-n", "dev", "-4", "addr", "show", "eth0")[0]["addr_info"]), 1)
                 self.assertEqual(len(routes("default")), 1)
@@ -113,8 +116,14 @@ class Cable(Device):
     def test_storm_of_addresses(self):
         self.connect()
         lines = [f"addr {verb} 198.51.{i // 250}.{i % 250 + 1}/32 dev eth0" for verb in ("add", "del") for i in range(500)]
-        kept = lines[:500] + lines[501:]
-        subprocess.run([*DEV, "ip", "-batch", "-"], input="\n".join(kept), text=True, check=True)
+        storm = subprocess.Popen([*DEV, "ip", "-batch", "-"], stdin=subprocess.PIPE, text=True)
+        feeder = threading.Thread(target=storm.communicate, args=("\n".join(lines * 30 + lines[:500] + lines[501:]),))
+        feeder.start()
+        answers = 0
+        while feeder.is_alive():  # 30 000 events, as fast as the kernel makes them
+            self.p.busctl("--timeout=2", "call", "org.orva.lumod", "/org/orva/lumod", "org.orva.lumod", "InterfaceDetails", "s", "eth0")
+            answers += 1
+        self.assertEqual((storm.returncode, answers > 0), (0, True))
         self.agree(CONNECTED, "198.51.0.1/32")
         ip("-n", "dev", *lines[500].split())
         self.agree(CONNECTED, "192.0.2.")
@@ -131,7 +140,7 @@ class Cable(Device):
         self.errors("Cannot write /run/small/dhcpcd-eth0.conf")
         self.agree(NOT)
         ballast.unlink()
-        self.agree(CONNECTED, "192.0.2.", limit=20)
+        self.agree(CONNECTED, "192.0.2.")
 
 
 if __name__ == "__main__":
