@@ -4,7 +4,20 @@
 #include "logcapture.h"
 #include "network/networkpaths.h"
 
+#include <QTranslator>
+
 namespace {
+
+/// A language in which each text is its context and itself, "context/text".
+class Contexts : public QTranslator
+{
+public:
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        return QLatin1String(context) + "/"_s + QLatin1String(text);
+    }
+};
 
 QString first(const QString& text)
 {
@@ -132,6 +145,8 @@ Player::Player(const QStringList& steps)
     QObject::connect(m_fixture->worker, &CMAbstractWorker::valueChanged,
                      [this](const CMPath& path) { m_changed << path.toString(); });
 }
+
+Player::~Player() = default;
 
 void Player::give(const QStringList& steps)
 {
@@ -277,6 +292,10 @@ void Player::addEvents()
     m_events["disk"_s] = [this](What how) {
         m_fixture->store->full = how == "full"_s;
         m_fixture->store->mute = how == "mute"_s;
+    };
+    m_events["translate"_s] = [this](What) {
+        m_language = std::make_unique<Contexts>();
+        QCoreApplication::installTranslator(m_language.get());
     };
     // "deaf wired" hears of the wireless interface alone.
     m_events["deaf"_s] = [this](What how) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 class LogCapture;
+class QTranslator;
 
 /// Plays a device in words, in which tables and random sequences are written.
 ///
@@ -21,7 +22,7 @@ class Player
 public:
     /// Makes the device that the steps say is given; the others are left.
     explicit Player(const QStringList& steps);
-    virtual ~Player() = default;
+    virtual ~Player();
     Q_DISABLE_COPY(Player)
 
     /// Does a step, and everything that follows from it. Gives the fault of its end; empty for
@@ -69,6 +70,7 @@ private:
     void refresh(const QString& what);
 
     LogCapture& m_log;
+    std::unique_ptr<QTranslator> m_language;
     NodeValues m_values;
     QStringList m_ofBackend;
     int m_patience = 0; ///< ms

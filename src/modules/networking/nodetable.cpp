@@ -8,7 +8,7 @@
 namespace {
 
 /// The translation context of the worker's own titles.
-constexpr auto titleContext = "Networking::Networking(const QVariantHash&, const BackendFactory&)";
+constexpr auto titleContext = "Networking::Networking(const QVariantHash&)";
 
 void create(CMNodes& nodes, const CMNodeRow& row)
 {
