@@ -155,6 +155,8 @@ void Profiles::restoreProfile(const Profile& before)
     LOG4CPLUS_WARN(networkingLogger(),
                    "The profile could not be stored, going back to the one before");
     if (m_life.isStarted()) {
+        if (before.wireless().ssid().isEmpty())
+            Q_EMIT wifiNeeded(false);
         applyProfile(before);
     } else {
         m_profile = before;
