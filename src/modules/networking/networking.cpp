@@ -51,8 +51,8 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_wpsSession(
           *m_lowlevel, m_picture,
           [this](const WpsSession::ProfileEdit& edit) { return m_profiles.requestChange(edit); })
-    , m_softAps(nodes(), *m_lowlevel, {name(), [this] { return m_life.isStarted(); }}, this)
-    , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, this)
+    , m_softAps(nodes(), *m_lowlevel, m_life, name(), this)
+    , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, m_life, this)
 {
     configureShutdownTimer();
     connectBackend();

@@ -31,11 +31,12 @@ bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProf
 } // namespace
 
 LocalSoftAp::LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const Picture& picture,
-                         QObject* parent)
+                         const NetworkingLife& life, QObject* parent)
     : QObject(parent)
     , m_softAps(softAps)
     , m_lowlevel(backend)
     , m_picture(picture)
+    , m_life(life)
 {
     m_softApTimer.setObjectName(QStringLiteral("m_softApTimer"));
     m_softApTimer.setSingleShot(true);
@@ -68,11 +69,11 @@ void LocalSoftAp::activateLocalSoftAp()
 {
     // Not before networking is started: the request would be refused, and the next start would find
     // the soft AP marked as active and leave it alone.
-    m_localSoftApActive = m_softAps.worker().isStarted();
+    m_localSoftApActive = m_life.isStarted();
     if (!m_softApAutoEnabled)
         return;
     m_softAps.on_requestSoftAp_req(
-        softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(m_softAps.worker().name)));
+        softApActivation(OrvaNetworkRequestSoftApPath(), requestOf(m_softAps.ownName())));
 }
 
 void LocalSoftAp::deactivateLocalSoftAp()
@@ -81,7 +82,7 @@ void LocalSoftAp::deactivateLocalSoftAp()
     if (!m_softApAutoEnabled)
         return;
     m_softAps.on_revokeSoftAp_req(
-        softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(m_softAps.worker().name)));
+        softApActivation(OrvaNetworkRevokeSoftApPath(), requestOf(m_softAps.ownName())));
 }
 
 void LocalSoftAp::startSoftApTimer()

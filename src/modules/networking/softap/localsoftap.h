@@ -14,9 +14,9 @@ class LocalSoftAp : public QObject
 {
     Q_OBJECT
 public:
-    /// Asks and revokes at `softAps`, in the worker's name. All must outlive this object.
+    /// Asks and revokes at `softAps`, in the device's own name. All must outlive this object.
     LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const Picture& picture,
-                QObject* parent);
+                const NetworkingLife& life, QObject* parent);
 
     /// Reads whether the device may have an access point of its own. Without a wireless interface
     /// it may not.
@@ -49,6 +49,7 @@ private:
     SoftAps& m_softAps;
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
+    const NetworkingLife& m_life;
     bool m_softApAutoEnabled = false;   ///< The device may have an access point of its own.
     bool m_localSoftApActive = false;   ///< It is wanted, also while it may not be.
     bool m_authFailureFallback = false; ///< Wrong keys have emptied the profile.

@@ -26,11 +26,12 @@ CMError revocationError(const char* text)
 
 } // namespace
 
-SoftAps::SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Worker& worker,
-                 QObject* parent)
+SoftAps::SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const NetworkingLife& life,
+                 const QString& ownName, QObject* parent)
     : QObject(parent)
     , m_lowlevel(backend)
-    , m_worker(worker)
+    , m_life(life)
+    , m_ownName(ownName)
     , m_stations(backend, valueNode(nodes, OrvaNetworkConnectedSoftApStationsPath()))
     , m_softApRequestsNode(valueNode(nodes, OrvaNetworkSoftApRequestsPath()))
 {
@@ -78,7 +79,7 @@ void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)
 
 OrvaResult<void> SoftAps::check(const Request& request) const
 {
-    if (!m_worker.isStarted()) {
+    if (!m_life.isStarted()) {
         LOG4CPLUS_WARN(networkingLogger(),
                        "Networking isn't started yet, discarding softap request command!");
         return softApRequestError("Networking is not started.");
@@ -89,7 +90,7 @@ OrvaResult<void> SoftAps::check(const Request& request) const
     if (auto known = checkInterface(interface); !known)
         return known;
     // The device's own soft AP must not depend on how many others ask.
-    auto fits = request.name() == m_worker.name
+    auto fits = request.name() == m_ownName
                     ? OrvaResult<void>()
                     : checkSoftApRequester(request.name(), m_softAps.value(interface).table);
     if (fits)
@@ -112,7 +113,7 @@ void SoftAps::on_revokeSoftAp_req(const CMSetDataRequest& request)
 {
     const Request revocation = softApRevocationOf(request.value());
     LOG4CPLUS_INFO(networkingLogger(), "Received revoke SoftAp, name: " << revocation.name());
-    if (!m_worker.isStarted()) {
+    if (!m_life.isStarted()) {
         LOG4CPLUS_WARN(networkingLogger(),
                        "Networking isn't started yet, discarding softap revoke command!");
         return request.fail(revocationError("Networking is not started."));

@@ -3,12 +3,11 @@
 
 #include "backend/networkinglowlevel.h"
 #include "core/orvaresult.h"
+#include "life.h"
 #include "softap/softap.h"
 #include "softap/softapstations.h"
 
 #include <QTimer>
-
-#include <functional>
 
 /// The soft access points, which several parts of the device may ask for at a time.
 ///
@@ -20,23 +19,16 @@ class SoftAps : public QObject
 {
     Q_OBJECT
 public:
-    /// The worker, as far as the access points need it.
-    struct Worker
-    {
-        QString name;                    ///< The name by which the device itself asks.
-        std::function<bool()> isStarted; ///< True while networking is started.
-    };
-
-    /// `nodes` has those of the live requests and of the connected stations. The backend must
-    /// outlive this object.
-    SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Worker& worker,
-            QObject* parent);
+    /// `nodes` has those of the live requests and of the connected stations; `ownName` is the name
+    /// by which the device itself asks. Backend and life must outlive this object.
+    SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const NetworkingLife& life,
+            const QString& ownName, QObject* parent);
 
     /// Reads which interfaces there are and how they are configured, from the settings. `mac` tells
     /// the SSIDs of devices apart.
     void readSoftApConfiguration(const QString& mac);
-    /// The worker, as it was given.
-    [[nodiscard]] const Worker& worker() const { return m_worker; }
+    /// The name by which the device itself asks.
+    [[nodiscard]] const QString& ownName() const { return m_ownName; }
     /// The interfaces that the configuration names, in its order.
     [[nodiscard]] QStringList softapInterfaces() const { return m_softApInterfaces; }
 
@@ -80,7 +72,8 @@ private:
     void publishSoftApRequestsNow();
 
     Networking_LowLevel& m_lowlevel;
-    const Worker m_worker;
+    const NetworkingLife& m_life;
+    const QString m_ownName;
     SoftApStations m_stations;
     CMValueNode* const m_softApRequestsNode;
     QStringList m_softApInterfaces;
