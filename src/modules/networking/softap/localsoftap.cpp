@@ -21,11 +21,11 @@ OrvaNetworkProfileSoftApRequest requestOf(const QString& name)
     return request;
 }
 
+/// Whether a profile that asks for a wireless network asks for another one than the profile before.
 bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile)
 {
-    return newProfile.type() != OrvaNetworkProfileType::Wired &&
-           (newProfile.wireless() != oldProfile.wireless() ||
-            oldProfile.type() == OrvaNetworkProfileType::Wired);
+    return newProfile.wireless() != oldProfile.wireless() ||
+           oldProfile.type() == OrvaNetworkProfileType::Wired;
 }
 
 } // namespace
