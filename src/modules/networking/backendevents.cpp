@@ -4,9 +4,6 @@
 #include "networking.h"
 #include "networkinglog.h"
 
-namespace {
-} // namespace
-
 QStringList Networking::disconnectingInterfaces() const
 {
     return m_picture.disconnecting() + m_softAps.disconnectingInterfaces();

@@ -57,8 +57,8 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     configureShutdownTimer();
     connectBackend();
     connectRooms();
-    m_softAps.readSoftApConfiguration(m_picture.currentMac());
     m_localSoftAp.readSoftApAutoEnabled();
+    m_softAps.readSoftApConfiguration(m_picture.currentMac());
     m_localSoftAp.startSoftApTimer();
     m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
     bindActions();
@@ -103,8 +103,7 @@ void Networking::connectRooms()
 void Networking::bindActions()
 {
     const auto bind = [this](const CMPath& path, auto* receiver, auto slot) {
-        qobject_cast<CMActivateNode*>(nodes().find(path))
-            ->setInvoke(receiver, slot, Qt::QueuedConnection);
+        nodeAt<CMActivateNode>(nodes(), path)->setInvoke(receiver, slot, Qt::QueuedConnection);
     };
     bind(OrvaNetworkStartPath(), this, &Networking::on_start_req);
     bind(OrvaNetworkRestartPath(), this, &Networking::on_restart_req);

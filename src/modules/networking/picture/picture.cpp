@@ -46,8 +46,8 @@ Picture::Picture(const CMNodes& nodes, Networking_LowLevel& backend, const QStri
     const QString wirelessMac = backend.getWirelessMAC().toUpper();
     const bool airplaneMode = readValue(OrvaNetworkAirplaneModeSettingPath()).bool_();
     const bool cable = backend.cableStatus();
-    publishInfo(firstInfo({wired, ethernetMac}, {wireless, wirelessMac}, cable, airplaneMode));
     m_stateConnectedNode->setValue(OrvaValue::of(false));
+    publishInfo(firstInfo({wired, ethernetMac}, {wireless, wirelessMac}, cable, airplaneMode));
     m_stateNode->setValue(OrvaValue::of(info().state()));
     m_connectingMessageNode->setValue(OrvaValue::of(QString()));
     m_cableStatusNode->setValue(OrvaValue::of(cable));

@@ -5,9 +5,6 @@
 #include "profile/networkprofilerules.h"
 #include "profile/profiles.h"
 
-namespace {
-} // namespace
-
 void Profiles::countAuthFailure()
 {
     if (m_authFailureCount < 0 || m_maxAuthFailures <= 0)

@@ -15,7 +15,7 @@ namespace {
 
 using Profile = OrvaNetworkProfile;
 
-// The translation contexts of what requests are answered.
+// What the slots are called in the log and in the translations.
 constexpr auto setProfileContext =
     "void Networking::on_setNetworkProfile_req(const CMSetDataRequest&)";
 constexpr auto removeNetworkContext =
@@ -67,7 +67,7 @@ void Profiles::start()
 
 void Profiles::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), setProfileContext);
     LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
     m_requests.enqueue(request);
     if (m_requests.size() == 1)
@@ -223,7 +223,7 @@ CMReply<QVariant> Profiles::requestChange(const Change& change)
 
 void Profiles::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
 {
-    const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
+    const auto trace = dbglog_scopedFunction(networkingLogger(), removeNetworkContext);
     const QString ssid = request.value().string_();
     LOG4CPLUS_INFO(networkingLogger(), "ssid: " << ssid);
     const auto known = forgetNetwork(m_profileNode->value().networkProfile(), ssid);
