@@ -67,7 +67,7 @@ CMNodes& createNodes(CMNodesWorker& worker)
     const auto paths = pathsInOrder();
     for (const CMPath& path : paths)
         create(nodes, orvaNetworkNode(path));
-    new WakeOnLan(&worker);
+    new WakeOnLan(&worker); // brings its own node
     create(nodes, orvaNetworkNode(OrvaNetworkRequestWifiRestartPath()));
     const CMPath airplaneModePath = OrvaNetworkAirplaneModePath();
     const CMNodeRow& airplaneMode = orvaNetworkNode(airplaneModePath);
