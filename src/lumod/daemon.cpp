@@ -120,7 +120,8 @@ void Daemon::refuse(const QString& text)
 {
     qCWarning(lcLumod).noquote() << text;
     Q_EMIT Error(text);
-    if (calledFromDBus())
+    // The bus refuses and logs an error that nobody asked for.
+    if (calledFromDBus() && message().isReplyRequired())
         sendErrorReply(QDBusError::InvalidArgs, text);
 }
 

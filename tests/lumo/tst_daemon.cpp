@@ -126,6 +126,18 @@ public:
         return calls;
     }
 
+    /// How often the daemon that runs has answered with an error.
+    int refusals() const
+    {
+        const QString daemon = connection->interface()->serviceOwner("org.orva.lumod"_s);
+        const QList<QByteArray> lines = wire();
+        return static_cast<int>(
+            std::count_if(lines.begin(), lines.end(), [&daemon](const QByteArray& line) {
+                const QJsonObject message = QJsonDocument::fromJson(line).object();
+                return message["type"_s] == "error"_s && message["sender"_s] == daemon;
+            }));
+    }
+
     QTemporaryDir directory;
     PrivateBus bus;
     BoundProcess monitor;
@@ -204,6 +216,7 @@ private:
                 R"(Set .* & Set .* & Set .* & SetNormalMode \["auto"\])"_s);
             return m_facts["told whole"_s]().toString().replace(calls, "profile"_s);
         };
+        m_facts["refusals"_s] = [this] { return m_stage.refusals(); };
         m_facts["open"_s] = [this] {
             return static_cast<int>(
                 std::count_if(m_replies.begin(), m_replies.end(),
