@@ -115,6 +115,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("lumod"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVA_VERSION));
     qSetMessagePattern(messagePattern());
+    escapeLog();
 
     const auto choice = choose(application);
     if (!QDBusConnection::systemBus().isConnected())

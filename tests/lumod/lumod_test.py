@@ -196,6 +196,8 @@ class LumodTest(unittest.TestCase):
                        ("PressWps", "Open"), ("ChangeAccessPoint", "Home", {"bssid": "02:a0:00:00:00:01"}),
                        ("JoinStation", "uap0", "me"), ("Garble", "nicely"), ("SetDelay", "lunch", ("u", "1"))]:
             self.assertRaises(Refused, p.act, *action)
+        self.assertRaises(Refused, p.call, "SetNormalMode", "\u009b\u202e\x1b\n<")
+        self.assertIn(r"\u009b\u202e\u001b\u000a<", p.logged())
         self.join("auto", **{"Home": (KEY, 1), "Ä" * 17: (KEY, 2)})  # 34 bytes
         self.assertEqual(list(p.get("WirelessNetworks")["data"]), ["Home"])
         text = p.logged() + p.act("Snapshot")["data"][0]
