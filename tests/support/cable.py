@@ -14,7 +14,8 @@ PLUGGED, PULLED = ["CableStatus True", IDLE], TOLD["out"]
 
 # A step is a method of the test with its argument, and what is heard in consequence.
 STORIES = {
-    "in, out and in": [("mode auto", TOLD["out"]), ("plug", [*PLUGGED, TRY, IDLE, *UP]), ("unplug", [*PULLED, *DOWN]),
+    "in, out and in": [("scan", ["Error " + NONE, "ScanResults {}"]), ("mode auto", TOLD["out"]),
+                       ("plug", [*PLUGGED, TRY, IDLE, *UP]), ("unplug", [*PULLED, *DOWN]),
                        ("plug", [*PLUGGED, TRY, IDLE, *UP])],
     "off and on": [("plug", PLUGGED), ("mode wired", [TRY, *TOLD["try"], IDLE, *UP]), ("mode wired", [*UP, *TOLD["idle"]]),
                    ("off", [LEAVING, *DOWN]), ("mode auto", [TRY, *TOLD["try"], IDLE, *UP]),
@@ -35,6 +36,9 @@ class CableStories:
     def mode(self, mode):
         self.p.call("SetNormalMode", mode)
 
+    def scan(self):
+        self.p.call("Scan")
+
     def off(self):
         self.p.call("SetOffMode")
 
@@ -52,7 +56,7 @@ class CableStories:
             while len(heard) < len(expected) or calm:
                 name, payload = self.p.next(10 if len(heard) < len(expected) else calm)
                 text = " ".join([name, *map(str, payload["data"])])
-                if "eth0" in text or name == "CableStatus" or (name == "AddressesChanged" and heard[-1:] in UP_OR_DOWN):
+                if "eth0" in text or NONE in text or name in ("CableStatus", "ScanResults") or (name == "AddressesChanged" and heard[-1:] in UP_OR_DOWN):
                     heard.append(text)
         except queue.Empty:
             pass

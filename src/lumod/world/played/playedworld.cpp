@@ -78,14 +78,16 @@ void PlayedWorld::takeDown()
     m_cable.configure(false, std::nullopt);
     m_radio.configure({}, std::nullopt, permission());
     m_softAps.stopAll();
+    if (m_radio.wps().isRunning())
+        m_radio.wps().fail(QStringLiteral("WPS was cancelled"));
 }
 
 void PlayedWorld::scan()
 {
     if (hasRadio())
-        m_radio.scan();
-    else
-        Q_EMIT failed(QStringLiteral("There is no wireless interface to scan with"));
+        return m_radio.scan();
+    Q_EMIT failed(QStringLiteral("There is no wireless interface to scan with"));
+    Q_EMIT scanned({}); // nobody has to wait for it
 }
 
 void PlayedWorld::reassociate()
