@@ -30,7 +30,7 @@ Settings::~Settings()
 
 void Settings::getDataRequest(const CMGetDataRequest& request)
 {
-    // Whoever wrote before reads what was written.
+    // A read that comes after a write finds what was written.
     if (std::any_of(m_waiting.cbegin(), m_waiting.cend(),
                     [&](const auto& waiting) { return waiting.path() == request.path; }))
         commit();
@@ -69,8 +69,8 @@ void Settings::commit()
     }
     for (const CMSetDataRequest& request : written)
         m_stored.enqueue(request);
-    // Whoever is told of one may write another and wait for it: the older ones come first then,
-    // too.
+    // The answer to one may bring another write, which is waited for: the older ones come first
+    // then, too.
     while (!m_stored.isEmpty())
         CMNodesWorker::setDataRequest(m_stored.dequeue());
 }
@@ -80,7 +80,7 @@ void Settings::refuse(const CMSetDataRequest& request, const CMError& error) con
     LOG4CPLUS_ERROR(settingsLogger(),
                     "Couldn't store " << request.path() << ": " << error.message());
     const auto context =
-        trExtractContext("void Settings::refuse(const CMSetDataRequest&, const QString&) const");
+        trExtractContext("void Settings::refuse(const CMSetDataRequest&, const CMError&) const");
     request.fail(CMError(QStringLiteral("NotStored"),
                          TrString(context, "The setting \"%1\" could not be stored: %2.",
                                   {request.path().toString(), error.message()})));

@@ -35,6 +35,17 @@ OrvaValue wirelessInfo(int state, const QByteArray& gateway)
                 R"(},"gateways":[{"ip":"fe80::1","protocol":1},{},{"ip":")" + gateway + R"("}]}})");
 }
 
+/// Translates a text into its context.
+class Catalogue : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char*, const char*, int) const override
+    {
+        return QString::fromLatin1(context);
+    }
+};
+
 /// The processes that a process of one thread has started.
 QStringList childrenOf(qint64 process)
 {
@@ -70,10 +81,11 @@ private Q_SLOTS:
     {
         NetLinkInfo info;
         for (const QString& name :
-             {"wlan9"_s, QString(), QString(300, QLatin1Char('x')), "schön"_s}) {
+             {"wlan9"_s, QString(), QString(300, QLatin1Char('x')), "schön\u009b"_s}) {
             m_log.clear();
             QVERIFY(!info.getInterface(name).isValid());
-            const QString line = "get details for interface %1 from kernel: "_s.arg(name);
+            const QString line =
+                "get details for interface %1 from kernel: "_s.arg(orvaLogText(name));
             QCOMPARE(m_log.count(line), 1);
             QVERIFY(info.getInterface(m_name).isValid());
         }
@@ -183,6 +195,12 @@ private Q_SLOTS:
         const QString refusal = "Networking/No wifi restart path defined"_s;
         QCOMPARE(outcomeWith(""), refusal);
         QCOMPARE(outcomeWith("network/wireless/restart"), refusal);
+        {
+            Catalogue catalogue;
+            QCoreApplication::installTranslator(&catalogue);
+            QCOMPARE(outcomeWith(""), "Networking/void WifiRestart::on_restart_requested(const "
+                                      "CMSetDataRequest&)"_s);
+        }
         QVERIFY(outcomeWith("nowhere").startsWith("UnknownPath/"_s));
         QCOMPARE(outcomeWith("wifi-restart/restart"), "/"_s);
         QCOMPARE(m_tree->activations(restartPath), 1);

@@ -114,8 +114,7 @@ NetLinkInterface NetLinkInfo::getInterface(const QString& name)
     rtnl_link* link = nullptr;
     if (rtnl_link_get_kernel(m_socket, 0, name.toUtf8().constData(), &link) < 0) {
         LOG4CPLUS_ERROR(netLinkLogger(), "Couldn't get details for interface "
-                                             << qUtf8Printable(name)
-                                             << " from kernel: " << std::strerror(errno));
+                                             << name << " from kernel: " << std::strerror(errno));
         return NetLinkInterface();
     }
     Q_ASSERT(link);

@@ -12,6 +12,9 @@ namespace {
 
 constexpr int shortestIntervalMs = 10000;
 
+/// The translation context of what a request to restart is answered.
+constexpr auto requestContext = "void WifiRestart::on_restart_requested(const CMSetDataRequest&)";
+
 ORVA_LOGGER(wifiRestartLogger, "WifiRestart")
 
 /// The node that restarts Wi-Fi; none when the criteria point back at the node that leads here,
@@ -147,9 +150,9 @@ void WifiRestart::on_restart_requested(const CMSetDataRequest& request)
     const CMPath path = restartPath(criteria());
     if (path.isEmpty()) {
         LOG4CPLUS_WARN(wifiRestartLogger(), "No wifi restart path is defined, can't restart wifi");
-        request.fail(
-            CMError(QStringLiteral("Networking"), TrString("No wifi restart path defined")));
-        return;
+        return request.fail(
+            CMError(QStringLiteral("Networking"),
+                    TrString(trExtractContext(requestContext), "No wifi restart path defined")));
     }
     const auto passOn = [request](const CMReply<QVariant>& outcome) {
         if (outcome.error().isEmpty())
