@@ -10,7 +10,8 @@
 #include <functional>
 #include <optional>
 
-/// Who the callers on the bus are. Asks the bus once for each and forgets those that leave.
+/// The users behind the callers on the bus. Asks the bus once for each caller, and forgets those
+/// that leave.
 class BusCallers : public QObject
 {
     Q_OBJECT

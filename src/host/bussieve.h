@@ -20,8 +20,8 @@ struct DBusWatch;
 /// on when they are freed; but they are freed on the other thread, from which QtDBus cannot switch
 /// its socket notifier on again: the connection would be deaf for ever. So the sieve takes the
 /// place of QtDBus's notifiers, looks at each message before QtDBus does, and answers
-/// org.freedesktop.DBus.Error.LimitsExceeded to whoever passes a limit. As that bounds what can
-/// wait, reading never stops.
+/// org.freedesktop.DBus.Error.LimitsExceeded to a caller that passes a limit. As that bounds what
+/// can wait, reading never stops.
 ///
 /// Lives on the thread of the connection and as long as the connection.
 class BusSieve : public QObject

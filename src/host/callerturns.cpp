@@ -28,13 +28,13 @@ void CallerTurns::takeTurn()
 {
     QElapsedTimer turn;
     turn.start();
-    // Behind those who came since, but before all who come from now on.
+    // The callers served go behind those that came since, before those that come from now on.
     m_callers += std::exchange(m_served, {});
     while (!m_calls.isEmpty()) {
         const Call call = next();
         call.start();
         if (call.work == Work::Later)
-            // What comes in while the work is done, which begins from the event loop, goes first.
+            // The work begins from the event loop; calls that come in meanwhile go first.
             return void(
                 QMetaObject::invokeMethod(this, &CallerTurns::schedule, Qt::QueuedConnection));
         if (turn.elapsed() >= turnMs)

@@ -20,7 +20,7 @@ public:
     /// Where a call's work is done.
     enum class Work {
         AtOnce, ///< While it is started.
-        Later   ///< From the event loop: whatever starts after it would wait for it unseen.
+        Later   ///< From the event loop: calls that start after it would wait for it unseen.
     };
     using Start = std::function<void()>;
 
@@ -37,13 +37,13 @@ private:
     };
     void schedule();
     void takeTurn();
-    /// Takes out what is to be started next.
+    /// Takes out the call that is to be started next.
     [[nodiscard]] Call next();
 
     QHash<QString, QQueue<Call>> m_calls;
-    /// Those who have calls waiting, the next one first.
+    /// The callers that have calls waiting, the next one first.
     QQueue<QString> m_callers;
-    /// Those who have calls waiting and were served in this turn.
+    /// The callers that have calls waiting and were served in this turn.
     QQueue<QString> m_served;
     bool m_scheduled = false;
 };

@@ -8,9 +8,9 @@ struct WorkerConfig
 {
     /// The library's file.
     QString library;
-    /// What its `worker_create` is given.
+    /// The configuration that its `worker_create` is given.
     QVariantHash config;
-    /// Whether the host ends when the worker cannot be loaded.
+    /// True when the host ends where the worker cannot be loaded.
     bool required = true;
 };
 

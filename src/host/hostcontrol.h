@@ -11,7 +11,7 @@
 
 /// The control interface: shows the node tree on the bus as `org.orva.Host1`.
 ///
-/// What comes in is turned into plain values here and checked against the known fields. Secret
+/// Foreign values become plain ones here and are checked against the known fields. Secret
 /// nodes are for root and the host's own user alone. The slots are called by the adaptor that is
 /// generated from the interface's description; what they return is not used, since every call is
 /// answered through its `BusCall`.

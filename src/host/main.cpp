@@ -44,7 +44,7 @@ int run(const HostConfig& config)
 
 int main(int argc, char** argv)
 {
-    // Whatever this process or one that it starts writes is nobody else's.
+    // Files of this process, and of those that it starts, are their owner's alone.
     ::umask(S_IRWXG | S_IRWXO);
     // The keys are in this process's memory: no core dump, and nobody but root looks in.
     ::prctl(PR_SET_DUMPABLE, 0);

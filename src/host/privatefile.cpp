@@ -58,7 +58,7 @@ bool writeFresh(QByteArray* path, const QByteArray& bytes)
            file.close();
 }
 
-/// What `errno` says.
+/// The error that `errno` names.
 CMError systemError()
 {
     return CMError::failed(QString::fromLocal8Bit(std::strerror(errno)));

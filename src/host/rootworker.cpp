@@ -45,7 +45,7 @@ void RootWorker::addWorker(std::unique_ptr<CMAbstractWorker> worker)
         if (claim(info.path, added))
             claimed << info.path;
     }
-    // Only when all its nodes can be reached: who is told of one may ask for another.
+    // Told when all its nodes can be reached: a listener that hears of one may ask for another.
     for (const CMPath& path : std::as_const(claimed)) {
         const OrvaValue value(getValue(path).toHash());
         if (!value.isEmpty())

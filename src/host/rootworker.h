@@ -18,9 +18,9 @@ public:
     ~RootWorker() override;
     Q_DISABLE_COPY(RootWorker)
 
-    /// Takes a worker in. Its nodes can be reached from now on, and who waited for one of their
-    /// values is told. Where two workers have a node of one path, the first keeps it; this is
-    /// logged.
+    /// Takes a worker in. Its nodes can be reached from now on, and listeners that waited for one
+    /// of their values are told. Where two workers have a node of one path, the first keeps it;
+    /// this is logged.
     void addWorker(std::unique_ptr<CMAbstractWorker> worker);
 
     bool ping() override;

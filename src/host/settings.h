@@ -14,8 +14,8 @@ struct SettingDefault
 
 /// The settings: a value node for each, whose writes are on the disk before they are answered.
 ///
-/// What one turn of the event loop writes is stored together, at its end or as soon as somebody
-/// waits for the answer to one of the writes. A write that cannot be stored is refused and changes
+/// The writes of one turn of the event loop are stored together, at its end or as soon as the
+/// answer to one of them is waited for. A write that cannot be stored is refused and changes
 /// nothing. Profiles are secret nodes: they hold keys.
 class Settings : public CMNodesWorker
 {
@@ -32,7 +32,7 @@ public:
     void setDataRequest(const CMSetDataRequest& request) override;
 
 private:
-    /// Whether the node at the request's path would take its value.
+    /// True when the node at the request's path would take its value.
     [[nodiscard]] bool suits(const CMSetDataRequest& request) const;
     /// Stores the waiting writes and answers them.
     void commit();

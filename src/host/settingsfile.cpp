@@ -149,7 +149,7 @@ OrvaResult<void> SettingsFile::write(const QJsonObject& entries)
     const auto replaced = PrivateFile::replace(m_directory, fileName(), bytes);
     if (replaced)
         m_entries = entries;
-    else // What was refused may be in place, though nobody knows for how long.
+    else // The refused file may be in place, and need not stay there.
         (void)PrivateFile::replace(m_directory, fileName(), QJsonDocument(m_entries).toJson());
     return replaced;
 }

@@ -29,7 +29,7 @@ public:
     /// the disk does not have it; what was stored before stays then, and what was put is forgotten.
     [[nodiscard]] OrvaResult<void> commit();
 
-    /// What is stored.
+    /// The paths of the stored settings.
     [[nodiscard]] QStringList paths() const { return m_entries.keys(); }
 
 private:
@@ -44,7 +44,7 @@ private:
 
     QString m_directory;
     QJsonObject m_entries;
-    /// What was put since the last commit.
+    /// Entries put since the last commit.
     QJsonObject m_put;
     bool m_copied = false;
     /// Why nothing is stored any more.

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Whether nobody but root and the host's own user decides what the library does. A group counts
+/// True when nobody but root and the host's own user decides what the library does. A group counts
 /// as its user's own where it is root's or the host's.
 bool isTrusted(const QString& library)
 {

@@ -5,7 +5,7 @@
 
 // clang-format off
 
-/// What the stand-ins show of what was asked of them.
+/// The nodes on which the stand-ins show what was asked of them.
 #define ORVA_STANDIN_NODES(ROW)                                                                    \
     ROW(PowerModulesPath, "power/modules", Rows, "", Default, "",                                  \
         "The modules that made themselves known.")                                                 \

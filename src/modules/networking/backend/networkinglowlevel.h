@@ -25,9 +25,6 @@ public:
 
     /// Starts a scan; its results come through `ScanResults`. False when none was started.
     [[nodiscard]] virtual bool scanNetworks() = 0;
-    /// Nobody waits any more for the results of the scan that runs: should it get lost, it need not
-    /// be started again.
-    virtual void forgetScan() {}
     /// Hands a profile to the network. False when that was refused.
     [[nodiscard]] virtual bool applyProfile(const OrvaNetworkProfile& profile) = 0;
     /// Asks for all interfaces to be taken down. False when that could not be sent.
@@ -62,6 +59,10 @@ public:
     [[nodiscard]] virtual double getWirelessRssi() = 0;
     /// The last status reported for an interface; 0 when there was none.
     [[nodiscard]] virtual InterfaceStatus interfaceStatus(const QString& interface) = 0;
+
+    /// The results of the running scan are not waited for any more; should it get lost, it is not
+    /// started again.
+    virtual void forgetScan() {}
 
 Q_SIGNALS:
     /// A scan has completed; carries its whole result.

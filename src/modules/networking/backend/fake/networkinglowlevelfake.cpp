@@ -228,7 +228,7 @@ void Networking_LowLevel_Fake::on_wps_timeout()
         return;
     const OrvaNetworkInterface credentials = wpsCredentials();
     LOG4CPLUS_INFO(fakeLogger(), "WPS results: " << credentials);
-    // Released before it is answered: the answer may start the next session.
+    // The session is over before it is answered: the answer may start the next session.
     m_wpsRunning = false;
     const auto reply = std::exchange(m_wpsReply, {});
     reply.finish(credentials);

@@ -69,7 +69,7 @@ void BoundedCalls::startService()
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("StartServiceByName"));
     start << m_service << 0U;
     const QDBusMessage reply = wait(m_bus.asyncCall(start, startLimit), startLimit);
-    // Who cannot be started may run all the same.
+    // A service that cannot be started may run all the same.
     if (reply.type() == QDBusMessage::ErrorMessage &&
         QDBusError(reply).type() != QDBusError::ServiceUnknown)
         LOG4CPLUS_WARN(lumoLogger(),

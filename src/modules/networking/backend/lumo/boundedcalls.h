@@ -17,8 +17,8 @@ class QDBusPendingCallWatcher;
 
 /// Questions to a service on the bus that wait for their answer, but never long.
 ///
-/// Nobody knows whether a service that owns its name will answer, and whoever waits for it keeps
-/// the event loop waiting. So a question waits 2 s. While one is unanswered, further ones are not
+/// A service that owns its name need not answer, and waiting for it holds the event loop. So a
+/// question waits 2 s. While one is unanswered, further ones are not
 /// sent; they fail at once, until its answer has come or it is given up, 30 s after it was sent.
 /// The first question of all has the bus start the service, for as long as the bus takes for that
 /// (30 s at most).
@@ -38,16 +38,17 @@ public:
     /// `isAnswer` tells the two apart.
     [[nodiscard]] QDBusMessage ask(const Send& send);
 
-    /// Whether the service has spoken, be it to refuse; not the bus, nor we ourselves.
+    /// True when the reply comes from the service, be it a refusal; false when the bus or this
+    /// process made it.
     [[nodiscard]] static bool isAnswer(const QDBusMessage& reply);
 
-    /// The service has left the bus: what it did not answer it never will.
+    /// The service has left the bus: the questions that it did not answer are given up.
     void forgetUnanswered();
 
 Q_SIGNALS:
-    /// What was answered by a default may be asked anew: the service answers again after questions
-    /// had failed, or one was given up. Comes from the event loop; after a pause that grows where
-    /// answers keep coming too late, since a service that is merely slow would otherwise hold the
+    /// Questions that a default answered may be asked anew: the service answers again after some
+    /// had failed, or one was given up. Comes from the event loop. Where answers keep coming too
+    /// late, a growing pause goes before it: a service that is merely slow would otherwise hold the
     /// event loop for most of the time.
     void askAgain();
 
@@ -64,8 +65,8 @@ private:
     const QDBusConnection m_bus;
     const QString m_service;
     bool m_started = false;
-    bool m_silent = false; ///< It does not answer, which has been logged.
-    bool m_missed = false; ///< A default answered, and nobody was told yet to ask again.
+    bool m_silent = false; ///< The service does not answer, which has been logged.
+    bool m_missed = false; ///< A default answered, and `askAgain` is still to come.
     /// The question that others wait for. Those given up are watched on: their answers, too, say
     /// that the service lives.
     QPointer<QDBusPendingCallWatcher> m_unanswered;

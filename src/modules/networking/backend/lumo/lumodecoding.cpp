@@ -125,7 +125,7 @@ void addSoftAp(OrvaNetworkInfo& info, const QString& name, const QVariantMap& de
     info.setSoftAp(softAp);
 }
 
-/// What a scanned network's "type" says; nothing when the network is to be dropped.
+/// The security of a scanned network by its "type"; nothing when the network is to be dropped.
 std::optional<Encryption> scannedSecurity(const QString& type)
 {
     if (type == QLatin1String("unsecured"))
@@ -153,8 +153,8 @@ OrvaNetworkScanResult parseScanResult(const QString& ssid, const QVariantHash& n
     return result;
 }
 
-/// In which order the interfaces speak of the name servers and gateways, which they share: the last
-/// one has it.
+/// The interfaces in the order in which they set the name servers and gateways, which they share:
+/// the last one prevails.
 QStringList inOrderOfPreference(const QMap<QString, QVariantMap>& details, const QString& wired,
                                 const QString& wireless)
 {

@@ -6,7 +6,7 @@
 #include <QMap>
 #include <QVector>
 
-// What the connection daemon sends, as this system's records. All are functions of plain values
+// The connection daemon's maps as this system's records. All are functions of plain values
 // (backend/lumo/lumoborder.h); an absent key, or a value of another type, reads as its type's
 // default.
 
@@ -14,11 +14,11 @@
 /// link-local.
 [[nodiscard]] OrvaNetworkAddress parseIpRecord(const QString& record);
 
-/// The addresses in an interface's details: IPv4 in the reverse of their order, then IPv6. What is
-/// link-local IPv6, or no address at all, is left out.
+/// The addresses in an interface's details: IPv4 in the reverse of their order, then IPv6.
+/// Link-local IPv6 addresses, and texts that are no address, are left out.
 [[nodiscard]] OrvaList<OrvaNetworkAddress> parseAddresses(const QVariantMap& details);
 
-/// Whether the details are those of an interface that exists.
+/// True when the details are those of an interface that exists.
 [[nodiscard]] bool parsePresent(const QVariantMap& details);
 
 /// The network state from the details of each interface that was asked, by its name. Interfaces
@@ -33,5 +33,5 @@
 /// with a warning.
 [[nodiscard]] QVector<OrvaNetworkScanResult> parseScanResults(const QVariantMap& results);
 
-/// What a WPS session brought.
+/// The network that a WPS session brought.
 [[nodiscard]] OrvaNetworkInterface parseWpsCredentials(const QVariantMap& credentials);

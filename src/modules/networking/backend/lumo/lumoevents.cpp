@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the daemon says: its signals and its answers.
+// The daemon's signals and answers.
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumodecoding.h"
@@ -11,10 +11,7 @@
 
 #include <utility>
 
-namespace {
-} // namespace
-
-// A question starts nobody: where the daemon is not, there is nothing to ask for.
+// A question does not start the daemon: one that is not there has nothing to tell.
 QDBusMessage Networking_LowLevel_LUMO::ask(const QString& interface, const QString& method,
                                            const QVariantList& arguments)
 {
@@ -206,7 +203,7 @@ void Networking_LowLevel_LUMO::on_wpsTimer_timeout()
     on_lumo_WpsError(QStringLiteral("WPS request timed out"));
 }
 
-// The session is over before its reply is answered, so that whoever hears of it may start the next.
+// The session is over before its reply is answered: the answer may start the next session.
 CMReply<OrvaNetworkInterface> Networking_LowLevel_LUMO::endWps()
 {
     m_wpsRunning = false;

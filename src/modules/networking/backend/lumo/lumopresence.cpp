@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether the daemon is there, and what it is told when it has come back.
+// The daemon's loss and return, and the replay of what it had been told.
 #include "backend/lumo/boundedcalls.h"
 #include "backend/lumo/lumoborder.h"
 #include "backend/lumo/lumolog.h"
@@ -12,9 +12,6 @@
 #include <QScopedValueRollback>
 
 #include <utility>
-
-namespace {
-} // namespace
 
 void Networking_LowLevel_LUMO::on_cableStatus_init()
 {
@@ -85,12 +82,13 @@ void Networking_LowLevel_LUMO::on_calls_askAgain()
 
 void Networking_LowLevel_LUMO::on_lumo_Started()
 {
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
     LOG4CPLUS_INFO(lumoLogger(), "LUMO signal: Started");
-    // Should it have gone again already, this must not start the next one: its own Started will.
+    // A daemon that has gone again already is not started by this; the next one says Started too.
     const QScopedValueRollback<bool> replaying(m_replaying, true);
     if (m_appliedProfile != OrvaNetworkProfile())
         (void)applyProfile(OrvaNetworkProfile(m_appliedProfile));
-    // It takes nothing down any more, whether that had been up or not.
+    // The new daemon takes nothing of the old one's down, neither what was up nor what was leaving.
     QStringList down = connectedInterfaces() + m_listener.disconnectingInterfaces();
     down.sort();
     down.removeDuplicates();
@@ -100,7 +98,7 @@ void Networking_LowLevel_LUMO::on_lumo_Started()
         on_lumo_WpsError(QStringLiteral("Networking restarted!"));
     for (const OrvaNetworkProfileSoftApSettings& settings : std::as_const(m_softAps))
         sendStartSoftAp(settings);
-    // Once: a scan that crashes the daemon must not do so for ever.
+    // The scan is sent again once: one that crashes the daemon must not do so for ever.
     if (std::exchange(m_scanning, false))
         send(QStringLiteral("Scan"));
     Q_EMIT AddressesChanged();

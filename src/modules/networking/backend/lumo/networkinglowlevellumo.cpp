@@ -26,6 +26,11 @@ QString daemonPath()
     return QLatin1Char('/') + daemonService().replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
+QString busService()
+{
+    return QString::fromLatin1(org_freedesktop_dbus::staticInterfaceName());
+}
+
 QString cut(const QString& text)
 {
     return lumoText(text);
@@ -36,10 +41,6 @@ int cut(int number)
     return number;
 }
 
-QString busService()
-{
-    return QString::fromLatin1(org_freedesktop_dbus::staticInterfaceName());
-}
 } // namespace
 
 Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(NetworkListener& listener)
@@ -53,7 +54,7 @@ Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(NetworkListener& listener)
     , m_restartTimer(this)
 {
     m_clock.start();
-    // Who asks decides how long to wait; the bus tells when the daemon goes.
+    // BoundedCalls decides how long to wait; the bus tells when the daemon goes.
     m_daemon->setTimeout(std::numeric_limits<int>::max());
     connectDaemon();
 
@@ -124,8 +125,8 @@ void Networking_LowLevel_LUMO::send(const QString& method, const QVariantList& a
     send(m_daemon->interface(), method, arguments);
 }
 
-// Not waited for either: the bus keeps the order, so the daemon has read it before the next
-// command.
+// A write is not waited for either: the bus keeps the order, so the daemon has read it before the
+// next command.
 void Networking_LowLevel_LUMO::writeProperty(const QString& property, const QVariantMap& value)
 {
     send(propertiesInterface(), QStringLiteral("Set"),

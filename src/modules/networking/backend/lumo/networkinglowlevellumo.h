@@ -36,7 +36,6 @@ public:
     ~Networking_LowLevel_LUMO() override;
 
     bool scanNetworks() override;
-    void forgetScan() override { m_scanning = false; }
     bool applyProfile(const OrvaNetworkProfile& profile) override;
     bool disconnect() override;
     bool forceWifiReconnect() override;
@@ -51,6 +50,7 @@ public:
     bool hasWireless() override;
     double getWirelessRssi() override;
     InterfaceStatus interfaceStatus(const QString& interface) override;
+    void forgetScan() override { m_scanning = false; }
 
 private Q_SLOTS:
     // Presence (backend/lumo/lumopresence.cpp).
@@ -103,7 +103,7 @@ private:
     org_freedesktop_dbus* const m_bus;
     BoundedCalls* const m_calls;
 
-    // What the daemon was told, and is told again when it has started anew.
+    // The daemon is told this again when it has started anew.
     OrvaNetworkProfile m_appliedProfile;
     QMap<QString, OrvaNetworkProfileSoftApSettings> m_softAps;
     bool m_scanning = false;
@@ -114,7 +114,7 @@ private:
     bool m_wpsRunning = false;
     QTimer m_wpsTimer;
 
-    // What the daemon said.
+    // The daemon said this.
     QHash<QString, int> m_interfaceStatuses;
     /// The links, soft APs included, that end when the daemon has started anew. The listener does
     /// not know those that were up before it listened.
