@@ -3,6 +3,7 @@
 // in the form in which "orvactl --json nodes" prints nodes, with their words, and the enumerations'
 // words.
 
+#include "common/hostnodes.h"
 #include "core/orvaplainvalue.h"
 #include "core/orvaroles.h"
 #include "core/orvawords.h"
@@ -70,6 +71,7 @@ int main()
     ORVA_NETWORK_NODES(PRINT)
     ORVA_POWER_NODES(PRINT)
     ORVA_STANDIN_NODES(PRINT)
+    ORVA_HOST_NODES(PRINT)
     printEnumerations(OrvaRoles::fields());
     printEnumerations(OrvaPowerManagerResourceRequest::fields());
     printEnumerations(OrvaPowerManagerTarget::fields());

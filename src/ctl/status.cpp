@@ -3,6 +3,7 @@
 #include "families.h"
 #include "names.h"
 
+#include "common/hostnodes.h"
 #include "network/networkpaths.h"
 
 namespace ctl {
@@ -18,6 +19,7 @@ struct Picture
     OrvaNetworkProfile profile;
     QString url;
     QStringList stations;
+    QString settingsFault;
 };
 
 QString stateText(OrvaNetworkState state, OrvaNetworkConnectingStatus connecting)
@@ -167,6 +169,11 @@ void showPage(const Output& out, const Picture& picture)
     addKnown(page, picture.profile);
     if (info.airplaneMode())
         page.add(QStringLiteral("Airplane mode"), QStringLiteral("on"));
+    if (!picture.settingsFault.isEmpty())
+        page.add(
+            QStringLiteral("Settings"),
+            Output::styled(QStringLiteral("not stored: %1").arg(printable(picture.settingsFault)),
+                           Style::Bad));
 }
 
 Result status(Context& context, const Arguments&)
@@ -175,7 +182,7 @@ Result status(Context& context, const Arguments&)
     QHash<CMPath, OrvaValue> values;
     for (const CMPath& path :
          {OrvaNetworkInfoPath(), OrvaNetworkProfilePath(), OrvaNetworkLocalWebserverUrlPath(),
-          OrvaNetworkConnectedSoftApStationsPath()}) {
+          OrvaNetworkConnectedSoftApStationsPath(), HostSettingsFaultPath()}) {
         const auto value = context.host.value(path);
         if (!value)
             return value.error();
@@ -186,7 +193,8 @@ Result status(Context& context, const Arguments&)
     showPage(context.out, {values.value(OrvaNetworkInfoPath()).networkInfo(),
                            values.value(OrvaNetworkProfilePath()).networkProfile(),
                            values.value(OrvaNetworkLocalWebserverUrlPath()).string_(),
-                           values.value(OrvaNetworkConnectedSoftApStationsPath()).stringList()});
+                           values.value(OrvaNetworkConnectedSoftApStationsPath()).stringList(),
+                           values.value(HostSettingsFaultPath()).string_()});
     return {};
 }
 

@@ -118,7 +118,7 @@ OrvaResult<std::optional<QByteArray>> PrivateFile::read(const QString& directory
     const Descriptor descriptor(
         ::open(QFile::encodeName(QDir(directory).filePath(name)).constData(),
                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!descriptor.isOpen() && errno == ENOENT)
+    if (!descriptor.isOpen() && (errno == ENOENT || errno == ENOTDIR))
         return std::optional<QByteArray>();
     if (!descriptor.isOpen())
         return errno == ELOOP ? CMError::failed(QStringLiteral("it is a symbolic link"))

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "settings.h"
 
+#include "common/hostnodes.h"
+
 namespace {
 ORVA_LOGGER(settingsLogger, "Settings")
 } // namespace
@@ -14,6 +16,8 @@ Settings::Settings(const QVector<SettingDefault>& defaults, const QString& direc
         node->setSecret(setting.value.typeKey() == OrvaValue::NetworkProfile());
         node->setValue(m_file.take(setting.path, setting.value).value_or(setting.value));
     }
+    m_fault = CMValueNode::create(nodes(), hostNode(HostSettingsFaultPath()));
+    m_fault->setValue(OrvaValue::of(m_file.fault()));
     QStringList unknown = m_file.paths();
     const auto isKnown = [this](const QString& path) { return nodes().find(CMPath(path)); };
     unknown.erase(std::remove_if(unknown.begin(), unknown.end(), isKnown), unknown.end());
@@ -54,7 +58,7 @@ void Settings::setDataRequest(const CMSetDataRequest& request)
 bool Settings::suits(const CMSetDataRequest& request) const
 {
     const auto* node = qobject_cast<const CMValueNode*>(nodes().find(request.path()));
-    return node && request.role() == OrvaRoles::Value() &&
+    return node && !node->isReadOnly() && request.role() == OrvaRoles::Value() &&
            request.value().typeKey() == node->value().typeKey();
 }
 
@@ -62,6 +66,7 @@ void Settings::commit()
 {
     const auto written = std::exchange(m_waiting, {});
     const auto stored = written.isEmpty() ? OrvaResult<void>() : m_file.commit();
+    m_fault->setValue(OrvaValue::of(m_file.fault()));
     if (!stored) {
         for (const CMSetDataRequest& request : written)
             refuse(request, stored.error());

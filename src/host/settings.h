@@ -16,7 +16,7 @@ struct SettingDefault
 ///
 /// The writes of one turn of the event loop are stored together, at its end or as soon as the
 /// answer to one of them is waited for. A write that cannot be stored is refused and changes
-/// nothing. Profiles are secret nodes: they hold keys.
+/// nothing; a node tells whether that is so. Profiles are secret nodes: they hold keys.
 class Settings : public CMNodesWorker
 {
     Q_OBJECT
@@ -39,6 +39,7 @@ private:
     void refuse(const CMSetDataRequest& request, const CMError& error) const;
 
     SettingsFile m_file;
+    CMValueNode* m_fault = nullptr;
     /// Writes that the disk does not have yet.
     QVector<CMSetDataRequest> m_waiting;
     /// Writes that the disk has and the nodes do not have yet.

@@ -9,7 +9,9 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <unistd.h>
 
 namespace {
@@ -41,12 +43,22 @@ OrvaResult<OrvaValue> decode(const QJsonValue& entry, const QString& type)
 SettingsFile::SettingsFile(const QString& directory)
     : m_directory(QDir(directory).absolutePath())
 {
-    if (!PrivateFile::makeDirectory(m_directory))
-        LOG4CPLUS_ERROR(settingsFileLogger(), "Couldn't make the state directory " << m_directory);
+    prepare();
     if (const int strays = PrivateFile::sweep(m_directory, fileName()))
         LOG4CPLUS_INFO(settingsFileLogger(),
                        "Removed what " << strays << " interrupted writes left behind");
     read();
+}
+
+void SettingsFile::prepare()
+{
+    if (!PrivateFile::makeDirectory(m_directory))
+        m_fault = QStringLiteral("the directory %1 could not be made").arg(m_directory);
+    else if (::access(QFile::encodeName(m_directory).constData(), W_OK | X_OK) != 0)
+        m_fault = QStringLiteral("the directory %1 cannot be written: %2")
+                      .arg(m_directory, QString::fromLocal8Bit(std::strerror(errno)));
+    if (!m_fault.isEmpty())
+        LOG4CPLUS_ERROR(settingsFileLogger(), "No setting can be stored: " << m_fault);
 }
 
 std::optional<OrvaValue> SettingsFile::take(const CMPath& path, const OrvaValue& expected)
@@ -147,6 +159,7 @@ OrvaResult<void> SettingsFile::write(const QJsonObject& entries)
     if (m_blocked)
         return *m_blocked;
     const auto replaced = PrivateFile::replace(m_directory, fileName(), bytes);
+    m_fault = replaced ? QString() : replaced.why();
     if (replaced)
         m_entries = entries;
     else // The refused file may be in place, and need not stay there.

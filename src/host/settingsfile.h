@@ -29,10 +29,15 @@ public:
     /// the disk does not have it; what was stored before stays then, and what was put is forgotten.
     [[nodiscard]] OrvaResult<void> commit();
 
+    /// Why nothing can be stored, as of the last try; empty while it can.
+    [[nodiscard]] QString fault() const { return m_blocked ? m_blocked->message() : m_fault; }
+
     /// The paths of the stored settings.
     [[nodiscard]] QStringList paths() const { return m_entries.keys(); }
 
 private:
+    /// Makes the directory ready to be written.
+    void prepare();
     void read();
     /// Moves the file away. Where that fails it is never written over: stores fail from then on.
     void setAside(const QString& reason);
@@ -46,6 +51,7 @@ private:
     QJsonObject m_entries;
     /// Entries put since the last commit.
     QJsonObject m_put;
+    QString m_fault;
     bool m_copied = false;
     /// Why nothing is stored any more.
     std::optional<CMError> m_blocked;

@@ -294,6 +294,15 @@ class Network(WithDevice):
         self.assertIn("Airplane mode on", self.ends(0, "orvactl status"))
         self.ends(0, f"orvactl airplane off --wait {LIMIT} && orvactl network restart --wait {LIMIT}")
 
+    def test_settings_that_cannot_be_stored_are_told(self):
+        state = self.device.directory / "state"
+        away = state.rename(state.with_name("away"))
+        self.ends(4, f"orvactl set {MAXIMUM} 7")
+        self.assertIn("Settings      not stored: No such file or directory", self.ends(0, "orvactl status"))
+        away.rename(state)
+        self.ends(0, f"orvactl set {MAXIMUM} 8")
+        self.assertNotIn("Settings", self.ends(0, "orvactl status"))
+
 
 class Joining(WithDevice):
     """Actions that wait for their result, in a small world."""

@@ -6,6 +6,7 @@
 #include "settingsfile.h"
 #include "values.h"
 
+#include "common/hostnodes.h"
 #include "network/networkpaths.h"
 
 #include <QRandomGenerator>
@@ -173,6 +174,7 @@ private Q_SLOTS:
         Settings settings(networkSettingDefaults(), m_directory);
         DiskCalls::refused.clear();
         QVERIFY(!(QFileInfo(m_file).permissions() & QFile::Permissions(0x0077)));
+        QVERIFY(!fault(settings).isEmpty());
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(7)), "NotStored"_s);
         QCOMPARE(stored(), content);
     }
@@ -215,12 +217,27 @@ private Q_SLOTS:
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(9)), "NotStored"_s);
         QCOMPARE(other.error().name(), "NotStored"_s);
         QCOMPARE(DiskCalls::made.mid(0, calls).last(), DiskCalls::refused);
+        QVERIFY(fault(settings).contains("Input/output error"_s));
         QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
         QCOMPARE(files(), QStringList("settings.json"_s));
         QCOMPARE(afterRestart(), OrvaValue::of(8));
         DiskCalls::refused.clear();
         QCOMPARE(write(settings, OrvaNetworkMaxNumberWifiNetworks(), OrvaValue::of(4)), QString());
+        QCOMPARE(fault(settings), QString());
         QCOMPARE(afterRestart(), OrvaValue::of(8));
+    }
+
+    void aPlaceThatCannotBeWrittenIsToldFromTheStart()
+    {
+        QFile file(m_home->filePath("a"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        Settings settings(networkSettingDefaults(), m_directory);
+        QVERIFY(fault(settings).contains(m_directory));
+        QCOMPARE(write(settings, HostSettingsFaultPath(), OrvaValue::of(QString())), "ReadOnly"_s);
+        QVERIFY(file.remove());
+        QVERIFY(QDir().mkpath(m_directory));
+        QCOMPARE(write(settings, maxFailures(), OrvaValue::of(7)), QString());
+        QCOMPARE(fault(settings), QString());
     }
 
     void whatCouldNotBeReadBackIsRefused_data()
@@ -334,6 +351,10 @@ private:
     static OrvaValue valueOf(Settings& settings, const CMPath& path)
     {
         return OrvaValue(settings.getValue(path).toHash());
+    }
+    static QString fault(Settings& settings)
+    {
+        return valueOf(settings, HostSettingsFaultPath()).string_();
     }
     /// The name of the error that a write ends with.
     static QString write(Settings& settings, const CMPath& path, const OrvaValue& value)
