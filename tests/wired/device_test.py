@@ -130,6 +130,15 @@ class Cable(Device):
 
     # --- files
 
+    def test_the_engine_is_not_installed(self):
+        self.begin(dhcpcd="/run/dhcpcd-later")
+        self.addCleanup(lambda: pathlib.Path("/run/dhcpcd-later").unlink(missing_ok=True))
+        self.plug()
+        self.errors("Addresses need the program dhcpcd, which is not here: /run/dhcpcd-later")
+        self.agree(NOT)
+        pathlib.Path("/run/dhcpcd-later").symlink_to("/usr/sbin/dhcpcd")
+        self.agree(CONNECTED, "192.0.2.", limit=20)
+
     def test_no_room_for_the_engine_s_files(self):
         pathlib.Path("/run/small").mkdir()
         subprocess.run(["mount", "-t", "tmpfs", "-o", "size=4k", "small", "/run/small"], check=True)

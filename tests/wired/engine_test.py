@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Engines on a real cable that are frozen or killed: what they configured is taken back, and nothing of anybody else's."""
 import os, pathlib, signal, unittest
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Who writes the name servers down on a real cable, and what becomes of it when that goes wrong."""
 import pathlib, subprocess, unittest
 

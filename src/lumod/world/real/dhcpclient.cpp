@@ -5,6 +5,7 @@
 #include "world/real/savetext.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QThread>
 
@@ -120,12 +121,23 @@ void DhcpClient::proceed()
 
 void DhcpClient::launch()
 {
-    if (!writeConfiguration())
+    if (!hasProgram() || !writeConfiguration())
         return m_way.start(longWait);
     m_traces.begin(m_wanted->index);
     if (m_wanted->ip)
         m_traces.know(m_wanted->ip->address);
     m_child.start(m_settings.dhcpcd, arguments());
+}
+
+/// False where the program is not there, which is said once.
+bool DhcpClient::hasProgram()
+{
+    const bool missing = !QFileInfo(m_settings.dhcpcd).isExecutable();
+    if (missing && !std::exchange(m_missing, true))
+        Q_EMIT failed(QStringLiteral("Addresses need the program dhcpcd, which is not here: ") +
+                      m_settings.dhcpcd);
+    m_missing = missing;
+    return !missing;
 }
 
 bool DhcpClient::makeWay()

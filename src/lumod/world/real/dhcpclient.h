@@ -57,6 +57,7 @@ private:
     /// No other dhcpcd holds the interface. One of ours is told to end: whoever should have done it
     /// was killed.
     [[nodiscard]] bool makeWay();
+    [[nodiscard]] bool hasProgram();
     /// The process of the dhcpcd that holds the interface, ours or another's; 0: none.
     [[nodiscard]] int engine() const;
     /// Removes our configuration, and what a dhcpcd that ended amid its work leaves: its sockets.
@@ -74,6 +75,7 @@ private:
     std::optional<Wanted> m_wanted;
     int m_start = 0;         ///< counts starts
     bool m_inherits = false; ///< the next start takes over what a dead one has configured
+    bool m_missing = false;  ///< whether the program was not there, which is said once
     QTimer m_way;            ///< until it is looked again whether the next step can be taken
     int m_waits = 0;         ///< how often it could not
     QTimer m_returned;       ///< until a dhcpcd that has died must have its address back
