@@ -268,6 +268,9 @@ private Q_SLOTS:
         QCOMPARE(write(settings, profile, value), "NotStored"_s);
         QCOMPARE(valueOf(settings, profile), before);
         QVERIFY(DiskCalls::made.isEmpty());
+        write(settings, maxFailures(), OrvaValue::of(8)); // without what was refused
+        const Settings next(networkSettingDefaults(), m_directory);
+        QCOMPARE(files(), QStringList("settings.json"_s));
     }
 
     void aDefaultThatWasSetIsStored()
