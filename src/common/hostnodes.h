@@ -5,7 +5,7 @@
 
 // clang-format off
 
-/// What the host shows of itself.
+/// The nodes by which the host shows its own state.
 #define ORVA_HOST_NODES(ROW)                                                                       \
     ROW(HostSettingsFaultPath, "host/settings-fault", ReadOnly, "string", Default, "",             \
         "Why settings cannot be stored, and are refused; empty while they can, as far as was tried.")

@@ -5,7 +5,7 @@ namespace ctl {
 
 namespace {
 
-/// What a state of a moment may last.
+/// The time that a passing state may last.
 constexpr std::chrono::seconds settling{5};
 
 Result waitUntil(Context& context, const InfoVerdict& verdict, const QDeadlineTimer& deadline)

@@ -11,7 +11,7 @@ namespace ctl {
 /// The host gives a scan 30 seconds.
 constexpr std::chrono::seconds scanPatience{35};
 
-/// How long the result of an action is waited for where the person gave no time.
+/// The wait for the result of an action where the person gave no time.
 constexpr std::chrono::seconds resultPatience{90};
 
 /// Activates a node and waits for its answer, which is shown to a machine.
@@ -28,7 +28,7 @@ Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdi
 /// A verdict that is done when `reached` says so.
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached);
 
-/// Whether the network was in a state at some time since.
+/// Remembers that the network was in a state at some time since.
 class Seen
 {
 public:

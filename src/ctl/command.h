@@ -137,7 +137,7 @@ struct Command
 /// its commands.
 using Commands = std::vector<Command>;
 
-/// What the manual page says of something.
+/// One entry of the manual page.
 struct Note
 {
     std::string subject;

@@ -26,7 +26,7 @@ QString text(const std::string& from)
     return QString::fromStdString(from);
 }
 
-/// What the words before the last one leave open.
+/// The possibilities that the words before the last one leave open.
 class Line
 {
 public:
@@ -127,7 +127,7 @@ private:
     QStringList m_given;                   ///< arguments that are there
 };
 
-/// What the running host knows.
+/// The words that the running host knows.
 class Live
 {
 public:

@@ -42,7 +42,7 @@ QString noSuchNode(const CMPath& path, const QStringList& paths)
            didYouMean(path.toString(), paths);
 }
 
-/// What the node is, and the command for it.
+/// The kind of the node, and the command for it.
 QString whatItIs(const OrvaBusNode& node)
 {
     if (node.kind == QLatin1String("activate"))

@@ -5,8 +5,8 @@
 
 namespace ctl {
 
-/// What speaks against joining a wireless network at present, whichever; nothing where nothing
-/// does.
+/// The reason that speaks against joining any wireless network at present; nothing where there is
+/// none.
 std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
 
 /// Waits until the network is joined, or for the reason why it is not. `profile` is what was set.

@@ -31,7 +31,7 @@ enum class ExitStatus {
     Interrupted = 128, ///< and the number of the signal: 130, 143
 };
 
-/// What a status means, as help and manual page have it.
+/// The meaning of a status, as help and manual page have it.
 struct StatusRow
 {
     int number;

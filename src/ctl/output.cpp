@@ -22,7 +22,7 @@ void say(const QString& text)
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
 }
 
-/// Whoever reads the data would take a part for the whole: nothing more is done.
+/// A reader of the data would take a part for the whole: nothing more is done.
 [[noreturn]] void loseOutput()
 {
     const int why = errno;

@@ -11,7 +11,7 @@
 
 namespace ctl {
 
-/// How a person wants what is written.
+/// The form of output that a person wants.
 struct OutputStyle
 {
     bool json = false;      ///< one JSON document a line on stdout and nothing else
@@ -71,7 +71,7 @@ private:
 /// The same for a name, whose blanks at either end show as their codes too.
 [[nodiscard]] QString printableName(const QString& name);
 
-/// How many columns of a terminal the printable text takes.
+/// The columns of a terminal that the printable text takes.
 [[nodiscard]] int displayWidth(const QString& text);
 
 } // namespace ctl

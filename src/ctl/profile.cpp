@@ -103,7 +103,7 @@ OrvaNetworkProfileType::Value subject(const OrvaNetworkProfile& profile, const A
                                                                   : OrvaNetworkProfileType::Wired;
 }
 
-/// Whether the interface is up with the address that was asked for.
+/// True if the interface is up with the address that was asked for.
 template <typename Interface>
 bool isUpAsAsked(const Interface& interface, const Arguments& given)
 {

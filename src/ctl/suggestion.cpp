@@ -10,8 +10,8 @@ namespace ctl {
 
 namespace {
 
-/// How many letters must be put in, taken out, replaced or swapped with their neighbour to make
-/// `to` of `from`.
+/// The number of letters that must be put in, taken out, replaced or swapped with their neighbour
+/// to make `to` of `from`.
 int distance(const QString& from, const QString& to)
 {
     QVector<int> beforeLast;

@@ -82,8 +82,7 @@ Result watch(Context& context, const Arguments& given)
     return present ? context.host.follow() : present;
 }
 
-/// What a node that holds a value of the type `type` is waited for; an error where it can never
-/// have it.
+/// The value that a node of the type `type` is waited to have; an error where it can never have it.
 Outcome<OrvaValue> wantedValue(const QString& text, const QString& type)
 {
     auto wanted = parseValue(text, type);

@@ -80,7 +80,7 @@ Outcome<OrvaNetworkInterface> networkToJoin(const OrvaNetworkProfile& profile,
     return network;
 }
 
-/// Whether the network may be tried at all; with --keep it is, whatever stands against it.
+/// Fails where the network cannot be tried at present; never with --keep.
 Result checkHindrance(Context& context, const OrvaNetworkProfile& profile, const Arguments& given)
 {
     if (!context.waits || given.flag("--keep"))

@@ -23,7 +23,7 @@ void showCredentials(const Output& out, const OrvaNetworkInterface& network, boo
         out.note(QStringLiteral("The credentials are not applied; --apply does so."));
 }
 
-/// What the person is to do at the router, said once the session runs and not where it is refused.
+/// Tells the person what to do at the router, once the session runs and not where it is refused.
 class Instruction
 {
 public:

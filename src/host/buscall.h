@@ -14,8 +14,8 @@
 class BusCall
 {
 public:
-    /// How the value of a finished request goes to the bus: as the arguments of the answer. Nothing
-    /// where it is too large for the bus.
+    /// Makes the arguments of the answer from the value of a finished request. Nothing where it is
+    /// too large for the bus.
     using Encode = std::function<std::optional<QVariantList>(const QVariant& value)>;
 
     BusCall(const QDBusConnection& connection, const QDBusMessage& message);

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// What an open request costs beside its bytes.
+/// The cost of an open request beside its bytes.
 constexpr qint64 overhead = 1024;
 
 } // namespace

@@ -8,7 +8,7 @@
 #include <QHash>
 #include <QMutex>
 
-/// How much callers may have open at the host.
+/// The bounds of what callers may have open at the host.
 struct BusLimits
 {
     /// Requests of one caller that are not answered yet.
@@ -39,7 +39,7 @@ public:
     /// Takes a request that was counted in out again.
     void leave(const QByteArray& caller, qint64 bytes);
 
-    /// How many callers have something open.
+    /// The number of callers that have something open.
     [[nodiscard]] int callers() const;
 
 private:

@@ -17,7 +17,7 @@ class CallerTurns : public QObject
 {
     Q_OBJECT
 public:
-    /// Where a call's work is done.
+    /// The place where a call's work is done.
     enum class Work {
         AtOnce, ///< While it is started.
         Later   ///< From the event loop: calls that start after it would wait for it unseen.

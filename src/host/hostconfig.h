@@ -20,7 +20,7 @@ struct HostConfig
     QVector<WorkerConfig> workers;
     /// The nodes that are activated once all workers are there, in this order.
     QVector<CMPath> activate;
-    /// Where the settings are kept.
+    /// The directory of the settings.
     QString stateDirectory = QStringLiteral("/var/lib/orva");
     QString wiredInterface = QStringLiteral("eth0");
     QString wirelessInterface = QStringLiteral("wlan0");

@@ -5,8 +5,8 @@ namespace {
 
 QtMessageHandler writeLine = nullptr;
 
-/// Whether the character does something beside being shown: control characters, line ends and the
-/// marks that turn a text's direction do.
+/// True if the character acts beside being shown: control characters, line ends and the marks that
+/// turn a text's direction do.
 bool isUnseen(QChar character)
 {
     switch (character.category()) {

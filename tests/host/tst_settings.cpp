@@ -311,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(DiskCalls::made.mid(4),
                  QStringList({"sync directory"_s, "answer"_s, "answer"_s, "answer"_s}));
         QCOMPARE(valueOf(settings, maxFailures()), OrvaValue::of(8));
-        // What is stored already is not written again, what waits at the end is.
+        // Stored values are not written again; those that wait at the end are.
         DiskCalls::made.clear();
         QCOMPARE(write(settings, maxFailures(), OrvaValue::of(8)), QString());
         QVERIFY(DiskCalls::made.isEmpty());

@@ -126,7 +126,7 @@ public:
         return calls;
     }
 
-    /// How often the daemon that runs has answered with an error.
+    /// The number of errors that the daemon that runs has answered.
     int refusals() const
     {
         const QString daemon = connection->interface()->serviceOwner("org.orva.lumod"_s);

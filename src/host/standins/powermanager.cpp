@@ -94,7 +94,7 @@ void PowerManager::on_resourceRequest(const CMSetDataRequest& request)
     const auto wanted = take<OrvaPowerManagerResourceRequest>(request);
     if (!wanted || refuseModuleName(request, wanted->moduleName()))
         return;
-    // Whoever registered in time is served even in a crowd.
+    // A module that registered in time is served even in a crowd.
     if (m_wifiHolders.size() >= maxModules && !isRegistered(wanted->moduleName()))
         return request.fail(tooMany());
     record(QStringLiteral("resource"), *wanted);

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// How long a shutdown is announced before everything stops.
+/// The time for which a shutdown is announced before everything stops.
 constexpr int shutdownDelayMs = 2000;
 
 /// The translation context of what a stop is answered.

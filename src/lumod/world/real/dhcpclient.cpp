@@ -86,7 +86,7 @@ void DhcpClient::stop()
     restart();
 }
 
-/// What runs, or is just ending, is ended first.
+/// A dhcpcd that runs, or is just ending, is ended first.
 void DhcpClient::restart()
 {
     m_inherits = false;

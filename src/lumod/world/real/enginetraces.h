@@ -6,9 +6,9 @@
 
 #include <optional>
 
-/// What dhcpcd has configured on an interface, for the case that it was killed and cannot take it
-/// back. That is what bears its marks and was not there before it: addresses without a prefix route
-/// of the kernel's, and routes of the protocols dhcp and ra.
+/// The addresses and routes that dhcpcd has configured on an interface, for the case that it was
+/// killed and cannot take them back. They bear its marks and were not there before it: addresses
+/// without a prefix route of the kernel's, and routes of the protocols dhcp and ra.
 class EngineTraces
 {
 public:

@@ -15,7 +15,7 @@ namespace {
 
 using Profile = OrvaNetworkProfile;
 
-// What the slots are called in the log and in the translations.
+// The names of the slots in the log and in the translations.
 constexpr auto setProfileContext =
     "void Networking::on_setNetworkProfile_req(const CMSetDataRequest&)";
 constexpr auto removeNetworkContext =

@@ -53,8 +53,8 @@ public Q_SLOTS:
     void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
 
 Q_SIGNALS:
-    /// Whether the radio is needed: a profile that has a wireless network is about to be applied,
-    /// or one that has none takes the place of what could not be stored.
+    /// The radio is needed or not: a profile that has a wireless network is about to be applied, or
+    /// one that has none takes the place of one that could not be stored.
     void wifiNeeded(bool needed);
     /// A profile that is stored was applied in place of another.
     void profileApplied(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile);

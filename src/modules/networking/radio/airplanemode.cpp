@@ -10,7 +10,7 @@
 
 namespace {
 
-/// How long rfkill may block the event loop.
+/// The time for which rfkill may block the event loop.
 constexpr int rfkillTimeoutMs = 5000;
 
 QStringList rfkillArguments(bool airplaneMode, OrvaAirplaneModeType type)

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// How long the radio stays on after the last feature has left.
+/// The time for which the radio stays on after the last feature has left.
 constexpr int releaseDelayMs = 5000;
 
 QString toLog(const QSet<WifiResource::ResourceRequestSubmodule>& submodules)

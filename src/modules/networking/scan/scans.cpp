@@ -14,7 +14,7 @@
 
 namespace {
 
-/// How long the oldest request waits for results.
+/// The time for which the oldest request waits for results.
 constexpr int scanTimeoutMs = 30000;
 
 // The names of the slots in the log and in the translations.

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// How long a device without any network configured waits for one.
+/// The time for which a device without any network configured waits for one.
 constexpr unsigned int unconfiguredDelaySeconds = 10;
 
 OrvaNetworkProfileSoftApRequest requestOf(const QString& name)
@@ -21,7 +21,7 @@ OrvaNetworkProfileSoftApRequest requestOf(const QString& name)
     return request;
 }
 
-/// Whether a profile that asks for a wireless network asks for another one than the profile before.
+/// True if a profile that asks for a wireless network asks for another one than the profile before.
 bool wirelessChanged(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile)
 {
     return newProfile.wireless() != oldProfile.wireless() ||

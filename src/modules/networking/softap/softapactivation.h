@@ -4,7 +4,7 @@
 #include "core/model/cmrequest.h"
 #include "network/networkrecords.h"
 
-// How a request for a soft access point looks as an activation, there and back.
+// The form of a request for a soft access point as an activation, there and back.
 
 /// The worker's own activation of one of its soft-AP nodes, which wants no answer.
 [[nodiscard]] CMSetDataRequest softApActivation(const CMPath& path,

@@ -19,7 +19,7 @@ constexpr qint32 longestSoftApTimeoutMs = 60000;
 /// The longest name of a requester, in characters; as that of a module.
 constexpr int longestSoftApRequester = 64;
 
-/// How many requesters one interface has at most.
+/// The most requesters that one interface has.
 constexpr int mostSoftApRequesters = 64;
 
 /// A text of the settings, its check, and the error of a text that fails it.

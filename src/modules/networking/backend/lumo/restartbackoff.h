@@ -3,8 +3,8 @@
 
 #include <QVector>
 
-/// How long to wait before a service that was lost is started again, so that one that crashes at
-/// every start does not keep everybody busy.
+/// The wait before a service that was lost is started again, so that one that crashes at every
+/// start does not keep everybody busy.
 ///
 /// Single losses are answered at once. The third loss within 10 s makes the restart wait 1 s, and
 /// each further one doubles the wait, up to 30 s, until the service has lived for 10 s.
