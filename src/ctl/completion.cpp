@@ -189,7 +189,7 @@ public:
         const auto node = m_host.node(CMPath(path));
         QStringList words;
         if (node && node->type == OrvaValue::Bool())
-            words = {QStringLiteral("true"), QStringLiteral("false")};
+            words = QStringList{QStringLiteral("true"), QStringLiteral("false")};
         for (const OrvaField& field : OrvaValue::fields()) {
             if (node && field.key == node->type && field.shape.values)
                 words = orvaEnumWords(field.shape.values());
