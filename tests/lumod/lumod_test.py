@@ -104,6 +104,9 @@ class LumodTest(unittest.TestCase):
                          {"ssid": ("s", "Café"), "type": ("s", "wpa-psk"), "wpa_psk": ("s", CAFE_KEY)})
 
     def test_joins_by_priority_and_moves_when_that_changes(self):
+        self.join(Home=(KEY, 1), Open=("not so open", 2))
+        self.hear("Connected wlan0")
+        self.assertEqual(self.p.details("wlan0")["Ssid"], "Home")
         self.join(Home=(KEY, 1), Open=("", 2))
         self.hear("Connected wlan0")
         self.assertEqual(self.p.details("wlan0")["Ssid"], "Open")
@@ -156,8 +159,12 @@ class LumodTest(unittest.TestCase):
         self.hear("StationConnected " + STATION, "StationDisconnected " + STATION, "Connected uap0")
         self.assertRaises(Refused, self.p.call, "StartSoftAp", "uap0", {"ssid": "x" * 33})
         self.assertEqual(self.p.details("uap0")["Ssid"], "Renamed")
+        self.join(Open=("", 1))
+        self.hear("Connected wlan0")
+        self.assertEqual(self.p.get("Mode")["data"], "wireless")
         self.p.call("SetOffMode")
         self.hear("Disconnected uap0")
+        self.assertEqual(self.p.get("SoftApModeSettings")["data"], {})
 
     def test_wps_succeeds_overlaps_fails_and_stays_silent(self):
         p = self.p
