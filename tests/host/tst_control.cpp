@@ -84,32 +84,23 @@ private Q_SLOTS:
         QCOMPARE(plain(call("Invoke", {"test/echo"_s, nested(12)})), nested(12));
     }
 
-    void eachNodeTellsItsType_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("type");
-        const char* const rows[][2] = {{"interfaces/wired", "string"},
-                                       {"settings/network/airplane-mode-type", "airplaneModeType"},
-                                       {"power/module/register", ""},
-                                       {"power/modules", ""},
-                                       {"test/unset", ""},
-                                       {"test/typed", "networkState"},
-                                       {"test/echo", ""},
-                                       {"test/takes", "bool|string"}};
-        for (const auto& [path, type] : rows)
-            QTest::newRow(path) << QString::fromLatin1(path) << QString::fromLatin1(type);
-    }
-
     void eachNodeTellsItsType()
     {
-        QFETCH(QString, path);
+        const QMap<QString, QString> expected = {
+            {"interfaces/wired"_s, "string"_s},
+            {"settings/network/airplane-mode-type"_s, "airplaneModeType"_s},
+            {"power/module/register"_s, ""_s},
+            {"power/modules"_s, ""_s},
+            {"test/unset"_s, ""_s},
+            {"test/typed"_s, "networkState"_s},
+            {"test/echo"_s, ""_s},
+            {"test/takes"_s, "bool|string"_s}};
+        QMap<QString, QString> types;
         const QDBusPendingReply<OrvaBusNodes> reply = call("ListNodes", {});
-        QCOMPARE(reply.error().message(), QString());
-        const auto nodes = reply.value();
-        const auto node = std::find_if(nodes.begin(), nodes.end(),
-                                       [&path](const auto& known) { return known.path == path; });
-        QVERIFY(node != nodes.end());
-        QTEST(node->type, "type");
+        for (const auto& node : reply.value())
+            if (expected.contains(node.path))
+                types.insert(node.path, node.type);
+        QCOMPARE(types, expected);
     }
 
     void aChangeOfRowsIsTold()
