@@ -45,8 +45,10 @@ void ChildProcess::end()
     if (!isRunning())
         return;
     m_process.terminate();
-    if (!m_process.waitForFinished(endMilliseconds))
-        m_process.kill();
+    if (m_process.waitForFinished(endMilliseconds))
+        return;
+    m_process.kill();
+    m_process.waitForFinished(endMilliseconds);
 }
 
 void ChildProcess::start(const QString& program, const QStringList& arguments)
