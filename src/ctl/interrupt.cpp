@@ -1,54 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interrupt.h"
 
-#include <sys/signalfd.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 namespace ctl {
 
 namespace {
 
-int receivedSignal = 0;
+volatile std::sig_atomic_t receivedSignal = 0;
+int wakeUp = -1; ///< wakes the event loop; a handler can reach nothing else
 
-sigset_t fatalSignals()
+/// A mask would not do: the bus's thread, which was there before, takes signals too.
+void takeSignal(int signal)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
+    receivedSignal = signal;
+    const quint64 one = 1;
+    (void)!write(wakeUp, &one, sizeof one);
+}
+
+void setFatalHandler(void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, signal);
-    return signals;
-}
-
-int openSignals()
-{
-    const sigset_t signals = fatalSignals();
-    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-}
-
-void takeSignal(int descriptor)
-{
-    signalfd_siginfo signal = {};
-    if (read(descriptor, &signal, sizeof signal) == ssize_t(sizeof signal))
-        receivedSignal = int(signal.ssi_signo);
+        sigaction(signal, &action, nullptr);
 }
 
 } // namespace
 
 Interrupt::Interrupt()
-    : m_descriptor(openSignals())
+    : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     , m_notifier(m_descriptor, QSocketNotifier::Read)
 {
-    const sigset_t signals = fatalSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, &m_before);
+    wakeUp = m_descriptor;
     QObject::connect(&m_notifier, &QSocketNotifier::activated,
-                     [descriptor = m_descriptor] { takeSignal(descriptor); });
+                     [this] { m_notifier.setEnabled(false); });
+    setFatalHandler(&takeSignal);
 }
 
 Interrupt::~Interrupt()
 {
+    setFatalHandler(SIG_DFL);
     m_notifier.setEnabled(false);
     close(m_descriptor);
-    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
 int Interrupt::received()

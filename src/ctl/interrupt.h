@@ -20,7 +20,6 @@ public:
     [[nodiscard]] static int received();
 
 private:
-    sigset_t m_before;
     int m_descriptor;
     QSocketNotifier m_notifier;
 };

@@ -19,16 +19,6 @@ std::optional<Result> judge(const OrvaNetworkInfo& info, const QString& ssid)
     return std::nullopt;
 }
 
-/// Why a network that is in range was not joined in time.
-Failure notJoined(const OrvaNetworkInfo& info, const QString& ssid)
-{
-    if (info.wireless().ssid() == ssid)
-        return {ExitStatus::NoAddress,
-                QStringLiteral("The network was joined and gave no address in the time given.")};
-    return {ExitStatus::NotJoined,
-            QStringLiteral("The network is in range and was not joined in the time given.")};
-}
-
 } // namespace
 
 std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
@@ -64,7 +54,12 @@ Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const
     if (result.error().status != ExitStatus::TimedOut)
         return result;
     const auto why = hindrance(last, profile);
-    return why ? *why : notJoined(last, ssid);
+    if (why)
+        return *why;
+    return Failure{
+        ExitStatus::NotJoined,
+        QStringLiteral("The network is in range, and was not joined or gave no address in "
+                       "the time given.")};
 }
 
 void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid)

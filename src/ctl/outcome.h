@@ -21,7 +21,6 @@ enum class ExitStatus {
 
     NotInRange = 10,   ///< no scan sees the network
     KeyRefused = 11,   ///< the network refused the key
-    NoAddress = 12,    ///< the network was joined and gave no address
     CableFirst = 13,   ///< the cable has precedence
     AirplaneMode = 14, ///< airplane mode has the radio blocked
     NotJoined = 15,    ///< the network is there and was not joined
