@@ -33,7 +33,7 @@ static sigset_t watchedSet(void)
 
 static void startTicks(void)
 {
-    const struct itimerval ticks = {{0, TICK * 1000}, {0, TICK * 1000}};
+    const struct itimerval ticks = {{0, TICK * 1000L}, {0, TICK * 1000L}};
     setitimer(ITIMER_REAL, &ticks, NULL);
 }
 
