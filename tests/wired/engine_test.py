@@ -24,6 +24,7 @@ STORIES = {
     "killed for good": ((KILL, "dhcpcd"), "nothing"),
     "its keeper killed at the end": ((KILL, "lumod-keep"), "stop"),
     "its keeper killed while it is switched off": ((KILL, "lumod-keep"), "off"),
+    "frozen, and its keeper": ((STOP, "dhcpcd", "lumod-keep"), "stop"),
     "killed, and its keeper": ((KILL, "main", "lumod-keep"), "come back and stop"),
     "its keeper killed, and lumod": ((KILL, "lumod-keep", "lumod"), "come back and stop"),
 }

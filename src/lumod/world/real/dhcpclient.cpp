@@ -158,7 +158,9 @@ bool DhcpClient::makeWay()
 int DhcpClient::engine() const
 {
     const auto pid = contentOf(dhcpcdDirectory + m_interface + QStringLiteral(".pid")).toInt();
-    const bool runs = pid > 0 && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd";
+    const bool runs =
+        pid > 0 && contentOf(QStringLiteral("/proc/%1/comm").arg(pid)) == "dhcpcd" &&
+        !contentOf(QStringLiteral("/proc/%1/cmdline").arg(pid)).isEmpty(); // a zombie's
     return runs ? pid : 0;
 }
 
