@@ -4,7 +4,7 @@
 #include "log.h"
 
 #include <array>
-#include <net/if.h>
+#include <linux/if.h>
 
 namespace {
 
@@ -16,7 +16,7 @@ bool isNumber(const QVariant& value)
 bool takeInterface(const QVariant& value, QString& into)
 {
     const auto name = value.toString();
-    if (value.userType() != QMetaType::QString || name.toUtf8().size() >= IF_NAMESIZE ||
+    if (value.userType() != QMetaType::QString || name.toUtf8().size() >= IFNAMSIZ ||
         name.contains(QLatin1Char('/')) || name.contains(QLatin1Char(' ')) ||
         name.startsWith(QLatin1Char('-')) || name.startsWith(QLatin1Char('.')))
         return false;
