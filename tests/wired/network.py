@@ -31,7 +31,7 @@ class Network:
     """The two namespaces and what runs in `rt`; the cable is out."""
 
     def __init__(self):
-        self.servers = []
+        self.servers, self.plugged = [], False
         for name in "dev", "rt":
             ip("netns", "add", name)
             ip("-n", name, "link", "set", "lo", "up")
@@ -50,6 +50,7 @@ class Network:
         ip("-n", "dev", "link", "delete", "eth0")
 
     def cable(self, plugged):
+        self.plugged = plugged
         ip("-n", "rt", "link", "set", "r0", "up" if plugged else "down")
 
     def start(self, *command, ready=("udp", ":0043 ")):
