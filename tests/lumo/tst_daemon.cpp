@@ -93,7 +93,15 @@ public:
         if (pid() > 0)
             killDaemon();
         EVENTUALLY_EQUAL(pid(), 0);
-        QTest::qWait(50); // Until busctl has written what was.
+        const QByteArray mark = "mark" + QByteArray::number(m_passed);
+        connection->interface()->isServiceRegistered("org.orva."_s + QString::fromLatin1(mark));
+        const auto isWritten = [this, &mark] {
+            const QList<QByteArray> lines = wire();
+            return std::any_of(lines.begin(), lines.end(),
+                               [&mark](const QByteArray& line) { return line.contains(mark); });
+        };
+        EVENTUALLY(isWritten()); // By busctl, and so all that was before it.
+        QTest::qWait(50);
         m_passed += wire().size() - 1;
     }
 
