@@ -62,6 +62,18 @@ class NameServers(WiredCase):
                 finally:
                     self.doCleanups()
 
+    def test_a_change_while_the_program_runs(self):
+        TOLD.write_text("", encoding="utf-8")
+        PROGRAM.write_text(RECORDS.replace("0.3", "2"), encoding="utf-8")
+        PROGRAM.chmod(0o755)
+        self.begin(resolvconf=str(PROGRAM))
+        self.connect()
+        self.p.call("SetOffMode")
+        self.p.call("SetNormalMode", "auto")
+        self.p.wait("Connected", "eth0")
+        self.assertEqual(TOLD.read_text(encoding="utf-8"), ASKED + "-d eth0.lumod\n" + ASKED)
+        self.end()
+
     def connect(self):
         self.plug()
         self.p.call("SetNormalMode", "auto")

@@ -76,9 +76,10 @@ NameServers::~NameServers()
 {
     m_program.disconnect(this);
     awaitProgram();
-    const auto interfaces = usesProgram() ? m_uplinks.keys() : QStringList();
+    auto interfaces = usesProgram() ? m_uplinks.keys() + m_dirty : QStringList();
+    interfaces.removeDuplicates();
     m_uplinks.clear();
-    for (const auto& interface : interfaces) {
+    for (const auto& interface : std::as_const(interfaces)) {
         m_program.start(m_settings.resolvconf, programArguments(interface));
         awaitProgram();
     }
@@ -155,7 +156,8 @@ void NameServers::runProgram()
 {
     if (m_program.state() != QProcess::NotRunning || m_dirty.isEmpty())
         return;
-    const auto interface = m_dirty.first();
+    const auto interface = m_dirty.takeFirst();
+    m_telling = true;
     // Every kind of resolvconf takes or passes over the variable; not every one knows an option.
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("IF_METRIC"),
@@ -170,8 +172,7 @@ void NameServers::runProgram()
 void NameServers::finish(const Result<>& result)
 {
     m_limit.stop();
-    if (!m_dirty.isEmpty())
-        m_dirty.removeFirst();
+    m_telling = false;
     if (!result && result.why() != m_fault)
         Q_EMIT failed(QStringLiteral("Name servers: ") + result.why());
     m_fault = result.why();

@@ -37,7 +37,7 @@ public:
     /// Writes what `interface` brings now; one without servers brings nothing.
     void set(const QString& interface, const Uplink& uplink);
     /// Everything has been written, or has failed.
-    [[nodiscard]] bool isSettled() const { return m_dirty.isEmpty(); }
+    [[nodiscard]] bool isSettled() const { return m_dirty.isEmpty() && !m_telling; }
 
 Q_SIGNALS:
     void settled();
@@ -55,7 +55,8 @@ private:
 
     const RealSettings& m_settings;
     QMap<QString, Uplink> m_uplinks; ///< by interface
-    QStringList m_dirty;             ///< interfaces about which `resolvconf` has to hear
+    QStringList m_dirty;             ///< interfaces about which `resolvconf` still has to hear
+    bool m_telling = false;          ///< `resolvconf` runs for one that is not among them any more
     QProcess m_program;
     QTimer m_limit;  ///< of the program
     QTimer m_retry;  ///< until a file that could not be written is tried again
