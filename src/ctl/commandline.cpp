@@ -185,7 +185,9 @@ ExitStatus Parser::end(const CLI::ParseError& error, const QStringList& argument
         Output::text(out.str());
         return ExitStatus::Done;
     }
-    const QString why = usageFault(m_program, arguments, QString::fromUtf8(error.what()));
+    const bool hasSurplus = error.get_exit_code() == int(CLI::ExitCodes::ExtrasError);
+    const QString why =
+        usageFault(m_program, arguments, QString::fromUtf8(error.what()), hasSurplus);
     Output().failure({ExitStatus::Usage, why});
     return ExitStatus::Usage;
 }

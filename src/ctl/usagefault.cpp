@@ -3,6 +3,9 @@
 
 #include "suggestion.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace ctl {
 
 namespace {
@@ -23,11 +26,21 @@ struct Reading
     QString unknown;
 };
 
+bool takesValue(const Program& program, const QString& option)
+{
+    const auto isIt = [&option](const Parameter& parameter) {
+        return option == QString::fromStdString(parameter.name) && !typeOf(parameter).empty();
+    };
+    return std::any_of(program.options.begin(), program.options.end(), isIt);
+}
+
 Reading readWords(const Program& program, const QStringList& arguments)
 {
     Reading reading;
+    bool isValue = false;
     for (const QString& argument : arguments) {
-        if (argument.startsWith(QLatin1Char('-')))
+        const bool wasOption = argument.startsWith(QLatin1Char('-'));
+        if (std::exchange(isValue, wasOption && takesValue(program, argument)) || wasOption)
             continue;
         const QString words = (reading.words + QLatin1Char(' ') + argument).trimmed();
         if (find(program.commands, words)) {
@@ -65,6 +78,13 @@ QStringList optionsOf(const Program& program, const QString& words)
     return names;
 }
 
+QString keyAdvice()
+{
+    return QStringLiteral("A key is no argument, since everybody on the device can read those: "
+                          "--key-file FILE takes it from a file, --key-file - from standard "
+                          "input.");
+}
+
 QString unknownOption(const QStringList& arguments, const QStringList& options)
 {
     for (const QString& argument : arguments) {
@@ -73,9 +93,7 @@ QString unknownOption(const QStringList& arguments, const QStringList& options)
             continue;
         const bool isKey = name == QLatin1String("--key") || name == QLatin1String("--password");
         if (isKey && options.contains(QLatin1String("--key-file")))
-            return QStringLiteral("A key is no argument, since everybody on the device can read "
-                                  "those: --key-file FILE takes it from a file, --key-file - "
-                                  "from standard input.");
+            return keyAdvice();
         return QStringLiteral("There is no option \"%1\" here.").arg(name) +
                didYouMean(name, options);
     }
@@ -84,18 +102,22 @@ QString unknownOption(const QStringList& arguments, const QStringList& options)
 
 } // namespace
 
-QString usageFault(const Program& program, const QStringList& arguments, const QString& fault)
+QString usageFault(const Program& program, const QStringList& arguments, const QString& fault,
+                   bool hasSurplus)
 {
     const Reading reading = readWords(program, arguments);
     if (!reading.unknown.isEmpty())
         return unknownCommand(program, reading);
-    const QString option = unknownOption(arguments, optionsOf(program, reading.words));
+    const QStringList options = optionsOf(program, reading.words);
+    const QString option = unknownOption(arguments, options);
     if (!option.isEmpty())
         return option;
     const Command* command = find(program.commands, reading.words);
     if (command && command->isGroup())
         return QStringLiteral("\"%1\" is several commands: see orvactl %1 --help.")
             .arg(reading.words);
+    if (hasSurplus && options.contains(QLatin1String("--key-file")))
+        return QStringLiteral("There are too many arguments. ") + keyAdvice();
     return fault;
 }
 

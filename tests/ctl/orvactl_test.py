@@ -95,7 +95,8 @@ class Nodes(WithDevice):
         time_fault = "takes seconds, more than 0"
         for status, text, command in [
                 (2, 'no command "wifi conect". Did you mean "wifi connect"?', "wifi conect x"), (2, 'Did you mean "status"?', "sttaus"),
-                (2, 'no command "xyzzy".\n', "xyzzy"), (2, "wifi wps --help", "wifi wps"), (2, 'Did you mean "--json"?', "--jsn nodes"),
+                (2, 'no command "xyzzy".\n', "xyzzy"), (2, 'no command "sttaus"', "--terse SSID sttaus"),
+                (2, 'Did you mean "--hidden"?', "--color always wifi connect x --hiden"), (2, "too many arguments", "wifi connect Home hunter2secret"), (2, "wifi wps --help", "wifi wps"), (2, 'Did you mean "--json"?', "--jsn nodes"),
                 (2, "--key-file FILE", "wifi connect Home --key secret"), (2, "--key-file FILE", "wifi connect Home --key=secret"),
                 (2, '"0" is no time', "get x --wait 0"), (2, time_fault, "get x --wait -1"), (2, time_fault, "get x --wait abc"), (2, time_fault, "get x --wait inf"),
                 (6, 'Did you mean "webserver/port"?', "get webserver/prot"), (6, 'Did you mean "power/target"?', "watch power/targt"), (6, 'node "x".\n', "rows x"),
