@@ -8,7 +8,8 @@ namespace ctl {
 namespace {
 
 // Bash hands the words as they were typed. What the line editor takes for the name of a file it
-// quotes by itself, within quotes as well.
+// quotes by itself, within quotes as well; where a directory has that name it adds a slash, so that
+// words that need no quotes are none.
 const char bash[] = R"sh(# bash completion for orvactl
 
 _orvactl()
@@ -24,9 +25,10 @@ _orvactl()
         return
     fi
     while IFS=$'\t' read -r word _; do
-        [[ -z $word ]] || COMPREPLY+=("$word")
+        [[ -n $word ]] || continue
+        COMPREPLY+=("$word")
+        [[ $(printf %q "$word") == "$word" ]] || compopt -o filenames 2>/dev/null
     done <<<"$answer"
-    compopt -o filenames 2>/dev/null
 }
 complete -F _orvactl orvactl
 )sh";

@@ -369,6 +369,8 @@ class Joining(WithDevice):
                                 ("wifi forget ''", {"Home"}), ("softap revoke a", {"a b"}), ("""wifi connect '"M'""", {"Mute"})]:
             self.assertEqual(set(complete(self, words)), expected, words)
         self.assertEqual(list(here.glob("evaluated")) + list(pathlib.Path.cwd().glob("evaluated")), [])
+        for words, expected in [("M", ""), ("'$('", "filenames\n")]:  # with which a name that is a directory's gets a slash
+            self.assertEqual(self.ends(0, f"source {BUILD}/src/ctl/orvactl; compopt() {{ echo $2; }}; COMP_WORDS=(orvactl wifi connect {words}); COMP_CWORD=3; _orvactl"), expected)
         for shell, try_it in [("fish", "source {0}/orvactl.fish; complete -C 'orvactl wifi connect M'"), ("zsh", "autoload -Uz compinit; compinit -u -D; source {0}/_orvactl; print ok")]:
             if shutil.which(shell):
                 done = self.device.run(shell, "-c", try_it.format(BUILD / "src/ctl"))
