@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interrupt.h"
 
+#include <cerrno>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -14,17 +15,15 @@ int wakeUp = -1; ///< wakes the event loop; a handler can reach nothing else
 /// A mask would not do: the bus's thread, which was there before, takes signals too.
 void takeSignal(int signal)
 {
+    if (receivedSignal != 0) {
+        std::raise(signal); // ends the program once this has returned
+        return;
+    }
     receivedSignal = signal;
+    const int before = errno;
     const quint64 one = 1;
     (void)!write(wakeUp, &one, sizeof one);
-}
-
-void setFatalHandler(void (*handler)(int))
-{
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(signal, &action, nullptr);
+    errno = before;
 }
 
 } // namespace
@@ -36,12 +35,12 @@ Interrupt::Interrupt()
     wakeUp = m_descriptor;
     QObject::connect(&m_notifier, &QSocketNotifier::activated,
                      [this] { m_notifier.setEnabled(false); });
-    setFatalHandler(&takeSignal);
+    m_handler.emplace(&takeSignal, std::initializer_list<int>{SIGINT, SIGTERM, SIGHUP});
 }
 
 Interrupt::~Interrupt()
 {
-    setFatalHandler(SIG_DFL);
+    m_handler.reset();
     m_notifier.setEnabled(false);
     close(m_descriptor);
 }

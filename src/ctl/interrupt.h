@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "signalhandler.h"
+
 #include <QSocketNotifier>
 
-#include <csignal>
+#include <optional>
 
 namespace ctl {
 
-/// While it lives, Ctrl-C and SIGTERM do not end the program: whoever waits leaves off and tidies
-/// up first. At most one at a time.
+/// While it lives, the first Ctrl-C, SIGTERM or SIGHUP does not end the program: whoever waits
+/// leaves off and tidies up first. The second ends it. At most one at a time.
 class Interrupt
 {
 public:
@@ -22,6 +24,7 @@ public:
 private:
     int m_descriptor;
     QSocketNotifier m_notifier;
+    std::optional<SignalHandler> m_handler;
 };
 
 } // namespace ctl

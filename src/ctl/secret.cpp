@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "secret.h"
 
+#include "signalhandler.h"
 #include "valuetext.h"
 
 #include <QFile>
-#include <csignal>
 #include <cstdio>
+#include <optional>
 #include <termios.h>
 #include <unistd.h>
 
@@ -32,7 +33,8 @@ public:
     EchoOff()
     {
         tcgetattr(STDIN_FILENO, &foundTerminal);
-        setHandler(&restoreTerminal);
+        m_handler.emplace(&restoreTerminal,
+                          std::initializer_list<int>{SIGINT, SIGTERM, SIGHUP, SIGQUIT});
         termios quiet = foundTerminal;
         quiet.c_lflag &= ~tcflag_t(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
@@ -40,20 +42,12 @@ public:
     ~EchoOff()
     {
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &foundTerminal);
-        setHandler(SIG_DFL);
         std::fputc('\n', stderr);
     }
     Q_DISABLE_COPY(EchoOff)
 
 private:
-    static void setHandler(void (*handler)(int))
-    {
-        struct sigaction action = {};
-        action.sa_handler = handler;
-        action.sa_flags = int(SA_RESETHAND);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-            sigaction(signal, &action, nullptr);
-    }
+    std::optional<SignalHandler> m_handler;
 };
 
 Outcome<QString> toText(QByteArray bytes)
