@@ -194,12 +194,13 @@ Result Host::waitFor(const CMPath& path, const Verdict& verdict, const QDeadline
     if (!end)
         end = verdict(*now);
     const auto done = [&] { return end || isGone() || Interrupt::received() != 0; };
-    if (!Bus::runUntil(done, deadline))
+    const bool isDone = Bus::runUntil(done, deadline);
+    if (end)
+        return *end;
+    if (!isDone)
         return Failure{ExitStatus::TimedOut,
                        QStringLiteral("Timed out waiting for %1.").arg(path.toString())};
-    if (Interrupt::received() != 0)
-        return Failure{ExitStatus::Interrupted, {}};
-    return end ? *end : lostHost();
+    return Interrupt::received() != 0 ? Failure{ExitStatus::Interrupted, {}} : lostHost();
 }
 
 Result Host::follow()

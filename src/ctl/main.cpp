@@ -124,7 +124,7 @@ int main(int argc, char* argv[])
     if (!writable)
         return fail(out, writable.error());
     const Result result = runCommand(choice, out);
-    if (Interrupt::received())
+    if (result.error().status == ExitStatus::Interrupted)
         std::raise(Interrupt::received());
     return result ? int(ExitStatus::Done) : fail(out, result.error());
 }
