@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bus.h"
 
+#include "interrupt.h"
+
 #include <QCoreApplication>
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
@@ -75,10 +77,10 @@ Bus::~Bus()
     QDBusConnection::disconnectFromBus(m_name);
 }
 
-void Bus::prolong(std::chrono::seconds more)
+void Bus::tidyUp(std::chrono::seconds atMost)
 {
-    if (!m_deadline.isForever())
-        m_deadline = QDeadlineTimer(more);
+    m_deadline = QDeadlineTimer(atMost);
+    m_isTidyingUp = true;
 }
 
 Result Bus::check() const
@@ -108,8 +110,11 @@ Result Bus::finish(const QDBusPendingCall& call, std::chrono::seconds atMost) co
 {
     const QDeadlineTimer deadline = m_deadline.isForever() ? QDeadlineTimer(atMost) : m_deadline;
     const QDBusPendingCallWatcher watcher(call);
-    if (!runUntil([&watcher] { return watcher.isFinished(); }, deadline))
+    const auto isInterrupted = [this] { return !m_isTidyingUp && Interrupt::received() != 0; };
+    if (!runUntil([&] { return watcher.isFinished() || isInterrupted(); }, deadline))
         return Failure{ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
+    if (!watcher.isFinished())
+        return Failure{ExitStatus::Interrupted, {}};
     if (watcher.isError())
         return fromBusError(watcher.error());
     return {};

@@ -31,8 +31,9 @@ public:
     /// Fails where there is no system bus to talk to.
     Result check() const;
 
-    /// Gives a command whose time is over `more` of it, to tidy up.
-    void prolong(std::chrono::seconds more);
+    /// Gives a command that is over `atMost` to tidy up, whatever it was given before and whether
+    /// an Interrupt came.
+    void tidyUp(std::chrono::seconds atMost);
 
     /// The end of the time that the person gave; never, where none was given.
     [[nodiscard]] const QDeadlineTimer& deadline() const { return m_deadline; }
@@ -51,14 +52,15 @@ public:
         return QDBusPendingReply<T>(call).value();
     }
 
-    /// Waits for the answer to `call`, whatever it holds: until the deadline, and `atMost` where
-    /// there is none.
+    /// Waits for the answer to `call`, whatever it holds: until the deadline, `atMost` where there
+    /// is none, or an Interrupt.
     Result finish(const QDBusPendingCall& call, std::chrono::seconds atMost = patience) const;
 
 private:
     QString m_name; ///< of the connection, in this process
     QDBusConnection m_connection;
     QDeadlineTimer m_deadline;
+    bool m_isTidyingUp = false;
 };
 
 } // namespace ctl

@@ -64,7 +64,7 @@ Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const
 
 void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid)
 {
-    context.bus.prolong(std::chrono::seconds(10));
+    context.bus.tidyUp(std::chrono::seconds(10));
     const Result back =
         knownNetwork(before, ssid)
             ? context.host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(before))

@@ -111,6 +111,12 @@ Outcome<OrvaNetworkProfile> profileWith(Context& context, const OrvaNetworkProfi
     return profile;
 }
 
+/// The host may act on a request whose answer nobody awaits any more.
+bool mayBeCarriedOut(const Failure& failure)
+{
+    return failure.status == ExitStatus::TimedOut || failure.status == ExitStatus::Interrupted;
+}
+
 /// Sets the profile, waits for the network, and goes back where it was not joined.
 Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments& given)
 {
@@ -119,14 +125,13 @@ Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments
         return before.error();
     const Interrupt interrupt;
     const auto set = activate(context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
-    if (!set || !context.waits)
+    if (set && !context.waits)
         return set;
-    const QString ssid = given.text("SSID");
-    Result joined = waitForJoining(context, profile, ssid);
+    Result joined = set ? waitForJoining(context, profile, given.text("SSID")) : Result(set);
     const bool stays =
         joined || given.flag("--keep") || joined.error().status == ExitStatus::NotRunning;
-    if (!stays)
-        takeBack(context, *before, ssid);
+    if (!stays && (set || mayBeCarriedOut(set.error())))
+        takeBack(context, *before, given.text("SSID"));
     return joined;
 }
 
