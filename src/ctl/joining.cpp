@@ -3,6 +3,10 @@
 
 #include "profileedit.h"
 
+#include "core/orvamask.h"
+
+#include <algorithm>
+
 namespace ctl {
 
 namespace {
@@ -17,6 +21,49 @@ std::optional<Result> judge(const OrvaNetworkInfo& info, const QString& ssid)
             return Failure{ExitStatus::KeyRefused, QStringLiteral("The network refused the key.")};
     }
     return std::nullopt;
+}
+
+/// Before the first of those that follow it in `before`, else at the end: a network that somebody
+/// put first meanwhile stays first.
+void insertAtRank(QVector<OrvaNetworkInterface>& networks, const OrvaNetworkInterface& network,
+                  const OrvaNetworkProfile& before)
+{
+    QStringList order;
+    for (const OrvaNetworkInterface& known : before.wirelessNetworks())
+        order.append(known.ssid());
+    const int rank = order.indexOf(network.ssid());
+    const auto follows = [&](const OrvaNetworkInterface& other) {
+        return order.indexOf(other.ssid()) > rank;
+    };
+    networks.insert(std::find_if(networks.begin(), networks.end(), follows), network);
+}
+
+OrvaNetworkProfile withNetwork(OrvaNetworkProfile profile, const OrvaNetworkInterface& network,
+                               const OrvaNetworkProfile& before)
+{
+    auto networks = profile.wirelessNetworks();
+    const auto isSame = [&](const OrvaNetworkInterface& other) {
+        return other.ssid() == network.ssid();
+    };
+    networks.erase(std::remove_if(networks.begin(), networks.end(), isSame), networks.end());
+    insertAtRank(networks, network, before);
+    profile.setWirelessNetworks(networks);
+    profile.setWireless(networks.first());
+    return profile;
+}
+
+/// `network` is what it was before. One that somebody has removed meanwhile stays away.
+Result putBack(Host& host, const OrvaNetworkInterface& network, bool isKeyLost,
+               const OrvaNetworkProfile& before)
+{
+    const auto profile = publishedProfile(host);
+    if (!profile)
+        return profile.error();
+    const auto now = knownNetwork(*profile, network.ssid());
+    if (!now)
+        return {};
+    const auto wanted = withNetwork(*profile, isKeyLost ? *now : network, before);
+    return host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(wanted));
 }
 
 } // namespace
@@ -62,18 +109,25 @@ Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const
                        "the time given.")};
 }
 
-void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid)
+void takeBack(Context& context, const OrvaNetworkProfile& before, const OrvaNetworkInterface& tried)
 {
     context.bus.tidyUp(std::chrono::seconds(10));
-    const Result back =
-        knownNetwork(before, ssid)
-            ? context.host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(before))
-            : context.host.invoke(OrvaNetworkRemoveWirelessNetworkPath(), OrvaValue::of(ssid));
-    if (back)
-        context.out.note(QStringLiteral("The profile is as it was before; --keep leaves it."));
-    else
+    const auto known = knownNetwork(before, tried.ssid());
+    // By now the mask stands for the key that was tried.
+    const bool isKeyLost = known && known->key() == orvaMask() && tried.key() != orvaMask();
+    const Result back = known ? putBack(context.host, *known, isKeyLost, before)
+                              : context.host.invoke(OrvaNetworkRemoveWirelessNetworkPath(),
+                                                    OrvaValue::of(tried.ssid()));
+    if (!back)
         context.out.note(
             QStringLiteral("The profile could not be set back: %1").arg(printable(back.why())));
+    else if (isKeyLost)
+        context.out.note(
+            QStringLiteral("The key that \"%1\" had before could not be put back, since "
+                           "this user may not read it: give it again.")
+                .arg(printable(tried.ssid())));
+    else
+        context.out.note(QStringLiteral("The profile is as it was before; --keep leaves it."));
 }
 
 Outcome<OrvaNetworkProfile> profileToKeep(Host& host)

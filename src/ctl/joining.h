@@ -12,8 +12,10 @@ std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkP
 /// Waits until the network is joined, or for the reason why it is not. `profile` is what was set.
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid);
 
-/// Puts `before` in place of the profile that has `ssid` first, which was not joined.
-void takeBack(Context& context, const OrvaNetworkProfile& before, const QString& ssid);
+/// Makes the network `tried`, which was not joined, what it is in `before`. All else in the profile
+/// stays as it is by now.
+void takeBack(Context& context, const OrvaNetworkProfile& before,
+              const OrvaNetworkInterface& tried);
 
 /// The profile with its keys where this user may read them, else as it is published: for
 /// takeBack().

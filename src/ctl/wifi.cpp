@@ -131,7 +131,7 @@ Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments
     const bool stays =
         joined || given.flag("--keep") || joined.error().status == ExitStatus::NotRunning;
     if (!stays && (set || mayBeCarriedOut(set.error())))
-        takeBack(context, *before, given.text("SSID"));
+        takeBack(context, *before, profile.wireless());
     return joined;
 }
 

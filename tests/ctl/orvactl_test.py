@@ -17,6 +17,13 @@ class Host(dbus.service.Object):
     def Get(self, interface, name): return sys.argv[1]
     @dbus.service.method("org.orva.Host1", "", f"a({sys.argv[2]})")
     def ListNodes(self): return [("a", "value", "", "default", True, "string")[:len(sys.argv[2])]]
+    @dbus.service.method("org.orva.Host1", "s", "a{sv}")
+    def GetValue(self, path): return {"networkProfile": dbus.Dictionary({"wireless": dbus.Dictionary({"ssid": "Known", "key": "****"}, "sv")}, "sv")}
+    @dbus.service.method("org.orva.Host1", "sa{sv}", "a{sv}", async_callbacks=("done", "failed"))
+    def Invoke(self, path, value, done, failed):
+        print(path, flush=True); Host.asked = Host.asked + 1
+        if Host.asked == 2: done({})
+    asked = 0
 host = Host(dbus.service.BusName("org.orva.Host1", dbus.SystemBus()), "/org/orva/Host1"); print(flush=True)
 GLib.MainLoop().run()"""
 
@@ -338,6 +345,12 @@ class Joining(WithDevice):
             self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["state"], 1, command)
         self.does("wifi connect Mute --keep --wait 2", 15, "not-joined: ")
         self.assertEqual(self.known(), ["Mute", "Home"])
+        self.does("wifi connect Home")
+        waiter = self.device.start("orvactl", "wifi", "connect", "Mute")
+        self.device.until(lambda: self.known() == ["Mute", "Home"])
+        self.does("profile set --type auto --wait 0")  # by somebody else meanwhile
+        waiter.send_signal(signal.SIGINT)
+        self.assertEqual((waiter.wait(LIMIT), self.known(), self.get(PROFILE, "networkProfile")["type"]), (-signal.SIGINT, ["Home", "Mute"], 0))
         self.does("airplane on")
         self.does("wifi connect Home", 14, "airplane-mode: ")
         self.does("airplane off; orvactl profile set --type auto --wait 0; orvactl world plug; orvactl wait 'network/info=={\"networkInfo\":{\"wired\":{\"state\":1}}}'")
@@ -457,6 +470,28 @@ class StoppedHost(WithDevice):
 
 
 class OtherHost(WithDevice):
+    def test_who_leaves_off_while_asking_takes_it_back(self):
+        self.device.host.kill()
+        self.device.host.wait()
+        version = self.ends(0, "orvactl --version").split()[1]
+        host = self.device.start("/usr/bin/python3", "-c", STAND_IN, version, "ssssbs", stdout=subprocess.PIPE)
+        self.addCleanup(host.stdout.close)
+        host.stdout.readline()
+        done = self.device.shell("orvactl wifi connect Known --hidden --key-file - --wait 1", "another key")
+        self.assertEqual((done.returncode, "give it again" in done.stderr, "as it was" in done.stderr), (3, True, False), done.stderr)
+        self.assertEqual([host.stdout.readline() for _ in range(2)], ["network/profile/set\n"] * 2)
+        for shell, wait, signals in [("", 9, [signal.SIGINT]), ("trap '' INT; ", 9, [signal.SIGINT, signal.SIGTERM]), ("", 1, [signal.SIGINT])]:
+            with self.subTest(shell, wait=wait):
+                began = time.monotonic()
+                client = self.device.start("bash", "-c", f"{shell}exec orvactl wifi connect Nowhere --hidden --open --wait {wait}")
+                self.assertEqual(host.stdout.readline(), "network/profile/set\n")
+                for number in signals if wait > 1 else []:
+                    client.send_signal(number)
+                self.assertIn("remove", host.stdout.readline())
+                self.device.until(lambda: client.send_signal(signals[-1]) or client.poll() is not None)
+                self.assertEqual(client.returncode, -signals[-1])
+                self.assertLess(time.monotonic() - began, 6)
+
     def test_a_host_of_another_version_is_named_and_not_asked(self):
         self.device.host.kill()
         self.device.host.wait()
