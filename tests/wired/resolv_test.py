@@ -19,7 +19,7 @@ class NameServers(WiredCase):
                 ("missing", "true", asked, None), ("owned", f"printf '{ours}nameserver 1.2.3.4\n' >{file}", asked, None),
                 ("empty", f": >{file}", asked, None), ("foreign", f"printf '{foreign}' >{file}", foreign, foreign),
                 ("link", f"ln -s {RESOLV} {file}", asked, None),
-                ("foreign link", f"printf '{foreign}' >/run/stub.conf; ln -s /run/stub.conf {file}", foreign, foreign),
+                ("foreign link", f"printf '{foreign}' >/run/other.conf; ln -s /run/other.conf {file}", foreign, foreign),
                 ("read-only", "mount -t tmpfs -o ro t /run/etc", None, None),
                 ("full", full, None, None)]:
             with self.subTest(name):
