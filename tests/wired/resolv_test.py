@@ -3,10 +3,10 @@
 import pathlib, subprocess, unittest
 
 import network
-from wiredcase import RESOLV, WiredCase
+from wiredcase import RESOLV, WiredCase, program
 
 PROGRAM, TOLD = pathlib.Path("/run/resolvconf"), pathlib.Path("/run/told")
-RECORDS = "#!/bin/sh\nsleep 0.3\n{ [ $1 = -d ] && echo $1 $2 || { echo $1 $2 $IF_METRIC; cat; }; } >>/run/told\n"
+RECORDS = "sleep 0.3\n{ [ $1 = -d ] && echo $1 $2 || { echo $1 $2 $IF_METRIC; cat; }; } >>/run/told"
 ASKED = "-a eth0.lumod 100\nsearch lan.test\nnameserver 192.0.2.1\nnameserver 9.9.9.9\n"
 
 
@@ -39,20 +39,19 @@ class NameServers(WiredCase):
                     subprocess.run("umount /run/etc 2>/dev/null; rm -r /run/etc", shell=True, check=True)
 
     def test_the_program_resolvconf(self):
-        for name, program, owner, fault in [
+        for name, script, owner, fault in [
                 ("it is there", RECORDS, "auto", None), ("it is wanted", RECORDS, "resolvconf", None), ("it is missing", None, "resolvconf", "No such file"),
-                ("it fails", "#!/bin/sh\necho no room; exit 1\n", "auto", "exit status 1 no room"),
-                ("it hangs", "#!/bin/sh\nexec sleep 120\n", "auto", "exit status 9"), ("nobody", RECORDS, "none", None)]:
+                ("it fails", "echo no room; exit 1", "auto", "exit status 1 no room"),
+                ("it hangs", "exec sleep 120", "auto", "exit status 9"), ("nobody", RECORDS, "none", None)]:
             with self.subTest(name):
                 TOLD.write_text("", encoding="utf-8")
                 PROGRAM.unlink(missing_ok=True)
-                if program:
-                    PROGRAM.write_text(program, encoding="utf-8")
-                    PROGRAM.chmod(0o755)
+                if script:
+                    program(PROGRAM, script)
                 try:
                     self.begin(resolvconf=str(PROGRAM), nameServers=owner)
                     self.connect()
-                    recorded = program == RECORDS and owner != "none"
+                    recorded = script == RECORDS and owner != "none"
                     self.assertEqual(TOLD.read_text(encoding="utf-8"), ASKED if recorded else "")
                     self.assertFalse(RESOLV.exists())
                     if fault:
@@ -64,8 +63,7 @@ class NameServers(WiredCase):
 
     def test_a_change_while_the_program_runs(self):
         TOLD.write_text("", encoding="utf-8")
-        PROGRAM.write_text(RECORDS.replace("0.3", "2"), encoding="utf-8")
-        PROGRAM.chmod(0o755)
+        program(PROGRAM, RECORDS.replace("0.3", "2"))
         self.begin(resolvconf=str(PROGRAM))
         self.connect()
         self.p.call("SetOffMode")

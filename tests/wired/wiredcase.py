@@ -26,6 +26,13 @@ def processes(*names):
     return sorted(pids)
 
 
+def program(name, script):
+    """A program of that path that is a shell script."""
+    pathlib.Path(name).write_text("#!/bin/sh\n" + script + "\n", encoding="utf-8")
+    pathlib.Path(name).chmod(0o755)
+    return name
+
+
 def routes(*words):
     return [route for family in ("-4", "-6") for route in ip("-n", "dev", family, "route", "show", *words)]
 
@@ -80,6 +87,9 @@ class WiredCase(unittest.TestCase):
         self.stop()
         self.assertEqual(left_over(), dict(engines=0, files=[], routes=[], addresses=[]), self.p.logged())
 
+    def errors(self, text):
+        self.p.until(lambda: text in self.p.logged())
+
     def plug(self):
         self.net.cable(True)
 
@@ -132,6 +142,3 @@ class Device(WiredCase):
         self.begin(**more)
         self.plug()
         return self.agree(CONNECTED, "192.0.2.")
-
-    def errors(self, text):
-        self.p.until(lambda: text in self.p.logged())
