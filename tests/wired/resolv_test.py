@@ -3,6 +3,7 @@
 import pathlib, subprocess, unittest
 
 import network
+from cable import STATIC
 from wiredcase import RESOLV, WiredCase, program
 
 PROGRAM, TOLD = pathlib.Path("/run/resolvconf"), pathlib.Path("/run/told")
@@ -70,6 +71,13 @@ class NameServers(WiredCase):
         self.p.call("SetNormalMode", "auto")
         self.p.wait("Connected", "eth0")
         self.assertEqual(TOLD.read_text(encoding="utf-8"), ASKED + "-d eth0.lumod\n" + ASKED)
+        self.end()
+
+    def test_a_static_server_with_its_scope(self):
+        self.begin(serve=False)
+        self.p.set("WiredIpSettings", {**STATIC, "Dns": "fe80::1%eth0 fe80::2"})
+        self.connect()
+        self.assertIn("\nnameserver fe80::1%eth0\nnameserver fe80::2%eth0\n", RESOLV.read_text(encoding="utf-8"))
         self.end()
 
     def connect(self):

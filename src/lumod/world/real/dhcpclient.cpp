@@ -230,8 +230,10 @@ QStringList DhcpClient::servers() const
     QStringList servers;
     if (m_wanted && m_wanted->ip) // which dhcpcd need not know
         for (const auto& text : m_wanted->ip->dns)
-            if (const QHostAddress address(text); !address.isNull())
+            if (QHostAddress address(text); !address.isNull()) {
+                address.setScopeId({}); // it is reached through this interface
                 servers.append(address.toString());
+            }
     for (const auto& some : m_servers)
         servers += some;
     servers.removeDuplicates();
