@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Engines on a real cable that are frozen or killed: what they configured is taken back, and nothing of anybody else's."""
-import contextlib, os, pathlib, signal, unittest
+import contextlib, os, pathlib, resource, signal, unittest
 
 import network
 from cable import STATIC
@@ -22,6 +22,8 @@ STORIES = {
     "killed amid the end": ((STOP, "dhcpcd"), "stop and kill"),
     "frozen while it is switched off": ((STOP, "dhcpcd"), "off"),
     "killed for good": ((KILL, "dhcpcd"), "nothing"),
+    "killed, and back to a silent server": ((KILL, "dhcpcd"), "lose IPv4 alone"),
+    "killed for good, and the kernel cannot be asked": ((KILL, "dhcpcd"), "off without files"),
     "its keeper killed at the end": ((KILL, "lumod-keep"), "stop"),
     "its keeper killed while it is switched off": ((KILL, "lumod-keep"), "off"),
     "frozen, and its keeper": ((STOP, "dhcpcd", "lumod-keep"), "stop"),
@@ -54,7 +56,7 @@ class Engines(WiredCase):
         DHCPCD.parent.mkdir(exist_ok=True)
         DHCPCD.symlink_to("/usr/sbin/dhcpcd")
         self.addCleanup(DHCPCD.unlink, missing_ok=True)
-        self.begin(serve=False, dhcpcd=str(DHCPCD))
+        self.begin(serve=False, dhcpcd=str(DHCPCD), dhcpDeadline=2 if "IPv4" in then else 5)
         for line in FOREIGN.splitlines():
             ip("-n", "dev", *line.split())
         before = configured()
@@ -64,7 +66,7 @@ class Engines(WiredCase):
         self.plug()
         self.p.wait("Connected", "eth0")
         self.p.until(lambda: "2001:db8:1::/64" in str(routes := configured()["routes"]) and "'default via fe80" in str(routes))
-        if name == "killed for good":
+        if "for good" in name:
             DHCPCD.unlink()
         engine = processes("dhcpcd")
         send(*fault)
@@ -87,6 +89,24 @@ class Engines(WiredCase):
 
     def nothing(self, engine):
         self.p.wait("Disconnected", "eth0")
+
+    def lose_IPv4_alone(self, engine):
+        self.net.silence()
+        self.net.serve(*self.net.advertise(), ipv4=False)
+        self.p.until(lambda: "192.0.2." not in self.p.details("eth0")["Ips"])
+        self.assertIn("2001:db8:1:", self.p.details("eth0")["Ips"])
+        self.stop()
+
+    def off_without_files(self, engine):
+        self.errors("which is not here")
+        lumod, limit = processes("lumod")[0], resource.RLIMIT_NOFILE
+        opened = list(map(int, os.listdir(f"/proc/{lumod}/fd")))
+        before = resource.prlimit(lumod, limit)
+        resource.prlimit(lumod, limit, (next(fd for fd in range(99) if fd not in opened), before[1]))
+        self.p.call("SetOffMode")
+        self.errors("Cannot read what dhcpcd has left")
+        resource.prlimit(lumod, limit, before)
+        self.stop()
 
     def come_back_and_stop(self, engine):
         self.p.call("SetNormalMode", "wired")

@@ -54,7 +54,8 @@ DhcpClient::DhcpClient(QString interface, int metric, const RealSettings& settin
     connect(&m_child, &ChildProcess::stopped, this, &DhcpClient::proceed);
     connect(&m_returned, &QTimer::timeout, this, [this] {
         forget();
-        m_traces.remove();
+        using Family = EngineTraces::Family;
+        m_traces.remove(m_child.isRunning() ? Family::Ipv4 : Family::Both); // it has its IPv6 back
         Q_EMIT abandoned();
     });
 }
@@ -67,7 +68,7 @@ DhcpClient::~DhcpClient()
     for (m_waits = 0; !makeWay() && m_waits < mostWaits; ++m_waits)
         QThread::msleep(shortWait);
     removeLeftOvers();
-    m_traces.remove();
+    m_traces.remove(EngineTraces::Family::Both);
 }
 
 void DhcpClient::start(int index, const std::optional<StaticIp>& ip)
@@ -112,7 +113,7 @@ void DhcpClient::proceed()
     m_waits = 0;
     removeLeftOvers();
     if (!m_inherits)
-        m_traces.remove();
+        m_traces.remove(EngineTraces::Family::Both);
     if (m_wanted)
         launch();
     else
@@ -121,9 +122,8 @@ void DhcpClient::proceed()
 
 void DhcpClient::launch()
 {
-    if (!hasProgram() || !writeConfiguration())
+    if (!hasProgram() || !m_traces.begin(m_wanted->index) || !writeConfiguration())
         return m_way.start(longWait);
-    m_traces.begin(m_wanted->index);
     if (m_wanted->ip)
         m_traces.know(m_wanted->ip->address);
     m_child.start(m_settings.dhcpcd, arguments());

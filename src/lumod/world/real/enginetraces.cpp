@@ -11,6 +11,7 @@
 #include <netlink/route/addr.h>
 #include <netlink/route/nexthop.h>
 #include <netlink/route/route.h>
+#include <optional>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <vector>
@@ -24,15 +25,26 @@ using Object = std::unique_ptr<nl_object, void (*)(nl_object*)>;
 struct Trace
 {
     QString words; ///< tell it from every other one
-    bool marked;   ///< as dhcpcd does
+    int family;
+    bool marked; ///< as dhcpcd does
     Object object;
     int (*remove)(nl_sock* socket, nl_object* object);
 };
 
+/// True for a success; a fault is logged.
+bool isRead(int fault)
+{
+    if (fault < 0)
+        qCWarning(lcLumod, "Cannot read what dhcpcd has left: %s", nl_geterror(fault));
+    return fault >= 0;
+}
+
+/// None where that fails.
 Socket connectToKernel()
 {
     Socket socket(nl_socket_alloc(), nl_socket_free);
-    nl_connect(socket.get(), NETLINK_ROUTE);
+    if (!socket || !isRead(nl_connect(socket.get(), NETLINK_ROUTE)))
+        return {nullptr, nl_socket_free};
     const timeval limit{1, 0}; // the kernel answers at once, but nothing may hold us up for ever
     setsockopt(nl_socket_get_fd(socket.get()), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     return socket;
@@ -67,7 +79,7 @@ void addAddress(nl_object* object, int index, std::vector<Trace>& traces)
     auto* address = reinterpret_cast<rtnl_addr*>(object);
     if (rtnl_addr_get_ifindex(address) != index || rtnl_addr_get_scope(address) == RT_SCOPE_LINK)
         return;
-    traces.push_back({wordsOf(rtnl_addr_get_local(address)),
+    traces.push_back({wordsOf(rtnl_addr_get_local(address)), rtnl_addr_get_family(address),
                       (rtnl_addr_get_flags(address) & IFA_F_NOPREFIXROUTE) != 0, kept(object),
                       removeAddress});
 }
@@ -84,59 +96,77 @@ void addRoute(nl_object* object, int index, std::vector<Trace>& traces)
         QStringLiteral("%1 via %2 metric %3")
             .arg(wordsOf(rtnl_route_get_dst(route)), wordsOf(rtnl_route_nh_get_gateway(hop)))
             .arg(rtnl_route_get_priority(route));
-    traces.push_back({words, true, kept(object), removeRoute});
+    traces.push_back({words, rtnl_route_get_family(route), true, kept(object), removeRoute});
 }
 
 template <class Add>
-void addAll(int fault, nl_cache* list, Add addOne)
+bool addAll(int fault, nl_cache* list, Add addOne)
 {
-    if (fault != 0) {
-        qCWarning(lcLumod, "Cannot read what dhcpcd has left: %s", nl_geterror(fault));
-        return;
-    }
+    if (!isRead(fault))
+        return false;
     for (auto* object = nl_cache_get_first(list); object; object = nl_cache_get_next(object))
         addOne(object);
     nl_cache_free(list);
+    return true;
 }
 
-/// Routes first, which their address's end would take along.
-std::vector<Trace> tracesOn(int index, const Socket& socket)
+/// Routes first, which their address's end would take along. Nothing where they cannot be read.
+std::optional<std::vector<Trace>> tracesOn(int index, const Socket& socket)
 {
     std::vector<Trace> traces;
     nl_cache* list = nullptr;
+    if (!socket)
+        return {};
     int fault = rtnl_route_alloc_cache(socket.get(), AF_UNSPEC, 0, &list);
-    addAll(fault, list, [&](nl_object* object) { addRoute(object, index, traces); });
+    if (!addAll(fault, list, [&](nl_object* object) { addRoute(object, index, traces); }))
+        return {};
     fault = rtnl_addr_alloc_cache(socket.get(), &list);
-    addAll(fault, list, [&](nl_object* object) { addAddress(object, index, traces); });
+    if (!addAll(fault, list, [&](nl_object* object) { addAddress(object, index, traces); }))
+        return {};
     return traces;
+}
+
+void removeOne(const Socket& socket, const Trace& trace)
+{
+    const int fault = trace.remove(socket.get(), trace.object.get());
+    if (fault == 0)
+        qCInfo(lcLumod) << "Took back what dhcpcd has left:" << trace.words;
+    else
+        qCWarning(lcLumod, "Cannot take %s back: %s", qUtf8Printable(trace.words),
+                  nl_geterror(fault));
 }
 
 } // namespace
 
-void EngineTraces::begin(int index)
+bool EngineTraces::begin(int index)
 {
     if (m_index == index)
-        return;
+        return true;
+    const auto traces = tracesOn(index, connectToKernel());
+    if (!traces)
+        return false;
     m_index = index;
     m_foreign.clear();
     m_known.clear();
-    for (const auto& trace : tracesOn(index, connectToKernel()))
+    for (const auto& trace : *traces)
         m_foreign.insert(trace.words);
+    return true;
 }
 
-void EngineTraces::remove()
+void EngineTraces::remove(Family family)
 {
     if (m_index == 0)
         return;
     const auto socket = connectToKernel();
-    for (const auto& trace : tracesOn(std::exchange(m_index, 0), socket)) {
-        if (m_foreign.contains(trace.words) || !(trace.marked || m_known.contains(trace.words)))
-            continue;
-        const int fault = trace.remove(socket.get(), trace.object.get());
-        if (fault == 0)
-            qCInfo(lcLumod) << "Took back what dhcpcd has left:" << trace.words;
-        else
-            qCWarning(lcLumod, "Cannot take %s back: %s", qUtf8Printable(trace.words),
-                      nl_geterror(fault));
+    const auto traces = tracesOn(m_index, socket);
+    if (!traces)
+        return;
+    if (family == Family::Both)
+        m_index = 0;
+    for (const auto& trace : *traces) {
+        const bool isMeant = family == Family::Both || trace.family == AF_INET;
+        const bool isOurs = trace.marked || m_known.contains(trace.words);
+        if (isMeant && isOurs && !m_foreign.contains(trace.words))
+            removeOne(socket, trace);
     }
 }
