@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Engines on a real cable that are frozen or killed: what they configured is taken back, and nothing of anybody else's."""
-import contextlib, os, pathlib, resource, signal, unittest
+import contextlib, os, pathlib, resource, signal, subprocess, unittest
 
 import network
 from cable import STATIC
 from network import DEV, ip
-from wiredcase import WiredCase, left_over, processes
+from wiredcase import WiredCase, left_over, processes, program
 
 FOREIGN = """link set eth0 up
 addr add 198.51.100.5/24 dev eth0
@@ -113,6 +113,19 @@ class Engines(WiredCase):
         self.p.wait("Connected", "eth0")
         self.assertNotIn(engine[0], processes("dhcpcd"))
         self.stop()
+
+    def test_a_stranger_gets_the_keeper_s_process_id(self):
+        self.begin(serve=False, dhcpcd=program("/run/fails", "echo $PPID >>/run/keepers; exit 1"))
+        self.p.call("SetNormalMode", "wired")
+        keepers = lambda: pathlib.Path("/run/keepers").read_text(encoding="utf-8").split()
+        self.p.until(lambda: self.p.logged().count("dhcpcd on eth0 has ended") == 5)
+        pathlib.Path("/proc/sys/kernel/ns_last_pid").write_text(str(int(keepers()[-1]) - 1), encoding="utf-8")
+        stranger = subprocess.Popen(["sleep", "60"], start_new_session=True)
+        self.addCleanup(stranger.kill)
+        self.assertEqual(str(stranger.pid), keepers()[-1])
+        self.p.until(lambda: len(keepers()) > 5)
+        self.assertIsNone(stranger.poll())
+        self.end()
 
     def test_the_pid_file_of_somebody_else(self):
         pidfile = pathlib.Path("/run/dhcpcd/eth0.pid")

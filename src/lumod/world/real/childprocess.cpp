@@ -91,6 +91,8 @@ void ChildProcess::relay()
 void ChildProcess::on_finished()
 {
     relay();
+    if (m_process.exitStatus() == QProcess::NormalExit || ::kill(-m_group, 0) != 0)
+        m_group = 0; // all have ended, and the number may be anybody's
     if (!m_wanted)
         return Q_EMIT stopped();
     m_pause = m_calm.isActive() ? qBound(firstPause, m_pause * 2, longestPause) : firstPause;

@@ -49,7 +49,7 @@ private:
     QString m_keeper;
     QString m_title;
     QProcess m_process;
-    pid_t m_group = 0; ///< the process group of what was started; 0: nothing, or all have ended
+    pid_t m_group = 0; ///< the process group of what was started; 0: all of it has ended
     QByteArray m_secretWord;
     QString m_lastLine;
     QTimer m_calm; ///< runs while the program is young: one that ends then waits longer
