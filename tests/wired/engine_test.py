@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Engines on a real cable that are frozen or killed: what they configured is taken back, and nothing of anybody else's."""
-import contextlib, os, pathlib, resource, signal, subprocess, unittest
+import contextlib, os, pathlib, re, resource, signal, subprocess, unittest
 
 import network
 from cable import STATIC
 from network import DEV, ip
+from playground import LUMOD
 from wiredcase import WiredCase, left_over, processes, program
 
 FOREIGN = """link set eth0 up
@@ -125,6 +126,20 @@ class Engines(WiredCase):
         self.assertEqual(str(stranger.pid), keepers()[-1])
         self.p.until(lambda: len(keepers()) > 5)
         self.assertIsNone(stranger.poll())
+        self.end()
+
+    def test_a_second_daemon_waits_for_the_first_one_s_engines(self):
+        self.begin()
+        self.p.call("SetNormalMode", "wired")
+        self.plug()
+        self.p.wait("Connected", "eth0")
+        send(STOP, "dhcpcd")
+        send(signal.SIGTERM, "lumod")
+        told = lambda pid: int(re.search(r"ShdPnd:\t(\w+)", pathlib.Path(f"/proc/{pid}/status").read_text())[1], 16)
+        self.p.until(lambda: told(processes("dhcpcd")[0]) & 1 << signal.SIGTERM - 1)
+        second = self.p.run(*DEV, LUMOD, "--config", "/run/lumod.conf")
+        self.assertIn("another lumod has it", second.stderr)
+        self.p.until(lambda: not processes("lumod"))
         self.end()
 
     def test_the_pid_file_of_somebody_else(self):

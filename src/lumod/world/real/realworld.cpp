@@ -3,14 +3,6 @@
 
 #include "log.h"
 
-#include <QDir>
-#include <QFile>
-
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 RealWorld::RealWorld(RealSettings settings)
     : m_settings(std::move(settings))
     , m_nameServers(m_settings)
@@ -23,28 +15,9 @@ RealWorld::RealWorld(RealSettings settings)
     connect(&m_nameServers, &NameServers::failed, this, &World::failed);
 }
 
-RealWorld::~RealWorld()
-{
-    if (m_lock >= 0)
-        ::close(m_lock);
-}
-
-Result<> RealWorld::lock()
-{
-    const auto& directory = m_settings.runtimeDirectory;
-    if (!QDir().mkpath(directory))
-        return Failure{QStringLiteral("Cannot make ") + directory};
-    m_lock = ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (m_lock >= 0 && ::flock(m_lock, LOCK_EX | LOCK_NB) == 0)
-        return {};
-    const auto why =
-        errno == EWOULDBLOCK ? QStringLiteral("another lumod has it") : qt_error_string(errno);
-    return Failure{QStringLiteral("Cannot lock %1: %2").arg(directory, why)};
-}
-
 Result<> RealWorld::open()
 {
-    if (const auto locked = lock(); !locked)
+    if (const auto locked = m_lock.take(m_settings.runtimeDirectory); !locked)
         return locked;
     if (const auto listening =
             m_events.open(m_settings.runtimeDirectory + QStringLiteral("/events"));

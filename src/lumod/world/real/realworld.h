@@ -2,6 +2,7 @@
 #pragma once
 
 #include "world/real/datagramsocket.h"
+#include "world/real/directorylock.h"
 #include "world/real/kernel.h"
 #include "world/real/nameservers.h"
 #include "world/real/realcable.h"
@@ -15,9 +16,6 @@ class RealWorld : public World
 
 public:
     explicit RealWorld(RealSettings settings);
-    ~RealWorld() override;
-    Q_DISABLE_COPY(RealWorld)
-
     /// Takes the machine's network over. One at a time can.
     Result<> open();
 
@@ -33,13 +31,12 @@ public:
     void stopSoftAp(const QString& interface) override;
 
 private:
-    Result<> lock();
     void update();
     void take(const QByteArray& datagram);
     [[nodiscard]] RadioPermission permission() const;
 
     RealSettings m_settings;
-    int m_lock = -1; ///< the runtime directory, which only one at a time can lock
+    DirectoryLock m_lock; ///< of the runtime directory; goes last, when all engines have ended
     Kernel m_kernel;
     DatagramSocket m_events;
     NameServers m_nameServers;
