@@ -142,6 +142,19 @@ class Engines(WiredCase):
         self.p.until(lambda: not processes("lumod"))
         self.end()
 
+    def test_the_wireless_engine_goes_with_its_keeper(self):
+        self.begin(serve=False, wireless="wlan0", wpaSupplicant=program("/run/wpa_supplicant", "exec sleep 600"))
+        ip("-n", "dev", "link", "add", "wlan0", "type", "veth", "peer", "name", "air")
+        for _ in range(2):
+            self.p.until(lambda: processes("sleep"))
+            old = processes("sleep")
+            send(KILL, "lumod-keep")
+            self.p.until(lambda: not set(old) & set(processes("sleep")))
+        self.p.until(lambda: processes("sleep"))
+        send(STOP, "lumod-keep")
+        self.end()
+        self.assertEqual(processes("sleep"), [])
+
     def test_the_pid_file_of_somebody_else(self):
         pidfile = pathlib.Path("/run/dhcpcd/eth0.pid")
         pidfile.parent.mkdir(exist_ok=True)

@@ -6,6 +6,7 @@
 #include "world/real/supplicantdecoding.h"
 
 #include <QDBusObjectPath>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSysInfo>
@@ -40,19 +41,21 @@ SupplicantEngine::SupplicantEngine(QString interface, SupplicantBus& bus,
     m_retry.setSingleShot(true);
     connect(&m_retry, &QTimer::timeout, this, &SupplicantEngine::find);
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
+        m_child.killOrphans();
         lose();
         m_retry.start(pause);
         m_fault = QStringLiteral("wpa_supplicant has ended: ") + why;
         Q_EMIT failed(m_fault);
     });
     connect(&m_child, &ChildProcess::stopped, this, [this] {
+        m_child.killOrphans();
         if (m_index != 0)
             find();
     });
     connect(&m_bus, &SupplicantBus::appeared, this, &SupplicantEngine::attach);
     connect(&m_bus, &SupplicantBus::vanished, this, [this] {
         lose();
-        if (m_index != 0 && !m_child.isRunning()) // another's; ours tells by itself
+        if (m_index != 0 && !m_child.isRunning() && !m_retry.isActive()) // another's
             m_retry.start(retryMilliseconds);
     });
 }
@@ -61,7 +64,10 @@ SupplicantEngine::~SupplicantEngine()
 {
     blockSignals(true); // its owner is going
     stop();
+    m_child.end();
+    m_child.killOrphans();
     QFile::remove(m_configuration);
+    QDir(socketDirectory()).removeRecursively(); // of one that was killed
 }
 
 void SupplicantEngine::start(int index)
@@ -165,9 +171,14 @@ void SupplicantEngine::takeOver()
                }));
 }
 
+QString SupplicantEngine::socketDirectory() const
+{
+    return m_settings.runtimeDirectory + QStringLiteral("/wpa");
+}
+
 QByteArray SupplicantEngine::configuration() const
 {
-    QByteArray text = "ctrl_interface=" + m_settings.runtimeDirectory.toUtf8() + "/wpa\n";
+    QByteArray text = "ctrl_interface=" + socketDirectory().toUtf8() + '\n';
     text += "update_config=0\np2p_disabled=1\n"; // its P2P would take an interface of the radio
     text += "device_name=" + deviceName() + "\nconfig_methods=virtual_push_button keypad\n";
     if (!m_settings.country.isEmpty())

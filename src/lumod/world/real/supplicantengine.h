@@ -51,6 +51,7 @@ private:
     void remove(const QVariant& path, const SupplicantBus::Then& then);
     void lose();
     void tell(const QString& fault);
+    [[nodiscard]] QString socketDirectory() const;
     [[nodiscard]] QByteArray configuration() const;
 
     QString m_interface;
