@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "action.h"
 
+#include <utility>
+
 namespace ctl {
 
 namespace {
@@ -38,16 +40,18 @@ Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdi
     const QDeadlineTimer given = context.bus.deadline();
     const QDeadlineTimer deadline = given.isForever() ? QDeadlineTimer(resultPatience) : given;
     const QDeadlineTimer early(settling);
-    if (!settled || deadline < early)
-        return waitUntil(context, verdict, deadline);
-    Result result = waitUntil(context, verdict, early);
-    if (result.error().status != ExitStatus::TimedOut)
-        return result;
-    const auto either = [&](const OrvaNetworkInfo& info) {
+    std::optional<OrvaNetworkInfo> last;
+    const auto judge = [&](const OrvaNetworkInfo& info) {
+        last = info;
         const auto first = verdict(info);
-        return first ? first : settled(info);
+        return first || !settled || !early.hasExpired() ? first : settled(info);
     };
-    return waitUntil(context, either, deadline);
+    Result result = waitUntil(context, judge, settled && early < deadline ? early : deadline);
+    if (result.error().status == ExitStatus::TimedOut && settled && early < deadline)
+        result = waitUntil(context, judge, deadline);
+    if (result.error().status != ExitStatus::TimedOut || !settled || !last)
+        return result;
+    return settled(*last).value_or(result);
 }
 
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
@@ -57,36 +61,52 @@ InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
     };
 }
 
-Seen::Seen(Context& context, std::function<bool(const OrvaNetworkInfo& info)> state)
+Departure::Departure(Context& context,
+                     const std::function<bool(const OrvaNetworkInfo& info)>& isUp)
 {
     QObject::connect(&context.host, &Host::valueChanged, &m_guard,
-                     [this, state](const CMPath& path, const OrvaValue& value) {
-                         m_seen = m_seen ||
-                                  (path == OrvaNetworkInfoPath() && state(value.networkInfo()));
+                     [this, isUp](const CMPath& path, const OrvaValue& value) {
+                         if (path != OrvaNetworkInfoPath())
+                             return;
+                         const bool wasUp = std::exchange(m_wasUp, isUp(value.networkInfo()));
+                         m_seen = m_seen || (wasUp && !m_wasUp);
                      });
+    // The network that was about to come up may still do so. What the daemon has told before it
+    // answers something is in the picture: down by then is down for good.
+    static_cast<void>(context.host.invoke(OrvaNetworkWirelessRssiPath(), {}));
     const auto info = context.host.value(OrvaNetworkInfoPath());
-    m_seen = m_seen || (info && state(info->networkInfo()));
+    m_seen = m_seen || (info && !isUp(info->networkInfo()));
 }
 
 Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& value,
                        const InfoVerdict& verdict, const InfoVerdict& settled)
 {
-    const auto answer = activate(context, path, value);
-    return answer ? waitForInfo(context, verdict, settled) : answer.error();
+    const auto answer = context.host.invoke(path, value);
+    const Result waited = answer ? waitForInfo(context, verdict, settled) : answer.error();
+    if (waited)
+        context.out.document(answer->__hash());
+    return waited;
 }
 
 Result activateAndReturn(Context& context, const CMPath& path,
                          const std::function<bool(const OrvaNetworkInfo& info)>& isUp,
                          const InfoVerdict& settled)
 {
-    const auto isDown = [isUp](const OrvaNetworkInfo& info) { return !isUp(info); };
-    const Seen wasDown(context, isDown);
-    const auto isBack = [&](const OrvaNetworkInfo& info) { return wasDown && isUp(info); };
+    const auto answer = context.host.invoke(path, {});
+    if (!answer)
+        return answer.error();
+    std::optional<Departure> wasLeft;
+    if (context.waits)
+        wasLeft.emplace(context, isUp);
+    const auto isBack = [&](const OrvaNetworkInfo& info) { return *wasLeft && isUp(info); };
     // One that is up and was not seen to go went too fast to be told.
     const auto later = [&](const OrvaNetworkInfo& info) {
         return isUp(info) ? std::optional(Result()) : settled ? settled(info) : std::nullopt;
     };
-    return activateAndWait(context, path, {}, whenInfo(isBack), later);
+    const Result waited = waitForInfo(context, whenInfo(isBack), later);
+    if (waited)
+        context.out.document(answer->__hash());
+    return waited;
 }
 
 std::optional<Result> noNetwork(const OrvaNetworkInfo& info)

@@ -22,25 +22,28 @@ Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValu
 using InfoVerdict = std::function<std::optional<Result>(const OrvaNetworkInfo& info)>;
 
 /// Waits for a state of the network; not at all with --wait 0. `settled` judges too, some seconds
-/// later: what is true for a moment only, such as that there is no cable, is none of its concern.
+/// later or at the end of a shorter time: what is true for a moment only, such as that there is no
+/// cable, is none of its concern.
 Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdict& settled = {});
 
 /// A verdict that is done when `reached` says so.
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached);
 
-/// Remembers that the network was in a state at some time since.
-class Seen
+/// Notices that the network was left, once the host has answered the request to leave it.
+class Departure
 {
 public:
-    Seen(Context& context, std::function<bool(const OrvaNetworkInfo& info)> state);
+    Departure(Context& context, const std::function<bool(const OrvaNetworkInfo& info)>& isUp);
     explicit operator bool() const { return m_seen; }
 
 private:
     QObject m_guard;
+    bool m_wasUp = false;
     bool m_seen = false;
 };
 
-/// Activates a node, then waits for the state that `verdict` describes.
+/// Activates a node, waits for the state that `verdict` describes, and shows the answer to a
+/// machine.
 Result activateAndWait(Context& context, const CMPath& path, const OrvaValue& value,
                        const InfoVerdict& verdict, const InfoVerdict& settled = {});
 

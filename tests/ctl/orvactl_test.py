@@ -17,13 +17,18 @@ class Host(dbus.service.Object):
     def Get(self, interface, name): return sys.argv[1]
     @dbus.service.method("org.orva.Host1", "", f"a({sys.argv[2]})")
     def ListNodes(self): return [("a", "value", "", "default", True, "string")[:len(sys.argv[2])]]
+    @dbus.service.signal("org.orva.Host1", "sa{sv}")
+    def ValueChanged(self, path, value): pass
+    def turn(self, state): Host.info = {"networkInfo": dbus.Dictionary({"state": state}, "sv")}; self.ValueChanged("network/info", Host.info)
     @dbus.service.method("org.orva.Host1", "s", "a{sv}")
-    def GetValue(self, path): return {"networkProfile": dbus.Dictionary({"wireless": dbus.Dictionary({"ssid": "Known", "key": "****"}, "sv")}, "sv")}
+    def GetValue(self, path): return Host.info if path == "network/info" else {"networkProfile": dbus.Dictionary({"wireless": dbus.Dictionary({"ssid": "Known", "key": "****"}, "sv")}, "sv")}
     @dbus.service.method("org.orva.Host1", "sa{sv}", "a{sv}", async_callbacks=("done", "failed"))
     def Invoke(self, path, value, done, failed):
         print(path, flush=True); Host.asked = Host.asked + 1
-        if Host.asked == 2: done({})
-    asked = 0
+        if path == "network/restart": done({}); self.turn(1)
+        elif path == "network/wireless/rssi": self.turn(0); done({}); GLib.timeout_add(1000, self.turn, 1)
+        elif Host.asked == 2: done({})
+    asked, info = 0, {"networkInfo": dbus.Dictionary({"state": 0}, "sv")}
 host = Host(dbus.service.BusName("org.orva.Host1", dbus.SystemBus()), "/org/orva/Host1"); print(flush=True)
 GLib.MainLoop().run()"""
 
@@ -491,6 +496,9 @@ class OtherHost(WithDevice):
                 self.device.until(lambda: client.send_signal(signals[-1]) or client.poll() is not None)
                 self.assertEqual(client.returncode, -signals[-1])
                 self.assertLess(time.monotonic() - began, 6)
+        began = time.monotonic()
+        self.ends(0, "orvactl network restart")
+        self.assertGreater(time.monotonic() - began, 1, "the network of before the restart is not that of after it")
 
     def test_a_host_of_another_version_is_named_and_not_asked(self):
         self.device.host.kill()
