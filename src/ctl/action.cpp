@@ -61,8 +61,7 @@ InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
     };
 }
 
-Departure::Departure(Context& context,
-                     const std::function<bool(const OrvaNetworkInfo& info)>& isUp)
+Departure::Departure(Context& context, const std::function<bool(const OrvaNetworkInfo& info)>& isUp)
 {
     QObject::connect(&context.host, &Host::valueChanged, &m_guard,
                      [this, isUp](const CMPath& path, const OrvaValue& value) {
@@ -107,20 +106,6 @@ Result activateAndReturn(Context& context, const CMPath& path,
     if (waited)
         context.out.document(answer->__hash());
     return waited;
-}
-
-std::optional<Result> noNetwork(const OrvaNetworkInfo& info)
-{
-    if (info.wired().cableConnected())
-        return std::nullopt;
-    if (info.airplaneMode())
-        return Failure{
-            ExitStatus::AirplaneMode,
-            QStringLiteral("There is no cable, and airplane mode has the radio blocked.")};
-    if (info.wirelessNetworks().isEmpty())
-        return Failure{ExitStatus::NoNetwork,
-                       QStringLiteral("There is no cable and no known wireless network.")};
-    return std::nullopt;
 }
 
 } // namespace ctl

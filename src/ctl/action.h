@@ -52,7 +52,4 @@ Result activateAndReturn(Context& context, const CMPath& path,
                          const std::function<bool(const OrvaNetworkInfo& info)>& isUp,
                          const InfoVerdict& settled = {});
 
-/// There is nothing to connect to.
-std::optional<Result> noNetwork(const OrvaNetworkInfo& info);
-
 } // namespace ctl

@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QDBusPendingReply>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <chrono>
 #include <functional>
 
@@ -34,6 +35,23 @@ public:
     /// Gives a command that is over `atMost` to tidy up, whatever it was given before and whether
     /// an Interrupt came.
     void tidyUp(std::chrono::seconds atMost);
+
+    /// The time in which a person is asked for something is not part of that which they gave.
+    class Pause
+    {
+    public:
+        explicit Pause(Bus& bus)
+            : m_bus(bus)
+        {
+            m_clock.start();
+        }
+        ~Pause() { m_bus.m_deadline += m_clock.elapsed(); }
+        Q_DISABLE_COPY(Pause)
+
+    private:
+        Bus& m_bus;
+        QElapsedTimer m_clock;
+    };
 
     /// The end of the time that the person gave; never, where none was given.
     [[nodiscard]] const QDeadlineTimer& deadline() const { return m_deadline; }

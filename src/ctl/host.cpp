@@ -145,6 +145,19 @@ Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
     return valueOrWhy(m_bus.await<QVariantMap>(call, atMost), path);
 }
 
+Result Host::handOver(const CMPath& path, const OrvaValue& value)
+{
+    const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
+    // The host takes one request of a client's after the other: a refusal comes before this answer.
+    const auto next = m_bus.await<OrvaBusNodes>(m_proxy->ListNodes());
+    if (!next)
+        return next.error();
+    if (!call.isFinished())
+        return {};
+    const Result refused = m_bus.finish(call);
+    return refused ? refused : explained(refused.error(), path);
+}
+
 Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)
 {
     const auto answer = m_bus.await<OrvaBusRows>(m_proxy->GetRows(path.toString()));

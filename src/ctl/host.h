@@ -36,6 +36,9 @@ public:
     /// Answers when the request is answered; `atMost` where the person gave no time.
     Outcome<OrvaValue> invoke(const CMPath& path, const OrvaValue& value,
                               std::chrono::seconds atMost = Bus::patience);
+    /// Hands a request over and does not wait for what comes of it: fails where it is refused at
+    /// once.
+    Result handOver(const CMPath& path, const OrvaValue& value);
     Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
     Outcome<OrvaBusNodes> nodes();
     /// The one of them at `path`.

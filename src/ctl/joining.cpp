@@ -86,6 +86,36 @@ std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkP
     return std::nullopt;
 }
 
+std::optional<Result> noWireless(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
+{
+    if (const auto why = hindrance(info, profile))
+        return *why;
+    const auto known = info.wirelessNetworks();
+    if (known.isEmpty())
+        return Failure{ExitStatus::NoNetwork, QStringLiteral("No wireless network is known.")};
+    const auto isRefused = [](const OrvaNetworkWirelessInterface& network) {
+        return network.credentialsSuspect();
+    };
+    if (std::all_of(known.begin(), known.end(), isRefused))
+        return Failure{ExitStatus::KeyRefused,
+                       QStringLiteral("The network refused the key; of those that are known none "
+                                      "took its own.")};
+    return std::nullopt;
+}
+
+std::optional<Result> noNetwork(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
+{
+    if (info.wired().cableConnected())
+        return std::nullopt;
+    if (profile.type() == OrvaNetworkProfileType::Wired)
+        return Failure{ExitStatus::NoNetwork, QStringLiteral("There is no cable.")};
+    const auto why = noWireless(info, profile);
+    if (!why)
+        return std::nullopt;
+    return Failure{why->error().status,
+                   QStringLiteral("There is no cable. %1").arg(why->error().text)};
+}
+
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid)
 {
     OrvaNetworkInfo last;

@@ -9,6 +9,14 @@ namespace ctl {
 /// none.
 std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
 
+/// The reason that speaks against joining any wireless network at present, or why none of those
+/// that are known can be; nothing where there is none.
+std::optional<Result> noWireless(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
+
+/// The reason why there is no network at present, by cable or otherwise; nothing where one may
+/// come.
+std::optional<Result> noNetwork(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
+
 /// Waits until the network is joined, or for the reason why it is not. `profile` is what was set.
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid);
 

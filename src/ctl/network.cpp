@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "action.h"
 #include "families.h"
+#include "joining.h"
+#include "profileedit.h"
 
 namespace ctl {
 
@@ -18,12 +19,21 @@ bool isDisconnected(const OrvaNetworkInfo& info)
 
 Result start(Context& context, const Arguments&)
 {
-    return activateAndWait(context, OrvaNetworkStartPath(), {}, whenInfo(&isConnected), &noNetwork);
+    const auto profile = publishedProfile(context.host);
+    if (!profile)
+        return profile.error();
+    return activateAndWait(context, OrvaNetworkStartPath(), {}, whenInfo(&isConnected),
+                           [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); });
 }
 
 Result restart(Context& context, const Arguments&)
 {
-    return activateAndReturn(context, OrvaNetworkRestartPath(), &isConnected, &noNetwork);
+    const auto profile = publishedProfile(context.host);
+    if (!profile)
+        return profile.error();
+    return activateAndReturn(
+        context, OrvaNetworkRestartPath(), &isConnected,
+        [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); });
 }
 
 Result stop(Context& context, const Arguments&)

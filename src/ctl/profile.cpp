@@ -5,6 +5,7 @@
 #include "profileedit.h"
 
 #include "core/orvawords.h"
+#include "network/networkrules.h"
 
 #include <algorithm>
 
@@ -103,18 +104,36 @@ OrvaNetworkProfileType::Value subject(const OrvaNetworkProfile& profile, const A
                                                                   : OrvaNetworkProfileType::Wired;
 }
 
-/// True if the interface is up with the address that was asked for.
-template <typename Interface>
-bool isUpAsAsked(const Interface& interface, const Arguments& given)
+bool holds(const OrvaList<OrvaNetworkAddress>& addresses, const QString& ip)
 {
-    const QString ip = given.text("--ip");
-    const auto fits = [&](const OrvaNetworkAddress& address) {
-        return (ip.isEmpty() || address.ip() == ip) && (!given.flag("--dhcp") || address.dhcp());
-    };
-    const auto addresses = interface.addresses();
-    return interface.state() == OrvaNetworkState::Connected &&
-           ((ip.isEmpty() && !given.flag("--dhcp")) ||
-            std::any_of(addresses.begin(), addresses.end(), fits));
+    return std::any_of(addresses.begin(), addresses.end(),
+                       [&](const OrvaNetworkAddress& address) { return address.ip() == ip; });
+}
+
+/// True if there is the address that `wanted` asks for. Of a DHCP server's all are right.
+bool hasAddress(const OrvaList<OrvaNetworkAddress>& addresses, const OrvaNetworkInterface& wanted)
+{
+    return std::any_of(addresses.begin(), addresses.end(), [&](const OrvaNetworkAddress& address) {
+        return wanted.dhcp() ? address.dhcp()
+                             : address.ip() == wanted.ip() &&
+                                   orvaPrefixToNetmask(address.prefix()) == wanted.netmask();
+    });
+}
+
+/// True if the interface is up with what was asked for, which is `wanted`.
+template <typename Interface>
+bool isUpAsAsked(const OrvaNetworkInfo& info, const Interface& interface,
+                 const OrvaNetworkInterface& wanted, const Arguments& given)
+{
+    if (interface.state() != OrvaNetworkState::Connected)
+        return false;
+    if (!hasAddress(given))
+        return true;
+    const QStringList servers = wanted.dns();
+    const auto isServer = [&](const QString& server) { return holds(info.dns(), server); };
+    const bool hasRoute = wanted.gateway().isEmpty() || holds(info.gateways(), wanted.gateway());
+    return hasAddress(interface.addresses(), wanted) &&
+           (wanted.dhcp() || (hasRoute && std::all_of(servers.begin(), servers.end(), isServer)));
 }
 
 bool isInForce(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
@@ -122,31 +141,31 @@ bool isInForce(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
 {
     switch (subject(profile, given)) {
     case OrvaNetworkProfileType::Wired:
-        return isUpAsAsked(info.wired(), given);
+        return isUpAsAsked(info, info.wired(), profile.wired(), given);
     case OrvaNetworkProfileType::Wireless:
-        return isUpAsAsked(info.wireless(), given);
+        return isUpAsAsked(info, info.wireless(), profile.wireless(), given);
     case OrvaNetworkProfileType::Auto:
         return info.state() == OrvaNetworkState::Connected;
     }
     return false;
 }
 
-/// The profile is set and shows once something else changes: that is no failure, and is said.
-std::optional<Result> isForLater(const Output& out, const OrvaNetworkInfo& info,
-                                 const OrvaNetworkProfile& profile, const Arguments& given)
+/// The profile is set, and something else keeps it from being in force.
+std::optional<Result> isForLater(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
+                                 const Arguments& given)
 {
     const auto about = subject(profile, given);
-    const bool ofRadio = about == OrvaNetworkProfileType::Wireless;
-    const auto why = ofRadio ? hindrance(info, profile) : std::nullopt;
-    if (about == OrvaNetworkProfileType::Wired && !info.wired().cableConnected())
-        out.note(QStringLiteral("The profile is set; there is no cable at present."));
-    else if (ofRadio && info.wirelessNetworks().isEmpty())
-        out.note(QStringLiteral("The profile is set; no wireless network is known yet."));
-    else if (why)
-        out.note(QStringLiteral("The profile is set. %1").arg(why->text));
-    else
-        return about == OrvaNetworkProfileType::Auto ? noNetwork(info) : std::nullopt;
-    return Result();
+    std::optional<Result> why;
+    if (about == OrvaNetworkProfileType::Wireless)
+        why = noWireless(info, profile);
+    else if (about == OrvaNetworkProfileType::Auto)
+        why = noNetwork(info, profile);
+    else if (!info.wired().cableConnected())
+        why = Failure{ExitStatus::NoNetwork, QStringLiteral("There is no cable.")};
+    if (!why)
+        return std::nullopt;
+    return Failure{why->error().status,
+                   QStringLiteral("The profile is set, for later: %1").arg(why->error().text)};
 }
 
 Result changeProfile(Context& context, const Arguments& given)
@@ -168,7 +187,7 @@ Result changeProfile(Context& context, const Arguments& given)
     return activateAndWait(
         context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile),
         whenInfo([&](const OrvaNetworkInfo& info) { return isInForce(info, profile, given); }),
-        [&](const OrvaNetworkInfo& info) { return isForLater(context.out, info, profile, given); });
+        [&](const OrvaNetworkInfo& info) { return isForLater(info, profile, given); });
 }
 
 std::vector<Parameter> setParameters()

@@ -12,7 +12,8 @@ of several, such as a state, is shown as its word, in JSON output as its number,
 
 What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
 where it is given no time; with one, all of it ends in that time. Actions wait for their result: 90 seconds,
-or what --wait gives; --wait 0 has them end once the host has answered.
+or what --wait gives; --wait 0 has them end once the host has taken the request. Time that it takes to
+type a key is not counted.
 
 orvactl(1) has examples and tells what each exit status means.)";
 

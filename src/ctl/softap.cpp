@@ -64,8 +64,12 @@ OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
 Result request(Context& context, const Arguments& given)
 {
     const OrvaValue value = OrvaValue::of(requestOf(given));
-    return activate(context, OrvaNetworkRequestSoftApPath(), value,
-                    context.waits ? resultPatience : Bus::patience);
+    if (context.waits)
+        return activate(context, OrvaNetworkRequestSoftApPath(), value, resultPatience);
+    const Result taken = context.host.handOver(OrvaNetworkRequestSoftApPath(), value);
+    if (taken)
+        context.out.document({});
+    return taken;
 }
 
 Result revoke(Context& context, const Arguments& given)

@@ -50,7 +50,7 @@ Outcome<std::optional<Encryption>> look(Context& context, const Arguments& given
 
 /// The network with its key: a known one keeps its key unless another is given, and one that the
 /// scan or the person calls open needs none.
-Outcome<OrvaNetworkInterface> networkToJoin(const OrvaNetworkProfile& profile,
+Outcome<OrvaNetworkInterface> networkToJoin(Bus& bus, const OrvaNetworkProfile& profile,
                                             const std::optional<Encryption>& seen,
                                             const Arguments& given)
 {
@@ -71,8 +71,11 @@ Outcome<OrvaNetworkInterface> networkToJoin(const OrvaNetworkProfile& profile,
         network.setEncryption(Encryption::None);
         return network;
     }
-    const auto key =
-        readKey(given.text("--key-file"), QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
+    const auto key = [&] {
+        const Bus::Pause pause(bus);
+        return readKey(given.text("--key-file"),
+                       QStringLiteral("Key of \"%1\": ").arg(printable(ssid)));
+    }();
     if (!key)
         return key.error();
     network.setKey(*key);
@@ -103,7 +106,7 @@ Outcome<OrvaNetworkProfile> profileWith(Context& context, const OrvaNetworkProfi
     const auto seen = look(context, given);
     if (!seen)
         return seen.error();
-    const auto network = networkToJoin(before, *seen, given);
+    const auto network = networkToJoin(context.bus, before, *seen, given);
     if (!network)
         return network.error();
     OrvaNetworkProfile profile = before;
@@ -124,14 +127,16 @@ Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments
     if (!before)
         return before.error();
     const Interrupt interrupt;
-    const auto set = activate(context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
-    if (set && !context.waits)
-        return set;
+    const auto set =
+        context.host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
     Result joined = set ? waitForJoining(context, profile, given.text("SSID")) : Result(set);
     const bool stays =
         joined || given.flag("--keep") || joined.error().status == ExitStatus::NotRunning;
     if (!stays && (set || mayBeCarriedOut(set.error())))
         takeBack(context, *before, profile.wireless());
+    // Not before: whose output is lost ends there, and leaves nothing half done.
+    if (joined)
+        context.out.document(set->__hash());
     return joined;
 }
 

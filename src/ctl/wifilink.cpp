@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "action.h"
 #include "families.h"
+#include "joining.h"
+#include "profileedit.h"
 
 namespace ctl {
 
@@ -17,10 +18,15 @@ Result rssi(Context& context, const Arguments&)
 
 Result reconnect(Context& context, const Arguments&)
 {
+    const auto profile = publishedProfile(context.host);
+    if (!profile)
+        return profile.error();
     const auto isUp = [](const OrvaNetworkInfo& info) {
         return info.wireless().state() == OrvaNetworkState::Connected;
     };
-    return activateAndReturn(context, OrvaNetworkForceWifiReconnectPath(), isUp);
+    return activateAndReturn(
+        context, OrvaNetworkForceWifiReconnectPath(), isUp,
+        [&](const OrvaNetworkInfo& info) { return noWireless(info, *profile); });
 }
 
 } // namespace

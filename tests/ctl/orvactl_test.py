@@ -74,6 +74,21 @@ class WithDevice(unittest.TestCase):
     def get(self, path, kind):
         return self.json(f"orvactl --json get {path}")[0][kind]
 
+    def connect_by_prompt(self, ssid, key, wait=0, pause=0):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execvpe("orvactl", ["orvactl", "wifi", "connect", ssid, "--wait", str(wait)], self.device.environment)
+        self.addCleanup(os.close, terminal)
+        shown = b""
+        while b"Key of" not in shown:
+            shown += os.read(terminal, 100)
+        self.device.until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO)
+        time.sleep(pause)
+        os.write(terminal, key.encode() + b"\n")
+        shown += os.read(terminal, 100)
+        self.assertEqual(os.waitpid(pid, 0)[1], 0)
+        self.assertNotIn(key.encode(), shown)
+
 
 def complete(test, words):
     return test.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1))\n'
@@ -248,20 +263,6 @@ class Network(WithDevice):
         for row in "😀             WPA-PSK", r"\u{20}x\u{20}  WPA-PSK", "Cafe\u0301           WPA-PSK", "日本           WPA-PSK":
             self.assertIn(row, [row.partition("  connected")[0] for row in rows])
 
-    def connect_by_prompt(self, ssid, key):
-        pid, terminal = pty.fork()
-        if pid == 0:
-            os.execvpe("orvactl", ["orvactl", "wifi", "connect", ssid, "--wait", "0"], self.device.environment)
-        self.addCleanup(os.close, terminal)
-        shown = b""
-        while b"Key of" not in shown:
-            shown += os.read(terminal, 100)
-        self.device.until(lambda: not termios.tcgetattr(terminal)[3] & termios.ECHO)
-        os.write(terminal, key.encode() + b"\n")
-        shown += os.read(terminal, 100)
-        self.assertEqual(os.waitpid(pid, 0)[1], 0)
-        self.assertNotIn(key.encode(), shown)
-
     def test_an_edit_leaves_what_it_does_not_name(self):
         self.ends(0, """orvactl invoke network/profile/set '{"networkProfile":{"wired":{"ours":1},"more":[1]}}'""")
         self.ends(0, "orvactl wifi connect Home --key-file - --wait 0", stdin="long enough")
@@ -333,11 +334,12 @@ class Joining(WithDevice):
         return [network["ssid"] for network in self.get("network/profile", "networkProfile").get("wirelessNetworks", [])]
 
     def test_it_ends_with_its_reason_and_goes_back(self):
-        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (15, "not-joined: ", "Mute --wait 2")]:
+        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (15, "not-joined: ", "Mute --wait 1 --json >/dev/full")]:
             self.does("wifi connect " + command, status, reason, stdin="mistaken key")
             self.assertEqual(self.known(), [], command)
-        self.does("network restart", 17, "no-network: ")
-        self.does("wifi connect Home --key-file -", stdin="correct horse")
+        for command in "network restart", "wifi reconnect", "profile set --type wired", "profile set --type wireless", "profile set --type auto":
+            self.does(command + " --wait 0.5", 17, "no-network: ")
+        self.connect_by_prompt("Home", "correct horse", wait=2, pause=2)
         self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["ssid"], "Home")
         self.does("wifi connect Mute --wait 2", 15, "not-joined: ")
         self.does("wifi connect Home --wait 10")
@@ -362,6 +364,10 @@ class Joining(WithDevice):
         self.does("wifi connect Home", 13, "cable-first: ")
         self.does("profile set --ip 192.168.178.9 --netmask 255.255.255.0")
         self.assertIn("192.168.178.9/24", self.ends(0, "orvactl status"))
+        self.does("profile set --gateway 192.168.178.254 --dns 9.9.9.8")
+        self.assertRegex(self.ends(0, "orvactl status"), r"192\.168\.178\.254\nName servers *9\.9\.9\.8")
+        self.does("world delay softAp 60000; timeout 5 orvactl softap request me --wait 0 && orvactl softap revoke me")
+        self.does("softap request me --wait 0 --hold", 4, "Requested hold")
         self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
