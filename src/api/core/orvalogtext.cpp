@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/orvalogtext.h"
 
+#include "core/orvaescape.h"
 #include "core/orvamask.h"
 
 #include <QStringList>
 
-#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -42,22 +43,6 @@ QString hashToLog(const QVariantHash& hash)
     return QLatin1Char('{') + fields.join(QStringLiteral(", ")) + QLatin1Char('}');
 }
 
-/// True if the character turns the direction of the text around it.
-bool turnsText(QChar character)
-{
-    const ushort code = character.unicode();
-    return code == 0x061c || code == 0x200e || code == 0x200f ||
-           (code >= 0x202a && code <= 0x202e) || (code >= 0x2066 && code <= 0x2069);
-}
-
-/// True if the character acts on the line or the terminal beside being shown.
-bool rulesTheTerminal(QChar character)
-{
-    return character.category() == QChar::Other_Control ||
-           character.category() == QChar::Separator_Line ||
-           character.category() == QChar::Separator_Paragraph || turnsText(character);
-}
-
 QVariantHash toHash(const QVariantMap& map)
 {
     QVariantHash hash;
@@ -79,16 +64,7 @@ bool orvaIsSecretKey(const QString& key)
 
 QString orvaLogText(const QString& text)
 {
-    if (std::none_of(text.begin(), text.end(), rulesTheTerminal))
-        return text;
-    QString escaped;
-    for (const QChar character : text) {
-        if (rulesTheTerminal(character))
-            escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
-        else
-            escaped += character;
-    }
-    return escaped;
+    return orvaEscape(text);
 }
 
 QString orvaLogLine(const QString& text)
