@@ -3,7 +3,7 @@
 # A device on a real interface, for ./run --real: what that changes, the way back, and a sandbox that changes
 # nothing.
 
-real_interface='' real_saved=''
+real_interface='' real_saved='' real_settings=''
 
 # real_ask INTERFACE YES: says what is going to happen; false unless that is wanted.
 real_ask() {
@@ -20,7 +20,7 @@ real_ask() {
 
 # real_configure INTERFACE DIR BUILD: the daemon's configuration, and the host's interface.
 real_configure() {
-    real_interface=$1 real_saved=$(real_picture "$1")
+    real_interface=$1 real_saved=$(real_picture "$1") real_settings=$(real_kernel_settings "$1")
     DEVICE_LUMOD_CONF=$2/lumod.conf DEVICE_WIRED=$1
     printf '{"wired": "%s", "wireless": "", "softAp": "", "helperDirectory": "%s", "runtimeDirectory": "%s",
         "nameServers": "file", "resolvConf": "%s"}\n' \
@@ -41,9 +41,20 @@ real_picture() {
     done
 }
 
+# real_kernel_settings INTERFACE: FILE:VALUE, one a line. dhcpcd takes what it does itself from the kernel, such as
+# router advertisements, and does not give it back.
+real_kernel_settings() {
+    grep -s . /proc/sys/net/ipv[46]/conf/"$1"/*
+}
+
 # real_restore: what real_configure found; what came since has gone with the device.
 real_restore() {
-    [ -z "$real_interface" ] || ip -force -batch - <<<"$real_saved" >/dev/null 2>&1
+    local file value
+    [ -n "$real_interface" ] || return 0
+    while IFS=: read -r file value; do
+        [ "$(<"$file")" = "$value" ] || echo "$value" >"$file"
+    done <<<"$real_settings" 2>/dev/null
+    ip -force -batch - <<<"$real_saved" >/dev/null 2>&1
 }
 
 # real_sandbox CMD...: runs CMD where eth0 leads to a router of its own, and nothing is the machine's.

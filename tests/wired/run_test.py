@@ -10,7 +10,7 @@ RUN = pathlib.Path(__file__).parents[2] / "run"
 BEFORE = """ip link set lo up; ip netns add rt; ip link add eth7 type veth peer name r0 netns rt; ip -n rt link set r0 up
     ip -n rt addr add 192.0.2.1/24 dev r0; ip link set eth7 up; ip addr add 10.1.1.5/24 broadcast 10.1.1.255 dev eth7
     ip route add default via 10.1.1.1 dev eth7 metric 50"""
-PICTURE = "ip -o -4 addr show scope global; ip route; cat /etc/resolv.conf"
+PICTURE = "ip -o -4 addr show scope global; ip route; cat /etc/resolv.conf; grep -s . /proc/sys/net/ipv[46]/conf/eth7/* || true"
 
 
 class Run(unittest.TestCase):
