@@ -54,8 +54,8 @@ private:
     void restart();
     void proceed();
     void launch();
-    /// No other dhcpcd holds the interface. One of ours is told to end: whoever should have done it
-    /// was killed.
+    /// False while a dhcpcd has to end first. One of ours, whose keeper was killed, is told to, in
+    /// the end by force; somebody else's is reported, and waited for while ours is wanted.
     [[nodiscard]] bool makeWay();
     [[nodiscard]] bool hasProgram();
     /// The process of the dhcpcd that holds the interface, ours or another's; 0: none.
