@@ -12,6 +12,21 @@ bool Link::isConnecting() const
     return m_phase == Phase::Associating || m_phase == Phase::Configuring;
 }
 
+InterfaceStatus Link::statusOfPhase() const
+{
+    switch (m_phase) {
+    case Phase::Associating:
+    case Phase::Leaving:
+        return InterfaceStatus::Connecting;
+    case Phase::Configuring:
+        return InterfaceStatus::Addressing;
+    case Phase::Down:
+    case Phase::Up:
+        break;
+    }
+    return InterfaceStatus::Idle;
+}
+
 void Link::enter(Phase phase)
 {
     m_phase = phase;

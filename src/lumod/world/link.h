@@ -42,6 +42,8 @@ protected:
     virtual void reconcile() = 0;
     /// The phase that the interface is in.
     [[nodiscard]] virtual InterfaceStatus currentStatus() const = 0;
+    /// The same for one that is on its way up or down, or is neither.
+    [[nodiscard]] InterfaceStatus statusOfPhase() const;
     /// The phase has been entered and is not announced yet: starts the work that it needs, and ends
     /// all other.
     virtual void entered(Phase phase) = 0;

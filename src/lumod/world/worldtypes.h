@@ -9,14 +9,15 @@
 
 #include <optional>
 
-/// The phase of an interface, as `InterfaceStatusChanged` carries it. Clients know only 2.
+/// The phase of an interface, as `InterfaceStatusChanged` carries it. Clients need only know 2.
 enum class InterfaceStatus {
     Absent = 0,     ///< there is no such interface
     NoCarrier = 1,  ///< the wired interface has no cable, the soft access point is not up
     Idle = 2,       ///< up and usable, joined or not; a scan may start
     Scanning = 3,   ///< the radio is scanning
-    Connecting = 4, ///< associating, or asking for an address
+    Connecting = 4, ///< associating, coming up or being left; wired: asking for an address
     Wps = 5,        ///< a WPS session runs
+    Addressing = 6, ///< the radio has joined, and asks for an address
 };
 
 /// The interfaces that `SetNormalMode` brings up.

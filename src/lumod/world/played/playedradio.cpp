@@ -124,8 +124,7 @@ InterfaceStatus PlayedRadio::currentStatus() const
         return InterfaceStatus::Wps;
     if (m_scan.isActive())
         return InterfaceStatus::Scanning;
-    return isConnecting() || phase() == Phase::Leaving ? InterfaceStatus::Connecting
-                                                       : InterfaceStatus::Idle;
+    return statusOfPhase();
 }
 
 void PlayedRadio::startScan()

@@ -291,8 +291,7 @@ InterfaceStatus RealRadio::currentStatus() const
         return InterfaceStatus::Wps;
     if (m_scan == Scan::Running)
         return InterfaceStatus::Scanning;
-    return isConnecting() || phase() == Phase::Leaving ? InterfaceStatus::Connecting
-                                                       : InterfaceStatus::Idle;
+    return statusOfPhase();
 }
 
 InterfaceDetails RealRadio::details() const
