@@ -44,6 +44,7 @@ QVector<SettingDefault> networkSettingDefaults()
     return {
         {OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(automaticProfile())},
         {OrvaNetworkBackupProfileSettingsPath(), OrvaValue::of(OrvaNetworkProfile())},
+        {OrvaNetworkRollbackProfileSettingsPath(), OrvaValue::of(OrvaNetworkProfile())},
         {OrvaNetworkMaxAuthFailuresSettingsPath(), OrvaValue::of(3)},
         {OrvaNetworkMaxNumberWifiNetworks(), OrvaValue::of(10)},
         {OrvaNetworkAirplaneModeSettingPath(), OrvaValue::of(false)},

@@ -73,6 +73,9 @@ private Q_SLOTS:
         addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
         addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag");
         addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, hold flag, expiresAtMs long, running flag");
+        addRecord<OrvaNetworkProfileTrial>("trial", "profile record, confirmWithinMs int");
+        addRecord<OrvaNetworkPendingProfile>("pending", "before record, untilMs long");
+        addRecord<OrvaNetworkLastJoin>("last join", "ssid text, result enum, reason enum, whenMs long");
         addRecord<OrvaNetworkWps>("WPS", "status enum, type enum, lastError text");
         addRecord<OrvaNetworkWifiRestartCriteria>("restart criteria", "checkIntervalMs int, maxTxIncreaseNoRxIncreaseThreshold int, restartActivatePath text");
         addRecord<OrvaPowerManagerModuleRegister>("power module", "moduleName text");
@@ -80,7 +83,7 @@ private Q_SLOTS:
         addRecord<OrvaPowerManagerTarget>("power target", "target enum");
         addRecord<OrvaRoles>("row", "id text, title text, type enum, value record");
         addRecord<CMError>("error", "name text, title text, message text");
-        addRecord<OrvaValue>("value", "airplaneModeType enum, bool flag, double number, i32 int, networkInfo record, networkInterface record, networkProfile record, networkScanResult record, networkScanResults records, networkSoftApRequest record, networkState enum, softApRequests records, string text, stringList texts, wifiRestartCriteria record");
+        addRecord<OrvaValue>("value", "airplaneModeType enum, bool flag, double number, i32 int, networkInfo record, networkInterface record, networkLastJoin record, networkPendingProfile record, networkProfile record, networkProfileTrial record, networkScanResult record, networkScanResults records, networkSoftApRequest record, networkState enum, softApRequests records, string text, stringList texts, wifiRestartCriteria record");
         // clang-format on
     }
 

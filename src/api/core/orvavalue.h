@@ -7,8 +7,11 @@
 
 class OrvaNetworkInfo;
 class OrvaNetworkInterface;
+class OrvaNetworkLastJoin;
+class OrvaNetworkPendingProfile;
 class OrvaNetworkProfile;
 class OrvaNetworkProfileSoftApRequest;
+class OrvaNetworkProfileTrial;
 class OrvaNetworkScanResult;
 class OrvaNetworkSoftApRequestStatus;
 class OrvaNetworkState;
@@ -29,6 +32,9 @@ class OrvaAirplaneModeType;
 /// these accessors includes the record's header.
 #define ORVA_NETWORK_VALUES(ROW)                                                                   \
     ROW(OrvaNetworkProfile, networkProfile, NetworkProfile)                                        \
+    ROW(OrvaNetworkProfileTrial, networkProfileTrial, NetworkProfileTrial)                         \
+    ROW(OrvaNetworkPendingProfile, networkPendingProfile, NetworkPendingProfile)                   \
+    ROW(OrvaNetworkLastJoin, networkLastJoin, NetworkLastJoin)                                     \
     ROW(OrvaNetworkInfo, networkInfo, NetworkInfo)                                                 \
     ROW(OrvaNetworkInterface, networkInterface, NetworkInterface)                                  \
     ROW(OrvaNetworkState, networkState, NetworkState)                                              \

@@ -127,3 +127,35 @@ public:
     Q_ENUM(Value)
     ORVA_ENUM(OrvaAirplaneModeType);
 };
+
+/// The outcome of a try to join a wireless network.
+class ORVA_API OrvaNetworkJoinResult
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        None = 0,   ///< No try has ended since the host started.
+        Joined = 1, ///< The network was joined, and gave an address.
+        Failed = 2  ///< It was not; the reason says why.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkJoinResult);
+};
+
+/// Why a wireless network was not joined.
+class ORVA_API OrvaNetworkJoinReason
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        None = 0,        ///< It was joined, or no try has ended.
+        NotInRange = 1,  ///< No access point of a known network was found.
+        KeyRefused = 2,  ///< The network refused the key.
+        NoAddress = 3,   ///< The network was joined and gave no address.
+        Refused = 4,     ///< The network was found and not joined, for another reason than its key.
+        CableFirst = 5,  ///< The cable has precedence.
+        AirplaneMode = 6 ///< Airplane mode has the radio blocked.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkJoinReason);
+};

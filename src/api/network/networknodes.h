@@ -37,6 +37,14 @@
     ROW(OrvaNetworkProfilePath, "network/profile",                                                 \
         ReadOnly, "networkProfile", Default, "Network profile",                                    \
         "The configured profile, each key as \"****\".")                                           \
+    ROW(OrvaNetworkPendingProfilePath, "network/profile/pending",                                  \
+        ReadOnly, "networkPendingProfile", Default, "",                                            \
+        "The profile that comes back, and when, unless the one in use, which is on trial, is "     \
+        "confirmed; empty where none is on trial.")                                                \
+    ROW(OrvaNetworkLastJoinPath, "network/wireless/last-join",                                     \
+        ReadOnly, "networkLastJoin", Default, "",                                                  \
+        "What became of the last try to join a wireless network, and why it failed; empty until "  \
+        "one has ended. It stays while a soft access point runs.")                                 \
     ROW(OrvaNetworkScanResultsPath, "network/scan/results",                                        \
         Rows, "networkScanResult", Default, "",                                                    \
         "The networks that the last scan found.")                                                  \
@@ -74,6 +82,20 @@
         "Merges the profile over the stored one, applies and stores the result; where that "       \
         "cannot be stored, the one before is in use again. A key \"****\" means the one that is "  \
         "stored for the network.")                                                                 \
+    ROW(OrvaNetworkTryNetworkProfilePath, "network/profile/try",                                   \
+        Action, "networkProfileTrial", Default, "",                                                \
+        "Sets the profile like `network/profile/set`, on trial: the one before comes back when "   \
+        "the time is over, and at the host's next start, unless `network/profile/confirm` comes "  \
+        "first. Whatever changes the profile meanwhile is on trial with it; a second trial has a " \
+        "time of its own, and the profile that was confirmed last comes back after it.")           \
+    ROW(OrvaNetworkConfirmProfilePath, "network/profile/confirm", Action, "", Default, "",         \
+        "Ends the trial: the profile in use stays. Refused where none is on trial.")               \
+    ROW(OrvaNetworkRollbackProfilePath, "network/profile/rollback", Action, "", Default, "",       \
+        "Ends the trial: the profile before is in use again, also where that cannot be stored. "   \
+        "Refused where none is on trial.")                                                         \
+    ROW(OrvaNetworkRestoreBackupPath, "network/profile/restore-backup", Action, "", Default, "",   \
+        "Makes the wireless networks that too many refused keys set aside part of the profile "    \
+        "again, behind those that it has.")                                                        \
     ROW(OrvaNetworkRemoveWirelessNetworkPath, "network/wireless/remove",                           \
         Action, "string", Default, "",                                                             \
         "Forgets the wireless network of this SSID.")                                              \
@@ -115,6 +137,10 @@
         Value, "networkProfile", Default, "",                                                      \
         "The profile as it was before too many refused keys emptied it, with its keys: for root "  \
         "and the host's user alone.")                                                              \
+    ROW(OrvaNetworkRollbackProfileSettingsPath, "settings/network/rollback-profile",               \
+        Value, "networkProfile", Default, "",                                                      \
+        "The profile that comes back unless the current one is confirmed, with its keys: for "     \
+        "root and the host's user alone. Empty where none is on trial.")                           \
     ROW(OrvaNetworkMaxAuthFailuresSettingsPath, "settings/network/max-auth-failures",              \
         Value, "i32", Default, "",                                                                 \
         "The number of refusals of a key that empties the profile; 0 or less: none does. "         \

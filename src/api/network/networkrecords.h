@@ -130,6 +130,41 @@ class ORVA_API OrvaNetworkProfile : public OrvaHash
     ORVA_FIELD(OrvaList<OrvaNetworkProfileSoftApSettings>, softApSettings, SoftApSettings);
 };
 
+/// A request to set a profile on trial.
+class ORVA_API OrvaNetworkProfileTrial : public OrvaHash
+{
+    ORVA_RECORD(OrvaNetworkProfileTrial)
+    /// The profile, as it would be set for good.
+    ORVA_FIELD(OrvaNetworkProfile, profile, Profile);
+    /// The time in which it must be confirmed, in milliseconds: 1000 to 86400000.
+    ORVA_FIELD(qint32, confirmWithinMs, ConfirmWithinMs);
+};
+
+/// The profile on trial that waits to be confirmed; empty where none does.
+class ORVA_API OrvaNetworkPendingProfile : public OrvaHash
+{
+    ORVA_RECORD(OrvaNetworkPendingProfile)
+    /// The profile that comes back unless the one in use is confirmed; its keys as "****".
+    ORVA_FIELD(OrvaNetworkProfile, before, Before);
+    /// The moment at which it comes back, in milliseconds on the system's monotonic clock.
+    ORVA_FIELD(qint64, untilMs, UntilMs);
+};
+
+/// The last try to join a wireless network that has ended.
+class ORVA_API OrvaNetworkLastJoin : public OrvaHash
+{
+    ORVA_RECORD(OrvaNetworkLastJoin)
+    /// Name of the network; of several that were tried in vain, the most preferred, unless one
+    /// refused its key.
+    ORVA_FIELD(QString, ssid, Ssid);
+    /// The outcome.
+    ORVA_FIELD(OrvaNetworkJoinResult, result, Result);
+    /// Why it failed.
+    ORVA_FIELD(OrvaNetworkJoinReason, reason, Reason);
+    /// The moment of the outcome, in milliseconds on the system's monotonic clock.
+    ORVA_FIELD(qint64, whenMs, WhenMs);
+};
+
 /// State of WPS.
 class ORVA_API OrvaNetworkWps : public OrvaHash
 {
