@@ -29,6 +29,10 @@ void Networking::setNetworkLinkStatus(const QString& interface, bool up)
     if (up && interface == m_wirelessInterfaceName)
         m_profiles.stopCountingAuthFailures();
     m_picture.setLinkStatus(interface, up, m_profiles.configured());
+    if (up)
+        m_lastJoin.checkHindrance();
+    else if (interface == m_wirelessInterfaceName)
+        beginJoin();
     if (!m_picture.isLinkUp())
         restartSoftApTimer(m_profiles.inUse(), m_profiles.inUse());
     if (m_picture.info().wired().state() == OrvaNetworkState::Connected)
@@ -39,6 +43,13 @@ void Networking::restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                                     const OrvaNetworkProfile& oldProfile)
 {
     m_localSoftAp.restartSoftApTimer(newProfile, oldProfile, m_profiles.configured().wireless);
+}
+
+void Networking::beginJoin()
+{
+    const OrvaNetworkProfile& profile = m_profiles.inUse();
+    m_lastJoin.begin(m_profiles.configured().wireless ? profile.wireless().ssid() : QString(),
+                     profile.type() == OrvaNetworkProfileType::Auto);
 }
 
 void Networking::setDisconnecting(const QString& interface)
@@ -75,6 +86,7 @@ void Networking::on_lowlevel_AuthError(const QString& ssid, const QString& descr
     LOG4CPLUS_TRACE(networkingLogger(), "ssid: " << ssid << "description: " << description);
     updateConnectingMessage(description);
     m_picture.setAuthError(ssid);
+    m_lastJoin.refuseKey(ssid);
     m_profiles.countAuthFailure();
 }
 
@@ -90,6 +102,7 @@ void Networking::on_lowlevel_InterfaceStatusChanged(const QString& interface,
     LOG4CPLUS_TRACE(networkingLogger(), "Interface: " << interface << " status: " << status);
     if (interface != m_wirelessInterfaceName)
         return;
+    m_lastJoin.follow(status);
     m_localSoftAp.restoreLocalSoftAp();
     if (status == Networking_LowLevel::Idle)
         m_scans.startQueuedScans();

@@ -61,6 +61,7 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
     m_localSoftAp.stopSoftApTimer();
     m_shutdownTimer.stop();
     setLife(NetworkingLife::Stopped);
+    beginJoin();
     m_wifiResource.requestWifiResource(WifiResource::WirelessConnection, false);
     m_wifiResource.requestWifiResource(WifiResource::SoftAp, false);
     m_wifiResource.requestWifiResource(WifiResource::Scan, false);

@@ -46,6 +46,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_picture(createNodes(*this), *m_lowlevel, m_wiredInterfaceName, m_wirelessInterfaceName)
     , m_profiles(nodes(), *m_lowlevel, m_picture, m_life)
     , m_wirelessLink(*m_lowlevel)
+    , m_lastJoin(nodes(), m_picture, this)
     , m_airplaneMode(m_picture)
     , m_scans(nodes(), *m_lowlevel, m_picture, this)
     , m_wpsSession(
@@ -85,6 +86,8 @@ void Networking::connectRooms()
         };
     };
     connect(&m_profiles, &Profiles::wifiNeeded, this, claimFor(WifiResource::WirelessConnection));
+    connect(&m_profiles, &Profiles::applying, this, &Networking::beginJoin);
+    connect(&m_localSoftAp, &LocalSoftAp::waitedInVain, &m_lastJoin, &LastJoin::fail);
     connect(&m_profiles, &Profiles::profileApplied, this, &Networking::restartSoftApTimer);
     connect(&m_profiles, &Profiles::wirelessNetworksDropped, &m_localSoftAp,
             &LocalSoftAp::setAuthFailureFallback);

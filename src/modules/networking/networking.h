@@ -8,6 +8,7 @@
 #include "picture/picture.h"
 #include "profile/profiles.h"
 #include "radio/airplanemode.h"
+#include "radio/lastjoin.h"
 #include "radio/wifiresource.h"
 #include "radio/wirelesslink.h"
 #include "scan/scans.h"
@@ -97,6 +98,8 @@ private:
 
     // Steps that concern several rooms (backendevents.cpp).
     void setNetworkLinkStatus(const QString& interface, bool up);
+    /// The wireless network of the profile in use is wanted from now on.
+    void beginJoin();
     void updateConnectingMessage(const QString& message);
     void restartSoftApTimer(const OrvaNetworkProfile& newProfile,
                             const OrvaNetworkProfile& oldProfile);
@@ -112,6 +115,7 @@ private:
     Profiles m_profiles;
     WifiResource m_wifiResource{this};
     WirelessLink m_wirelessLink;
+    LastJoin m_lastJoin;
     AirplaneMode m_airplaneMode;
     Scans m_scans;
     WpsSession m_wpsSession;

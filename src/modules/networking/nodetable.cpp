@@ -74,5 +74,6 @@ CMNodes& createNodes(CMNodesWorker& worker)
     CMValueNode::create(nodes, airplaneMode)
         ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
     create(nodes, orvaNetworkNode(OrvaNetworkSoftApRequestsPath()));
+    create(nodes, orvaNetworkNode(OrvaNetworkLastJoinPath()));
     return nodes;
 }

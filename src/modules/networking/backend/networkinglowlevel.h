@@ -19,8 +19,10 @@ class Networking_LowLevel : public QObject
 public:
     /// The connection daemon's status code of an interface, passed through unchanged: any number.
     enum InterfaceStatus : int {
-        Unknown = 0, ///< None was reported yet.
-        Idle = 2     ///< The interface is up and usable: it may scan.
+        Unknown = 0,    ///< None was reported yet.
+        Idle = 2,       ///< The interface is up and usable: it may scan.
+        Connecting = 4, ///< It talks to an access point that it found, or leaves one.
+        Addressing = 6  ///< It has joined, and asks for an address.
     };
 
     /// Starts a scan; its results come through `ScanResults`. False when none was started.

@@ -216,6 +216,7 @@ void Picture::readNetworkState()
     m_wirelessMacNode->setValue(OrvaValue::of(merged.wireless().mac()));
     recoverCurrentMac();
     updateWebserverUrl();
+    Q_EMIT networkStateRead();
 }
 
 /// A backend that did not answer at the construction left no MAC address, and none for the soft

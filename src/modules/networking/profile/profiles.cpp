@@ -175,6 +175,7 @@ bool Profiles::applyProfile(const Profile& profile)
     // The profile in use is set first: reports of the backend inside the call are judged by it.
     m_profile = profile;
     publishKnownNetworks();
+    Q_EMIT applying();
     if (!m_lowlevel.applyProfile(profile)) {
         LOG4CPLUS_ERROR(networkingLogger(), "Unable to apply profile!");
         return false;

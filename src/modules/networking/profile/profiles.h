@@ -56,6 +56,8 @@ Q_SIGNALS:
     /// The radio is needed or not: a profile that has a wireless network is about to be applied, or
     /// one that has none takes the place of one that could not be stored.
     void wifiNeeded(bool needed);
+    /// A profile, which is in use by now, is about to be handed to the network.
+    void applying();
     /// A profile that is stored was applied in place of another.
     void profileApplied(const OrvaNetworkProfile& newProfile, const OrvaNetworkProfile& oldProfile);
     /// Wrong keys have emptied the profile that is stored now. Comes before `profileApplied`.

@@ -108,6 +108,7 @@ void LocalSoftAp::stopSoftApTimer()
 void LocalSoftAp::on_softApTimer_timeout()
 {
     LOG4CPLUS_INFO(networkingLogger(), "activating local soft ap");
+    Q_EMIT waitedInVain();
     activateLocalSoftAp();
 }
 

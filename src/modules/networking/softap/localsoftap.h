@@ -45,6 +45,10 @@ public:
 public Q_SLOTS:
     void on_softApTimer_timeout();
 
+Q_SIGNALS:
+    /// No link came up in time.
+    void waitedInVain();
+
 private:
     SoftAps& m_softAps;
     Networking_LowLevel& m_lowlevel;
