@@ -115,6 +115,10 @@ void Networking::bindActions()
     bind(OrvaNetworkForceWifiReconnectPath(), &m_wirelessLink,
          &WirelessLink::on_forceWifiReconnect_req);
     bind(OrvaNetworkSetNetworkProfilePath(), &m_profiles, &Profiles::on_setNetworkProfile_req);
+    bind(OrvaNetworkTryNetworkProfilePath(), &m_profiles, &Profiles::on_setNetworkProfile_req);
+    bind(OrvaNetworkConfirmProfilePath(), &m_profiles, &Profiles::on_endTrial_req);
+    bind(OrvaNetworkRollbackProfilePath(), &m_profiles, &Profiles::on_endTrial_req);
+    bind(OrvaNetworkRestoreBackupPath(), &m_profiles, &Profiles::on_restoreBackup_req);
     bind(OrvaNetworkRemoveWirelessNetworkPath(), &m_profiles,
          &Profiles::on_removeWirelessNetwork_req);
     bind(OrvaNetworkScanPath(), &m_scans, &Scans::on_scanNetworks_req);

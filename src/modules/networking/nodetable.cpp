@@ -73,7 +73,10 @@ CMNodes& createNodes(CMNodesWorker& worker)
     const CMNodeRow& airplaneMode = orvaNetworkNode(airplaneModePath);
     CMValueNode::create(nodes, airplaneMode)
         ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
-    create(nodes, orvaNetworkNode(OrvaNetworkSoftApRequestsPath()));
-    create(nodes, orvaNetworkNode(OrvaNetworkLastJoinPath()));
+    for (const CMPath& path : {OrvaNetworkSoftApRequestsPath(), OrvaNetworkLastJoinPath(),
+                               OrvaNetworkPendingProfilePath(), OrvaNetworkTryNetworkProfilePath(),
+                               OrvaNetworkConfirmProfilePath(), OrvaNetworkRollbackProfilePath(),
+                               OrvaNetworkRestoreBackupPath()})
+        create(nodes, orvaNetworkNode(path));
     return nodes;
 }

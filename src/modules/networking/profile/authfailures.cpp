@@ -1,9 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "network/networkpaths.h"
+#include "networkingerror.h"
 #include "networkinglog.h"
 #include "nodelookup.h"
 #include "profile/networkprofilerules.h"
 #include "profile/profiles.h"
+
+namespace {
+
+/// The name of the slot in the log and in the translations.
+constexpr auto restoreContext = "void Profiles::on_restoreBackup_req(const CMSetDataRequest&)";
+
+} // namespace
 
 void Profiles::countAuthFailure()
 {
@@ -49,4 +57,16 @@ OrvaResult<OrvaNetworkProfile> Profiles::forgetNetworks(const OrvaNetworkProfile
     }
     m_networksDropped = true;
     return withoutNetworks(profile);
+}
+
+void Profiles::on_restoreBackup_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), restoreContext);
+    const auto backup = readValue(OrvaNetworkBackupProfileSettingsPath()).networkProfile();
+    if (!hasNetwork(backup))
+        return request.fail(networkingError(restoreContext, "No wireless network was set aside."));
+    const auto restored = requestChange([backup](const OrvaNetworkProfile& inUse) {
+        return OrvaResult<OrvaNetworkProfile>(withNetworksOf(inUse, backup));
+    });
+    restored.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
 }

@@ -203,6 +203,25 @@ OrvaNetworkProfile withoutNetworks(const OrvaNetworkProfile& profile)
     return result;
 }
 
+OrvaNetworkProfile withNetworksOf(const OrvaNetworkProfile& profile,
+                                  const OrvaNetworkProfile& backup)
+{
+    OrvaNetworkProfile result = withNetworkList(profile);
+    auto networks = result.wirelessNetworks();
+    const auto saved = withNetworkList(backup).wirelessNetworks();
+    for (const OrvaNetworkInterface& network : saved) {
+        const auto isSame = [&](const OrvaNetworkInterface& own) {
+            return own.ssid() == network.ssid();
+        };
+        if (std::none_of(networks.cbegin(), networks.cend(), isSame))
+            networks.append(network);
+    }
+    result.setWirelessNetworks(networks);
+    if (!networks.isEmpty())
+        result.setWireless(networks.first());
+    return result;
+}
+
 bool hasNetwork(const OrvaNetworkProfile& profile)
 {
     return !profile.wireless().ssid().isEmpty() || !profile.wirelessNetworks().isEmpty();

@@ -42,6 +42,11 @@ void checkNetworkProfileInvariants(const OrvaNetworkProfile& profile);
 /// The profile without any wireless network.
 [[nodiscard]] OrvaNetworkProfile withoutNetworks(const OrvaNetworkProfile& profile);
 
+/// The profile with the wireless networks of `backup` behind its own; those that it has stay as
+/// they are.
+[[nodiscard]] OrvaNetworkProfile withNetworksOf(const OrvaNetworkProfile& profile,
+                                                const OrvaNetworkProfile& backup);
+
 /// True if the profile has a wireless network, in use or listed.
 [[nodiscard]] bool hasNetwork(const OrvaNetworkProfile& profile);
 

@@ -21,9 +21,12 @@ constexpr auto setProfileContext =
 constexpr auto removeNetworkContext =
     "void Networking::on_removeWirelessNetwork_req(const CMSetDataRequest&)";
 
+/// The stored profile; the one before, where an end of the host has left it on trial.
 Profile storedProfile()
 {
-    return readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
+    const Profile before = ProfileTrial::leftOver();
+    return before == Profile() ? readValue(OrvaNetworkCurrentProfileSettingsPath()).networkProfile()
+                               : before;
 }
 
 OrvaResult<Profile> forgetNetwork(const Profile& profile, const QString& ssid)
@@ -42,9 +45,23 @@ Profiles::Profiles(const CMNodes& nodes, Networking_LowLevel& backend, Picture& 
     , m_picture(picture)
     , m_life(life)
     , m_profileNode(valueNode(nodes, OrvaNetworkProfilePath()))
+    , m_trial(nodes)
     , m_maxAuthFailures(readValue(OrvaNetworkMaxAuthFailuresSettingsPath()).i32_())
 {
-    m_profileNode->setValue(OrvaValue::of(hidePassword(storedProfile())));
+    const Profile stored = storedProfile();
+    m_profileNode->setValue(OrvaValue::of(hidePassword(stored)));
+    connect(&m_trial, &ProfileTrial::expired, this, [this] {
+        LOG4CPLUS_INFO(networkingLogger(), "The profile was not confirmed in time");
+        take(
+            CMSetDataRequest(OrvaNetworkRollbackProfilePath(), OrvaRoles::Activate(), OrvaValue()));
+    });
+    if (ProfileTrial::leftOver() == Profile())
+        return;
+    LOG4CPLUS_INFO(networkingLogger(),
+                   "The profile was not confirmed before the host ended, the one before is back");
+    ProfileTrial::forget();
+    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(stored),
+                       CMReply<QVariant>::create());
 }
 
 Configured Profiles::configured() const
@@ -56,8 +73,9 @@ Configured Profiles::configured() const
 
 void Profiles::start()
 {
-    // A profile that is still being stored is in use.
-    const Profile stored = m_requests.isEmpty() ? storedProfile() : m_profile;
+    // A profile that is still being stored, or is on trial, is in use.
+    const bool isStored = m_requests.isEmpty() && !m_trial.isRunning();
+    const Profile stored = isStored ? storedProfile() : m_profile;
     LOG4CPLUS_DEBUG(networkingLogger(), "Initializing connection, profile: " << stored);
     const Profile before = m_profile;
     applyProfile(withNetworkList(stored));
@@ -69,14 +87,22 @@ void Profiles::on_setNetworkProfile_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), setProfileContext);
     LOG4CPLUS_INFO(networkingLogger(), "Received Network Profile Request");
-    m_requests.enqueue(request);
-    if (m_requests.size() == 1)
-        setNextProfile();
+    take(request);
 }
 
-void Profiles::setNextProfile()
+void Profiles::take(const CMSetDataRequest& request)
 {
-    while (!m_requests.isEmpty() && !setProfile(m_requests.head()))
+    m_requests.enqueue(request);
+    if (m_requests.size() == 1)
+        startNextRequest();
+}
+
+void Profiles::startNextRequest()
+{
+    const auto starts = [this](const CMSetDataRequest& request) {
+        return ProfileTrial::isEndedBy(request) ? endTrial(request) : setProfile(request);
+    };
+    while (!m_requests.isEmpty() && !starts(m_requests.head()))
         m_requests.dequeue();
 }
 
@@ -92,6 +118,10 @@ bool Profiles::setProfile(const CMSetDataRequest& request)
     const Profile merged = computeNewNetworkProfile(*requested, before, maximum);
     LOG4CPLUS_INFO(networkingLogger(), "Profile data changed. Loading...");
     applyProfile(merged);
+    if (!m_trial.isRunning() && ProfileTrial::isAskedBy(request))
+        ProfileTrial::keep(before);
+    else if (!m_trial.isRunning())
+        ProfileTrial::forget();
     store(before);
     adoptProfile();
     return true;
@@ -103,6 +133,10 @@ OrvaResult<Profile> Profiles::requestedProfile(const CMSetDataRequest& request) 
         LOG4CPLUS_WARN(networkingLogger(), "Networking isn't started yet, can't set a profile!");
         return networkingError(setProfileContext, "Networking is not started.");
     }
+    const auto timely =
+        ProfileTrial::isAskedBy(request) ? ProfileTrial::check(request) : OrvaResult<void>();
+    if (!timely)
+        return timely.error();
     const Change change = m_changes.value(request.reply().data());
     const auto profile = change ? change(m_profile) : extractNetworkProfile(request);
     if (!profile)
@@ -119,51 +153,9 @@ Profile Profiles::unhidePassword(const Profile& profile) const
 
 Profile Profiles::extractNetworkProfile(const CMSetDataRequest& request) const
 {
-    return unhidePassword(request.value().networkProfile());
-}
-
-void Profiles::store(const Profile& before)
-{
-    const auto stored = CMReply<QVariant>::create();
-    stored.addWatcher(
-        this,
-        [this, before](const CMReply<QVariant>& reply) { profileStored(before, reply.error()); },
-        Qt::QueuedConnection);
-    CMRoot()->setValue(OrvaNetworkCurrentProfileSettingsPath(), OrvaValue::of(m_profile), stored);
-}
-
-void Profiles::profileStored(const Profile& before, const CMError& error)
-{
-    const CMSetDataRequest request = m_requests.dequeue();
-    const bool dropped = std::exchange(m_networksDropped, false);
-    if (error.isEmpty()) {
-        // One that is refused neither puts the local soft AP off nor brings it sooner.
-        if (dropped)
-            Q_EMIT wirelessNetworksDropped();
-        if (m_life.isStarted())
-            Q_EMIT profileApplied(m_profile, before);
-        request.answer();
-    } else {
-        restoreProfile(before);
-        request.fail(error);
-    }
-    setNextProfile();
-}
-
-void Profiles::restoreProfile(const Profile& before)
-{
-    LOG4CPLUS_WARN(networkingLogger(),
-                   "The profile could not be stored, going back to the one before");
-    if (m_life.isStarted()) {
-        if (before.wireless().ssid().isEmpty())
-            Q_EMIT wifiNeeded(false);
-        applyProfile(before);
-    } else {
-        m_profile = before;
-        m_picture.edit(
-            [&](OrvaNetworkInfo& info) { info.setWirelessNetworks(knownNetworks(before)); });
-    }
-    adoptProfile();
+    const OrvaValue value = request.value();
+    return unhidePassword(ProfileTrial::isAskedBy(request) ? value.networkProfileTrial().profile()
+                                                           : value.networkProfile());
 }
 
 bool Profiles::applyProfile(const Profile& profile)

@@ -5,6 +5,7 @@
 #include "core/orvaresult.h"
 #include "life.h"
 #include "picture/networkinforules.h"
+#include "profile/profiletrial.h"
 
 #include <QQueue>
 
@@ -16,7 +17,8 @@ class Picture;
 /// The network profile: the one in use, the requests to change it, and the handling of wrong keys.
 ///
 /// Requests for a profile are taken one at a time, each until it is on the disk. A profile that the
-/// disk refuses leaves the one before in use, and none is built on it.
+/// disk refuses leaves the one before in use, and none is built on it; one that comes back from a
+/// trial is in use all the same, and the disk has it come back at the next start.
 class Profiles : public QObject
 {
     Q_OBJECT
@@ -25,8 +27,8 @@ public:
     /// stays.
     using Change = std::function<OrvaResult<OrvaNetworkProfile>(const OrvaNetworkProfile& inUse)>;
 
-    /// Binds the profile's node, which exists in `nodes`, and publishes the stored profile. All
-    /// that is given must outlive this object.
+    /// Binds the profile's nodes, which exist in `nodes`, and publishes the stored profile; a trial
+    /// that an end of the host has left is over. All that is given must outlive this object.
     Profiles(const CMNodes& nodes, Networking_LowLevel& backend, Picture& picture,
              const NetworkingLife& life);
 
@@ -51,6 +53,9 @@ public:
 public Q_SLOTS:
     void on_setNetworkProfile_req(const CMSetDataRequest& request);
     void on_removeWirelessNetwork_req(const CMSetDataRequest& request);
+    /// Confirms the profile on trial or has the one before come back, as the request's path says.
+    void on_endTrial_req(const CMSetDataRequest& request);
+    void on_restoreBackup_req(const CMSetDataRequest& request);
 
 Q_SIGNALS:
     /// The radio is needed or not: a profile that has a wireless network is about to be applied, or
@@ -64,19 +69,27 @@ Q_SIGNALS:
     void wirelessNetworksDropped();
 
 private:
-    /// Starts the first waiting request for a profile that is not refused.
-    void setNextProfile();
-    /// False when the request was refused, which it is told.
+    void take(const CMSetDataRequest& request);
+    /// Starts the first waiting request that is not refused.
+    void startNextRequest();
+    // False when the request was refused, which it is told.
     bool setProfile(const CMSetDataRequest& request);
+    bool endTrial(const CMSetDataRequest& request);
     /// The profile that the request asks for.
     [[nodiscard]] OrvaResult<OrvaNetworkProfile>
     requestedProfile(const CMSetDataRequest& request) const;
     [[nodiscard]] OrvaNetworkProfile unhidePassword(const OrvaNetworkProfile& profile) const;
     [[nodiscard]] OrvaNetworkProfile extractNetworkProfile(const CMSetDataRequest& request) const;
     void store(const OrvaNetworkProfile& before);
+    // The way of a profile to the disk (profilestoring.cpp).
     /// The first waiting request's profile is on the disk, or not.
     void profileStored(const OrvaNetworkProfile& before, const CMError& error);
-    void restoreProfile(const OrvaNetworkProfile& before);
+    /// The request is done, its profile on the disk.
+    void settle(const CMSetDataRequest& request, const OrvaNetworkProfile& before);
+    /// The request's profile could not be stored.
+    void giveUp(const CMSetDataRequest& request, const OrvaNetworkProfile& before);
+    /// Puts a profile in use that was so before.
+    void goBackTo(const OrvaNetworkProfile& profile);
 
     bool applyProfile(const OrvaNetworkProfile& profile);
     void publishKnownNetworks();
@@ -95,6 +108,7 @@ private:
     CMValueNode* const m_profileNode;
     /// The settings hold the same profile, except while it is being stored or after that failed.
     OrvaNetworkProfile m_profile;
+    ProfileTrial m_trial;
 
     const qint32 m_maxAuthFailures;
     qint32 m_authFailureCount = -1; ///< Less than 0: none is counted.
@@ -103,6 +117,7 @@ private:
     /// The changes of the device's own requests for a profile, by their replies, which nobody else
     /// has. It outlives the requests: those that are dropped at the end still take theirs out.
     QHash<const CMReplyData*, Change> m_changes;
-    /// Requests for a profile. The first one's profile is in use and being stored.
+    /// Requests for a profile, and for the end of a trial. The first one's profile is in use and
+    /// being stored.
     QQueue<CMSetDataRequest> m_requests;
 };
