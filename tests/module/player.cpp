@@ -311,6 +311,9 @@ void Player::addEvents()
         m_backend->status = on == "on"_s ? Status::Unknown : Status::Idle;
         Q_EMIT m_backend->InterfaceStatusChanged("wlan0"_s, m_backend->status);
     };
+    m_events["status"_s] = [this](What code) {
+        Q_EMIT m_backend->InterfaceStatusChanged("wlan0"_s, static_cast<Status>(code.toInt()));
+    };
     m_events["airplane"_s] = [this](What on) {
         m_fixture->root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on == "on"_s), {});
     };
@@ -359,6 +362,12 @@ void Player::addRequests()
     };
     m_requests["set"_s] = [this](What what) {
         return m_fixture->send(OrvaNetworkSetNetworkProfilePath(), setting(what));
+    };
+    m_requests["try"_s] = [this](What what) { // "SSID" and the ms in which it is to be confirmed
+        OrvaNetworkProfileTrial trial;
+        trial.setProfile(setting(first(what)).networkProfile());
+        trial.setConfirmWithinMs(rest(what).toInt());
+        return m_fixture->send(OrvaNetworkTryNetworkProfilePath(), OrvaValue::of(trial));
     };
     m_requests["edit"_s] = [this](What) { // what is published, to use the last network
         auto profile = m_fixture->value(OrvaNetworkProfilePath()).networkProfile();
@@ -468,6 +477,22 @@ void Player::addPictureFacts()
         return m_fixture->value(OrvaNetworkCurrentProfileSettingsPath()).networkProfile();
     };
     m_facts["stored"_s] = [stored] { return ssidsOf(stored()); };
+    m_facts["coming back"_s] = [this] {
+        const auto kept = m_fixture->value(OrvaNetworkRollbackProfileSettingsPath());
+        const auto pending =
+            m_fixture->value(OrvaNetworkPendingProfilePath()).networkPendingProfile();
+        return QStringList{
+            ssidsOf(kept.networkProfile()).join("+"_s), ssidsOf(pending.before()).join("+"_s),
+            QString::number(qMax(Q_INT64_C(0), pending.untilMs() - HeldClock::now()))}
+            .join(" "_s);
+    };
+    m_facts["join"_s] = [this] {
+        const auto join = m_fixture->value(OrvaNetworkLastJoinPath()).networkLastJoin();
+        return QStringList{join.ssid(), OrvaNetworkJoinResult::toString(join.result()),
+                           OrvaNetworkJoinReason::toString(join.reason()),
+                           QString::number(HeldClock::now() - join.whenMs())}
+            .join(" "_s);
+    };
     m_facts["backups"_s] = [this] {
         return m_fixture->writes(OrvaNetworkBackupProfileSettingsPath()).size();
     };
