@@ -66,6 +66,20 @@ Result putBack(Host& host, const OrvaNetworkInterface& network, bool isKeyLost,
     return host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(wanted));
 }
 
+/// Why a network that is in range was not joined in the time given, as far as the host can tell.
+QString whyNotJoined(Context& context, const QString& ssid)
+{
+    context.bus.tidyUp(std::chrono::seconds(2));
+    const auto value = context.host.value(OrvaNetworkLastJoinPath());
+    const auto join = value ? value->networkLastJoin() : OrvaNetworkLastJoin();
+    if (join.ssid() == ssid && join.reason() == OrvaNetworkJoinReason::NoAddress)
+        return QStringLiteral("The network gave no address.");
+    if (join.ssid() == ssid && join.reason() == OrvaNetworkJoinReason::Refused)
+        return QStringLiteral("The network refused the device.");
+    return QStringLiteral("The network is in range, and was not joined or gave no address in the "
+                          "time given.");
+}
+
 } // namespace
 
 std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile)
@@ -133,10 +147,7 @@ Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const
     const auto why = hindrance(last, profile);
     if (why)
         return *why;
-    return Failure{
-        ExitStatus::NotJoined,
-        QStringLiteral("The network is in range, and was not joined or gave no address in "
-                       "the time given.")};
+    return Failure{ExitStatus::NotJoined, whyNotJoined(context, ssid)};
 }
 
 void takeBack(Context& context, const OrvaNetworkProfile& before, const OrvaNetworkInterface& tried)

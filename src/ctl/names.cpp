@@ -3,7 +3,36 @@
 
 #include "output.h"
 
+#include <chrono>
+
 namespace ctl {
+
+namespace {
+
+/// The host's moments are on the same clock.
+qint64 monotonicNow()
+{
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+QString spanText(qint64 ms)
+{
+    const struct
+    {
+        qint64 ms;
+        const char* name;
+    } units[] = {{86400000, "day"}, {3600000, "hour"}, {60000, "minute"}, {1000, "second"}};
+    for (const auto& unit : units) {
+        const qint64 count = ms / unit.ms;
+        if (count > 0)
+            return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(unit.name),
+                                                            QLatin1String(count > 1 ? "s" : ""));
+    }
+    return QStringLiteral("less than a second");
+}
+
+} // namespace
 
 QString securityName(OrvaNetworkProfileWirelessEncryption encryption)
 {
@@ -39,6 +68,37 @@ QString addressesText(const OrvaList<OrvaNetworkAddress>& addresses)
         texts.append(text);
     }
     return printable(texts.join(QStringLiteral(", ")));
+}
+
+QString agoText(qint64 monotonicMs)
+{
+    return spanText(monotonicNow() - monotonicMs) + QStringLiteral(" ago");
+}
+
+QString untilText(qint64 monotonicMs)
+{
+    return QStringLiteral("in ") + spanText(monotonicMs - monotonicNow());
+}
+
+QString reasonText(OrvaNetworkJoinReason reason)
+{
+    switch (reason) {
+    case OrvaNetworkJoinReason::None:
+        break;
+    case OrvaNetworkJoinReason::NotInRange:
+        return QStringLiteral("it is not in range");
+    case OrvaNetworkJoinReason::KeyRefused:
+        return QStringLiteral("it refused the key");
+    case OrvaNetworkJoinReason::NoAddress:
+        return QStringLiteral("it gave no address");
+    case OrvaNetworkJoinReason::Refused:
+        return QStringLiteral("it refused the device");
+    case OrvaNetworkJoinReason::CableFirst:
+        return QStringLiteral("the cable has precedence");
+    case OrvaNetworkJoinReason::AirplaneMode:
+        return QStringLiteral("airplane mode has the radio blocked");
+    }
+    return {};
 }
 
 } // namespace ctl

@@ -14,4 +14,13 @@ namespace ctl {
 /// Addresses with their prefix and whether they came by DHCP, in one line.
 [[nodiscard]] QString addressesText(const OrvaList<OrvaNetworkAddress>& addresses);
 
+/// The time since a moment on the monotonic clock, "3 minutes ago".
+[[nodiscard]] QString agoText(qint64 monotonicMs);
+
+/// The time until a moment on the monotonic clock, "in 3 minutes".
+[[nodiscard]] QString untilText(qint64 monotonicMs);
+
+/// Why a network was not joined, in words; empty where nothing says so.
+[[nodiscard]] QString reasonText(OrvaNetworkJoinReason reason);
+
 } // namespace ctl

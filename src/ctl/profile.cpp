@@ -184,10 +184,37 @@ Result changeProfile(Context& context, const Arguments& given)
         profile.setWireless(withAddress(profile.wireless(), given));
     else if (hasAddress(given))
         profile.setWired(withAddress(profile.wired(), given));
-    return activateAndWait(
-        context, OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile),
+    const Action setting = settingOf(profile, given);
+    Result result = activateAndWait(
+        context, setting.path, setting.value,
         whenInfo([&](const OrvaNetworkInfo& info) { return isInForce(info, profile, given); }),
         [&](const OrvaNetworkInfo& info) { return isForLater(info, profile, given); });
+    if (result || result.error().status == ExitStatus::TimedOut ||
+        result.error().status == ExitStatus::NoNetwork)
+        noteTrial(context.out, given);
+    return result;
+}
+
+Result confirm(Context& context, const Arguments&)
+{
+    return activate(context, OrvaNetworkConfirmProfilePath(), {});
+}
+
+/// Another profile comes into use: waits until there is a network.
+Command::Run exchangeProfile(const CMPath& action)
+{
+    return [action](Context& context, const Arguments&) -> Result {
+        const auto answer = activate(context, action, {});
+        if (!answer)
+            return answer.error();
+        const auto profile = publishedProfile(context.host);
+        if (!profile)
+            return profile.error();
+        return waitForInfo(context, whenInfo([](const OrvaNetworkInfo& info) {
+                               return info.state() == OrvaNetworkState::Connected;
+                           }),
+                           [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); });
+    };
 }
 
 std::vector<Parameter> setParameters()
@@ -204,6 +231,7 @@ std::vector<Parameter> setParameters()
         {"--dns", "Name servers, commas between them", Kind::Addresses},
         Parameter{"--dhcp", "Address by DHCP", Kind::Flag}.without(
             {"--ip", "--netmask", "--gateway", "--dns"}),
+        confirmTime(),
         resultTime(),
     };
 }
@@ -216,6 +244,31 @@ Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
     return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.error();
 }
 
+Parameter confirmTime()
+{
+    return {"--confirm",
+            "Go back to the profile before unless \"orvactl profile confirm\" comes in that time",
+            Parameter::Kind::Seconds};
+}
+
+Action settingOf(const OrvaNetworkProfile& profile, const Arguments& given)
+{
+    const auto seconds = given.seconds("--confirm");
+    if (!seconds)
+        return {OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile)};
+    OrvaNetworkProfileTrial trial;
+    trial.setProfile(profile);
+    trial.setConfirmWithinMs(qRound(qMin(*seconds, 1e6) * 1000));
+    return {OrvaNetworkTryNetworkProfilePath(), OrvaValue::of(trial)};
+}
+
+void noteTrial(const Output& out, const Arguments& given)
+{
+    if (given.seconds("--confirm"))
+        out.note(QStringLiteral("The profile before comes back unless \"orvactl profile confirm\" "
+                                "comes in time."));
+}
+
 Commands profileCommands()
 {
     return {
@@ -223,6 +276,18 @@ Commands profileCommands()
         {"profile show", "Shows the profile, keys masked", {}, &printProfile},
         {"profile set", "Changes what is named, leaves all else, and waits until it is in force",
          setParameters(), &changeProfile},
+        {"profile confirm",
+         "Keeps the profile that was set with --confirm",
+         {answerTime()},
+         &confirm},
+        {"profile rollback",
+         "Goes back to the profile before the one set with --confirm",
+         {resultTime()},
+         exchangeProfile(OrvaNetworkRollbackProfilePath())},
+        {"profile restore-backup",
+         "Brings back the wireless networks that were set aside after too many refused keys",
+         {resultTime()},
+         exchangeProfile(OrvaNetworkRestoreBackupPath())},
     };
 }
 

@@ -20,6 +20,8 @@ struct Picture
     QString url;
     QStringList stations;
     QString settingsFault;
+    OrvaNetworkLastJoin lastJoin;
+    OrvaNetworkPendingProfile pending;
 };
 
 QString stateText(OrvaNetworkState state, OrvaNetworkConnectingStatus connecting)
@@ -155,6 +157,24 @@ void addKnown(const Page& page, const OrvaNetworkProfile& profile)
     page.add(QStringLiteral("Known"), names.join(QStringLiteral(", ")));
 }
 
+void addLastJoin(const Page& page, const OrvaNetworkLastJoin& join)
+{
+    if (join.result() == OrvaNetworkJoinResult::Failed)
+        page.add(
+            QStringLiteral("Last join"),
+            QStringLiteral("\"%1\" was not joined, %2: %3")
+                .arg(printable(join.ssid()), agoText(join.whenMs()), reasonText(join.reason())));
+}
+
+void addPending(const Page& page, const OrvaNetworkPendingProfile& pending)
+{
+    if (pending.untilMs() > 0)
+        page.add(QStringLiteral("On trial"),
+                 QStringLiteral("the profile before comes back %1; \"orvactl profile confirm\" "
+                                "keeps this one")
+                     .arg(untilText(pending.untilMs())));
+}
+
 void showPage(const Output& out, const Picture& picture)
 {
     const Page page(out);
@@ -163,10 +183,12 @@ void showPage(const Output& out, const Picture& picture)
     page.add(QStringLiteral("Web page"), printable(picture.url));
     addWired(page, info.wired());
     addWireless(page, info.wireless());
+    addLastJoin(page, picture.lastJoin);
     addSoftAp(page, picture);
     page.add(QStringLiteral("Gateways"), addressesText(info.gateways()));
     page.add(QStringLiteral("Name servers"), addressesText(info.dns()));
     addKnown(page, picture.profile);
+    addPending(page, picture.pending);
     if (info.airplaneMode())
         page.add(QStringLiteral("Airplane mode"), QStringLiteral("on"));
     if (!picture.settingsFault.isEmpty())
@@ -182,7 +204,8 @@ Result status(Context& context, const Arguments&)
     QHash<CMPath, OrvaValue> values;
     for (const CMPath& path :
          {OrvaNetworkInfoPath(), OrvaNetworkProfilePath(), OrvaNetworkLocalWebserverUrlPath(),
-          OrvaNetworkConnectedSoftApStationsPath(), HostSettingsFaultPath()}) {
+          OrvaNetworkConnectedSoftApStationsPath(), HostSettingsFaultPath(),
+          OrvaNetworkLastJoinPath(), OrvaNetworkPendingProfilePath()}) {
         const auto value = context.host.value(path);
         if (!value)
             return value.error();
@@ -194,7 +217,9 @@ Result status(Context& context, const Arguments&)
                            values.value(OrvaNetworkProfilePath()).networkProfile(),
                            values.value(OrvaNetworkLocalWebserverUrlPath()).string_(),
                            values.value(OrvaNetworkConnectedSoftApStationsPath()).stringList(),
-                           values.value(HostSettingsFaultPath()).string_()});
+                           values.value(HostSettingsFaultPath()).string_(),
+                           values.value(OrvaNetworkLastJoinPath()).networkLastJoin(),
+                           values.value(OrvaNetworkPendingProfilePath()).networkPendingProfile()});
     return {};
 }
 

@@ -120,6 +120,19 @@ bool mayBeCarriedOut(const Failure& failure)
     return failure.status == ExitStatus::TimedOut || failure.status == ExitStatus::Interrupted;
 }
 
+void goBack(Context& context, const OrvaNetworkProfile& before, const OrvaNetworkInterface& tried,
+            const Arguments& given)
+{
+    if (!given.seconds("--confirm"))
+        return takeBack(context, before, tried);
+    context.bus.tidyUp(std::chrono::seconds(10));
+    const auto back = context.host.invoke(OrvaNetworkRollbackProfilePath(), {});
+    context.out.note(back ? QStringLiteral("The profile is as it was before; --keep leaves it on "
+                                           "trial.")
+                          : QStringLiteral("The profile could not be set back: %1")
+                                .arg(printable(back.error().text)));
+}
+
 /// Sets the profile, waits for the network, and goes back where it was not joined.
 Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments& given)
 {
@@ -127,13 +140,15 @@ Result join(Context& context, const OrvaNetworkProfile& profile, const Arguments
     if (!before)
         return before.error();
     const Interrupt interrupt;
-    const auto set =
-        context.host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile));
+    const Action setting = settingOf(profile, given);
+    const auto set = context.host.invoke(setting.path, setting.value);
     Result joined = set ? waitForJoining(context, profile, given.text("SSID")) : Result(set);
     const bool stays =
         joined || given.flag("--keep") || joined.error().status == ExitStatus::NotRunning;
     if (!stays && (set || mayBeCarriedOut(set.error())))
-        takeBack(context, *before, profile.wireless());
+        goBack(context, *before, profile.wireless(), given);
+    if (stays && set)
+        noteTrial(context.out, given);
     // Not before: whose output is lost ends there, and leaves nothing half done.
     if (joined)
         context.out.document(set->__hash());
@@ -202,6 +217,7 @@ std::vector<Parameter> connectParameters()
             {"--key-file", "--ask-key"}),
         {"--hidden", "It hides its name, so that no scan sees it", Kind::Flag},
         {"--keep", "Keep it as the preferred network also where it is not joined", Kind::Flag},
+        confirmTime(),
         resultTime(),
     };
 }

@@ -7,8 +7,9 @@ from privatebus import BUILD, LIMIT, PrivateBus
 NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=+dac_read_search",
           "--ambient-caps=+dac_read_search"]
 DEEP = '{"a":' * 14 + "1" + "}" * 14
-MAXIMUM, SSID, AIRPLANE, RADIOS, PROFILE, CRITERIA = ("settings/network/" + name for name in (
-    "max-wifi-networks", "softap-default-ssid", "airplane-mode", "airplane-mode-type", "current-profile", "wifi-restart-criteria"))
+MAXIMUM, SSID, AIRPLANE, RADIOS, PROFILE, BEFORE, CRITERIA = ("settings/network/" + name for name in (
+    "max-wifi-networks", "softap-default-ssid", "airplane-mode", "airplane-mode-type", "current-profile", "rollback-profile",
+    "wifi-restart-criteria"))
 
 STAND_IN = """import sys, dbus, dbus.mainloop.glib, dbus.service; from gi.repository import GLib
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
@@ -371,6 +372,33 @@ class Joining(WithDevice):
         self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
+    def test_a_profile_on_trial_goes_back_unless_it_is_confirmed(self):
+        self.addCleanup(self.device.shell, "orvactl wifi forget Home; orvactl wifi forget Mute")
+        self.does("wifi connect Mute --keep --wait 3", 15, "not-joined: The network gave no address.")
+        for line in '"Mute" was not joined, ', ": it gave no address\n":
+            self.assertIn(line, self.ends(0, "orvactl status"))
+        self.does("wifi forget Mute; orvactl wifi connect Home --key-file -", stdin="correct horse")
+        for trial in "Mute --confirm 99 --wait 2", "Mute --confirm 99 --keep --wait 2":
+            self.does("wifi connect " + trial, 15, "not-joined: ")
+            self.assertEqual(self.known(), ["Home"] if "--keep" not in trial else ["Mute", "Home"])
+        self.assertIn("comes back in 1 minute;", self.ends(0, "orvactl status"))
+        self.device.host.kill()  # and not a word of farewell
+        self.device.host.wait()
+        stored = json.loads((self.device.directory / "state/settings.json").read_text(encoding="utf-8"))
+        for path, networks in (PROFILE, ["Mute", "Home"]), (BEFORE, ["Home"]):
+            self.assertEqual([network["ssid"] for network in stored[path]["networkProfile"]["wirelessNetworks"]], networks)
+        self.device.start_host()
+        self.device.until(lambda: self.known() == ["Home"])
+        self.assertEqual((self.get(BEFORE, "networkProfile"), self.get("network/profile/pending", "networkPendingProfile")), ({}, {}))
+        self.does("profile confirm", 4, "No profile is on trial.")
+        for end, type_ in ("confirm", 2), ("rollback", 2):
+            self.assertIn("unless", self.device.shell(f"orvactl profile set --confirm 99 --type {'wireless' if end == 'confirm' else 'auto'}").stderr)
+            self.does("profile " + end)
+            self.assertEqual(self.get("network/profile", "networkProfile")["type"], type_)
+        self.does("profile set --type auto; orvactl wifi connect Home --keep --key-file -", 11, "key-refused: ", stdin="mistaken key")
+        self.device.until(lambda: self.known() == [])
+        self.does("profile restore-backup --wait 0")
+        self.assertEqual(self.known(), ["Home"])
 
     def test_every_output_is_as_written_down(self):
         golden = pathlib.Path(__file__).parent / "golden.txt"
