@@ -52,6 +52,9 @@ BusWatchdog::BusWatchdog(const QString& service)
 
 BusWatchdog::~BusWatchdog()
 {
+    // The thread of the connection frees a ping that is open at the end, whoever still has it.
+    m_ping.reset();
+    qDeleteAll(findChildren<QDBusPendingCallWatcher*>());
     QDBusConnection::disconnectFromBus(connectionName());
 }
 

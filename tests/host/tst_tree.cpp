@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "rootworker.h"
+#include "callerturns.h"
+#include "heldclock.h"
+#include "host.h"
+#include "privatebus.h"
 #include "standins/powermanager.h"
 #include "values.h"
 
 #include "power/powerrecords.h"
 
 #include <QtTest>
+
+#include <dbus/dbus.h>
 
 namespace {
 
@@ -34,6 +39,11 @@ class TreeTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        HeldClock::run();
+        QVERIFY(m_bus.start());
+    }
     void init() { m_root = std::make_unique<RootWorker>(); }
     void cleanup() { m_root.reset(); }
 
@@ -145,9 +155,45 @@ private Q_SLOTS:
         QCOMPARE(ask(hold, "99"_s), QString());
     }
 
+    void aTurnLetsTheOthersIn()
+    {
+        CallerTurns turns;
+        QStringList done;
+        const auto work = [&] {
+            done << "call"_s;
+            QThread::msleep(5);
+            QMetaObject::invokeMethod(
+                this, [&done] { done << "other"_s; }, Qt::QueuedConnection);
+        };
+        turns.add("a"_s, CallerTurns::Work::AtOnce, work);
+        turns.add("b"_s, CallerTurns::Work::AtOnce, work);
+        QTRY_COMPARE(done, QStringList({"call"_s, "other"_s, "call"_s, "other"_s}));
+    }
+
+    void aHostThatHasHeardLooksWhetherItStillDoes()
+    {
+        m_root.reset();
+        QTemporaryDir state;
+        HostConfig config;
+        config.stateDirectory = state.path();
+        const QDBusConnection connection = m_bus.connection("host"_s);
+        Host host(config, connection);
+        QSignalSpy failed(&host, &Host::failed);
+        QVERIFY(host.start());
+        dbus_connection_set_max_received_size(
+            static_cast<DBusConnection*>(connection.internalPointer()), 0);
+        for (int second = 0; second < 60 && failed.isEmpty(); ++second) {
+            HeldClock::instance().pass(1000);
+            QTest::qWait(5);
+        }
+        QCOMPARE(failed.size(), 1);
+        QDBusConnection::disconnectFromBus("host"_s);
+    }
+
 private:
+    PrivateBus m_bus;
     std::unique_ptr<RootWorker> m_root;
 };
 
-QTEST_GUILESS_MAIN(TreeTest)
+ORVA_HELD_TEST_MAIN(TreeTest)
 #include "tst_tree.moc"
