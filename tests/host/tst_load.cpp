@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "busledger.h"
+#include "bussieve.h"
 #include "common/bustypes.h"
 #include "hostprocess.h"
 #include "privatebus.h"
@@ -99,6 +99,37 @@ private Q_SLOTS:
         QTEST(m_hostile->call(hostCall("GetValue", {"test/large"_s})).errorName(), "value");
     }
 
+    void theSieveKeepsBackWhatIsTooMuch()
+    {
+        const auto ping = [](const QDBusConnection& receiver) {
+            return QDBusMessage::createMethodCall(receiver.baseService(), "/"_s,
+                                                  "org.freedesktop.DBus.Peer"_s, "Ping"_s);
+        };
+        int heard = 0;
+        BusLimits limits;
+        limits.message = 10000;
+        BusSieve* sieve = sieved("sieved"_s, limits);
+        connect(sieve, &BusSieve::heard, this, [&heard] { ++heard; });
+        say(QString(10000, QLatin1Char('x')));
+        say("first"_s);
+        QTRY_COMPARE(m_said, QStringList("first"_s));
+        QTRY_COMPARE(heard, 1);
+        // A ping is not heard, nor answered where the bus takes no answers.
+        sieve->listen();
+        QCOMPARE(m_hostile->call(ping(m_bus.connection("sieved"_s))).errorName(), QString());
+        sieve->listen();
+        limits.unsent = -1;
+        sieved("full"_s, limits);
+        const auto unanswered = m_hostile->asyncCall(ping(m_bus.connection("full"_s)));
+        say("last"_s);
+        QTRY_COMPARE(m_said, QStringList({"first"_s, "last"_s, "last"_s}));
+        QTRY_COMPARE(heard, 2);
+        (void)m_hostile->interface()->isServiceRegistered("org.orva.Host1"_s);
+        QVERIFY(!unanswered.isFinished());
+        QDBusConnection::disconnectFromBus("sieved"_s);
+        QDBusConnection::disconnectFromBus("full"_s);
+    }
+
     void theLedgerIsFairWhenAllIsTaken()
     {
         BusLimits limits;
@@ -158,7 +189,25 @@ private Q_SLOTS:
         QTRY_VERIFY(isServed(*m_hostile));
     }
 
+    void on_said(const QString& text) { m_said << text; }
+
 private:
+    /// A connection behind a sieve that notes what it is told.
+    BusSieve* sieved(const QString& label, const BusLimits& limits)
+    {
+        QDBusConnection connection = m_bus.connection(label);
+        connection.connect(QString(), "/"_s, "org.orva.Test"_s, "Said"_s, this,
+                           SLOT(on_said(QString)));
+        return BusSieve::install(connection, limits);
+    }
+    void say(const QString& text)
+    {
+        auto signal = QDBusMessage::createSignal("/"_s, "org.orva.Test"_s, "Said"_s);
+        signal.setArguments({text});
+        m_hostile->send(signal);
+    }
+
+    QStringList m_said;
     PrivateBus m_bus;
     HostProcess m_host;
     std::unique_ptr<QDBusConnection> m_hostile;
