@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+#include <sched.h>
+
 class TestFake : public QObject
 {
     Q_OBJECT
@@ -70,6 +72,17 @@ private Q_SLOTS:
         QVERIFY(!state.__contains(OrvaNetworkInfo::Wireless()));
         QVERIFY(!state.wired().addresses().isEmpty());
         QCOMPARE(state.gateways().first().ip(), "10.0.0.1"_s);
+    }
+
+    /// In a network namespace of this program's own. The last test: it stays in there.
+    void withoutAnInterfaceThereIsAnAddressAllTheSame()
+    {
+        if (::unshare(CLONE_NEWNET) != 0)
+            QSKIP("needs root, for a network namespace");
+        PlayedListener listener;
+        Networking_LowLevel_Fake fake(listener);
+        QCOMPARE(fake.getEthernetMAC(), "00:01:02:03:04:05"_s);
+        QCOMPARE(fake.getNetworkState().wired().addresses().first().ip(), "127.0.0.1"_s);
     }
 };
 
