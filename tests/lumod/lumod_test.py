@@ -166,6 +166,19 @@ class LumodTest(unittest.TestCase):
         self.hear("Disconnected uap0")
         self.assertEqual(self.p.get("SoftApModeSettings")["data"], {})
 
+    def test_what_is_asked_for_again_comes_once(self):
+        start = "StartSoftAp", "uap0", {"ssid": "Device"}
+        for step in ["scan", "softAp"]:
+            self.p.act("SetDelay", step, ("u", "600"))
+        for step in [start, ("StopSoftAp", "uap0"), ("Scan",), ("Scan",)]:
+            self.p.call(*step)
+        self.p.act("SetDelay", "softAp", ("u", "2000"))
+        self.p.call(*start)
+        heard = []
+        while "Connected" not in heard:
+            heard.append(self.hear_any()[0])
+        self.assertEqual(heard.count("ScanResults"), 1)
+
     def test_wps_succeeds_overlaps_fails_and_stays_silent(self):
         p = self.p
         p.act("SetDelay", "wpsWalk", ("u", "0"))
