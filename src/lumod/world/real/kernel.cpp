@@ -2,6 +2,7 @@
 #include "world/real/kernel.h"
 
 #include "log.h"
+#include "world/real/interfacechanges.h"
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -253,10 +254,6 @@ void Kernel::take(nl_object* object, void* into)
 
 void Kernel::setUp(int index)
 {
-    const std::unique_ptr<rtnl_link, void (*)(rtnl_link*)> asIs(rtnl_link_alloc(), rtnl_link_put);
-    const std::unique_ptr<rtnl_link, void (*)(rtnl_link*)> wanted(rtnl_link_alloc(), rtnl_link_put);
-    rtnl_link_set_ifindex(asIs.get(), index);
-    rtnl_link_set_flags(wanted.get(), IFF_UP);
-    if (const int fault = rtnl_link_change(m_queries.get(), asIs.get(), wanted.get(), 0))
-        qCWarning(lcLumod, "Cannot set interface %d up: %s", index, nl_geterror(fault));
+    if (const auto up = setInterfaceUp(index); !up)
+        qCWarning(lcLumod).noquote() << "Cannot set interface" << index << "up:" << up.why();
 }

@@ -76,7 +76,7 @@ public:
     void refresh();
 
     /// Sets the interface up; a failure is logged.
-    void setUp(int index);
+    static void setUp(int index);
 
 Q_SIGNALS:
     /// Something about some interface is other than before.
