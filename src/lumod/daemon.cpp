@@ -4,6 +4,7 @@
 #include "api/core/orvamask.h"
 #include "busproperties.h"
 #include "log.h"
+#include "softapwire.h"
 #include "wire.h"
 
 #include <QCoreApplication>
@@ -237,12 +238,13 @@ void Daemon::StartSoftAp(const QString& interface, const QVariantMap& settings)
 {
     if (m_world.details(interface).kind != InterfaceDetails::Kind::SoftAp)
         return refuse(QStringLiteral("Unknown soft-AP interface: ") + interface);
-    const auto decoded = wire::softApSettings(settings);
+    const auto decoded = softApSettings(settings);
     if (!decoded)
-        return refuse(QStringLiteral("The soft AP's SSID does not have 1 to 32 bytes"));
+        return refuse(decoded.why());
     qCInfo(lcLumod).noquote() << "Starting soft AP" << decoded->ssid << "on" << interface;
-    m_softApSettings.insert(interface, wire::plain(settings));
-    m_world.startSoftAp(interface, *decoded);
+    if (const auto started = m_world.startSoftAp(interface, *decoded); !started)
+        return refuse(started.why());
+    m_softApSettings.insert(interface, maskedSoftApSettings(wire::plain(settings)));
 }
 
 void Daemon::StopSoftAp(const QString& interface)

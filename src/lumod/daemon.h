@@ -39,8 +39,8 @@ public:
     /// "OffMode", the text given to `SetNormalMode`, or "SoftApMode" while only a soft access point
     /// runs.
     [[nodiscard]] QString mode() const;
-    /// The settings that the last `StartSoftAp` gave to the access point that runs; empty when none
-    /// runs.
+    /// The settings that the last `StartSoftAp` gave to the access point that runs, its pass phrase
+    /// masked; empty when none runs.
     [[nodiscard]] QVariantMap softApModeSettings() const;
     [[nodiscard]] QVariantMap wiredIpSettings() const { return m_wiredIpSettings; }
     void setWiredIpSettings(const QVariantMap& settings);
@@ -98,5 +98,5 @@ private:
     QVariantMap m_wirelessIpSettings;
     QVariantMap m_wirelessNetworks;
     QVector<KnownNetwork> m_networks;            ///< what `m_wirelessNetworks` says
-    QMap<QString, QVariantMap> m_softApSettings; ///< as received, of those started and not stopped
+    QMap<QString, QVariantMap> m_softApSettings; ///< masked, of those started and not stopped
 };

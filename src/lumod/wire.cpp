@@ -111,20 +111,6 @@ KnownNetwork knownNetwork(const QString& ssid, const QVariantMap& map)
     return network;
 }
 
-/// True if the text is an IPv4 address in its normal form; "10" would be read as 0.0.0.10.
-bool isIpv4(const QString& text)
-{
-    const QHostAddress address(text);
-    return address.protocol() == QAbstractSocket::IPv4Protocol && address.toString() == text;
-}
-
-/// The prefix of a dotted netmask, -1 when it is none.
-int prefixOf(const QString& netmask)
-{
-    return isIpv4(netmask) ? QHostAddress::parseSubnet(QStringLiteral("0.0.0.0/") + netmask).second
-                           : -1;
-}
-
 QString scanType(Security security)
 {
     switch (security) {
@@ -221,6 +207,18 @@ bool isSsid(const QString& ssid)
     return size > 0 && size <= maxSsidBytes;
 }
 
+bool isIpv4(const QString& text)
+{
+    const QHostAddress address(text);
+    return address.protocol() == QAbstractSocket::IPv4Protocol && address.toString() == text;
+}
+
+int prefixOf(const QString& netmask)
+{
+    return isIpv4(netmask) ? QHostAddress::parseSubnet(QStringLiteral("0.0.0.0/") + netmask).second
+                           : -1;
+}
+
 QVector<KnownNetwork> knownNetworks(const QVariantMap& map)
 {
     QVector<KnownNetwork> networks;
@@ -250,22 +248,6 @@ std::optional<StaticIp> staticIp(const QVariantMap& map)
         return settings;
     qCWarning(lcLumod) << "IP settings without a valid address and netmask, using DHCP";
     return std::nullopt;
-}
-
-std::optional<SoftApSettings> softApSettings(const QVariantMap& map)
-{
-    SoftApSettings settings;
-    settings.ssid = text(map, "ssid").value_or(QStringLiteral("lumod"));
-    if (!isSsid(settings.ssid))
-        return std::nullopt;
-    settings.bssid = text(map, "bssid").value_or(QString());
-    settings.channel = integer(map, "channel").value_or(settings.channel);
-    settings.address = text(map, "apAddress").value_or(QString());
-    if (!isIpv4(settings.address))
-        settings.address = QStringLiteral("192.168.4.1");
-    if (const int prefix = prefixOf(text(map, "apNetmask").value_or(QString())); prefix >= 0)
-        settings.prefix = prefix;
-    return settings;
 }
 
 QVariantMap toMap(const InterfaceDetails& details)

@@ -25,9 +25,10 @@ bool isSsid(const QString& ssid);
 QVector<KnownNetwork> knownNetworks(const QVariantMap& map);
 /// The IP settings map: empty for DHCP, and for one that is not a valid IPv4 configuration.
 std::optional<StaticIp> staticIp(const QVariantMap& map);
-/// The soft-AP settings, with a default for each field that is absent or unusable; nothing when the
-/// SSID is one that no beacon can carry.
-std::optional<SoftApSettings> softApSettings(const QVariantMap& map);
+/// True if the text is an IPv4 address in its normal form; "10" would be read as 0.0.0.10.
+bool isIpv4(const QString& text);
+/// The prefix of a dotted netmask, -1 when it is none.
+int prefixOf(const QString& netmask);
 
 /// The interface details map.
 QVariantMap toMap(const InterfaceDetails& details);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "failure.h"
 #include "world/worldtypes.h"
 
 #include <QObject>
@@ -36,8 +37,9 @@ public:
     /// Starts a WPS session, by `pin` or, when that is empty, by push button; replaces one that
     /// runs.
     virtual void startWps(const QString& pin) = 0;
-    /// Starts or restarts the soft access point; ends in `connected`.
-    virtual void startSoftAp(const QString& interface, const SoftApSettings& settings) = 0;
+    /// Starts or restarts the soft access point; ends in `connected`. Refused when a program for it
+    /// is missing.
+    virtual Result<> startSoftAp(const QString& interface, const SoftApSettings& settings) = 0;
     virtual void stopSoftAp(const QString& interface) = 0;
 
 Q_SIGNALS:

@@ -75,10 +75,16 @@ struct NetworkConfiguration
 struct SoftApSettings
 {
     QString ssid;
-    QString bssid; ///< empty: the interface's own address
+    QString passphrase; ///< of WPA2, 8 to 63 printable ASCII characters; empty: an open one
+    QString bssid;      ///< empty: the interface's own address
     int channel = 1;
+    QString country; ///< two capital letters; empty: as the radio has it
     QString address;
     int prefix = 24;
+    QString dhcpFrom; ///< the addresses that stations get; empty: some of the network
+    QString dhcpTo;
+    QString domain;            ///< the name under which stations find `address`; empty: none
+    QByteArray vendorElements; ///< whole information elements, for the beacon
 };
 
 /// The addresses of an interface, as address records ("10.0.0.2/24", "fe80::1/64l").

@@ -103,9 +103,10 @@ void PlayedWorld::startWps(const QString& pin)
         Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
 }
 
-void PlayedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)
+Result<> PlayedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)
 {
     m_softAps.start(interface, settings);
+    return {};
 }
 
 void PlayedWorld::stopSoftAp(const QString& interface)

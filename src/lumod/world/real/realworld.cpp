@@ -117,6 +117,9 @@ void RealWorld::startWps(const QString& pin)
 }
 
 // The soft access point is not driven yet, which the daemon has told who asked.
-void RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& /*settings*/) {}
+Result<> RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& /*settings*/)
+{
+    return {};
+}
 
 void RealWorld::stopSoftAp(const QString& /*interface*/) {}
