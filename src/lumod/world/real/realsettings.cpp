@@ -112,6 +112,8 @@ constexpr std::array rows = {
     Row{"dhcpcd", [](const auto& v, S& s) { return takePath(v, s.dhcpcd); }},
     Row{"resolvconf", [](const auto& v, S& s) { return takePath(v, s.resolvconf); }},
     Row{"wpaSupplicant", [](const auto& v, S& s) { return takePath(v, s.wpaSupplicant); }},
+    Row{"hostapd", [](const auto& v, S& s) { return takePath(v, s.hostapd); }},
+    Row{"dnsmasq", [](const auto& v, S& s) { return takePath(v, s.dnsmasq); }},
     Row{"helperDirectory", [](const auto& v, S& s) { return takePath(v, s.helperDirectory); }},
     Row{"runtimeDirectory", [](const auto& v, S& s) { return takePath(v, s.runtimeDirectory); }},
     Row{"dhcpDeadline", [](const auto& v, S& s) { return takeSeconds(v, s.dhcpDeadline); }},

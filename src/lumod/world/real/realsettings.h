@@ -22,6 +22,8 @@ struct RealSettings
     QString dhcpcd = QStringLiteral("/usr/sbin/dhcpcd");
     QString resolvconf = QStringLiteral("/usr/sbin/resolvconf");
     QString wpaSupplicant = QStringLiteral("/usr/sbin/wpa_supplicant");
+    QString hostapd = QStringLiteral("/usr/sbin/hostapd");
+    QString dnsmasq = QStringLiteral("/usr/sbin/dnsmasq");
     QString helperDirectory = QStringLiteral(ORVA_HELPER_DIR); ///< of dhcp-event and lumod-keep
     QString runtimeDirectory = QStringLiteral("/run/lumod");
     int dhcpDeadline = 10000; ///< ms after which a silent server is reported
