@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "world/real/addressserver.h"
+
+#include "world/real/savetext.h"
+#include "world/real/strayprocesses.h"
+
+#include <QFile>
+
+namespace {
+
+constexpr int retryMilliseconds = 5000;
+
+} // namespace
+
+AddressServer::AddressServer(const RealSettings& settings)
+    : m_settings(settings)
+    , m_file(QStringLiteral("%1/dnsmasq-%2.conf").arg(settings.runtimeDirectory, settings.softAp))
+    , m_child(settings.helperDirectory + QStringLiteral("/lumod-keep"), QStringLiteral("dnsmasq"))
+{
+    m_pause.setSingleShot(true);
+    connect(&m_pause, &QTimer::timeout, this, &AddressServer::launch);
+    connect(&m_child, &ChildProcess::stopped, this, [this] {
+        ended();
+        Q_EMIT stopped();
+    });
+    connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
+        ended();
+        m_pause.start(pause);
+        Q_EMIT failed(QStringLiteral("dnsmasq has ended: ") + why);
+    });
+}
+
+AddressServer::~AddressServer()
+{
+    blockSignals(true); // its owner is going
+    m_child.end();
+    ended();
+}
+
+void AddressServer::start(const QByteArray& configuration)
+{
+    m_configuration = configuration;
+    launch();
+}
+
+void AddressServer::launch()
+{
+    killProcessesWith(m_file);
+    if (const auto saved = saveSecret(m_file, m_configuration); !saved) {
+        m_pause.start(retryMilliseconds);
+        return Q_EMIT failed(QStringLiteral("Cannot write ") + saved.why());
+    }
+    m_child.start(m_settings.dnsmasq, {QStringLiteral("--keep-in-foreground"),
+                                       QStringLiteral("--conf-file=") + m_file});
+}
+
+void AddressServer::stop()
+{
+    m_pause.stop();
+    if (isRunning())
+        m_child.stop();
+}
+
+/// Nothing of it is left.
+void AddressServer::ended()
+{
+    killProcessesWith(m_file);
+    QFile::remove(m_file);
+}

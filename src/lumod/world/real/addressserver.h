@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "world/real/childprocess.h"
+#include "world/real/realsettings.h"
+
+#include <QTimer>
+
+/// dnsmasq for the stations of a soft access point. It is started again where it ends by itself.
+class AddressServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `settings` outlive it.
+    explicit AddressServer(const RealSettings& settings);
+    /// Ends it, within some seconds.
+    ~AddressServer() override;
+    Q_DISABLE_COPY(AddressServer)
+
+    /// Starts it, which must not run, with the text of its configuration file.
+    void start(const QByteArray& configuration);
+    /// Asks it to end; where it runs, `stopped` follows.
+    void stop();
+    [[nodiscard]] bool isRunning() const { return m_child.isRunning(); }
+
+Q_SIGNALS:
+    void stopped();
+    /// For a person; it goes on trying.
+    void failed(const QString& description);
+
+private:
+    void launch();
+    void ended();
+
+    const RealSettings& m_settings;
+    QString m_file;
+    QByteArray m_configuration;
+    ChildProcess m_child;
+    QTimer m_pause;
+};
