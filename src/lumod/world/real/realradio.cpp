@@ -26,6 +26,7 @@ RealRadio::RealRadio(World& world, Kernel& kernel, NameServers& nameServers,
     connect(&m_supplicant, &Supplicant::keyRefused, this, [this](const QString& ssid) {
         Q_EMIT this->world().authenticationFailed(ssid, QStringLiteral("Wrong key for ") + ssid);
     });
+    connect(&m_supplicant, &Supplicant::driverRefused, this, &RealRadio::refused);
     m_revive.setSingleShot(true);
     connect(&m_switch, &RadioSwitch::unblocked, this,
             [this] { m_revive.start(reviveMilliseconds); });
@@ -95,6 +96,23 @@ void RealRadio::reassociate()
     if (isUp())
         return leave();
     reconcile();
+}
+
+void RealRadio::rejoin()
+{
+    if (m_joined || phase() == Phase::Leaving)
+        return;
+    m_current = false;
+    reconcile();
+}
+
+int RealRadio::joinedChannel() const
+{
+    constexpr int lastOf5GHz = 5885; // MHz
+    const auto point = m_supplicant.accessPoint();
+    return m_joined && point && point->frequency <= lastOf5GHz
+               ? supplicant::channelOf(point->frequency)
+               : 0;
 }
 
 void RealRadio::startWps(const QString& pin)
@@ -196,16 +214,19 @@ void RealRadio::joined()
     m_joinedNetwork = network;
     forgetSilence();
     enter(Phase::Configuring);
+    Q_EMIT moved();
 }
 
 /// Joined to nothing.
 void RealRadio::away()
 {
-    m_joined = false;
+    const bool wasJoined = std::exchange(m_joined, false);
     if (phase() != Phase::Down)
         dropCarrier();
     forgetSilence();
     ask(false);
+    if (wasJoined)
+        Q_EMIT moved();
 }
 
 void RealRadio::lost()
@@ -225,6 +246,7 @@ void RealRadio::left()
     if (m_supplicant.isReady())
         m_supplicant.leave();
     goDown();
+    Q_EMIT moved();
 }
 
 void RealRadio::startScan()

@@ -30,7 +30,21 @@ public:
     /// Starts a session, by push button when `pin` is empty.
     void startWps(const QString& pin);
 
+    /// Begins anew to join, with all networks, where it is not joined.
+    void rejoin();
+
     [[nodiscard]] InterfaceDetails details() const;
+    /// There are networks, and it is permitted to join them.
+    [[nodiscard]] bool wantsToJoin() const { return wantsNetworks(); }
+    [[nodiscard]] bool isJoined() const { return m_joined; }
+    /// The channel, of 2.4 or 5 GHz, of the access point that is joined; 0 for none.
+    [[nodiscard]] int joinedChannel() const;
+
+Q_SIGNALS:
+    /// It has joined a network, or has left one.
+    void moved();
+    /// The driver does not even try to join: the radio is held on another channel.
+    void refused();
 
 private:
     /// The work that was asked of the radio beside joining.

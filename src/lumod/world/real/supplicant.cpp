@@ -242,6 +242,8 @@ void Supplicant::on_reason(const QByteArray& datagram)
     using Kind = SupplicantReason::Kind;
     if (reason->kind == Kind::ScanFailed)
         return failScan(reason->error);
+    if (reason->kind == Kind::DriverRefused)
+        return Q_EMIT driverRefused();
     if (reason->kind == Kind::KeyRejected && m_rejecting.size() < most)
         m_rejecting.append(reason->bssid);
     if (reason->kind == Kind::Joined)

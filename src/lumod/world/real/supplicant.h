@@ -63,6 +63,8 @@ Q_SIGNALS:
     /// A scan that was asked for is over; `fault` is for a person, empty for none.
     void scanned(const QString& fault);
     void keyRefused(const QString& ssid);
+    /// The driver does not try to join what it has been told to.
+    void driverRefused();
     /// The credentials that a WPS session has brought; nothing when they cannot be used to join.
     void wpsBrought(const std::optional<WpsCredentials>& credentials);
     void wpsSucceeded();

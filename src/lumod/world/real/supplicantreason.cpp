@@ -83,16 +83,24 @@ std::optional<SupplicantReason> joined(const QByteArray&)
     return SupplicantReason();
 }
 
+std::optional<SupplicantReason> driverRefused(const QByteArray&)
+{
+    return SupplicantReason{SupplicantReason::Kind::DriverRefused, -1, {}, 0};
+}
+
 struct Event
 {
     const char* name;
     std::optional<SupplicantReason> (*parse)(const QByteArray& text);
 };
 
-constexpr std::array events = {Event{"CTRL-EVENT-AUTH-REJECT ", authenticationRejected},
-                               Event{"CTRL-EVENT-SSID-TEMP-DISABLED ", networkPaused},
-                               Event{"CTRL-EVENT-SCAN-FAILED ", scanFailed},
-                               Event{"CTRL-EVENT-CONNECTED ", joined}};
+constexpr std::array events = {
+    Event{"CTRL-EVENT-AUTH-REJECT ", authenticationRejected},
+    Event{"CTRL-EVENT-SSID-TEMP-DISABLED ", networkPaused},
+    Event{"CTRL-EVENT-SCAN-FAILED ", scanFailed},
+    Event{"SME: Authentication request to the driver failed", driverRefused},
+    Event{"Association request to the driver failed", driverRefused},
+    Event{"CTRL-EVENT-CONNECTED ", joined}};
 
 } // namespace
 

@@ -10,11 +10,12 @@
 struct SupplicantReason
 {
     enum class Kind {
-        KeyRejected, ///< WPA3: the access point `bssid` takes the key for a wrong one
-        WrongKey,    ///< WPA2: the key of `network` is taken for a wrong one
-        Paused,      ///< `network` is left alone for a while, for any other reason
-        Joined,      ///< a network is joined
-        ScanFailed,  ///< the radio refuses to scan, with `error`
+        KeyRejected,   ///< WPA3: the access point `bssid` takes the key for a wrong one
+        WrongKey,      ///< WPA2: the key of `network` is taken for a wrong one
+        Paused,        ///< `network` is left alone for a while, for any other reason
+        Joined,        ///< a network is joined
+        ScanFailed,    ///< the radio refuses to scan, with `error`
+        DriverRefused, ///< the driver does not even try to join
     };
 
     Kind kind = Kind::Joined;
