@@ -8,6 +8,7 @@ RealWorld::RealWorld(RealSettings settings)
     , m_nameServers(m_settings)
     , m_cable(*this, m_kernel, m_nameServers, m_settings)
     , m_radio(*this, m_kernel, m_nameServers, m_settings)
+    , m_softAp(*this, m_kernel, m_settings, m_radio)
 {
     connect(&m_kernel, &Kernel::changed, this, &RealWorld::update);
     connect(&m_events, &DatagramSocket::received, this, &RealWorld::take);
@@ -34,6 +35,7 @@ void RealWorld::update()
     m_cable.update();
     m_radio.permit(permission());
     m_radio.update();
+    m_softAp.update();
 }
 
 void RealWorld::take(const QByteArray& datagram)
@@ -59,6 +61,8 @@ QStringList RealWorld::interfaces() const
         names.append(m_settings.wired);
     if (m_radio.exists())
         names.append(m_settings.wireless);
+    if (m_softAp.exists())
+        names.append(m_settings.softAp);
     return names;
 }
 
@@ -66,6 +70,8 @@ InterfaceDetails RealWorld::details(const QString& interface) const
 {
     if (interface == m_settings.wired)
         return m_cable.details();
+    if (interface == m_settings.softAp)
+        return m_softAp.details();
     return interface == m_settings.wireless ? m_radio.details() : InterfaceDetails();
 }
 
@@ -78,7 +84,7 @@ void RealWorld::announce()
     if (!m_settings.wireless.isEmpty())
         m_radio.announceStatus();
     if (!m_settings.softAp.isEmpty())
-        Q_EMIT statusChanged(m_settings.softAp, InterfaceStatus::Absent);
+        m_softAp.announceStatus();
 }
 
 void RealWorld::bringUp(const NetworkConfiguration& configuration)
@@ -86,6 +92,7 @@ void RealWorld::bringUp(const NetworkConfiguration& configuration)
     m_mode = configuration.mode;
     m_cable.configure(configuration.mode != NetworkMode::Wireless, configuration.wired);
     m_radio.configure(configuration.networks, configuration.wireless, permission());
+    m_softAp.update();
 }
 
 void RealWorld::takeDown()
@@ -93,6 +100,7 @@ void RealWorld::takeDown()
     m_mode.reset();
     m_cable.configure(false, std::nullopt);
     m_radio.takeDown();
+    m_softAp.stop();
 }
 
 void RealWorld::scan()
@@ -116,10 +124,13 @@ void RealWorld::startWps(const QString& pin)
         Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
 }
 
-// The soft access point is not driven yet, which the daemon has told who asked.
-Result<> RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& /*settings*/)
+Result<> RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& settings)
 {
-    return {};
+    return m_softAp.start(settings);
 }
 
-void RealWorld::stopSoftAp(const QString& /*interface*/) {}
+void RealWorld::stopSoftAp(const QString& interface)
+{
+    if (interface == m_settings.softAp)
+        m_softAp.stop();
+}

@@ -7,6 +7,7 @@
 #include "world/real/nameservers.h"
 #include "world/real/realcable.h"
 #include "world/real/realradio.h"
+#include "world/real/realsoftap.h"
 #include "world/world.h"
 
 /// The interfaces of this machine. Everything is answered from memory: no call waits for an engine.
@@ -42,5 +43,6 @@ private:
     NameServers m_nameServers;
     RealCable m_cable;
     RealRadio m_radio;
+    RealSoftAp m_softAp;
     std::optional<NetworkMode> m_mode; ///< empty: everything is off
 };
