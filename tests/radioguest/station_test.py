@@ -21,8 +21,8 @@ def plain(network):
     return {key: value for key, value in network.items() if value is not None and not (key == "wpa_passphrase" and "wpa_psk" in network)}
 
 
-def pids(name):
-    return [int(pid) for pid in subprocess.run(["pgrep", "-x", name], capture_output=True, text=True, check=False).stdout.split()]
+def pids(name, *which):
+    return [int(pid) for pid in subprocess.run(["pgrep", *which, "-x", name], capture_output=True, text=True, check=False).stdout.split()]
 
 
 class Station(RadioCase):
