@@ -86,6 +86,7 @@ class SoftAp(RadioCase):
         self.p.call("StartSoftAp", "uap0", {**OPEN, "passphrase": PHRASE})  # it begins anew
         for step in ("StationDisconnected", self.phone.mac), ("InterfaceStatusChanged", "uap0", 4), ("Connected", "uap0"):
             self.p.wait(*step)
+        self.phone.leave()
         self.assertIn("RSN:", self.phone.beacon("Device"))
         self.agree("Home")
         self.stop()
