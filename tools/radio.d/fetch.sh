@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash disable=SC2154
 # The packages of the guest with radios, fetched and unpacked below a build directory. Sourced by tools/radio.
+. "$root/tools/fetch.sh" || exit
 
 # radio_fetch DIR: DIR/packages, a tree as Debian's root is, and DIR/kernel. Does nothing when they are there.
 radio_fetch() {
@@ -9,7 +10,7 @@ radio_fetch() {
     [ "$(cat "$dir/fetched" 2>/dev/null)" != "$kernel ${packages_radio[*]}" ] || return 0
     echo "Fetching the guest's packages, about 90 MiB" >&2
     rm -rf "$dir/packages" "$dir/fetched" "$dir/initramfs"
-    mkdir -p "$dir/debs/partial" "$dir/packages"
+    mkdir -p "$dir"
     { radio_download "$dir/debs" "$kernel" && radio_unpack "$dir" "$kernel"; } >"$log" 2>&1 </dev/null || {
         tail -n 20 "$log" >&2
         return 1
@@ -22,22 +23,14 @@ radio_kernel() {
     apt-cache depends linux-image-amd64 | sed -n 's/.*Depends: linux-image-\([0-9].*\)/\1/p' | grep .
 }
 
-# radio_download DIR KERNEL: the packages, and what they need beyond what this machine has installed.
+# radio_download DIR KERNEL
 radio_download() {
-    apt-get install -qq -y --no-install-recommends --reinstall --download-only -o Dir::Cache::archives="$1" \
-        "${packages_radio[@]}" && (cd "$1" && apt-get download -qq "linux-image-$2")
+    fetch_debs "$1" "${packages_radio[@]}" && (cd "$1" && apt-get download -qq "linux-image-$2")
 }
 
 radio_unpack() {
-    local tree=$1/packages package directory
-    for package in "$1"/debs/*.deb; do
-        dpkg-deb --extract "$package" "$tree" || return 1
-    done
-    # The tree lies over a root whose /bin, /sbin and /lib are links into /usr.
-    for directory in bin sbin lib lib64; do
-        [ -d "$tree/$directory" ] || continue
-        mkdir -p "$tree/usr/$directory" && cp -a "$tree/$directory/." "$tree/usr/$directory/" && rm -rf "${tree:?}/$directory"
-    done
+    local tree=$1/packages
+    unpack_debs "$1/debs" "$tree" || return 1
     # Debian keeps the regulatory database behind an alternative, which only an installation makes.
     ln -sf regulatory.db-debian "$tree/usr/lib/firmware/regulatory.db"
     ln -sf regulatory.db.p7s-debian "$tree/usr/lib/firmware/regulatory.db.p7s"
