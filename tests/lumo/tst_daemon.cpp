@@ -197,6 +197,10 @@ private:
                 words << word;
             m_stage.say(words.takeFirst().toString(), words);
         };
+        // As from a daemon that has gone since.
+        m_events["hear"_s] = [this](const QString& signal) {
+            QMetaObject::invokeMethod(backend, ("on_lumo_"_s + signal).toLatin1().constData());
+        };
         m_events["kill"_s] = [this](const QString&) { m_stage.killDaemon(); };
         m_events["freeze"_s] = [this](const QString&) { m_stage.signalDaemon(SIGSTOP); };
         m_events["thaw"_s] = [this](const QString&) { m_stage.signalDaemon(SIGCONT); };
