@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workerlibrary.h"
 
-#include "workerqt.h"
+#include "workerfile.h"
 
 #include <QFileInfo>
 #include <QLibrary>
@@ -34,7 +34,7 @@ OrvaResult<std::unique_ptr<CMAbstractWorker>> createWorker(const QString& librar
     if (!isTrusted(library))
         return CMError::failed(
             QStringLiteral("others than root and the host's user may change it"));
-    const auto fits = checkQtOf(library);
+    const auto fits = checkWorkerFile(library);
     if (!fits)
         return fits.error();
     QLibrary file(library);

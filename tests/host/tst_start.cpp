@@ -34,6 +34,7 @@ private Q_SLOTS:
             row("others than root and", library(copy));
         row("made no worker", library(ORVA_TEST_WORKER, R"(, "config": {"none": true})"));
         row("it is built with Qt", library(ORVA_OTHER_WORKER));
+        row("it is built for version 0.1 of", library(ORVA_OLD_WORKER));
         row("not an absolute path", library("libc.so.6"));
         row("Couldn't use the configuration", "workers: none", EX_CONFIG);
         row("not an object", "[]", EX_CONFIG);
