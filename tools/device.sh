@@ -10,6 +10,7 @@ DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
 DEVICE_WORLD=${DEVICE_WORLD:-}             # the daemon's world; default examples/world.json
 DEVICE_LUMOD_CONF=${DEVICE_LUMOD_CONF:-}   # how the daemon drives real interfaces; empty: it plays its world
 DEVICE_WIRED=${DEVICE_WIRED:-eth0}         # the host's wired interface
+DEVICE_WORKERS=''                          # entries of the host's configuration, each after a comma; device_worker adds one
 DEVICE_RUNNER=()                           # the words of a program that runs the host, valgrind say
 
 device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -36,6 +37,19 @@ device_start() {
         </dev/null >>"$log" 2>&1 9>&- &
     device_host_pid=$!
     device_await 40 device_answers
+}
+
+# device_worker LIB[=CONFIG]: has the host load a library too; CONFIG is a JSON object or a file with one.
+device_worker() {
+    local library=${1%%=*} config='{}' entry
+    [[ $1 != *=* ]] || config=${1#*=}
+    [ -f "$library" ] || { echo "There is no library $library" >&2 && return 1; }
+    [ ! -f "$config" ] || config=$(<"$config")
+    entry=$(jq -cne --arg library "$(realpath -- "$library")" --argjson config "$config" \
+        'if $config | type == "object" then {$library, $config} else false end' 2>/dev/null) || {
+        echo "The configuration of $library is no JSON object, nor a file with one: $config" >&2 && return 1
+    }
+    DEVICE_WORKERS+=", $entry"
 }
 
 # device_stop: ends what device_start started, the host first, and the daemon that the bus started.
@@ -69,7 +83,9 @@ device_configure() {
     device_fill "$dir" org.orva.lumod.conf.in "$dir/system.d/org.orva.lumod.conf"
     device_fill "$dir" org.orva.lumod.service.in "$dir/services/org.orva.lumod.service"
     device_fill "$dir" ../examples/host.json.in "$dir/host.json"
-    local policy
+    local text line policy
+    text=$(<"$dir/host.json") line=$(grep -F libnetworking.so "$dir/host.json")
+    printf '%s\n' "${text/"$line"/"$line$DEVICE_WORKERS"}" >"$dir/host.json"
     for policy in {/etc,/usr/share}/dbus-1/system.d/wpa_supplicant.conf; do # who may be it, where it is installed
         [ ! -e "$policy" ] || ln -sf "$policy" "$dir/system.d/"
     done

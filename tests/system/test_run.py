@@ -61,6 +61,17 @@ class Device(unittest.TestCase):
         self.assertEqual(list(self.runtime.iterdir()), [])
 
 
+class AWorkerOfOnesOwn(Device):
+    def test_runs_beside_the_module(self):
+        library = os.path.join(os.environ["ORVA_BUILD"], "lib", "libhost_test_worker.so")
+        echo = self.out("--worker", library + '={"of": "its own&"}', "orvactl", "--json", "invoke", "test/echo", '{"i32": 7}')
+        self.assertIn('"i32":7', echo)
+        for words, said in [(library + "=[]", "no JSON object"), (library + "=none", "no JSON object"),
+                            ("/none.so", "no library /none.so")]:
+            refused = self.run_("--worker", words)
+            self.assertEqual((refused.returncode, said in refused.stderr), (2, True), refused.stderr)
+
+
 class TheCommands(unittest.TestCase):
     def test_say_how_they_are_used(self):
         for command in [file for place in (".", "tools", "fuzz") for file in (SOURCE / place).iterdir()
