@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "action.h"
 #include "families.h"
+#include "interrupt.h"
 #include "joining.h"
 #include "names.h"
 #include "profileedit.h"
@@ -57,13 +58,36 @@ Failure busyOr(Failure failure)
     return failure;
 }
 
+bool isUnanswered(const Failure& failure)
+{
+    return failure.status == ExitStatus::TimedOut || failure.status == ExitStatus::Interrupted;
+}
+
+/// Nobody is there any more for what the session would bring.
+void cancelSession(Context& context)
+{
+    context.bus.tidyUp(std::chrono::seconds(5));
+    const Result cancelled = context.host.invoke(OrvaNetworkCancelWpsPath(), {});
+    if (!cancelled)
+        context.out.note(
+            QStringLiteral("The WPS session goes on: %1").arg(printable(cancelled.why())));
+}
+
+Result cancel(Context& context, const Arguments&)
+{
+    return activate(context, OrvaNetworkCancelWpsPath(), {});
+}
+
 Result runSession(Context& context, const CMPath& path, const OrvaValue& value,
                   const QString& instruction, const Arguments& given)
 {
+    const Interrupt interrupt;
     const auto credentials = [&] {
         const Instruction toPerson(context, instruction);
         return activate(context, path, value, sessionPatience);
     }();
+    if (!credentials && isUnanswered(credentials.error()))
+        cancelSession(context);
     if (!credentials)
         return busyOr(credentials.error());
     showCredentials(context.out, credentials->networkInterface(), given.flag("--apply"));
@@ -125,6 +149,7 @@ Commands wpsCommands()
         {"wifi wps", "Wi-Fi Protected Setup"},
         {"wifi wps pbc", "Runs a session by the router's push button", {apply, time}, &pushButton},
         {"wifi wps pin", "Runs a session by PIN", {pin, apply, time}, &pinSession},
+        {"wifi wps cancel", "Ends the session that runs", {answerTime()}, &cancel},
         {"wifi wps generate", "Shows a fresh PIN", {}, &generate},
     };
 }

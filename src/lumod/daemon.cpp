@@ -254,6 +254,11 @@ void Daemon::StopSoftAp(const QString& interface)
     m_world.stopSoftAp(interface);
 }
 
+void Daemon::WpsCancel()
+{
+    m_world.cancelWps();
+}
+
 void Daemon::WpsPbc()
 {
     qCInfo(lcLumod) << "WPS by push button";

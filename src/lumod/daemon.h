@@ -57,6 +57,7 @@ public Q_SLOTS:
     void SetOffMode();
     void StartSoftAp(const QString& interface, const QVariantMap& settings);
     void StopSoftAp(const QString& interface);
+    void WpsCancel();
     void WpsPbc();
     void WpsPin(const QString& pin);
 

@@ -400,6 +400,16 @@ class Joining(WithDevice):
         self.does("profile restore-backup --wait 0")
         self.assertEqual(self.known(), ["Home"])
 
+    def test_a_session_ends_with_who_wants_it(self):
+        def status():
+            return self.get("network/info", "networkInfo")["wireless"]["wps"]["status"]
+        for ended, end in [(-signal.SIGINT, lambda: session.send_signal(signal.SIGINT)), (4, lambda: self.does("wifi wps cancel"))]:
+            session = self.device.start("orvactl", "wifi", "wps", "pbc")
+            self.device.until(lambda: status() == 1)
+            end()
+            self.assertEqual((session.wait(LIMIT), status()), (ended, 3))
+        self.does("wifi wps cancel", 4, "No WPS session runs.")
+
     def test_every_output_is_as_written_down(self):
         golden = pathlib.Path(__file__).parent / "golden.txt"
         blocks = re.split(r"^(?=\$ )", golden.read_text(encoding="utf-8"), flags=re.MULTILINE)

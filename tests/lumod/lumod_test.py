@@ -194,9 +194,10 @@ class LumodTest(unittest.TestCase):
         p.call("WpsPin", PIN)
         p.act("EnterWpsPin", "Home", "00000000")
         self.assertIn("another WPS PIN", p.wait("WpsError")[0])
-        p.call("WpsPbc")
-        p.call("SetOffMode")
-        p.wait("WpsError", "WPS was cancelled")
+        for cancel in "WpsCancel", "SetOffMode":
+            p.call("WpsPbc")
+            p.call(cancel)
+            p.wait("WpsError", "WPS was cancelled")
         p.act("SetDelay", "wpsWalk", ("u", "30"))
         p.call("WpsPbc")
         p.wait("WpsError", "WPS timed out")

@@ -58,6 +58,7 @@ public:
         wpsPin = pin;
         return startWps("performWpsPin"_s, reply);
     }
+    bool cancelWps() override { return command("cancelWps"_s); }
     bool startSoftAp(const SoftAp& settings) override
     {
         startedSoftAps << settings;

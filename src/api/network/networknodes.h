@@ -111,6 +111,8 @@
         "Answers a `string`, a fresh PIN of 8 digits.")                                            \
     ROW(OrvaNetworkApplyWpsPath, "network/wps/apply", Action, "networkInterface", Default, "",     \
         "Makes what a WPS session answered part of the profile.")                                  \
+    ROW(OrvaNetworkCancelWpsPath, "network/wps/cancel", Action, "", Default, "",                   \
+        "Ends the WPS session that runs; its own request fails. Refused where none runs.")         \
     ROW(OrvaNetworkWirelessRssiPath, "network/wireless/rssi", Action, "", Default, "",             \
         "Answers a `double`, the signal strength of the wireless connection in dBm.")              \
     ROW(OrvaNetworkForceWifiReconnectPath, "network/wireless/reconnect", Action, "", Default, "",  \

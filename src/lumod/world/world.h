@@ -37,6 +37,8 @@ public:
     /// Starts a WPS session, by `pin` or, when that is empty, by push button; replaces one that
     /// runs.
     virtual void startWps(const QString& pin) = 0;
+    /// Fails the WPS session that runs, if any.
+    virtual void cancelWps() = 0;
     /// Starts or restarts the soft access point; ends in `connected`. Refused when a program for it
     /// is missing.
     virtual Result<> startSoftAp(const QString& interface, const SoftApSettings& settings) = 0;

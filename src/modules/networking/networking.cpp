@@ -126,6 +126,7 @@ void Networking::bindActions()
     bind(OrvaNetworkPerformWpsPinPath(), &m_wpsSession, &WpsSession::on_performWpsPin_req);
     bind(OrvaNetworkGenerateWpsPinPath(), &m_wpsSession, &WpsSession::on_generateWpsPin_req);
     bind(OrvaNetworkApplyWpsPath(), &m_wpsSession, &WpsSession::on_applyWps_req);
+    bind(OrvaNetworkCancelWpsPath(), &m_wpsSession, &WpsSession::on_cancelWps_req);
     bind(OrvaNetworkWirelessRssiPath(), &m_wirelessLink,
          &WirelessLink::on_wirelessRssiNode_activated);
     bind(OrvaNetworkRequestSoftApPath(), &m_softAps, &SoftAps::on_requestSoftAp_req);

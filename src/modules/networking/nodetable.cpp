@@ -54,6 +54,7 @@ QVector<CMPath> pathsInOrder()
             OrvaNetworkPerformWpsPinPath(),
             OrvaNetworkGenerateWpsPinPath(),
             OrvaNetworkApplyWpsPath(),
+            OrvaNetworkCancelWpsPath(),
             OrvaNetworkWirelessRssiPath(),
             OrvaNetworkRequestSoftApPath(),
             OrvaNetworkRevokeSoftApPath()};

@@ -78,8 +78,7 @@ void PlayedWorld::takeDown()
     m_cable.configure(false, std::nullopt);
     m_radio.configure({}, std::nullopt, permission());
     m_softAps.stopAll();
-    if (m_radio.wps().isRunning())
-        m_radio.wps().fail(QStringLiteral("WPS was cancelled"));
+    cancelWps();
 }
 
 void PlayedWorld::scan()
@@ -101,6 +100,12 @@ void PlayedWorld::startWps(const QString& pin)
         m_radio.wps().start(pin);
     else
         Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
+}
+
+void PlayedWorld::cancelWps()
+{
+    if (m_radio.wps().isRunning())
+        m_radio.wps().fail(QStringLiteral("WPS was cancelled"));
 }
 
 Result<> PlayedWorld::startSoftAp(const QString& interface, const SoftApSettings& settings)

@@ -26,6 +26,7 @@ public:
     void scan() override;
     void reassociate() override;
     void startWps(const QString& pin) override;
+    void cancelWps() override;
     Result<> startSoftAp(const QString& interface, const SoftApSettings& settings) override;
     void stopSoftAp(const QString& interface) override;
 

@@ -78,8 +78,7 @@ void RealRadio::permit(RadioPermission permission)
 
 void RealRadio::takeDown()
 {
-    if (m_wps.isRunning())
-        m_wps.fail(QStringLiteral("WPS was cancelled"));
+    cancelWps();
     configure({}, std::nullopt, RadioPermission::Leave);
 }
 
@@ -118,6 +117,12 @@ int RealRadio::joinedChannel() const
 void RealRadio::startWps(const QString& pin)
 {
     m_wps.start(pin);
+}
+
+void RealRadio::cancelWps()
+{
+    if (m_wps.isRunning())
+        m_wps.fail(QStringLiteral("WPS was cancelled"));
 }
 
 void RealRadio::followInterface(const KernelLink& before)

@@ -29,6 +29,7 @@ public:
     void reassociate();
     /// Starts a session, by push button when `pin` is empty.
     void startWps(const QString& pin);
+    void cancelWps();
 
     /// Begins anew to join, with all networks, where it is not joined.
     void rejoin();

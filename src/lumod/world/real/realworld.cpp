@@ -124,6 +124,11 @@ void RealWorld::startWps(const QString& pin)
         Q_EMIT wpsFailed(QStringLiteral("There is no wireless interface"));
 }
 
+void RealWorld::cancelWps()
+{
+    m_radio.cancelWps();
+}
+
 Result<> RealWorld::startSoftAp(const QString& /*interface*/, const SoftApSettings& settings)
 {
     return m_softAp.start(settings);

@@ -39,6 +39,8 @@ public:
     /// The same with a PIN of 8 digits.
     [[nodiscard]] virtual bool performWpsPin(const QString& pin,
                                              const CMReply<OrvaNetworkInterface>& reply) = 0;
+    /// Asks for the session's end, which its reply tells. False when a session cannot be ended.
+    [[nodiscard]] virtual bool cancelWps() { return false; }
     /// Asks for the soft access point of the settings' interface to run with these settings.
     virtual bool startSoftAp(const OrvaNetworkProfileSoftApSettings& settings) = 0;
     /// Asks for the soft access point of the settings' interface to stop.

@@ -18,6 +18,7 @@ constexpr auto generateContext = "void Networking::on_generateWpsPin_req(const C
 constexpr auto pbcContext = "void Networking::on_performWpsPbc_req(const CMSetDataRequest&)";
 constexpr auto pinContext = "void Networking::on_performWpsPin_req(const CMSetDataRequest&)";
 constexpr auto applyContext = "void Networking::on_applyWps_req(const CMSetDataRequest&)";
+constexpr auto cancelContext = "void Networking::on_cancelWps_req(const CMSetDataRequest&)";
 constexpr auto finishedContext =
     "void Networking::wpsFinished(const CMReply<OrvaNetworkInterface>&)";
 
@@ -161,4 +162,14 @@ void WpsSession::on_applyWps_req(const CMSetDataRequest& request)
         return changed;
     });
     request.answerAs(applied);
+}
+
+void WpsSession::on_cancelWps_req(const CMSetDataRequest& request)
+{
+    const auto trace = dbglog_scopedFunction(networkingLogger(), cancelContext);
+    if (!isRunning())
+        return request.fail(networkingError(cancelContext, "No WPS session runs."));
+    if (!m_lowlevel.cancelWps())
+        return request.fail(networkingError(cancelContext, "The WPS session cannot be cancelled."));
+    request.answer();
 }

@@ -35,6 +35,7 @@ public Q_SLOTS:
     void on_performWpsPbc_req(const CMSetDataRequest& request);
     void on_performWpsPin_req(const CMSetDataRequest& request);
     void on_applyWps_req(const CMSetDataRequest& request);
+    void on_cancelWps_req(const CMSetDataRequest& request);
 
 private:
     using WpsReply = CMReply<OrvaNetworkInterface>;

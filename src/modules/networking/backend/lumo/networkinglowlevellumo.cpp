@@ -14,7 +14,8 @@
 
 namespace {
 
-constexpr int wpsLimit = 130000; // ms; a session's walk time is 120 s
+constexpr int wpsLimit = 130000;     // ms; a session's walk time is 120 s
+constexpr int wpsCancelLimit = 5000; // ms; for a daemon that does not answer
 
 QString daemonService()
 {
@@ -190,6 +191,14 @@ bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
     if (!startWps(reply))
         return false;
     send(QStringLiteral("WpsPin"), {pin});
+    return true;
+}
+
+bool Networking_LowLevel_LUMO::cancelWps()
+{
+    const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    send(QStringLiteral("WpsCancel"));
+    m_wpsTimer.start(wpsCancelLimit);
     return true;
 }
 

@@ -41,6 +41,7 @@ public:
     bool forceWifiReconnect() override;
     bool performWpsPbc(const CMReply<OrvaNetworkInterface>& reply) override;
     bool performWpsPin(const QString& pin, const CMReply<OrvaNetworkInterface>& reply) override;
+    bool cancelWps() override;
     bool startSoftAp(const OrvaNetworkProfileSoftApSettings& settings) override;
     bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings) override;
     QString getEthernetMAC() override;
