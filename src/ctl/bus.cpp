@@ -51,10 +51,6 @@ Failure fromBusError(const QDBusError& error)
                            "belong to the world that it plays with --world.")};
     const ExitStatus status = statusOf(error);
     const QString text = error.message().isEmpty() ? error.name() : error.message();
-    if (status == ExitStatus::NotRunning)
-        return Failure{status, QStringLiteral("Not running: %1").arg(text)};
-    if (status == ExitStatus::Refused)
-        return Failure{status, QStringLiteral("Not allowed: %1").arg(text)};
     if (error.type() == QDBusError::LimitsExceeded)
         return Failure{ExitStatus::Busy, text};
     if (error.name() == QLatin1String("org.orva.Error.WrongKind"))

@@ -13,7 +13,7 @@ namespace {
 
 void giveUp(int)
 {
-    const char text[] = "orvactl: The bus does not answer in the time given.\n";
+    const char text[] = "orvactl: timed-out: The bus does not answer in the time given.\n";
     (void)!write(STDERR_FILENO, text, sizeof text - 1);
     _exit(int(ExitStatus::TimedOut));
 }

@@ -55,8 +55,7 @@ QString whatItIs(const OrvaBusNode& node)
 
 Failure lostHost()
 {
-    return Failure{ExitStatus::NotRunning,
-                   QStringLiteral("Not running: the host has left the bus.")};
+    return Failure{ExitStatus::NotRunning, QStringLiteral("The host has left the bus.")};
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "joining.h"
 
+#include "names.h"
 #include "profileedit.h"
 
 #include "core/orvamask.h"
@@ -66,18 +67,25 @@ Result putBack(Host& host, const OrvaNetworkInterface& network, bool isKeyLost,
     return host.invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(wanted));
 }
 
-/// Why a network that is in range was not joined in the time given, as far as the host can tell.
-QString whyNotJoined(Context& context, const QString& ssid)
+std::optional<ExitStatus> statusOf(OrvaNetworkJoinReason reason)
 {
-    context.bus.tidyUp(std::chrono::seconds(2));
-    const auto value = context.host.value(OrvaNetworkLastJoinPath());
-    const auto join = value ? value->networkLastJoin() : OrvaNetworkLastJoin();
-    if (join.ssid() == ssid && join.reason() == OrvaNetworkJoinReason::NoAddress)
-        return QStringLiteral("The network gave no address.");
-    if (join.ssid() == ssid && join.reason() == OrvaNetworkJoinReason::Refused)
-        return QStringLiteral("The network refused the device.");
-    return QStringLiteral("The network is in range, and was not joined or gave no address in the "
-                          "time given.");
+    switch (reason) {
+    case OrvaNetworkJoinReason::None:
+        break;
+    case OrvaNetworkJoinReason::NotInRange:
+        return ExitStatus::NotInRange;
+    case OrvaNetworkJoinReason::KeyRefused:
+        return ExitStatus::KeyRefused;
+    case OrvaNetworkJoinReason::NoAddress:
+        return ExitStatus::NoAddress;
+    case OrvaNetworkJoinReason::Refused:
+        return ExitStatus::RefusedByNetwork;
+    case OrvaNetworkJoinReason::CableFirst:
+        return ExitStatus::CableFirst;
+    case OrvaNetworkJoinReason::AirplaneMode:
+        return ExitStatus::AirplaneMode;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -130,24 +138,41 @@ std::optional<Result> noNetwork(const OrvaNetworkInfo& info, const OrvaNetworkPr
                    QStringLiteral("There is no cable. %1").arg(why->error().text)};
 }
 
+JoinWatch::JoinWatch(Context& context, const QString& ssid)
+{
+    QObject::connect(&context.host, &Host::valueChanged, &m_guard,
+                     [this, ssid](const CMPath& path, const OrvaValue& value) {
+                         if (path != OrvaNetworkLastJoinPath())
+                             return;
+                         const auto join = value.networkLastJoin();
+                         if (statusOf(join.reason()) && (ssid.isEmpty() || join.ssid() == ssid))
+                             m_failed = join;
+                     });
+}
+
+Result JoinWatch::explained(const Result& result) const
+{
+    const auto status = statusOf(m_failed.reason());
+    if (!status || result.error().status != ExitStatus::TimedOut)
+        return result;
+    return Failure{*status,
+                   QStringLiteral("\"%1\" was not joined: %2.")
+                       .arg(printableName(m_failed.ssid()), reasonText(m_failed.reason()))};
+}
+
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid)
 {
-    OrvaNetworkInfo last;
-    const auto verdict = [&](const OrvaNetworkInfo& info) {
-        last = info;
-        return judge(info, ssid);
-    };
+    const JoinWatch watch(context, ssid);
+    const auto verdict = [&](const OrvaNetworkInfo& info) { return judge(info, ssid); };
     const auto settled = [&](const OrvaNetworkInfo& info) -> std::optional<Result> {
         const auto why = hindrance(info, profile);
         return why ? std::optional<Result>(*why) : std::nullopt;
     };
-    Result result = waitForInfo(context, verdict, settled);
+    Result result = watch.explained(waitForInfo(context, verdict, settled));
     if (result.error().status != ExitStatus::TimedOut)
         return result;
-    const auto why = hindrance(last, profile);
-    if (why)
-        return *why;
-    return Failure{ExitStatus::NotJoined, whyNotJoined(context, ssid)};
+    return Failure{ExitStatus::NotJoined,
+                   QStringLiteral("The network was not joined in the time given.")};
 }
 
 void takeBack(Context& context, const OrvaNetworkProfile& before, const OrvaNetworkInterface& tried)

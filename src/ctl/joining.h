@@ -17,6 +17,20 @@ std::optional<Result> noWireless(const OrvaNetworkInfo& info, const OrvaNetworkP
 /// come.
 std::optional<Result> noNetwork(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile);
 
+/// Learns why a network was not joined: `ssid`, or any where that is empty.
+class JoinWatch
+{
+public:
+    explicit JoinWatch(Context& context, const QString& ssid = {});
+
+    /// `result`; where that is a time-out, the reason of the join that failed last.
+    [[nodiscard]] Result explained(const Result& result) const;
+
+private:
+    QObject m_guard;
+    OrvaNetworkLastJoin m_failed;
+};
+
 /// Waits until the network is joined, or for the reason why it is not. `profile` is what was set.
 Result waitForJoining(Context& context, const OrvaNetworkProfile& profile, const QString& ssid);
 

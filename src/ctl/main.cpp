@@ -79,7 +79,7 @@ Result runCommand(const Choice& choice, Output& out)
     Result result = runOnce(choice, out);
     while (choice.command->isPatient && result.error().status == ExitStatus::NotRunning) {
         if (choice.deadline.hasExpired())
-            return Failure{ExitStatus::TimedOut, QStringLiteral("Timed out: %1").arg(result.why())};
+            return Failure{ExitStatus::TimedOut, result.why()};
         pauseBefore(choice.deadline);
         result = runOnce(choice, out);
     }

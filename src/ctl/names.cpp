@@ -9,13 +9,6 @@ namespace ctl {
 
 namespace {
 
-/// The host's moments are on the same clock.
-qint64 monotonicNow()
-{
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
-}
-
 QString spanText(qint64 ms)
 {
     const struct
@@ -68,6 +61,12 @@ QString addressesText(const OrvaList<OrvaNetworkAddress>& addresses)
         texts.append(text);
     }
     return printable(texts.join(QStringLiteral(", ")));
+}
+
+qint64 monotonicNow()
+{
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 QString agoText(qint64 monotonicMs)

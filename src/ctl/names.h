@@ -14,6 +14,9 @@ namespace ctl {
 /// Addresses with their prefix and whether they came by DHCP, in one line.
 [[nodiscard]] QString addressesText(const OrvaList<OrvaNetworkAddress>& addresses);
 
+/// Now on the system's monotonic clock, in milliseconds; the host's moments are on it.
+[[nodiscard]] qint64 monotonicNow();
+
 /// The time since a moment on the monotonic clock, "3 minutes ago".
 [[nodiscard]] QString agoText(qint64 monotonicMs);
 

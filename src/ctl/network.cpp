@@ -31,9 +31,10 @@ Result restart(Context& context, const Arguments&)
     const auto profile = publishedProfile(context.host);
     if (!profile)
         return profile.error();
-    return activateAndReturn(
-        context, OrvaNetworkRestartPath(), &isConnected,
-        [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); });
+    const JoinWatch watch(context);
+    return watch.explained(
+        activateAndReturn(context, OrvaNetworkRestartPath(), &isConnected,
+                          [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); }));
 }
 
 Result stop(Context& context, const Arguments&)

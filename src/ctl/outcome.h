@@ -21,11 +21,14 @@ enum class ExitStatus {
 
     NotInRange = 10,   ///< no scan sees the network
     KeyRefused = 11,   ///< the network refused the key
+    NoAddress = 12,    ///< the network was joined and gave no address
     CableFirst = 13,   ///< the cable has precedence
     AirplaneMode = 14, ///< airplane mode has the radio blocked
-    NotJoined = 15,    ///< the network is there and was not joined
+    NotJoined = 15,    ///< no attempt to join the network has ended in the time given
     Busy = 16,         ///< the host does the like for somebody else, or too much
     NoNetwork = 17,    ///< there is nothing to connect to: no cable and no known network
+
+    RefusedByNetwork = 18, ///< the network was found and did not let the device join
 
     Interrupted = 128, ///< and the number of the signal: 130, 143
 };

@@ -168,6 +168,14 @@ std::optional<Result> isForLater(const OrvaNetworkInfo& info, const OrvaNetworkP
                    QStringLiteral("The profile is set, for later: %1").arg(why->error().text)};
 }
 
+/// True of an action that the host has taken, and whose result has not come about.
+bool isTaken(ExitStatus status)
+{
+    return status == ExitStatus::TimedOut ||
+           (status >= ExitStatus::NotInRange && status < ExitStatus::Interrupted &&
+            status != ExitStatus::Busy);
+}
+
 Result changeProfile(Context& context, const Arguments& given)
 {
     if (given.text("--type").isEmpty() && !hasAddress(given))
@@ -185,12 +193,12 @@ Result changeProfile(Context& context, const Arguments& given)
     else if (hasAddress(given))
         profile.setWired(withAddress(profile.wired(), given));
     const Action setting = settingOf(profile, given);
-    Result result = activateAndWait(
+    const JoinWatch watch(context);
+    Result result = watch.explained(activateAndWait(
         context, setting.path, setting.value,
         whenInfo([&](const OrvaNetworkInfo& info) { return isInForce(info, profile, given); }),
-        [&](const OrvaNetworkInfo& info) { return isForLater(info, profile, given); });
-    if (result || result.error().status == ExitStatus::TimedOut ||
-        result.error().status == ExitStatus::NoNetwork)
+        [&](const OrvaNetworkInfo& info) { return isForLater(info, profile, given); }));
+    if (result || isTaken(result.error().status))
         noteTrial(context.out, given);
     return result;
 }
@@ -204,16 +212,18 @@ Result confirm(Context& context, const Arguments&)
 Command::Run exchangeProfile(const CMPath& action)
 {
     return [action](Context& context, const Arguments&) -> Result {
+        const JoinWatch watch(context);
         const auto answer = activate(context, action, {});
         if (!answer)
             return answer.error();
         const auto profile = publishedProfile(context.host);
         if (!profile)
             return profile.error();
-        return waitForInfo(context, whenInfo([](const OrvaNetworkInfo& info) {
-                               return info.state() == OrvaNetworkState::Connected;
-                           }),
-                           [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); });
+        return watch.explained(
+            waitForInfo(context, whenInfo([](const OrvaNetworkInfo& info) {
+                            return info.state() == OrvaNetworkState::Connected;
+                        }),
+                        [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); }));
     };
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "action.h"
 #include "families.h"
+#include "names.h"
 
 #include <chrono>
 
@@ -92,11 +93,9 @@ QString yes(bool value)
 
 QString timeLeft(const OrvaNetworkSoftApRequestStatus& status)
 {
-    using namespace std::chrono;
     if (status.expiresAtMs() == 0)
         return QStringLiteral("never");
-    const milliseconds now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
-    const qint64 left = qMax<qint64>(0, status.expiresAtMs() - now.count());
+    const qint64 left = qMax<qint64>(0, status.expiresAtMs() - monotonicNow());
     return QStringLiteral("%1 s").arg((left + 999) / 1000);
 }
 

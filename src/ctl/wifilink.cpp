@@ -24,9 +24,10 @@ Result reconnect(Context& context, const Arguments&)
     const auto isUp = [](const OrvaNetworkInfo& info) {
         return info.wireless().state() == OrvaNetworkState::Connected;
     };
-    return activateAndReturn(
-        context, OrvaNetworkForceWifiReconnectPath(), isUp,
-        [&](const OrvaNetworkInfo& info) { return noWireless(info, *profile); });
+    const JoinWatch watch(context);
+    return watch.explained(
+        activateAndReturn(context, OrvaNetworkForceWifiReconnectPath(), isUp,
+                          [&](const OrvaNetworkInfo& info) { return noWireless(info, *profile); }));
 }
 
 } // namespace

@@ -335,14 +335,14 @@ class Joining(WithDevice):
         return [network["ssid"] for network in self.get("network/profile", "networkProfile").get("wirelessNetworks", [])]
 
     def test_it_ends_with_its_reason_and_goes_back(self):
-        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (15, "not-joined: ", "Mute --wait 1 --json >/dev/full")]:
+        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (12, "no-address: ", "Mute --wait 1 --json >/dev/full")]:
             self.does("wifi connect " + command, status, reason, stdin="mistaken key")
             self.assertEqual(self.known(), [], command)
         for command in "network restart", "wifi reconnect", "profile set --type wired", "profile set --type wireless", "profile set --type auto":
             self.does(command + " --wait 0.5", 17, "no-network: ")
         self.connect_by_prompt("Home", "correct horse", wait=2, pause=2)
         self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["ssid"], "Home")
-        self.does("wifi connect Mute --wait 2", 15, "not-joined: ")
+        self.does("wifi connect Mute --wait 2", 12, "no-address: ")
         self.does("wifi connect Home --wait 10")
         waiter = self.device.start("orvactl", "wifi", "connect", "Mute")
         self.device.until(lambda: self.known() == ["Mute", "Home"])
@@ -351,7 +351,7 @@ class Joining(WithDevice):
         for command in "network restart", "wifi reconnect", "profile set --type wireless", "wifi connect Home":
             self.does(command)
             self.assertEqual(self.get("network/info", "networkInfo")["wireless"]["state"], 1, command)
-        self.does("wifi connect Mute --keep --wait 2", 15, "not-joined: ")
+        self.does("wifi connect Mute --keep --wait 2", 12, "no-address: ")
         self.assertEqual(self.known(), ["Mute", "Home"])
         self.does("wifi connect Home")
         waiter = self.device.start("orvactl", "wifi", "connect", "Mute")
@@ -368,18 +368,18 @@ class Joining(WithDevice):
         self.does("profile set --gateway 192.168.178.254 --dns 9.9.9.8")
         self.assertRegex(self.ends(0, "orvactl status"), r"192\.168\.178\.254\nName servers *9\.9\.9\.8")
         self.does("world delay softAp 60000; timeout 5 orvactl softap request me --wait 0 && orvactl softap revoke me")
-        self.does("softap request me --wait 0 --hold", 4, "Requested hold")
+        self.does("softap request me --wait 0 --hold", 4, "failed: Requested hold")
         self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
     def test_a_profile_on_trial_goes_back_unless_it_is_confirmed(self):
         self.addCleanup(self.device.shell, "orvactl wifi forget Home; orvactl wifi forget Mute")
-        self.does("wifi connect Mute --keep --wait 3", 15, "not-joined: The network gave no address.")
+        self.does("wifi connect Mute --keep --wait 3", 12, 'no-address: "Mute" was not joined: it gave no address.')
         for line in '"Mute" was not joined, ', ": it gave no address\n":
             self.assertIn(line, self.ends(0, "orvactl status"))
         self.does("wifi forget Mute; orvactl wifi connect Home --key-file -", stdin="correct horse")
         for trial in "Mute --confirm 99 --wait 2", "Mute --confirm 99 --keep --wait 2":
-            self.does("wifi connect " + trial, 15, "not-joined: ")
+            self.does("wifi connect " + trial, 12, "no-address: ")
             self.assertEqual(self.known(), ["Home"] if "--keep" not in trial else ["Mute", "Home"])
         self.assertIn("comes back in 1 minute;", self.ends(0, "orvactl status"))
         self.device.host.kill()  # and not a word of farewell
@@ -390,7 +390,7 @@ class Joining(WithDevice):
         self.device.start_host()
         self.device.until(lambda: self.known() == ["Home"])
         self.assertEqual((self.get(BEFORE, "networkProfile"), self.get("network/profile/pending", "networkPendingProfile")), ({}, {}))
-        self.does("profile confirm", 4, "No profile is on trial.")
+        self.does("profile confirm", 4, "failed: No profile is on trial.")
         for end, type_ in ("confirm", 2), ("rollback", 2):
             self.assertIn("unless", self.device.shell(f"orvactl profile set --confirm 99 --type {'wireless' if end == 'confirm' else 'auto'}").stderr)
             self.does("profile " + end)
@@ -400,7 +400,7 @@ class Joining(WithDevice):
         self.does("profile restore-backup --wait 0")
         self.assertEqual(self.known(), ["Home"])
 
-    def test_a_session_ends_with_who_wants_it(self):
+    def test_wps_ends_with_who_wants_it(self):
         def status():
             return self.get("network/info", "networkInfo")["wireless"]["wps"]["status"]
         for ended, end in [(-signal.SIGINT, lambda: session.send_signal(signal.SIGINT)), (4, lambda: self.does("wifi wps cancel"))]:
@@ -408,7 +408,7 @@ class Joining(WithDevice):
             self.device.until(lambda: status() == 1)
             end()
             self.assertEqual((session.wait(LIMIT), status()), (ended, 3))
-        self.does("wifi wps cancel", 4, "No WPS session runs.")
+        self.does("wifi wps cancel", 4, "failed: No WPS session runs.")
 
     def test_every_output_is_as_written_down(self):
         golden = pathlib.Path(__file__).parent / "golden.txt"
@@ -465,7 +465,7 @@ class Commands(WithDevice):
                 given += ["--wait", "1"] if r"\-\-wait" in told else []
                 with self.subTest(command):
                     done = self.device.run("orvactl", *command.split(), *given, stdin=subprocess.DEVNULL)
-                    self.assertIn(done.returncode, range(18), done.stderr)
+                    self.assertIn(done.returncode, range(19), done.stderr)
 
 
 class LostHost(WithDevice):
