@@ -65,6 +65,14 @@ std::string typeOfKind(Parameter::Kind kind)
     return {};
 }
 
+const TypeRow* rowOf(const std::string& type)
+{
+    const auto& rows = typeRows();
+    const auto found = std::find_if(rows.begin(), rows.end(),
+                                    [&type](const TypeRow& row) { return row.type == type; });
+    return found == rows.end() ? nullptr : &*found;
+}
+
 } // namespace
 
 Parameter Parameter::valueOf(const QMetaEnum& values) const
@@ -146,15 +154,36 @@ std::string typeOf(const Parameter& parameter)
     return words + "}";
 }
 
+const std::vector<TypeRow>& typeRows()
+{
+    using Source = TypeRow::Source;
+    static const std::vector<TypeRow> rows = {
+        {"TEXT", ""},
+        {"INT", "NUMBER"},
+        {"UINT", "NUMBER"},
+        {"FILE", "FILE", Source::Files},
+        {"VALUE-NODE", "", Source::ValueNodes},
+        {"ACTION-NODE", "", Source::ActionNodes},
+        {"ROWS-NODE", "", Source::RowsNodes},
+        {"NODE", "", Source::Nodes},
+        {"NODE-VALUE", "", Source::NodeValues},
+        {"NETWORK", "", Source::Networks},
+        {"KNOWN", "", Source::KnownNetworks},
+        {"REQUESTER", "", Source::Requesters},
+    };
+    return rows;
+}
+
 std::string shownType(const std::string& type)
 {
-    static const std::map<std::string, std::string> shown = {
-        {"TEXT", ""},  {"VALUE-NODE", ""}, {"ACTION-NODE", ""}, {"ROWS-NODE", ""},
-        {"NODE", ""},  {"INT", "NUMBER"},  {"UINT", "NUMBER"},  {"NETWORK", ""},
-        {"KNOWN", ""}, {"REQUESTER", ""},  {"NODE-VALUE", ""},
-    };
-    const auto found = shown.find(type);
-    return found == shown.end() ? type : found->second;
+    const TypeRow* row = rowOf(type);
+    return row ? row->shown : type;
+}
+
+TypeRow::Source sourceOf(const Parameter& parameter)
+{
+    const TypeRow* row = rowOf(typeOf(parameter));
+    return row ? row->source : TypeRow::Source::None;
 }
 
 Parameter resultTime()

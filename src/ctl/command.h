@@ -161,13 +161,40 @@ Program program();
 /// The commands directly below the words `parent`.
 std::vector<const Command*> below(const Commands& commands, const std::string& parent);
 
+/// A type of its own: the text that a person reads in its place, and what completes it.
+struct TypeRow
+{
+    /// The things that complete a word: the shell's files, or what the host knows.
+    enum class Source {
+        None,
+        Files,
+        ValueNodes,
+        ActionNodes,
+        RowsNodes,
+        Nodes,
+        NodeValues, ///< the words of the type of the node that stands before
+        Networks,
+        KnownNetworks,
+        Requesters
+    };
+
+    std::string type;
+    std::string shown; ///< empty where the parameter's name or description says it all
+    Source source = Source::None;
+};
+
+/// The types that are shown otherwise, or completed.
+const std::vector<TypeRow>& typeRows();
+
 /// The kind of text that a parameter takes, in one word: its choices in braces, its own type, or
-/// that of its kind. Completion asks the host for VALUE-NODE, ACTION-NODE, ROWS-NODE, NODE,
-/// NODE-VALUE, NETWORK, KNOWN and REQUESTER, and the shell for FILE.
+/// that of its kind.
 std::string typeOf(const Parameter& parameter);
 
-/// The same as a person reads it: empty where the name or the description says it all.
+/// The same as a person reads it.
 std::string shownType(const std::string& type);
+
+/// What completes a parameter that has no choices.
+TypeRow::Source sourceOf(const Parameter& parameter);
 
 /// The --wait option of a command that waits for an answer alone.
 Parameter answerTime();

@@ -106,9 +106,8 @@ Parser::Parser(const Program& program)
     m_app.footer(program.footer);
     m_app.get_formatter()->column_width(32);
     m_app.get_formatter()->label("REQUIRED", "");
-    for (const char* type : {"TEXT", "VALUE-NODE", "ACTION-NODE", "ROWS-NODE", "NODE", "INT",
-                             "UINT", "NETWORK", "KNOWN", "REQUESTER", "NODE-VALUE"})
-        m_app.get_formatter()->label(type, shownType(type));
+    for (const TypeRow& row : typeRows())
+        m_app.get_formatter()->label(row.type, row.shown);
     add(m_app, m_global, program.options);
     m_app.require_subcommand(0, 1);
     for (const Command& command : program.commands)

@@ -9,6 +9,8 @@
 #include "network/networkpaths.h"
 #include "network/networkrecords.h"
 
+#include <algorithm>
+
 namespace ctl {
 
 namespace {
@@ -43,6 +45,7 @@ public:
         return m_option ? m_option : m_arguments.isEmpty() ? nullptr : m_arguments.first();
     }
     [[nodiscard]] bool awaitsValue() const { return m_option; }
+    [[nodiscard]] bool optionsHaveEnded() const { return m_optionsHaveEnded; }
     [[nodiscard]] const QStringList& given() const { return m_given; }
 
     [[nodiscard]] Candidates commands() const
@@ -82,6 +85,10 @@ private:
     {
         if (m_option)
             m_option = nullptr;
+        else if (m_optionsHaveEnded)
+            takeArgument(word);
+        else if (word == QLatin1String("--"))
+            m_optionsHaveEnded = true;
         else if (word.startsWith(QLatin1Char('-')))
             takeOption(word.toStdString());
         else if (!takeCommand(word.toStdString()))
@@ -123,6 +130,7 @@ private:
     const Command* m_command = nullptr;
     std::string m_words;
     const Parameter* m_option = nullptr;
+    bool m_optionsHaveEnded = false;       ///< by "--"
     QVector<const Parameter*> m_arguments; ///< that are still to come
     QStringList m_given;                   ///< arguments that are there
 };
@@ -136,6 +144,17 @@ public:
         , m_bus(m_deadline)
         , m_host(m_bus)
     {
+    }
+
+    /// A key that is pressed starts nothing: the bus would, where it knows how.
+    bool isThere()
+    {
+        auto ask = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+        ask.setArguments({QStringLiteral("org.orva.Host1")});
+        const auto answer = m_bus.await<bool>(m_bus.connection().asyncCall(ask));
+        return answer && *answer;
     }
 
     Candidates nodes(const QString& kind)
@@ -207,44 +226,52 @@ private:
     Host m_host;
 };
 
-Candidates liveOnes(const QString& type, const Line& line)
+Candidates liveOnes(TypeRow::Source source, const Line& line)
 {
+    using Source = TypeRow::Source;
     Live live;
-    if (type == QLatin1String("NETWORK"))
-        return live.networks();
-    if (type == QLatin1String("KNOWN"))
-        return live.known();
-    if (type == QLatin1String("REQUESTER"))
-        return live.requesters();
-    if (type == QLatin1String("NODE-VALUE"))
-        return live.valuesOf(line.given().value(0));
-    if (type == QLatin1String("VALUE-NODE"))
+    if (!live.isThere())
+        return {};
+    switch (source) {
+    case Source::None:
+    case Source::Files:
+        break;
+    case Source::ValueNodes:
         return live.nodes(QStringLiteral("value"));
-    if (type == QLatin1String("ACTION-NODE"))
+    case Source::ActionNodes:
         return live.nodes(QStringLiteral("activate"));
-    if (type == QLatin1String("ROWS-NODE"))
+    case Source::RowsNodes:
         return live.nodes(QStringLiteral("rows"));
-    return live.nodes({});
-}
-
-bool isLive(const QString& type)
-{
-    static const QStringList types = {QStringLiteral("NETWORK"),    QStringLiteral("KNOWN"),
-                                      QStringLiteral("REQUESTER"),  QStringLiteral("NODE-VALUE"),
-                                      QStringLiteral("VALUE-NODE"), QStringLiteral("ACTION-NODE"),
-                                      QStringLiteral("ROWS-NODE"),  QStringLiteral("NODE")};
-    return types.contains(type);
+    case Source::Nodes:
+        return live.nodes({});
+    case Source::NodeValues:
+        return live.valuesOf(line.given().value(0));
+    case Source::Networks:
+        return live.networks();
+    case Source::KnownNetworks:
+        return live.known();
+    case Source::Requesters:
+        return live.requesters();
+    }
+    return {};
 }
 
 Candidates valuesOf(const Parameter& parameter, const Line& line)
 {
-    const QString type = text(typeOf(parameter));
-    if (parameter.choices.empty())
-        return isLive(type) ? liveOnes(type, line) : Candidates();
+    if (parameter.choices.empty()) {
+        const auto source = sourceOf(parameter);
+        return source == TypeRow::Source::None ? Candidates() : liveOnes(source, line);
+    }
     Candidates found;
     for (const std::string& choice : parameter.choices)
         found.append({text(choice), {}});
     return found;
+}
+
+/// A word that begins with a dash would be taken for an option, but for one after "--".
+bool isTakenAsItIs(const QString& word, const Line& line)
+{
+    return line.optionsHaveEnded() || line.awaitsValue() || !word.startsWith(QLatin1Char('-'));
 }
 
 void show(const Candidates& candidates, const QString& begin)
@@ -270,14 +297,20 @@ int complete(const Program& program, const QStringList& words)
 {
     const Line line(program, words);
     const QString begin = words.value(words.size() - 1);
-    if (!line.awaitsValue() && begin.startsWith(QLatin1Char('-'))) {
+    if (!isTakenAsItIs(begin, line)) {
         show(line.options(), begin);
         return 0;
     }
     const Parameter* parameter = line.parameter();
-    if (parameter && typeOf(*parameter) == "FILE")
+    if (parameter && sourceOf(*parameter) == TypeRow::Source::Files)
         return completesFiles;
-    show(parameter ? valuesOf(*parameter, line) : line.commands(), begin);
+    Candidates found = parameter ? valuesOf(*parameter, line) : line.commands();
+    found.erase(std::remove_if(found.begin(), found.end(),
+                               [&](const Candidate& candidate) {
+                                   return !isTakenAsItIs(candidate.word, line);
+                               }),
+                found.end());
+    show(found, begin);
     return 0;
 }
 

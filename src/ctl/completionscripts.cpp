@@ -9,14 +9,28 @@ namespace {
 
 // Bash hands the words as they were typed. What the line editor takes for the name of a file it
 // quotes by itself, within quotes as well; where a directory has that name it adds a slash, so that
-// words that need no quotes are none.
+// words that need no quotes are none. It takes a word apart at the colons and completes what is
+// after the last.
 const char bash[] = R"sh(# bash completion for orvactl
 
 _orvactl()
 {
-    local word answer status words=("${COMP_WORDS[@]:1:COMP_CWORD}") current=${COMP_WORDS[COMP_CWORD]}
-    current=${current#[\"\']}
-    words[COMP_CWORD-1]=${current//\\/}
+    local word answer status blanks current known i words=() rest=$COMP_LINE
+    for ((i = 0; i <= COMP_CWORD; i++)); do
+        blanks=${rest%%[![:blank:]]*}
+        rest=${rest#"$blanks"}
+        rest=${rest#"${COMP_WORDS[i]}"}
+        if ((i)) && [[ -z $blanks ]]; then
+            words[${#words[@]}-1]+=${COMP_WORDS[i]}
+        else
+            words+=("${COMP_WORDS[i]}")
+        fi
+    done
+    current=${words[${#words[@]}-1]#[\"\']}
+    current=${current//\\/}
+    words[${#words[@]}-1]=$current
+    words=("${words[@]:1}")
+    [[ $current == *[:=]* && $COMP_WORDBREAKS == *:* ]] && known=${current%"${current##*[:=]}"} || known=
     COMPREPLY=()
     answer=$(orvactl __complete "${words[@]}" 2>/dev/null)
     status=$?
@@ -26,7 +40,7 @@ _orvactl()
     fi
     while IFS=$'\t' read -r word _; do
         [[ -n $word ]] || continue
-        COMPREPLY+=("$word")
+        COMPREPLY+=("${word#"$known"}")
         [[ $(printf %q "$word") == "$word" ]] || compopt -o filenames 2>/dev/null
     done <<<"$answer"
 }

@@ -117,7 +117,8 @@ std::string manPage(const Program& program)
     writeStatuses(out);
     writeNotes(out, "ENVIRONMENT", program.environment);
     writeNotes(out, "EXAMPLES", program.examples);
-    out << ".SH SEE ALSO\n.BR orva\\-host (8),\n.BR busctl (1)\n";
+    out << ".SH SEE ALSO\n.BR orva\\-host (8),\n.BR lumod (8),\n.BR host.json (5),\n"
+           ".BR orva\\-nodes (7),\n.BR busctl (1)\n";
     return out.str();
 }
 

@@ -91,8 +91,9 @@ class WithDevice(unittest.TestCase):
         self.assertNotIn(key.encode(), shown)
 
 
-def complete(test, words):
-    return test.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1))\n'
+def complete(test, words, line=None):
+    typed = "${COMP_WORDS[*]}" if line is None else "orvactl " + line
+    return test.ends(0, f'source {BUILD}/src/ctl/orvactl; COMP_WORDS=(orvactl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}}-1)); COMP_LINE="{typed}"\n'
                         '_orvactl; printf "%s\\n" "${COMPREPLY[@]}"').strip("\n").split("\n")
 
 
@@ -430,9 +431,15 @@ class Joining(WithDevice):
         for words, expected in [("wifi connect ''", {"Home", "Mute", evil}), ("wifi connect '$('", {evil}), (r"wifi connect \$\(", {evil}),
                                 ("wifi forget ''", {"Home"}), ("softap revoke a", {"a b"}), ("""wifi connect '"M'""", {"Mute"})]:
             self.assertEqual(set(complete(self, words)), expected, words)
+        self.ends(0, "orvactl world ap add a:b:c; orvactl world ap add -- -dash; orvactl wifi scan >/dev/null")
+        self.addCleanup(self.device.shell, "orvactl world ap remove a:b:c; orvactl world ap remove -- -dash; orvactl wifi scan")
+        for words, line, expected in [("wifi connect a : b", "wifi connect a:b", {"b:c"}), ("wifi connect a :", "wifi connect a:", {"b:c"}), ("wifi connect a", None, {"a:b:c"}),
+                                      ("wifi connect -d", None, {""}), ("wifi connect -- -d", None, {"-dash"})]:
+            self.assertEqual(set(complete(self, words, line)), expected, words)
+        self.assertNotIn("-dash", complete(self, "wifi connect ''"))
         self.assertEqual(list(here.glob("evaluated")) + list(pathlib.Path.cwd().glob("evaluated")), [])
         for words, expected in [("M", ""), ("'$('", "filenames\n")]:  # with which a name that is a directory's gets a slash
-            self.assertEqual(self.ends(0, f"source {BUILD}/src/ctl/orvactl; compopt() {{ echo $2; }}; COMP_WORDS=(orvactl wifi connect {words}); COMP_CWORD=3; _orvactl"), expected)
+            self.assertEqual(self.ends(0, f"source {BUILD}/src/ctl/orvactl; compopt() {{ echo $2; }}; COMP_WORDS=(orvactl wifi connect {words}); COMP_CWORD=3; COMP_LINE=\"${{COMP_WORDS[*]}}\"; _orvactl"), expected)
         for shell, try_it in [("fish", "source {0}/orvactl.fish; complete -C 'orvactl wifi connect M'"), ("zsh", "autoload -Uz compinit; compinit -u -D; source {0}/_orvactl; print ok")]:
             if shutil.which(shell):
                 done = self.device.run(shell, "-c", try_it.format(BUILD / "src/ctl"))
