@@ -70,9 +70,9 @@ private Q_SLOTS:
         addRecord<OrvaNetworkSoftAp>("soft AP", "name text, bssid text, addresses records");
         addRecord<OrvaNetworkAddress>("address", "ip text, prefix int, protocol enum, scope enum, dhcp flag");
         addRecord<OrvaNetworkScanResult>("scan result", "ssid text, bssid text, channel int, frequency int, signal int, snr int, encryption enum, ies text");
-        addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
+        addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, passphrase text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
         addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag");
-        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, hold flag, expiresAtMs long, running flag");
+        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, applied record, hold flag, expiresAtMs long, running flag");
         addRecord<OrvaNetworkProfileTrial>("trial", "profile record, confirmWithinMs int");
         addRecord<OrvaNetworkPendingProfile>("pending", "before record, untilMs long");
         addRecord<OrvaNetworkLastJoin>("last join", "ssid text, result enum, reason enum, whenMs long");

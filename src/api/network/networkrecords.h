@@ -58,6 +58,9 @@ class ORVA_API OrvaNetworkProfileSoftApSettings : public OrvaHash
     ORVA_RECORD(OrvaNetworkProfileSoftApSettings)
     /// Network name that the access point announces, 1 to 32 bytes.
     ORVA_FIELD(QString, ssid, Ssid);
+    /// Pass phrase of WPA2, 8 to 63 printable ASCII characters; absent: the access point is open.
+    /// Published as "****".
+    ORVA_FIELD(QString, passphrase, Passphrase);
     /// Hardware address of the access point.
     ORVA_FIELD(QString, bssid, Bssid);
     /// Wi-Fi channel number of the 2.4, 5 or 6 GHz band.
@@ -104,6 +107,9 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
     ORVA_FIELD(QString, interface, Interface);
     /// The settings that the requester asked for.
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, settings, Settings);
+    /// The settings that the access point of the interface has, by the configuration and all the
+    /// requests.
+    ORVA_FIELD(OrvaNetworkProfileSoftApSettings, applied, Applied);
     /// True if the request holds the running settings.
     ORVA_FIELD(bool, hold, Hold);
     /// The moment of its expiry, in milliseconds on the system's monotonic clock; 0 when it does

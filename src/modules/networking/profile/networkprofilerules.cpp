@@ -46,16 +46,27 @@ bool holdsMask(const QVariant& value)
     return value.userType() == QMetaType::QString && value.toString() == orvaMask();
 }
 
-/// `network` with its masked secrets taken from `stored`, those that no record describes included.
-OrvaNetworkInterface withSecretsOf(const OrvaNetworkInterface& network,
-                                   const OrvaNetworkInterface& stored)
+/// `record` with its masked secrets taken from `stored`, those that no record describes included.
+template <typename Record>
+Record withSecretsOf(const Record& record, const Record& stored)
 {
-    QVariantHash hash = network.__hash();
+    QVariantHash hash = record.__hash();
     for (auto field = hash.begin(); field != hash.end(); ++field) {
         if (orvaIsSecretKey(field.key()) && holdsMask(*field) && stored.__contains(field.key()))
             *field = stored.__hash().value(field.key());
     }
-    return OrvaNetworkInterface(hash);
+    return Record(hash);
+}
+
+/// The settings of the soft AP on the same interface.
+OrvaNetworkProfileSoftApSettings storedSoftAp(const OrvaNetworkProfile& profile,
+                                              const QString& interface)
+{
+    for (const OrvaNetworkProfileSoftApSettings& settings : profile.softApSettings()) {
+        if (settings.apInterface() == interface)
+            return settings;
+    }
+    return {};
 }
 
 /// Networks by their SSID; of two with one SSID the first of the list.
@@ -145,6 +156,12 @@ OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
         for (OrvaNetworkInterface& network : networks)
             network = restored(network, known);
         result.setWirelessNetworks(networks);
+    }
+    if (profile.__contains(OrvaNetworkProfile::SoftApSettings())) {
+        auto softAps = profile.softApSettings();
+        for (OrvaNetworkProfileSoftApSettings& settings : softAps)
+            settings = withSecretsOf(settings, storedSoftAp(stored, settings.apInterface()));
+        result.setSoftApSettings(softAps);
     }
     return result;
 }

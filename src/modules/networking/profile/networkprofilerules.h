@@ -17,7 +17,8 @@
 
 /// A copy with every key "****" replaced by the one that `stored` has for the SSID: that of the
 /// first network of its list with the SSID, or of its `wireless` where the list has none. A masked
-/// wired key comes from the stored wired interface. An SSID that is not stored keeps "****".
+/// wired key comes from the stored wired interface, a soft AP's pass phrase from the one on the
+/// same interface. What is not stored keeps "****".
 [[nodiscard]] OrvaNetworkProfile restorePassword(const OrvaNetworkProfile& profile,
                                                  const OrvaNetworkProfile& stored);
 

@@ -37,6 +37,13 @@ bool isSsid(const QString& text)
     return length >= 1 && length <= 32;
 }
 
+/// An empty one would open an access point that was meant to be closed.
+bool isPassphrase(const QString& text)
+{
+    return text.size() < 64 && // which may be the digits of a key
+           orvaNetworkIsKeyValid(text, OrvaNetworkProfileWirelessEncryption::WpaPsk).isEmpty();
+}
+
 bool isAddress(const QString& text)
 {
     return !orvaIPv4Address(text).isEmpty();
@@ -58,6 +65,8 @@ const QVector<Row>& rows()
 {
     static const QVector<Row> all = {
         {Settings::Ssid(), isSsid, "SoftAp SSID needs to have 1 to 32 bytes"},
+        {Settings::Passphrase(), isPassphrase,
+         "SoftAp passphrase needs to have 8 to 63 printable ASCII characters"},
         {Settings::ApAddress(), isAddress, "SoftAp apAddress needs to be an IPv4 address"},
         {Settings::ApNetmask(), isNetmask, "SoftAp apNetmask needs to be an IPv4 netmask"},
         {Settings::DhcpRangeFrom(), isAddress, "SoftAp dhcpRangeFrom needs to be an IPv4 address"},

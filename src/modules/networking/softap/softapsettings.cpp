@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "softap/softapsettings.h"
 
+#include "core/orvamask.h"
+
 namespace {
 
 using Settings = OrvaNetworkProfileSoftApSettings;
@@ -10,7 +12,7 @@ QStringList stickyFields()
     return {Settings::DhcpRangeFrom(), Settings::DhcpRangeTo(), Settings::CountryCode(),
             Settings::Channel(),       Settings::Ssid(),        Settings::Bssid(),
             Settings::ApAddress(),     Settings::ApNetmask(),   Settings::ApInterface(),
-            Settings::DomainName()};
+            Settings::DomainName(),    Settings::Passphrase()};
 }
 
 void copyFields(const QStringList& fields, const Settings& from, QVariantHash& to)
@@ -55,6 +57,14 @@ Settings stickySoftApSettings(const Settings& settings)
     QVariantHash sticky;
     copyFields(stickyFields(), settings, sticky);
     return Settings(sticky);
+}
+
+Settings maskedSoftApSettings(const Settings& settings)
+{
+    Settings masked = settings;
+    if (!settings.passphrase().isEmpty())
+        masked.setPassphrase(orvaMask());
+    return masked;
 }
 
 SoftApFold foldSoftApRequests(const Settings& running, const Settings& configured,

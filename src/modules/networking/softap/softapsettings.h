@@ -14,6 +14,10 @@ mergeSoftApSettings(const OrvaNetworkProfileSoftApSettings& first,
 [[nodiscard]] OrvaNetworkProfileSoftApSettings
 stickySoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
 
+/// The settings as they are published: the pass phrase is "****".
+[[nodiscard]] OrvaNetworkProfileSoftApSettings
+maskedSoftApSettings(const OrvaNetworkProfileSoftApSettings& settings);
+
 /// The SSID of a device's own soft AP: the configured one, "_" and the MAC without its colons. The
 /// configured one is cut, between characters, where all would pass the 32 bytes of an SSID.
 [[nodiscard]] QString ownSoftApSsid(const QString& configured, const QString& mac);

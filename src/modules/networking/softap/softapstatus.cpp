@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "softap/softapstatus.h"
 
+#include "softap/softapsettings.h"
+
 namespace {
 
 OrvaNetworkSoftApRequestStatus statusOf(const LiveSoftApRequest& live, const QString& interface,
-                                        bool running)
+                                        const SoftAp& softAp)
 {
     OrvaNetworkSoftApRequestStatus status;
     status.setName(live.request.name());
     status.setInterface(interface);
-    status.setSettings(live.request.settings());
+    status.setSettings(maskedSoftApSettings(live.request.settings()));
+    status.setApplied(maskedSoftApSettings(softAp.sent));
     status.setHold(live.request.holdSoftAp());
     status.setExpiresAtMs(live.due.value_or(0));
-    status.setRunning(running);
+    status.setRunning(softAp.link == OrvaNetworkState::Connected);
     return status;
 }
 
@@ -22,9 +25,8 @@ OrvaList<OrvaNetworkSoftApRequestStatus> softApRequestStatuses(const SoftApsByIn
 {
     OrvaList<OrvaNetworkSoftApRequestStatus> rows;
     for (auto softAp = softAps.begin(); softAp != softAps.end(); ++softAp) {
-        const bool running = softAp->link == OrvaNetworkState::Connected;
         for (const LiveSoftApRequest& live : softAp->table.requests())
-            rows << statusOf(live, softAp.key(), running);
+            rows << statusOf(live, softAp.key(), *softAp);
     }
     return rows;
 }
