@@ -6,7 +6,7 @@
 packages_run=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev qtbase5-dev-tools libnl-3-dev libnl-route-3-dev libnl-genl-3-dev liblog4cplus-dev libcli11-dev
-    libdbus-1-dev libsystemd-dev libmicrohttpd-dev
+    libdbus-1-dev libsystemd-dev libmicrohttpd-dev libqrencode-dev
     dbus-daemon systemd # systemd brings busctl
     iproute2 iputils-ping jq procps util-linux
 )
@@ -33,7 +33,7 @@ packages_package=(debhelper) # beside those of packages_run
 packages_bare=(systemd-container debootstrap debian-archive-keyring git procps util-linux)
 packages_arm64=( # beside those of packages_run and packages_test
     g++-aarch64-linux-gnu qemu-user
-    {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,libnl-genl-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev,libmicrohttpd-dev}:arm64
+    {libc6-dev,qtbase5-dev,libnl-3-dev,libnl-route-3-dev,libnl-genl-3-dev,liblog4cplus-dev,libdbus-1-dev,libsystemd-dev,libmicrohttpd-dev,libqrencode-dev}:arm64
 )
 
 # install_clang: clang with the sanitizers' runtime, which it only recommends and which bears its version.

@@ -28,7 +28,7 @@ class Output
 {
 public:
     /// The look of a piece of a person's page where there is colour, by the terminal's code.
-    enum class Style { Bold = 1, Dim = 2, Bad = 31, Good = 32 };
+    enum class Style { Bold = 1, Dim = 2, Bad = 31, Good = 32, Ink = 30, Paper = 107 };
 
     /// NO_COLOR and CLICOLOR_FORCE count where the style leaves the colour open.
     void setStyle(const OutputStyle& style);

@@ -2,6 +2,8 @@
 #include "action.h"
 #include "families.h"
 #include "names.h"
+#include "qrcode.h"
+#include "secret.h"
 
 #include <chrono>
 
@@ -36,6 +38,12 @@ std::vector<SettingRow> settingRows()
     };
 }
 
+QString passphrasePrompt(const QString& ssid)
+{
+    return ssid.isEmpty() ? QStringLiteral("Pass phrase of the soft access point: ")
+                          : QStringLiteral("Pass phrase of \"%1\": ").arg(printable(ssid));
+}
+
 /// Only what is named is sent.
 Settings settingsOf(const Arguments& given)
 {
@@ -50,11 +58,18 @@ Settings settingsOf(const Arguments& given)
     return Settings(settings);
 }
 
-OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
+Outcome<OrvaNetworkProfileSoftApRequest> requestOf(const Arguments& given)
 {
     OrvaNetworkProfileSoftApRequest request;
     request.setName(given.text("NAME"));
-    request.setSettings(settingsOf(given));
+    Settings settings = settingsOf(given);
+    if (given.flag("--ask-key") || !given.text("--key-file").isEmpty()) {
+        const auto key = readKey(given.text("--key-file"), passphrasePrompt(settings.ssid()));
+        if (!key)
+            return key.error();
+        settings.setPassphrase(*key);
+    }
+    request.setSettings(settings);
     if (const auto timeout = given.seconds("--timeout"))
         request.setTimeout(qRound(qMin(*timeout, 1e6) * 1000));
     if (given.flag("--hold"))
@@ -64,7 +79,10 @@ OrvaNetworkProfileSoftApRequest requestOf(const Arguments& given)
 
 Result request(Context& context, const Arguments& given)
 {
-    const OrvaValue value = OrvaValue::of(requestOf(given));
+    const auto asked = requestOf(given);
+    if (!asked)
+        return asked.error();
+    const OrvaValue value = OrvaValue::of(*asked);
     if (context.waits)
         return activate(context, OrvaNetworkRequestSoftApPath(), value, resultPatience);
     const Result taken = context.host.handOver(OrvaNetworkRequestSoftApPath(), value);
@@ -135,6 +153,41 @@ Result stations(Context& context, const Arguments&)
     return {};
 }
 
+/// The settings of the access point that runs on that interface, on any for an empty name.
+Outcome<Settings> runningSettings(Context& context, const QString& interface)
+{
+    const auto value = context.host.value(OrvaNetworkSoftApRequestsPath());
+    if (!value)
+        return value.error();
+    for (const OrvaNetworkSoftApRequestStatus& status : value->softApRequests()) {
+        if (status.running() && (interface.isEmpty() || status.interface() == interface))
+            return status.applied();
+    }
+    return Failure{ExitStatus::Failed, QStringLiteral("No soft access point runs.")};
+}
+
+/// The host shows nobody a pass phrase, so that whoever has set it gives it once more.
+Result showQrCode(Context& context, const Arguments& given)
+{
+    const auto settings = runningSettings(context, given.text("--interface"));
+    if (!settings)
+        return settings.error();
+    QString passphrase;
+    if (!settings->passphrase().isEmpty()) {
+        const auto key = readKey(given.text("--key-file"), passphrasePrompt(settings->ssid()));
+        if (!key)
+            return key.error();
+        passphrase = *key;
+    }
+    const QString text = wifiText(settings->ssid(), passphrase);
+    context.out.document({{QStringLiteral("text"), text}});
+    const bool coloured = !Output::styled(QString(), Output::Style::Paper).isEmpty();
+    for (const QString& line : qrLines(text, coloured))
+        context.out.line(
+            Output::styled(Output::styled(line, Output::Style::Ink), Output::Style::Paper));
+    return {};
+}
+
 std::vector<Parameter> requestParameters()
 {
     using Kind = Parameter::Kind;
@@ -143,7 +196,9 @@ std::vector<Parameter> requestParameters()
         parameters.push_back(Parameter{row.option, row.description}.of(row.type));
     parameters.insert(
         parameters.end(),
-        {{"--channel", "Channel", Kind::Integer},
+        {Parameter{"--key-file", "File with the pass phrase; - reads standard input"}.of("FILE"),
+         {"--ask-key", "Ask for the pass phrase; open where none is given", Kind::Flag},
+         {"--channel", "Channel", Kind::Integer},
          {"--timeout", "When the request expires; never where not given", Kind::Seconds},
          {"--hold", "Keep other requests from changing it; needs --timeout", Kind::Flag},
          resultTime()});
@@ -165,6 +220,12 @@ Commands softApCommands()
          &revoke},
         Command{"softap list", "Lists who asked for what, and what runs", {}, &listRequests}
             .writing({"NAME", "INTERFACE", "SSID", "CHANNEL", "RUNNING", "HOLD", "EXPIRES"}),
+        {"softap qr",
+         "Shows a code by which a phone joins the one that runs; asks for its pass phrase",
+         {Parameter{"--key-file", "File with the pass phrase; - reads standard input"}.of("FILE"),
+          Parameter{"--interface", "Soft-AP interface; the first that runs where not given"}.of(
+              "NAME")},
+         &showQrCode},
         {"softap stations", "Lists the connected stations", {}, &stations},
     };
 }

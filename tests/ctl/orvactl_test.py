@@ -373,6 +373,19 @@ class Joining(WithDevice):
         self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
+    def test_a_closed_soft_ap_and_its_code(self):
+        self.does("softap qr", 4, "No soft access point runs")
+        self.does("world delay softAp 0; orvactl softap request me --ssid 'a;b' --key-file -", stdin="1234567", status=4, reason="SoftAp passphrase")
+        for key, text in ('12:4"678', r'WIFI:T:WPA;S:a\;b;P:12\:4\"678;;'), ("", r"WIFI:T:nopass;S:a\;b;;"):
+            self.does("softap request me --ssid 'a;b'" + " --key-file -" * bool(key), stdin=key)
+            self.assertEqual(json.loads(self.ends(0, "orvactl --json softap qr --key-file -", stdin=key))["text"], text)
+            lines = self.ends(0, "orvactl softap qr --key-file -", stdin=key).splitlines()
+            self.assertEqual([len(line) for line in lines], [2 * len(lines) - 1] * len(lines))
+            self.assertTrue(lines[2].startswith("█" * 4 + " ▄▄▄▄▄ "))  # a corner's mark
+            self.assertEqual(("****" in self.ends(0, "orvactl --json softap list"), key == ""), (bool(key), not key))
+            self.does("softap revoke me")
+        self.assertNotIn("12:4", self.device.logged())
+
     def test_a_profile_on_trial_goes_back_unless_it_is_confirmed(self):
         self.addCleanup(self.device.shell, "orvactl wifi forget Home; orvactl wifi forget Mute")
         self.does("wifi connect Mute --keep --wait 3", 12, 'no-address: "Mute" was not joined: it gave no address.')
