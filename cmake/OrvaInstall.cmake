@@ -27,6 +27,21 @@ configure_package_config_file(dist/OrvaConfig.cmake.in "${CMAKE_BINARY_DIR}/dist
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/dist/OrvaConfigVersion.cmake"
     COMPATIBILITY SameMinorVersion)
 
+# orva_manual(PAGE SOURCE COMPONENT NAME SEE_ALSO): makes the manual page PAGE of what SOURCE tells, see manual.awk.
+function(orva_manual page source component name see_also)
+    string(REGEX REPLACE "^(.*)\\.([0-9])$" "\\1 \\2" title "${page}")
+    string(TOUPPER "${title}" title)
+    string(REPLACE ", ." ",\\n." see_also "${see_also}")
+    set(made "${CMAKE_BINARY_DIR}/dist/${page}")
+    add_custom_command(OUTPUT "${made}"
+        COMMAND awk -v "title=${title}" -v "name=${name}" -v "more=${see_also}" -f "${CMAKE_SOURCE_DIR}/dist/manual.awk"
+                "${source}" > "${made}"
+        DEPENDS dist/manual.awk "${source}" VERBATIM)
+    add_custom_target("manual-${page}" ALL DEPENDS "${made}")
+    string(REGEX MATCH "[0-9]$" section "${page}")
+    install(FILES "${made}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT ${component})
+endfunction()
+
 # --- runtime
 install(TARGETS orva-host RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT runtime)
 install(TARGETS orvactl RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
@@ -46,6 +61,12 @@ install(FILES README.md CHANGELOG.md docs/nodes.md DESTINATION "${CMAKE_INSTALL_
 install(FILES examples/settings.json DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 install(FILES dist/orva-host.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT runtime)
+orva_manual(orva-nodes.7 "${CMAKE_SOURCE_DIR}/docs/nodes.md" runtime
+    "orva-nodes \\\\- the nodes of the network manager's host, and their records"
+    ".BR orvactl (1), .BR orva-host (8), .BR host.json (5)")
+orva_manual(host.json.5 "${CMAKE_BINARY_DIR}/examples/host.json" runtime
+    "host.json \\\\- configuration of the network manager's host"
+    ".BR orva-host (8), .BR orva-nodes (7), .BR lumod.conf (5)")
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/_orvactl"
@@ -84,6 +105,9 @@ install(FILES "${CMAKE_BINARY_DIR}/dbus/org.orva.lumod.service"
 install(FILES "${CMAKE_BINARY_DIR}/dist/lumod.service"
     DESTINATION "${ORVA_SYSTEMD_DIR}" COMPONENT daemon)
 install(FILES dist/lumod.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT daemon)
+orva_manual(lumod.conf.5 "${CMAKE_BINARY_DIR}/examples/lumod.conf" daemon
+    "lumod.conf \\\\- how lumod drives the interfaces of a machine"
+    ".BR lumod (8), .BR host.json (5)")
 
 # --- web
 install(TARGETS orva-web RUNTIME DESTINATION "${CMAKE_INSTALL_SBINDIR}" COMPONENT web)
