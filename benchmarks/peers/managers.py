@@ -1,17 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
 """The network managers that are measured side by side: how each is started, and how it says on the bus what it knows.
 All of them have DHCP on eth0, and IPv6 where a router advertises it."""
-import json, pathlib
+import json, pathlib, shutil
 
 import dbus
 
 from network import DEV
 
 PROPERTIES = "org.freedesktop.DBus.Properties"
-# In a mount namespace: what was fetched lies over /usr and /etc, /sys cannot be written, as in a container, so that
-# nobody waits for udev, and there is no radio switch. No clock can be set.
+# In a mount namespace, where it finds nothing of an earlier run: what was fetched lies over /usr and /etc, /sys cannot be
+# written, as in a container, so that nobody waits for udev, and there is no radio switch. No clock can be set.
 PEER = """set -e
 [ "$(readlink /proc/self/ns/net)" != "$(readlink /proc/1/ns/net)" ]
+for own in /run /var/lib; do mount -t tmpfs own $own; done
 mkdir -p /run/over/up /run/over/work
 mount -t overlay over -o "lowerdir=$0/usr:/usr" /usr
 mount -t overlay over -o "lowerdir=$0/etc:/etc,upperdir=/run/over/up,workdir=/run/over/work" /etc
@@ -33,7 +34,8 @@ class Manager:
             f'<busconfig><policy context="default"><allow own="{self.service}"/><allow send_destination="{self.service}"/>'
             '<allow send_type="method_call"/></policy></busconfig>', encoding="utf-8")
         bus.start_bus(*DEV)
-        bus.start(*DEV, "unshare", "--mount", "sh", "-c", PEER, packages, self.file, self.text, self.owner, self.directory, *self.command)
+        bus.start(*DEV, "unshare", "--mount", "sh", "-c", PEER, packages, self.file, self.text, self.owner, self.directory,
+                  *self.command)
 
     def proxy(self, bus, path, interface):
         return dbus.Interface(bus.get_object(self.service, path, introspect=False), interface)
@@ -44,6 +46,7 @@ class Orva:
     signal = "ValueChanged", "org.orva.Host1"
 
     def start(self, bus, packages):
+        shutil.rmtree("/var/lib/dhcpcd", ignore_errors=True)
         bus.start_bus(*DEV)
         bus.start_host(*DEV)
 
