@@ -14,7 +14,7 @@ build_tree() {
         echo "$dir cannot be written, where the build goes; does it belong to another user?" >&2
         return 1
     }
-    configure_and_build "$@" </dev/null 9>&- 2>&1 | tell_steps Building '^\[([0-9]+/[0-9]+)\]' "$log"
+    one_at_a_time "$@" </dev/null 9>&- 2>&1 | tell_steps Building '^\[([0-9]+/[0-9]+)\]' "$log"
     [ "${PIPESTATUS[0]}" -eq 0 ] || {
         grep -a -A 40 -m 1 -E '^FAILED|CMake Error' "$log" >&2 || tail -n 40 "$log" >&2
         explain "$log"
@@ -23,9 +23,15 @@ build_tree() {
     }
 }
 
+# Configuring writes into the tree as well.
+one_at_a_time() {
+    local turn
+    exec {turn}<"$1" && flock "$turn" && configure_and_build "$@"
+}
+
 configure_and_build() {
     local dir=$1 preset=$2
     shift 2
     { [[ $preset = release* && -e $dir/build.ninja && -z ${build_options[*]} ]] ||
-        cmake -S "$root" --preset "$preset" "${build_options[@]}"; } && flock "$dir" ninja -C "$dir" "$@"
+        cmake -S "$root" --preset "$preset" "${build_options[@]}"; } && ninja -C "$dir" "$@"
 }

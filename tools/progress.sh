@@ -9,7 +9,7 @@ progress_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 tell_steps() {
     local line told=$SECONDS text
     while IFS= read -r line || [ -n "$line" ]; do
-        echo "$line" 2>/dev/null # where there is no room, who writes the lines fails too
+        printf '%s\n' "$line" 2>/dev/null # where there is no room, who writes the lines fails too
         [[ $line =~ $2 ]] || continue
         text="$1: ${BASH_REMATCH[1]}"
         if [ -t 2 ]; then
@@ -24,10 +24,11 @@ tell_steps() {
 
 # explain LOG: in a sentence, what a person can do about the failure that LOG tells of, where it is a usual one.
 explain() {
-    local words sentence no_room='There is no room left on a disk; "df -h" tells on which.'
-    [ "$(df --output=avail -- "$1" | tail -n 1)" -gt 64 ] || { echo "$no_room" >&2 && return; }
+    local words sentence available no_room='There is no room left on a disk; "df -h" tells on which.'
+    available=$(df --output=avail -- "$(dirname "$1")" 2>/dev/null | tail -n 1) # the log may be missing
+    [ "${available:-65}" -gt 64 ] || { echo "$no_room" >&2 && return; }
     while IFS='|' read -r words sentence; do
-        grep -aqE -- "${words//;/|}" "$1" && echo "$sentence" >&2 && break
+        grep -asqE -- "${words//;/|}" "$1" && echo "$sentence" >&2 && break
     done <<END
 No space left on device;Disk quota exceeded;enough free space|$no_room
 Could not get lock|Another program is installing packages; try again when it has ended.
