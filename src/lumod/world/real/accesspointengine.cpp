@@ -62,7 +62,7 @@ void AccessPointEngine::start(const QByteArray& configuration)
         ended();
         return Q_EMIT failed(ready.why(), stuckMilliseconds);
     }
-    killProcessesWith(m_configuration);
+    killProcesses(QStringLiteral("hostapd"), m_configuration);
     m_attached = false;
     m_asked = 0;
     m_child.start(m_settings.hostapd, {m_configuration});
@@ -119,6 +119,6 @@ void AccessPointEngine::ended()
 {
     m_ask.stop();
     m_socket.close();
-    killProcessesWith(m_configuration);
+    killProcesses(QStringLiteral("hostapd"), m_configuration);
     QFile::remove(m_configuration);
 }

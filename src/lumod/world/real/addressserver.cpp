@@ -45,7 +45,7 @@ void AddressServer::start(const QByteArray& configuration)
 
 void AddressServer::launch()
 {
-    killProcessesWith(m_file);
+    killProcesses(QStringLiteral("dnsmasq"), m_file);
     if (const auto saved = saveSecret(m_file, m_configuration); !saved) {
         m_pause.start(retryMilliseconds);
         return Q_EMIT failed(QStringLiteral("Cannot write ") + saved.why());
@@ -64,6 +64,6 @@ void AddressServer::stop()
 /// Nothing of it is left.
 void AddressServer::ended()
 {
-    killProcessesWith(m_file);
+    killProcesses(QStringLiteral("dnsmasq"), m_file);
     QFile::remove(m_file);
 }

@@ -3,6 +3,6 @@
 
 #include <QString>
 
-/// Kills at once every process that has `word` in its command line: an engine that lost its keeper,
-/// or is left of a lumod that was killed. The word, the name of a file of ours say, is in no other.
-void killProcessesWith(const QString& word);
+/// Kills at once every process of that name with `word`, the name of a file of ours say, in its
+/// command line: an engine that lost its keeper, or is left of a lumod that was killed.
+void killProcesses(const QString& name, const QString& word);
