@@ -38,6 +38,7 @@ RealRadio::RealRadio(World& world, Kernel& kernel, NameServers& nameServers,
     connect(&m_wps, &RealWps::changed, this, [this] {
         updateStatus();
         reconcile();
+        Q_EMIT moved();
     });
 }
 

@@ -35,14 +35,15 @@ public:
     void rejoin();
 
     [[nodiscard]] InterfaceDetails details() const;
-    /// There are networks, and it is permitted to join them.
-    [[nodiscard]] bool wantsToJoin() const { return wantsNetworks(); }
+    /// There are networks that it is permitted to join, or WPS looks for one.
+    [[nodiscard]] bool wantsToJoin() const { return wantsNetworks() || isInSession(); }
+    [[nodiscard]] bool isInSession() const { return m_wps.isRunning(); }
     [[nodiscard]] bool isJoined() const { return m_joined; }
     /// The channel, of 2.4 or 5 GHz, of the access point that is joined; 0 for none.
     [[nodiscard]] int joinedChannel() const;
 
 Q_SIGNALS:
-    /// It has joined a network, or has left one.
+    /// It has joined a network or has left one, or WPS has begun or ended.
     void moved();
     /// The driver does not even try to join: the radio is held on another channel.
     void refused();

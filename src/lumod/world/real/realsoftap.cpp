@@ -52,6 +52,8 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
     connect(&m_server, &AddressServer::failed, &m_world, &World::failed);
     connect(&m_pause, &QTimer::timeout, this, &RealSoftAp::launch);
     connect(&m_patience, &QTimer::timeout, this, [this] {
+        if (m_radio.isInSession())
+            return m_patience.start(patienceMilliseconds);
         m_yields = false;
         m_calm.start(calmMilliseconds);
         launch();

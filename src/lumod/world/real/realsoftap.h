@@ -26,6 +26,8 @@ public:
     /// Refused when a program is missing.
     Result<> start(const SoftApSettings& settings);
     void stop();
+    /// The radio has other networks to join: it makes way for them, also where it has in vain.
+    void welcomeNetworks() { m_calm.stop(); }
     /// Looks at the kernel and at the radio; called whenever either has changed.
     void update();
 

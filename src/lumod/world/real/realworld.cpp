@@ -92,6 +92,7 @@ void RealWorld::bringUp(const NetworkConfiguration& configuration)
     m_mode = configuration.mode;
     m_cable.configure(configuration.mode != NetworkMode::Wireless, configuration.wired);
     m_radio.configure(configuration.networks, configuration.wireless, permission());
+    m_softAp.welcomeNetworks();
     m_softAp.update();
 }
 
