@@ -74,7 +74,24 @@ Outcome<OrvaNetworkProfileSoftApRequest> requestOf(const Arguments& given)
         request.setTimeout(qRound(qMin(*timeout, 1e6) * 1000));
     if (given.flag("--hold"))
         request.setHoldSoftAp(true);
+    if (given.flag("--bound"))
+        request.setBound(true);
     return request;
+}
+
+/// Waits until somebody else ends the request; Ctrl-C ends this process, and the request with it.
+Result stay(Context& context, const QString& name)
+{
+    context.out.note(QStringLiteral("The request lasts as long as this command; Ctrl-C ends it."));
+    const auto verdict = [&](const OrvaValue& value) -> std::optional<Result> {
+        for (const OrvaNetworkSoftApRequestStatus& status : value.softApRequests()) {
+            if (status.name() == name && status.bound())
+                return std::nullopt;
+        }
+        return Failure{ExitStatus::Failed, QStringLiteral("The request was revoked or expired.")};
+    };
+    return context.host.waitFor(OrvaNetworkSoftApRequestsPath(), verdict,
+                                QDeadlineTimer(QDeadlineTimer::Forever));
 }
 
 Result request(Context& context, const Arguments& given)
@@ -83,8 +100,11 @@ Result request(Context& context, const Arguments& given)
     if (!asked)
         return asked.error();
     const OrvaValue value = OrvaValue::of(*asked);
-    if (context.waits)
-        return activate(context, OrvaNetworkRequestSoftApPath(), value, resultPatience);
+    if (context.waits || given.flag("--bound")) {
+        const auto answer =
+            activate(context, OrvaNetworkRequestSoftApPath(), value, resultPatience);
+        return answer && given.flag("--bound") ? stay(context, given.text("NAME")) : answer;
+    }
     const Result taken = context.host.handOver(OrvaNetworkRequestSoftApPath(), value);
     if (taken)
         context.out.document({});
@@ -200,6 +220,7 @@ std::vector<Parameter> requestParameters()
          {"--ask-key", "Ask for the pass phrase; open where none is given", Kind::Flag},
          {"--channel", "Channel", Kind::Integer},
          {"--timeout", "When the request expires; never where not given", Kind::Seconds},
+         {"--bound", "Stay, and end the request when this command ends", Kind::Flag},
          {"--hold", "Keep other requests from changing it; needs --timeout", Kind::Flag},
          resultTime()});
     return parameters;

@@ -7,17 +7,64 @@
 
 #include <unistd.h>
 
+namespace {
+
+/// One caller, who may outlast the callers.
+class BusCaller : public CMCaller
+{
+public:
+    BusCaller(BusCallers* callers, const QString& name)
+        : m_callers(callers)
+        , m_name(name)
+    {
+    }
+    void whenGone(QObject* context, const std::function<void()>& gone) override
+    {
+        if (m_callers)
+            m_callers->whenGone(m_name, context, gone);
+    }
+
+private:
+    QPointer<BusCallers> m_callers;
+    QString m_name;
+};
+
+} // namespace
+
 BusCallers::BusCallers(const QDBusConnection& connection, QObject* parent)
     : QObject(parent)
     , m_connection(connection)
 {
     m_leaving.setConnection(connection);
     m_leaving.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-    connect(&m_leaving, &QDBusServiceWatcher::serviceUnregistered, this,
-            [this](const QString& caller) {
-                m_trusted.remove(caller);
-                m_leaving.removeWatchedService(caller);
-            });
+    connect(&m_leaving, &QDBusServiceWatcher::serviceUnregistered, this, &BusCallers::left);
+}
+
+std::shared_ptr<CMCaller> BusCallers::caller(const QString& name)
+{
+    return std::make_shared<BusCaller>(this, name);
+}
+
+void BusCallers::whenGone(const QString& caller, QObject* context,
+                          const std::function<void()>& gone)
+{
+    QVector<Follower>& followers = m_followers[caller];
+    const auto isOver = [](const Follower& follower) { return !follower.context; };
+    followers.erase(std::remove_if(followers.begin(), followers.end(), isOver), followers.end());
+    followers << Follower{context, gone};
+    // The question finds one that has left already.
+    lookUp(caller);
+}
+
+void BusCallers::left(const QString& caller)
+{
+    m_trusted.remove(caller);
+    m_leaving.removeWatchedService(caller);
+    const auto followers = m_followers.take(caller);
+    for (const Follower& follower : followers) {
+        if (follower.context)
+            follower.gone();
+    }
 }
 
 void BusCallers::askTrusted(const QString& caller, const Callback& callback)
@@ -53,7 +100,7 @@ void BusCallers::learn(const QString& caller, bool found, uint uid)
     if (found)
         m_trusted.insert(caller, trusted);
     else
-        m_leaving.removeWatchedService(caller);
+        left(caller);
     const auto waiting = m_waiting.take(caller);
     for (const Callback& callback : waiting)
         callback(trusted);

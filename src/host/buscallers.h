@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "core/model/cmcaller.h"
+
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 #include <QVector>
 
 #include <functional>
-#include <optional>
+#include <memory>
 
-/// The users behind the callers on the bus. Asks the bus once for each caller, and forgets those
-/// that leave.
+/// The callers on the bus: the users behind them, and when they leave. Asks the bus once for each
+/// user, and forgets those that leave.
 class BusCallers : public QObject
 {
     Q_OBJECT
@@ -24,12 +27,24 @@ public:
     /// may. Answers at once for a known caller, else when the bus has answered.
     void askTrusted(const QString& caller, const Callback& callback);
 
+    /// The caller of that unique name, as workers see it.
+    [[nodiscard]] std::shared_ptr<CMCaller> caller(const QString& name);
+    /// See `CMCaller::whenGone`.
+    void whenGone(const QString& caller, QObject* context, const std::function<void()>& gone);
+
 private:
+    struct Follower
+    {
+        QPointer<QObject> context;
+        std::function<void()> gone;
+    };
     void lookUp(const QString& caller);
     void learn(const QString& caller, bool found, uint uid);
+    void left(const QString& caller);
 
     QDBusConnection m_connection;
     QDBusServiceWatcher m_leaving;
     QHash<QString, bool> m_trusted;
     QHash<QString, QVector<Callback>> m_waiting;
+    QHash<QString, QVector<Follower>> m_followers;
 };

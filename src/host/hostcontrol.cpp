@@ -143,7 +143,9 @@ QVariantMap HostControl::Invoke(const QString& path, const OrvaBusValue& value)
 {
     const CMPath node(path);
     const auto invoke = [this, node](const BusCall& call, const OrvaValue& plain) {
-        m_root.invoke(node, plain, call.reply(resultToBus));
+        const auto reply = call.reply(resultToBus);
+        reply.data()->setCaller(m_callers.caller(call.caller()));
+        m_root.invoke(node, plain, reply);
     };
     // An activate node's slot runs from the event loop.
     admitValue(node, CallerTurns::Work::Later, value, invoke);

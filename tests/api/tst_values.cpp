@@ -71,8 +71,8 @@ private Q_SLOTS:
         addRecord<OrvaNetworkAddress>("address", "ip text, prefix int, protocol enum, scope enum, dhcp flag");
         addRecord<OrvaNetworkScanResult>("scan result", "ssid text, bssid text, channel int, frequency int, signal int, snr int, encryption enum, ies text");
         addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, passphrase text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
-        addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag");
-        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, applied record, hold flag, expiresAtMs long, running flag");
+        addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag, bound flag");
+        addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, applied record, hold flag, bound flag, expiresAtMs long, running flag");
         addRecord<OrvaNetworkProfileTrial>("trial", "profile record, confirmWithinMs int");
         addRecord<OrvaNetworkPendingProfile>("pending", "before record, untilMs long");
         addRecord<OrvaNetworkLastJoin>("last join", "ssid text, result enum, reason enum, whenMs long");
@@ -83,7 +83,7 @@ private Q_SLOTS:
         addRecord<OrvaPowerManagerTarget>("power target", "target enum");
         addRecord<OrvaRoles>("row", "id text, title text, type enum, value record");
         addRecord<CMError>("error", "name text, title text, message text");
-        addRecord<OrvaValue>("value", "airplaneModeType enum, bool flag, double number, i32 int, networkInfo record, networkInterface record, networkLastJoin record, networkPendingProfile record, networkProfile record, networkProfileTrial record, networkScanResult record, networkScanResults records, networkSoftApRequest record, networkState enum, softApRequests records, string text, stringList texts, wifiRestartCriteria record");
+        addRecord<OrvaValue>("value", "airplaneModeType enum, bool flag, double number, i32 int, networkInfo record, networkInterface record, networkLastJoin record, networkOnline enum, networkPendingProfile record, networkProfile record, networkProfileTrial record, networkScanResult record, networkScanResults records, networkSoftApRequest record, networkState enum, softApRequests records, string text, stringList texts, wifiRestartCriteria record");
         // clang-format on
     }
 

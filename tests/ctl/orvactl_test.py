@@ -428,6 +428,16 @@ class Joining(WithDevice):
             self.assertEqual((session.wait(LIMIT), status()), (ended, 3))
         self.does("wifi wps cancel", 4, "failed: No WPS session runs.")
 
+    def test_a_bound_request_goes_with_its_client(self):
+        for end, status in (lambda client: client.kill(), -9), (lambda client: client.send_signal(signal.SIGINT), -2), (
+                lambda _: self.does("softap revoke me"), 4):
+            client = self.device.start("orvactl", "softap", "request", "me", "--bound", stderr=subprocess.DEVNULL)
+            self.device.until(lambda: "me    uap0" in self.ends(0, "orvactl softap list"))
+            self.assertIsNone(client.poll())
+            end(client)
+            self.assertEqual(client.wait(LIMIT), status)
+            self.device.until(lambda: "me" not in self.ends(0, "orvactl softap list"))
+
     def test_names_are_completed_and_never_evaluated(self):
         evil = "$(touch evaluated) `touch e`:"
         self.ends(0, "orvactl wifi scan >/dev/null; orvactl softap request 'a b' --wait 0; orvactl wifi connect Home --key-file - --wait 0", stdin="correct horse")

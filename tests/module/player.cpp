@@ -124,6 +124,25 @@ QVector<OrvaNetworkScanResult> networks(int count)
 
 } // namespace
 
+/// A client on the bus.
+class Player::Client : public CMCaller
+{
+public:
+    void whenGone(QObject* context, const std::function<void()>& gone) override
+    {
+        m_followers.append({context, gone});
+    }
+    void go()
+    {
+        for (const auto& [context, gone] : std::exchange(m_followers, {}))
+            if (context)
+                gone();
+    }
+
+private:
+    QVector<QPair<QPointer<QObject>, std::function<void()>>> m_followers;
+};
+
 Player::Player()
     : m_log(LogCapture::install())
 {
@@ -314,6 +333,12 @@ void Player::addEvents()
     m_events["status"_s] = [this](What code) {
         Q_EMIT m_backend->InterfaceStatusChanged("wlan0"_s, static_cast<Status>(code.toInt()));
     };
+    m_events["client"_s] = [this](What how) {
+        if (how == "goes"_s)
+            m_client->go();
+        else
+            m_client = std::make_shared<Client>();
+    };
     m_events["airplane"_s] = [this](What on) {
         m_fixture->root.setValue(OrvaNetworkAirplaneModePath(), OrvaValue::of(on == "on"_s), {});
     };
@@ -342,6 +367,7 @@ void Player::addEvents()
 CMReply<QVariant> Player::softAp(const CMPath& path, const QString& what)
 {
     const QString hold = " hold"_s;
+    const QString bound = " bound"_s;
     const int end = what.lastIndexOf("}"_s) + 1;
     const QString tail = what.mid(qMax(end, first(what).size()));
     OrvaNetworkProfileSoftApRequest request;
@@ -349,9 +375,12 @@ CMReply<QVariant> Player::softAp(const CMPath& path, const QString& what)
     request.setSettings(OrvaNetworkProfileSoftApSettings(
         end > 0 ? OrvaPlain::fromJson(what.mid(0, end).section(" "_s, 1).toUtf8())->toHash()
                 : QVariantHash()));
-    request.setTimeout(QString(tail).remove(hold).trimmed().toInt());
+    request.setTimeout(QString(tail).remove(hold).remove(bound).trimmed().toInt());
     request.setHoldSoftAp(tail.contains(hold));
-    return m_fixture->send(path, OrvaValue::of(request));
+    request.setBound(tail.contains(bound));
+    const auto reply = m_fixture->send(path, OrvaValue::of(request));
+    reply.data()->setCaller(m_client);
+    return reply;
 }
 
 void Player::addRequests()

@@ -66,6 +66,7 @@ private:
     void addRequests();
     void addFacts();
     void addPictureFacts();
+    class Client;
     CMReply<QVariant> softAp(const CMPath& path, const QString& what);
     void refresh(const QString& what);
 
@@ -77,4 +78,5 @@ private:
     ScriptedBackend* m_backend = nullptr;
     QHash<QString, Request> m_requests;
     QStringList m_changed;
+    std::shared_ptr<Client> m_client; ///< who asks for what is bound
 };

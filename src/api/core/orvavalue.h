@@ -8,6 +8,7 @@
 class OrvaNetworkInfo;
 class OrvaNetworkInterface;
 class OrvaNetworkLastJoin;
+class OrvaNetworkOnline;
 class OrvaNetworkPendingProfile;
 class OrvaNetworkProfile;
 class OrvaNetworkProfileSoftApRequest;
@@ -38,6 +39,7 @@ class OrvaAirplaneModeType;
     ROW(OrvaNetworkInfo, networkInfo, NetworkInfo)                                                 \
     ROW(OrvaNetworkInterface, networkInterface, NetworkInterface)                                  \
     ROW(OrvaNetworkState, networkState, NetworkState)                                              \
+    ROW(OrvaNetworkOnline, networkOnline, NetworkOnline)                                           \
     ROW(OrvaNetworkScanResult, networkScanResult, NetworkScanResult)                               \
     ROW(OrvaList<OrvaNetworkScanResult>, networkScanResults, NetworkScanResults)                   \
     ROW(OrvaNetworkProfileSoftApRequest, networkSoftApRequest, NetworkSoftApRequest)               \

@@ -115,6 +115,22 @@ public:
     ORVA_ENUM(OrvaNetworkAddressScope);
 };
 
+/// How far the device gets out of its network.
+class ORVA_API OrvaNetworkOnline
+{
+    Q_GADGET
+public:
+    enum Value : qint32 {
+        Unknown = 0,   ///< Connected, and nobody asks: no ping and no probe, or not yet.
+        NoGateway = 1, ///< Not connected, without a gateway, or the gateway does not answer.
+        Gateway = 2,   ///< The gateway answers; beyond it nothing does, or nobody asks.
+        Portal = 3,    ///< Something else answers than the server that is probed, such as a login.
+        Online = 4     ///< The server that is probed answers.
+    };
+    Q_ENUM(Value)
+    ORVA_ENUM(OrvaNetworkOnline);
+};
+
 /// The radios that airplane mode blocks.
 class ORVA_API OrvaAirplaneModeType
 {

@@ -18,6 +18,9 @@
         "The overall state, in which soft access points take no part.")                            \
     ROW(OrvaNetworkStateConnected, "network/state/connected", Value, "bool", Default, "",          \
         "True if a wired or wireless link is up; a soft access point does not count.")             \
+    ROW(OrvaNetworkStateOnlinePath, "network/state/online", ReadOnly, "networkOnline", Default, "", \
+        "How far the device gets: the gateway by the watchdog's ping over Wi-Fi, the rest by the " \
+        "probe that the settings name.")                                                           \
     ROW(OrvaNetworkConnectingMessage, "network/state/message", Value, "string", Default, "",       \
         "The outcome of connecting, or of a WPS session, in words for a person.")                  \
     ROW(OrvaNetworkCurrentStatePath, "network/state/profile",                                      \
@@ -166,6 +169,12 @@
         Value, "networkProfile", Default, "",                                                      \
         "Its `softApSettings` configure the soft access points; for root and the host's user "     \
         "alone. Read when the host starts.")                                                       \
+    ROW(OrvaNetworkOnlineProbeSettingsPath, "settings/network/online-probe",                       \
+        Value, "string", Default, "",                                                              \
+        "The http URL that is asked whether the device is online; empty: none is.")                \
+    ROW(OrvaNetworkOnlineProbeBodySettingsPath, "settings/network/online-probe-body",              \
+        Value, "string", Default, "",                                                              \
+        "The body of the answer with status 200 that says so; status 204 says so too.")            \
     ROW(OrvaNetworkWifiRestartCriteriaPath, "settings/network/wifi-restart-criteria",              \
         Value, "wifiRestartCriteria", Default, "",                                                 \
         "The conditions under which the watchdog restarts Wi-Fi; empty: never.")

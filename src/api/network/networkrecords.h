@@ -95,6 +95,8 @@ class ORVA_API OrvaNetworkProfileSoftApRequest : public OrvaHash
     ORVA_FIELD(qint32, timeout, Timeout);
     /// True if other requests must leave the running settings alone; needs a timeout.
     ORVA_FIELD(bool, holdSoftAp, HoldSoftAp);
+    /// True if the request ends, like by a revocation, when the client that made it leaves the bus.
+    ORVA_FIELD(bool, bound, Bound);
 };
 
 /// One live soft-AP request as it is published.
@@ -112,6 +114,8 @@ class ORVA_API OrvaNetworkSoftApRequestStatus : public OrvaHash
     ORVA_FIELD(OrvaNetworkProfileSoftApSettings, applied, Applied);
     /// True if the request holds the running settings.
     ORVA_FIELD(bool, hold, Hold);
+    /// True if the request ends when the client that made it leaves the bus.
+    ORVA_FIELD(bool, bound, Bound);
     /// The moment of its expiry, in milliseconds on the system's monotonic clock; 0 when it does
     /// not expire.
     ORVA_FIELD(qint64, expiresAtMs, ExpiresAtMs);

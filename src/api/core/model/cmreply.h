@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+class CMCaller;
 class QObject;
 
 /// The state that all handles of one reply share. Finishes exactly once: with a value or with an
@@ -49,6 +50,11 @@ public:
     /// Has an answer that was put off given at once, where that is possible.
     void hurry();
 
+    /// Names the client that waits for the reply.
+    void setCaller(const std::shared_ptr<CMCaller>& caller) { m_caller = caller; }
+    /// The client outside that waits for the reply; null for one of the host's own workers.
+    [[nodiscard]] const std::shared_ptr<CMCaller>& caller() const { return m_caller; }
+
 private:
     struct Watcher
     {
@@ -67,6 +73,7 @@ private:
     CMError m_error;
     QVector<Watcher> m_watchers;
     std::function<void()> m_hurry;
+    std::shared_ptr<CMCaller> m_caller;
 };
 
 /// A handle to a reply that carries no value. Copies share the reply; a default-constructed handle

@@ -38,6 +38,11 @@ CMSetDataRequest::CMSetDataRequest(const CMPath& path, const QString& role, cons
 {
 }
 
+std::shared_ptr<CMCaller> CMSetDataRequest::caller() const
+{
+    return m_reply ? m_reply.data()->caller() : nullptr;
+}
+
 void CMSetDataRequest::answer(const OrvaValue& value) const
 {
     m_reply.finish(value.__variant());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "core/model/cmcaller.h"
 #include "core/model/cmreply.h"
 #include "core/orvaroles.h"
 
@@ -53,6 +54,9 @@ public:
     [[nodiscard]] const OrvaValue& value() const { return m_value; }
     /// The reply that takes the answer; empty when the requester wants none.
     [[nodiscard]] const CMReply<QVariant>& reply() const { return m_reply; }
+
+    /// The client outside that made the request; null where a worker of the host did.
+    [[nodiscard]] std::shared_ptr<CMCaller> caller() const;
 
     /// Answers with success, if anybody wants an answer.
     void answer(const OrvaValue& value = OrvaValue()) const;

@@ -71,10 +71,25 @@ void SoftAps::on_requestSoftAp_req(const CMSetDataRequest& request)
     // The request waits before the backend is asked, whose interface may come up at once.
     const QString interface = softAp.settings().apInterface();
     m_softAps[interface].pending.append(request);
-    if (setSoftAp(softAp, true))
+    const bool changed = setSoftAp(softAp, true);
+    bind(request, softAp);
+    if (changed)
         return;
     m_softAps[interface].pending.removeLast();
     request.answer();
+}
+
+void SoftAps::bind(const CMSetDataRequest& request, const Request& softAp)
+{
+    const auto caller = request.caller();
+    if (!softAp.bound() || !caller)
+        return;
+    const auto binding = std::make_shared<QObject>();
+    m_softAps[softAp.settings().apInterface()].table.bind(softAp.name(), binding);
+    caller->whenGone(binding.get(), [this, softAp] {
+        LOG4CPLUS_INFO(networkingLogger(), "The client has gone, SoftAp, name: " << softAp.name());
+        on_revokeSoftAp_req(softApActivation(OrvaNetworkRevokeSoftApPath(), softAp));
+    });
 }
 
 OrvaResult<void> SoftAps::check(const Request& request) const

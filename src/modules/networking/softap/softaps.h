@@ -61,6 +61,8 @@ private:
     /// Records the request, or drops it, and tells the backend what that changes. False where that
     /// is nothing.
     bool setSoftAp(const OrvaNetworkProfileSoftApRequest& request, bool enable);
+    /// Has the live request end with its client, where that is asked for.
+    void bind(const CMSetDataRequest& request, const OrvaNetworkProfileSoftApRequest& softAp);
     bool updateSoftAp(const QString& interface);
     bool stopSoftAp(const OrvaNetworkProfileSoftApSettings& settings);
     void answerPending(const QString& interface, const OrvaResult<void>& outcome = {});

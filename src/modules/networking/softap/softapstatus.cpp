@@ -14,6 +14,7 @@ OrvaNetworkSoftApRequestStatus statusOf(const LiveSoftApRequest& live, const QSt
     status.setSettings(maskedSoftApSettings(live.request.settings()));
     status.setApplied(maskedSoftApSettings(softAp.sent));
     status.setHold(live.request.holdSoftAp());
+    status.setBound(live.request.bound());
     status.setExpiresAtMs(live.due.value_or(0));
     status.setRunning(softAp.link == OrvaNetworkState::Connected);
     return status;

@@ -20,6 +20,13 @@ void SoftApTable::set(const LiveSoftApRequest& live)
         m_requests.append(live);
 }
 
+void SoftApTable::bind(const QString& name, const std::shared_ptr<QObject>& binding)
+{
+    const auto live = std::find_if(m_requests.begin(), m_requests.end(), hasName(name));
+    if (live != m_requests.end())
+        live->binding = binding;
+}
+
 bool SoftApTable::contains(const QString& name) const
 {
     return std::any_of(m_requests.begin(), m_requests.end(), hasName(name));
