@@ -20,6 +20,7 @@ struct Picture
     QString url;
     QStringList stations;
     QString settingsFault;
+    OrvaNetworkOnline online;
     OrvaNetworkLastJoin lastJoin;
     OrvaNetworkPendingProfile pending;
 };
@@ -157,6 +158,23 @@ void addKnown(const Page& page, const OrvaNetworkProfile& profile)
     page.add(QStringLiteral("Known"), names.join(QStringLiteral(", ")));
 }
 
+QString onlineText(OrvaNetworkOnline online)
+{
+    switch (online) {
+    case OrvaNetworkOnline::Unknown:
+        break;
+    case OrvaNetworkOnline::NoGateway:
+        return QStringLiteral("no, without a gateway");
+    case OrvaNetworkOnline::Gateway:
+        return QStringLiteral("as far as the gateway");
+    case OrvaNetworkOnline::Portal:
+        return Output::styled(QStringLiteral("no, a portal answers"), Style::Bad);
+    case OrvaNetworkOnline::Online:
+        return Output::styled(QStringLiteral("yes"), Style::Good);
+    }
+    return {};
+}
+
 void addLastJoin(const Page& page, const OrvaNetworkLastJoin& join)
 {
     if (join.result() == OrvaNetworkJoinResult::Failed)
@@ -180,6 +198,8 @@ void showPage(const Output& out, const Picture& picture)
     const Page page(out);
     const OrvaNetworkInfo& info = picture.info;
     page.add(QStringLiteral("Network"), headline(info));
+    if (info.state() == OrvaNetworkState::Connected)
+        page.add(QStringLiteral("Online"), onlineText(picture.online));
     page.add(QStringLiteral("Web page"), printable(picture.url));
     addWired(page, info.wired());
     addWireless(page, info.wireless());
@@ -205,7 +225,8 @@ Result status(Context& context, const Arguments&)
     for (const CMPath& path :
          {OrvaNetworkInfoPath(), OrvaNetworkProfilePath(), OrvaNetworkLocalWebserverUrlPath(),
           OrvaNetworkConnectedSoftApStationsPath(), HostSettingsFaultPath(),
-          OrvaNetworkLastJoinPath(), OrvaNetworkPendingProfilePath()}) {
+          OrvaNetworkStateOnlinePath(), OrvaNetworkLastJoinPath(),
+          OrvaNetworkPendingProfilePath()}) {
         const auto value = context.host.value(path);
         if (!value)
             return value.error();
@@ -218,6 +239,7 @@ Result status(Context& context, const Arguments&)
                            values.value(OrvaNetworkLocalWebserverUrlPath()).string_(),
                            values.value(OrvaNetworkConnectedSoftApStationsPath()).stringList(),
                            values.value(HostSettingsFaultPath()).string_(),
+                           values.value(OrvaNetworkStateOnlinePath()).networkOnline(),
                            values.value(OrvaNetworkLastJoinPath()).networkLastJoin(),
                            values.value(OrvaNetworkPendingProfilePath()).networkPendingProfile()});
     return {};

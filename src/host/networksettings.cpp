@@ -52,6 +52,8 @@ QVector<SettingDefault> networkSettingDefaults()
         {OrvaNetworkSoftApAutoEnabledSettingsPath(), OrvaValue::of(true)},
         {OrvaNetworkSoftApDefaultSsidSettingsPath(), OrvaValue::of(defaultSsid())},
         {OrvaNetworkSoftApConfigSettingsPath(), OrvaValue::of(softApProfile())},
+        {OrvaNetworkOnlineProbeSettingsPath(), OrvaValue::of(QString())},
+        {OrvaNetworkOnlineProbeBodySettingsPath(), OrvaValue::of(QString())},
         {OrvaNetworkWifiRestartCriteriaPath(), OrvaValue::of(OrvaNetworkWifiRestartCriteria())},
     };
 }

@@ -54,6 +54,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
           [this](const WpsSession::ProfileEdit& edit) { return m_profiles.requestChange(edit); })
     , m_softAps(nodes(), *m_lowlevel, m_life, name(), this)
     , m_localSoftAp(m_softAps, *m_lowlevel, m_picture, m_life, this)
+    , m_onlineState(nodes(), this)
 {
     configureShutdownTimer();
     connectBackend();
@@ -62,6 +63,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     m_softAps.readSoftApConfiguration(m_picture.currentMac());
     m_localSoftAp.startSoftApTimer();
     m_wifiRestart = new WifiRestart(this, m_wirelessInterfaceName, softapInterfaces());
+    connect(m_wifiRestart, &WifiRestart::gatewayPinged, &m_onlineState, &OnlineState::noteEcho);
     bindActions();
     registerWithPowerManager();
     m_airplaneMode.follow(nodeAt<CMValueNode>(nodes(), OrvaNetworkAirplaneModePath()));

@@ -5,6 +5,7 @@
 #include "backend/networklistener.h"
 #include "core/orva.h"
 #include "network/networkrecords.h"
+#include "online/onlinestate.h"
 #include "picture/picture.h"
 #include "profile/profiles.h"
 #include "radio/airplanemode.h"
@@ -121,6 +122,7 @@ private:
     WpsSession m_wpsSession;
     SoftAps m_softAps;
     LocalSoftAp m_localSoftAp;
+    OnlineState m_onlineState;
 
     WifiRestart* m_wifiRestart = nullptr; ///< A child of the worker.
 };

@@ -75,9 +75,9 @@ CMNodes& createNodes(CMNodesWorker& worker)
     CMValueNode::create(nodes, airplaneMode)
         ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
     for (const CMPath& path : {OrvaNetworkSoftApRequestsPath(), OrvaNetworkLastJoinPath(),
-                               OrvaNetworkPendingProfilePath(), OrvaNetworkTryNetworkProfilePath(),
-                               OrvaNetworkConfirmProfilePath(), OrvaNetworkRollbackProfilePath(),
-                               OrvaNetworkRestoreBackupPath()})
+                               OrvaNetworkStateOnlinePath(), OrvaNetworkPendingProfilePath(),
+                               OrvaNetworkTryNetworkProfilePath(), OrvaNetworkConfirmProfilePath(),
+                               OrvaNetworkRollbackProfilePath(), OrvaNetworkRestoreBackupPath()})
         create(nodes, orvaNetworkNode(path));
     return nodes;
 }

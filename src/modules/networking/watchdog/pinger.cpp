@@ -65,6 +65,10 @@ void Pinger::ping(const QString& gateway)
 {
     const QStringList arguments{QStringLiteral("-c"), QStringLiteral("1"), QStringLiteral("-W"),
                                 QStringLiteral("3"), gateway};
-    m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs, logResult);
+    m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs,
+                         [this](const OrvaProcessHandlerResult& result) {
+                             logResult(result);
+                             Q_EMIT pinged(result.finishedOk());
+                         });
     LOG4CPLUS_DEBUG(pingerLogger(), "ping process started");
 }

@@ -8,8 +8,8 @@
 
 class CMValueItem;
 
-/// Pings the IPv4 gateway at an interval while Wi-Fi is connected, for the log only. A gateway that
-/// is no IPv4 address counts as none.
+/// Pings the IPv4 gateway at an interval while Wi-Fi is connected, and logs and tells whether it
+/// answers. A gateway that is no IPv4 address counts as none.
 ///
 /// At most one ping runs at a time, and none outlives the object. One whose host was killed ends
 /// with the service's cgroup, by its parent death signal where it still has it (see
@@ -26,6 +26,10 @@ public:
 public Q_SLOTS:
     /// Sends one ping, after killing one that still runs.
     void on_timer_timeout();
+
+Q_SIGNALS:
+    /// The gateway answered, or did not.
+    void pinged(bool answered);
 
 private:
     void ping(const QString& gateway);

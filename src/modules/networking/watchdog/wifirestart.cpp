@@ -72,6 +72,7 @@ void WifiRestart::on_criteria_changed(const OrvaValue& value)
     }
     delete m_pinger;
     m_pinger = new Pinger(this, criteria.checkIntervalMs());
+    connect(m_pinger, &Pinger::pinged, this, &WifiRestart::gatewayPinged);
     m_checkTimer.start(criteria.checkIntervalMs());
 }
 

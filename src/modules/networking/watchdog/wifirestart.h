@@ -20,8 +20,8 @@ class Pinger;
 /// Samples the interface's packet counters at the interval of the Wi-Fi restart criteria, a setting
 /// of the host that may change at any time; without valid criteria no samples are taken. A restart
 /// is the invocation of the activate node that the criteria name. From the first valid criteria on
-/// the gateway is pinged at the interval of the last valid ones, for the log only. Lives on the
-/// host's event-loop thread.
+/// the gateway is pinged at the interval of the last valid ones, which nothing here depends on.
+/// Lives on the host's event-loop thread.
 class WifiRestart : public QObject
 {
     Q_OBJECT
@@ -42,6 +42,10 @@ public Q_SLOTS:
     /// Restarts Wi-Fi on request and answers with the outcome; with an error when the criteria name
     /// no node to do it, or the very node of the request.
     void on_restart_requested(const CMSetDataRequest& request);
+
+Q_SIGNALS:
+    /// The gateway answered a ping, or did not.
+    void gatewayPinged(bool answered);
 
 private:
     [[nodiscard]] LinkSample takeSample();

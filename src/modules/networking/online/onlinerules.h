@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "network/networkrecords.h"
+
+#include <QUrl>
+
+#include <optional>
+
+// How far the device gets out of its network, from plain values to plain values.
+
+/// What the ping of the gateway or the probe beyond it has found; nobody need have asked.
+enum class GatewayEcho { Unknown, Answered, Silent };
+enum class ProbeOutcome {
+    Unknown,
+    NoAnswer, ///< No server, or nothing that is HTTP.
+    Portal,   ///< Somebody answered something else.
+    Online    ///< The answer that was expected.
+};
+
+/// The port of a URL that names none.
+constexpr int probePort = 80;
+
+/// The URL of a probe, from the setting; none for an empty text and for one that is no http URL
+/// with a host.
+[[nodiscard]] std::optional<QUrl> probeUrl(const QString& setting);
+
+/// The request for a URL.
+[[nodiscard]] QByteArray probeRequest(const QUrl& url);
+
+/// The meaning of an HTTP answer, which may be cut off: status 204, or 200 with this body, blanks
+/// around it aside, where a body is expected.
+[[nodiscard]] ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body);
+
+/// True if the device is connected and has a gateway.
+[[nodiscard]] bool hasGateway(const OrvaNetworkInfo& info);
+
+/// The state that all of this comes to.
+[[nodiscard]] OrvaNetworkOnline onlineState(const OrvaNetworkInfo& info, GatewayEcho echo,
+                                            ProbeOutcome probe);
