@@ -5,6 +5,8 @@
 
 #include "core/orva.h"
 
+#include <QtTest>
+
 /// A node tree that is one worker: the root, in which a test creates the nodes of everybody else.
 class TestTree : public CMNodesWorker
 {

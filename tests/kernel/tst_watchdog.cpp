@@ -193,6 +193,7 @@ private Q_SLOTS:
     void pingsTheGatewayOfAConnectedLink()
     {
         Pinger pinger(nullptr, 200);
+        QSignalSpy pinged(&pinger, &Pinger::pinged);
         const auto logs = [&](int state, const char* gateway, const char* line) {
             m_log.clear();
             m_info->setValue(wirelessInfo(state, gateway));
@@ -202,7 +203,9 @@ private Q_SLOTS:
         QVERIFY(logs(1, "-V", "No gateway available, not sending ping"));
         QVERIFY(logs(1, "10.9.0.2", "gateway ping ok"));
         QCOMPARE(logged("ping: 1 packets transmitted, 1 received"), 1);
+        QTRY_VERIFY(!pinged.isEmpty() && pinged.last().first().toBool());
         QVERIFY(logs(1, "192.0.2.1", "gateway ping failed: "));
+        QTRY_VERIFY(!pinged.last().first().toBool());
         QCOMPARE(logged("gateway ping failed: exited with status 2"), 1);
         QCOMPARE(logged("\n") + logged("\\u000a"), 0);
         QCOMPARE(logged("ping: /bin/ping: connect: Network is unreachable"), 1);
