@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workerfixture.h"
 
-#include "heldclock.h"
-
 #include "network/networkpaths.h"
 #include "networksettings.h"
 #include "settings.h"
@@ -40,23 +38,6 @@ void standInForRfkill(const QTemporaryDir& directory)
 
 } // namespace
 
-ValueStore::ValueStore(const NodeValues& values)
-    : CMNodesWorker({}, "store"_s)
-{
-    for (auto entry = values.begin(); entry != values.end(); ++entry)
-        CMValueNode::create(nodes(), entry.key())->setValue(entry.value());
-}
-
-void ValueStore::setDataRequest(const CMSetDataRequest& request)
-{
-    if (full)
-        return request.fail(CMError("NotStored"_s, "full"_s));
-    writes.append({request.path(), request.value()});
-    if (mute)
-        return m_kept.append(request);
-    CMNodesWorker::setDataRequest(request);
-}
-
 WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
     : WorkerFixture(values, [&](NetworkListener&) {
         auto own = std::make_unique<ScriptedBackend>();
@@ -70,11 +51,9 @@ WorkerFixture::WorkerFixture(const NodeValues& values, const Prepare& prepare)
 
 WorkerFixture::WorkerFixture(const NodeValues& values,
                              const Networking::BackendFactory& createBackend)
+    : WorkerHost(completed(values))
 {
     standInForRfkill(m_directory);
-    auto ownStore = std::make_unique<ValueStore>(completed(values));
-    store = ownStore.get();
-    root.addWorker(std::move(ownStore));
     root.addWorker(std::make_unique<PowerManager>());
     auto ownWorker = std::make_unique<Networking>(QVariantHash(), createBackend);
     worker = ownWorker.get();
@@ -85,31 +64,6 @@ WorkerFixture::WorkerFixture(const NodeValues& values,
 OrvaNetworkInfo WorkerFixture::info()
 {
     return value(OrvaNetworkInfoPath()).networkInfo();
-}
-
-QVector<OrvaValue> WorkerFixture::writes(const CMPath& path) const
-{
-    QVector<OrvaValue> values;
-    for (const auto& [written, value] : std::as_const(store->writes)) {
-        if (written == path)
-            values << value;
-    }
-    return values;
-}
-
-CMReply<QVariant> WorkerFixture::send(const CMPath& path, const OrvaValue& value)
-{
-    const auto reply = CMReply<QVariant>::create();
-    root.invoke(path, value, reply);
-    return reply;
-}
-
-QString WorkerFixture::outcome(const CMVoidReply& reply)
-{
-    if (!reply.isFinished())
-        return "no answer"_s;
-    const CMError error = reply.error();
-    return error.isEmpty() ? QString() : error.name() + ": "_s + error.message();
 }
 
 QStringList WorkerFixture::rfkillCalls() const
