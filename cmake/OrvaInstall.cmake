@@ -85,6 +85,11 @@ install(DIRECTORY src/api/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva" COMPON
     FILES_MATCHING PATTERN "*.h")
 install(FILES src/processhandler/orvaprocesshandler.h
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva" COMPONENT development)
+install(FILES src/testing/heldclock.h src/testing/logcapture.h src/testing/workerhost.h src/host/rootworker.h
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/orva/testing" COMPONENT development)
+install(TARGETS orva_testing EXPORT OrvaTargets
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+install(FILES docs/worker.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 install(EXPORT OrvaTargets NAMESPACE Orva::
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/Orva" COMPONENT development)
 install(FILES "${CMAKE_BINARY_DIR}/dist/OrvaConfig.cmake"

@@ -1,21 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "setuphelper.h"
 
+#include <core/orvaworker.h>
 #include <network/networkpaths.h>
 
 namespace {
 
 const auto workerName = QStringLiteral("setup-helper");
 
-/// The time for which the access point stays open, in milliseconds; the most that a request may ask
-/// for.
-constexpr int openForMs = 60000;
+ORVA_LOGGER(setupLogger, "setup-helper")
+
+/// The setting of the time for which the access point stays open, in ms: what the device's
+/// configuration says or somebody has set, else a minute, the most that a request may ask for.
+int openForMs()
+{
+    const CMPath path(QStringLiteral("settings/setup-helper/open-ms"));
+    const OrvaValue setting(CMRoot()->getValue(path).toHash());
+    return setting.typeKey() == OrvaValue::I32() ? setting.i32_() : 60000;
+}
 
 } // namespace
 
 SetupHelper::SetupHelper(const QVariantHash& config)
     : CMNodesWorker(config, workerName)
     , m_advice(CMValueNode::create(nodes(), CMPath(QStringLiteral("setup-helper/advice"))))
+    , m_summary(CMValueNode::create(nodes(), CMPath(QStringLiteral("setup-helper/summary"))))
     , m_info(this, OrvaNetworkInfoPath())
 {
     m_advice->setTitle(TrString(trExtractContext("SetupHelper::SetupHelper(const QVariantHash&)"),
@@ -26,6 +35,16 @@ SetupHelper::SetupHelper(const QVariantHash& config)
     connect(&m_info, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
         m_advice->setValue(OrvaValue::of(adviceFor(value.networkInfo())));
     });
+
+    // A list is read whole when it has changed.
+    connect(CMRoot(), &CMAbstractWorker::rowsChanged, this, [this](const CMPath& path) {
+        if (path == OrvaNetworkScanResultsPath())
+            countNetworks();
+    });
+    m_summary->setReadOnly(true);
+    m_open.setSingleShot(true);
+    connect(&m_open, &QTimer::timeout, this, &SetupHelper::publishSummary);
+    publishSummary();
 
     auto* open = CMActivateNode::create(nodes(), CMPath(QStringLiteral("setup-helper/open")));
     open->setTitle(TrString(trExtractContext("SetupHelper::SetupHelper(const QVariantHash&)"),
@@ -42,18 +61,35 @@ QString SetupHelper::adviceFor(const OrvaNetworkInfo& info)
     return QStringLiteral("Plug in a cable, or open the setup network.");
 }
 
+void SetupHelper::countNetworks()
+{
+    const auto rows = CMReply<QVariant>::create();
+    CMRoot()->request(CMGetRowsRequest{OrvaNetworkScanResultsPath(), rows});
+    m_networks = rows.value().toList().size();
+    publishSummary();
+}
+
+void SetupHelper::publishSummary()
+{
+    // A record of this worker's own travels as a map below a key of its own.
+    const QVariantHash summary{{QStringLiteral("open"), m_open.isActive()},
+                               {QStringLiteral("networks"), m_networks}};
+    m_summary->setValue(OrvaValue(QVariantHash{{QStringLiteral("setupHelper"), summary}}));
+}
+
 void SetupHelper::on_open_req(const CMSetDataRequest& request)
 {
+    const int time = openForMs();
+    LOG4CPLUS_INFO(setupLogger(), "Opening the setup network for " << time << " ms");
     OrvaNetworkProfileSoftApRequest softAp;
     softAp.setName(name());
-    softAp.setTimeout(openForMs);
+    softAp.setTimeout(time);
     const auto reply = CMReply<QVariant>::create();
     // Answered when the access point is up, or refused; the requester gets that answer.
     request.answerAs(reply);
     CMRoot()->invoke(OrvaNetworkRequestSoftApPath(), OrvaValue::of(softAp), reply);
+    m_open.start(time);
+    publishSummary();
 }
 
-extern "C" Q_DECL_EXPORT CMAbstractWorker* worker_create(const QVariantHash& config)
-{
-    return new SetupHelper(config);
-}
+ORVA_WORKER(SetupHelper)

@@ -4,11 +4,14 @@
 #include <core/orva.h>
 #include <network/networkrecords.h>
 
+#include <QTimer>
+
 /// Tells a person how to reach the device, and opens a soft access point of its own for who sets it
 /// up.
 ///
-/// Its nodes: `setup-helper/advice`, one sentence that follows the state of the network, and
-/// `setup-helper/open`, which opens the access point for a minute.
+/// Its nodes: `setup-helper/advice`, one sentence that follows the state of the network,
+/// `setup-helper/open`, which opens the access point for a while, and `setup-helper/summary`, a
+/// record of its own: whether it is open, and how many networks the last scan has found.
 class SetupHelper : public CMNodesWorker
 {
     Q_OBJECT
@@ -22,6 +25,12 @@ public Q_SLOTS:
     void on_open_req(const CMSetDataRequest& request);
 
 private:
+    void countNetworks();
+    void publishSummary();
+
     CMValueNode* m_advice;
+    CMValueNode* m_summary;
     CMValueItem m_info;
+    QTimer m_open; ///< Runs while the access point is open.
+    int m_networks = 0;
 };
