@@ -378,8 +378,8 @@ class Joining(WithDevice):
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
     def test_a_closed_soft_ap_and_its_code(self):
-        self.does("softap qr", 4, "No soft access point runs")
-        self.does("world delay softAp 0; orvactl softap request me --ssid 'a;b' --key-file -", stdin="1234567", status=4, reason="SoftAp passphrase")
+        self.does("softap qr", 4, "failed: No soft access point runs")
+        self.does("world delay softAp 0; orvactl softap request me --ssid 'a;b' --key-file -", stdin="1234567", status=4, reason="failed: SoftAp passphrase")
         for key, text in ('12:4"678', r'WIFI:T:WPA;S:a\;b;P:12\:4\"678;;'), ("", r"WIFI:T:nopass;S:a\;b;;"):
             self.does("softap request me --ssid 'a;b'" + " --key-file -" * bool(key), stdin=key)
             self.assertEqual(json.loads(self.ends(0, "orvactl --json softap qr --key-file -", stdin=key))["text"], text)
