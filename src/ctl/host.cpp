@@ -5,6 +5,7 @@
 #include "interrupt.h"
 #include "suggestion.h"
 
+#include "common/hostnodes.h"
 #include "core/orvaplainvalue.h"
 
 #include <QDBusServiceWatcher>
@@ -147,8 +148,9 @@ Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
 Result Host::handOver(const CMPath& path, const OrvaValue& value)
 {
     const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
-    // The host takes one request of a client's after the other: a refusal comes before this answer.
-    const auto next = m_bus.await<OrvaBusNodes>(m_proxy->ListNodes());
+    // The host starts a client's questions of nodes in their order: a refusal comes before this
+    // answer. What is asked of the host itself, such as its nodes, waits for nothing.
+    const auto next = this->value(HostSettingsFaultPath());
     if (!next)
         return next.error();
     if (!call.isFinished())
