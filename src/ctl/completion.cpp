@@ -83,15 +83,14 @@ private:
 
     void take(const QString& word)
     {
+        const bool mayBeOption = !m_optionsHaveEnded && word.startsWith(QLatin1Char('-'));
         if (m_option)
             m_option = nullptr;
-        else if (m_optionsHaveEnded)
-            takeArgument(word);
-        else if (word == QLatin1String("--"))
+        else if (mayBeOption && word == QLatin1String("--"))
             m_optionsHaveEnded = true;
-        else if (word.startsWith(QLatin1Char('-')))
+        else if (mayBeOption)
             takeOption(word.toStdString());
-        else if (!takeCommand(word.toStdString()))
+        else if (m_optionsHaveEnded || !takeCommand(word.toStdString()))
             takeArgument(word);
     }
 

@@ -153,7 +153,7 @@ Profile Profiles::unhidePassword(const Profile& profile) const
 
 Profile Profiles::extractNetworkProfile(const CMSetDataRequest& request) const
 {
-    const OrvaValue value = request.value();
+    const OrvaValue& value = request.value();
     return unhidePassword(ProfileTrial::isAskedBy(request) ? value.networkProfileTrial().profile()
                                                            : value.networkProfile());
 }
