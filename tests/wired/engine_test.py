@@ -121,7 +121,8 @@ class Engines(WiredCase):
         keepers = lambda: pathlib.Path("/run/keepers").read_text(encoding="utf-8").split()
         self.p.until(lambda: self.p.logged().count("dhcpcd on eth0 has ended") == 5)
         ended = [float(line.split()[0][-6:]) for line in self.p.logged().splitlines() if "has ended" in line]
-        self.assertTrue(all((b - a) % 60 >= 0.1 * 2 ** i for i, (a, b) in enumerate(zip(ended, ended[1:]))), ended)
+        # Each pause is twice the one before; the daemon's timers may be a twentieth early.
+        self.assertTrue(all((b - a) % 60 >= 0.09 * 2 ** i for i, (a, b) in enumerate(zip(ended, ended[1:]))), ended)
         pathlib.Path("/proc/sys/kernel/ns_last_pid").write_text(str(int(keepers()[-1]) - 1), encoding="utf-8")
         stranger = subprocess.Popen(["sleep", "60"], start_new_session=True)
         self.addCleanup(stranger.kill)
