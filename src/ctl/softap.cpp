@@ -58,12 +58,13 @@ Settings settingsOf(const Arguments& given)
     return Settings(settings);
 }
 
-Outcome<OrvaNetworkProfileSoftApRequest> requestOf(const Arguments& given)
+Outcome<OrvaNetworkProfileSoftApRequest> requestOf(Bus& bus, const Arguments& given)
 {
     OrvaNetworkProfileSoftApRequest request;
     request.setName(given.text("NAME"));
     Settings settings = settingsOf(given);
     if (given.flag("--ask-key") || !given.text("--key-file").isEmpty()) {
+        const Bus::Pause pause(bus);
         const auto key = readKey(given.text("--key-file"), passphrasePrompt(settings.ssid()));
         if (!key)
             return key.error();
@@ -96,7 +97,7 @@ Result stay(Context& context, const QString& name)
 
 Result request(Context& context, const Arguments& given)
 {
-    const auto asked = requestOf(given);
+    const auto asked = requestOf(context.bus, given);
     if (!asked)
         return asked.error();
     const OrvaValue value = OrvaValue::of(*asked);

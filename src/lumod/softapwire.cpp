@@ -67,6 +67,13 @@ bool isElements(const QString& text)
     return at == bytes.size();
 }
 
+/// A channel of 2.4 or 5 GHz.
+bool isChannel(int number)
+{
+    return (number >= 1 && number <= 14) || (number >= 36 && number <= 144 && number % 4 == 0) ||
+           (number >= 149 && number <= 177 && number % 4 == 1);
+}
+
 /// The text under `key` if it fits; none, with a remark if there is another.
 QString fitting(const QVariantMap& map, const char* key, bool (*fits)(const QString& text))
 {
@@ -103,7 +110,10 @@ Result<SoftApSettings> softApSettings(const QVariantMap& map)
         return Failure{QStringLiteral("The soft AP's pass phrase does not have 8 to 63 printable "
                                       "ASCII characters")};
     settings.bssid = fitting(map, "bssid", isStationAddress).toLower();
-    settings.channel = wire::integer(map, "channel").value_or(settings.channel);
+    if (const auto channel = wire::integer(map, "channel"); channel && isChannel(*channel))
+        settings.channel = *channel;
+    else if (channel)
+        qCWarning(lcLumod, "The soft AP's \"channel\" is unusable, ignoring it");
     settings.country = fitting(map, "countryCode", isCountry).toUpper();
     takeAddresses(map, settings);
     settings.domain = fitting(map, "domainName", isDomain);

@@ -129,7 +129,9 @@ void HeldClock::fireUntil(qint64 end)
         if (next == m_timers.end() || next->due > end)
             return;
         moment += std::max(Q_INT64_C(0), next->due - now()) * nsPerMs;
-        next->due = now() + next->info.interval;
+        next->due =
+            now() +
+            std::max(1, static_cast<int>(next->info.interval)); // one of 0 ms would never let go
         QTimerEvent event(next->info.timerId);
         QCoreApplication::sendEvent(next->object, &event);
         settle();

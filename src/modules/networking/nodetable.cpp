@@ -54,7 +54,6 @@ QVector<CMPath> pathsInOrder()
             OrvaNetworkPerformWpsPinPath(),
             OrvaNetworkGenerateWpsPinPath(),
             OrvaNetworkApplyWpsPath(),
-            OrvaNetworkCancelWpsPath(),
             OrvaNetworkWirelessRssiPath(),
             OrvaNetworkRequestSoftApPath(),
             OrvaNetworkRevokeSoftApPath()};
@@ -74,10 +73,11 @@ CMNodes& createNodes(CMNodesWorker& worker)
     const CMNodeRow& airplaneMode = orvaNetworkNode(airplaneModePath);
     CMValueNode::create(nodes, airplaneMode)
         ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
-    for (const CMPath& path : {OrvaNetworkSoftApRequestsPath(), OrvaNetworkLastJoinPath(),
-                               OrvaNetworkStateOnlinePath(), OrvaNetworkPendingProfilePath(),
-                               OrvaNetworkTryNetworkProfilePath(), OrvaNetworkConfirmProfilePath(),
-                               OrvaNetworkRollbackProfilePath(), OrvaNetworkRestoreBackupPath()})
+    for (const CMPath& path :
+         {OrvaNetworkSoftApRequestsPath(), OrvaNetworkLastJoinPath(), OrvaNetworkStateOnlinePath(),
+          OrvaNetworkPendingProfilePath(), OrvaNetworkTryNetworkProfilePath(),
+          OrvaNetworkConfirmProfilePath(), OrvaNetworkRollbackProfilePath(),
+          OrvaNetworkRestoreBackupPath(), OrvaNetworkCancelWpsPath()})
         create(nodes, orvaNetworkNode(path));
     return nodes;
 }

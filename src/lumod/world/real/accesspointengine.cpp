@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int askMilliseconds = 100;
-constexpr int mostAsked = 300; // a country's rules and a radar's channel take their time
+constexpr int mostAsked = 300; // a country's rules take their time
 constexpr int stuckMilliseconds = 10000;
 
 } // namespace
@@ -103,7 +103,8 @@ void AccessPointEngine::take(const QByteArray& datagram)
         }
         break;
     case AccessPointEvent::Kind::Disabled:
-        Q_EMIT disabled();
+        if (!m_ask.isActive()) // before it was enabled, its end tells why
+            Q_EMIT disabled();
         break;
     case AccessPointEvent::Kind::Joined:
         Q_EMIT stationJoined(event->station);

@@ -170,6 +170,7 @@ void RealSoftAp::comeUp()
     m_fault.clear();
     enter(Phase::Up);
     m_server.start(dnsmasqConfiguration(m_wish, place()));
+    m_told = true;
     Q_EMIT m_world.connected(m_settings.softAp);
     Q_EMIT m_world.addressesChanged();
 }
@@ -180,10 +181,10 @@ void RealSoftAp::interrupt()
     if (m_phase != Phase::Up && m_phase != Phase::Starting)
         return;
     m_yields = true;
-    const bool wasUp = m_phase == Phase::Up;
+    const bool wasTold = std::exchange(m_told, false);
     dropStations();
     enter(Phase::Waiting);
-    if (wasUp) {
+    if (wasTold) {
         Q_EMIT m_world.disconnected(m_settings.softAp);
         Q_EMIT m_world.addressesChanged();
     }
@@ -236,6 +237,7 @@ void RealSoftAp::left()
         static_cast<void>(setOnlyAddress(link(), QString(), 0));
     dropStations();
     m_fault.clear();
+    m_told = false;
     enter(Phase::Down);
     Q_EMIT m_world.disconnected(m_settings.softAp);
     Q_EMIT m_world.addressesChanged();

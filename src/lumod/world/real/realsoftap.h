@@ -77,6 +77,7 @@ private:
     bool m_yields = false;  ///< the radio shall join first
     bool m_rejoin = false;  ///< and is to be told to, when nothing is in its way any more
     bool m_ours = false;    ///< the interface was made here
+    bool m_told = false;    ///< clients were told that it is connected, a restart notwithstanding
     int m_channel = 1;      ///< it is on
     QStringList m_stations; ///< hardware addresses
     QString m_fault;        ///< the last one told, until it is up

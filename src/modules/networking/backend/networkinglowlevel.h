@@ -39,8 +39,6 @@ public:
     /// The same with a PIN of 8 digits.
     [[nodiscard]] virtual bool performWpsPin(const QString& pin,
                                              const CMReply<OrvaNetworkInterface>& reply) = 0;
-    /// Asks for the session's end, which its reply tells. False when a session cannot be ended.
-    [[nodiscard]] virtual bool cancelWps() { return false; }
     /// Asks for the soft access point of the settings' interface to run with these settings.
     virtual bool startSoftAp(const OrvaNetworkProfileSoftApSettings& settings) = 0;
     /// Asks for the soft access point of the settings' interface to stop.
@@ -67,6 +65,8 @@ public:
     /// The results of the running scan are not waited for any more; should it get lost, it is not
     /// started again.
     virtual void forgetScan() {}
+    /// Asks for the end of the WPS session, which its reply tells. False when none can be ended.
+    [[nodiscard]] virtual bool cancelWps() { return false; }
 
 Q_SIGNALS:
     /// A scan has completed; carries its whole result.

@@ -47,6 +47,9 @@ void OnlineState::follow(const OrvaNetworkInfo& info)
     OrvaNetworkInfo seen;
     seen.setState(info.state());
     seen.setGateways(info.gateways());
+    seen.editWireless([&](OrvaNetworkWirelessInterface& wireless) {
+        wireless.setState(info.wireless().state()); // over which the gateway is asked
+    });
     if (seen == m_info)
         return;
     m_info = seen;

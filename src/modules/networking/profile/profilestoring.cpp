@@ -89,6 +89,8 @@ void Profiles::giveUp(const CMSetDataRequest& request, const Profile& before)
     }
     LOG4CPLUS_WARN(networkingLogger(),
                    "The profile could not be stored, going back to the one before");
+    if (ProfileTrial::isAskedBy(request) && !m_trial.isRunning())
+        ProfileTrial::forget(); // it may be stored by itself
     goBackTo(before);
 }
 

@@ -58,7 +58,7 @@ bool isNetmask(const QString& text)
 
 bool isShort(const QString& text)
 {
-    return text.size() <= 1024;
+    return text.toUtf8().size() <= 1024; // each, as the bus carries them
 }
 
 const QVector<Row>& rows()

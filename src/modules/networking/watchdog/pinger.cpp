@@ -68,7 +68,10 @@ void Pinger::ping(const QString& gateway)
     m_process.startAsync(QStringLiteral("/bin/ping"), arguments, pingTimeoutMs,
                          [this](const OrvaProcessHandlerResult& result) {
                              logResult(result);
-                             Q_EMIT pinged(result.finishedOk());
+                             using End = OrvaProcessHandlerResult::End;
+                             // One that was not asked tells nothing of the gateway.
+                             if (result.end() == End::Exited)
+                                 Q_EMIT pinged(result.finishedOk());
                          });
     LOG4CPLUS_DEBUG(pingerLogger(), "ping process started");
 }

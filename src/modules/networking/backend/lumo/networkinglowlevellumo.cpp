@@ -197,8 +197,10 @@ bool Networking_LowLevel_LUMO::performWpsPin(const QString& pin,
 bool Networking_LowLevel_LUMO::cancelWps()
 {
     const auto trace = dbglog_scopedFunction(lumoLogger(), Q_FUNC_INFO);
+    if (!m_wpsRunning)
+        return false;
     send(QStringLiteral("WpsCancel"));
-    m_wpsTimer.start(wpsCancelLimit);
+    m_wpsTimer.start(qMin(wpsCancelLimit, m_wpsTimer.remainingTime()));
     return true;
 }
 
