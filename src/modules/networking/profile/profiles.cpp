@@ -52,8 +52,7 @@ Profiles::Profiles(const CMNodes& nodes, Networking_LowLevel& backend, Picture& 
     m_profileNode->setValue(OrvaValue::of(hidePassword(stored)));
     connect(&m_trial, &ProfileTrial::expired, this, [this] {
         LOG4CPLUS_INFO(networkingLogger(), "The profile was not confirmed in time");
-        take(
-            CMSetDataRequest(OrvaNetworkRollbackProfilePath(), OrvaRoles::Activate(), OrvaValue()));
+        take(ProfileTrial::expiry());
     });
     if (ProfileTrial::leftOver() == Profile())
         return;

@@ -30,8 +30,12 @@ bool Profiles::endTrial(const CMSetDataRequest& request)
         request.fail(networkingError(endTrialContext, "No profile is on trial."));
         return false;
     }
+    if (ProfileTrial::isExpiredBy(request) && m_trial.isInTime()) {
+        LOG4CPLUS_INFO(networkingLogger(), "A second trial was stored meanwhile, it goes on");
+        return false;
+    }
     const Profile before = m_profile;
-    if (ProfileTrial::isRolledBackBy(request)) {
+    if (!ProfileTrial::isConfirmedBy(request)) {
         LOG4CPLUS_INFO(networkingLogger(), "Going back to the profile before the trial");
         goBackTo(m_trial.before());
     }
@@ -81,7 +85,7 @@ void Profiles::giveUp(const CMSetDataRequest& request, const Profile& before)
     m_networksDropped = false;
     if (ProfileTrial::isConfirmedBy(request))
         return;
-    if (ProfileTrial::isRolledBackBy(request)) {
+    if (ProfileTrial::isEndedBy(request)) {
         LOG4CPLUS_WARN(networkingLogger(), "The profile could not be stored, it is in use");
         if (m_life.isStarted())
             Q_EMIT profileApplied(m_profile, before);

@@ -50,6 +50,16 @@ bool ProfileTrial::isRolledBackBy(const CMSetDataRequest& request)
     return request.path() == OrvaNetworkRollbackProfilePath();
 }
 
+bool ProfileTrial::isExpiredBy(const CMSetDataRequest& request)
+{
+    return request.path() == OrvaNetworkPendingProfilePath();
+}
+
+CMSetDataRequest ProfileTrial::expiry()
+{
+    return {OrvaNetworkPendingProfilePath(), OrvaRoles::Activate(), OrvaValue()};
+}
+
 OrvaResult<void> ProfileTrial::check(const CMSetDataRequest& request)
 {
     const qint32 time = timeOf(request);

@@ -22,10 +22,13 @@ public:
     [[nodiscard]] static bool isAskedBy(const CMSetDataRequest& request);
     [[nodiscard]] static bool isConfirmedBy(const CMSetDataRequest& request);
     [[nodiscard]] static bool isRolledBackBy(const CMSetDataRequest& request);
+    [[nodiscard]] static bool isExpiredBy(const CMSetDataRequest& request);
     [[nodiscard]] static bool isEndedBy(const CMSetDataRequest& request)
     {
-        return isConfirmedBy(request) || isRolledBackBy(request);
+        return isConfirmedBy(request) || isRolledBackBy(request) || isExpiredBy(request);
     }
+    /// The request that ends a trial whose time is over. No client makes one.
+    [[nodiscard]] static CMSetDataRequest expiry();
     /// Fails where the time of a request for a trial is out of range.
     [[nodiscard]] static OrvaResult<void> check(const CMSetDataRequest& request);
 
@@ -38,6 +41,8 @@ public:
 
     /// True while a profile is on trial.
     [[nodiscard]] bool isRunning() const { return m_running; }
+    /// True while its time lasts.
+    [[nodiscard]] bool isInTime() const { return m_timer.isActive(); }
     /// The profile that comes back, with its keys.
     [[nodiscard]] const OrvaNetworkProfile& before() const { return m_before; }
 
