@@ -11,6 +11,19 @@ namespace {
 /// The name of the slot in the log and in the translations.
 constexpr auto restoreContext = "void Profiles::on_restoreBackup_req(const CMSetDataRequest&)";
 
+OrvaResult<OrvaNetworkProfile> restoreNetworks(const OrvaNetworkProfile& inUse,
+                                               const OrvaNetworkProfile& backup)
+{
+    const OrvaNetworkProfile restored = withNetworksOf(inUse, backup);
+    const int known = withNetworkList(inUse).wirelessNetworks().size();
+    const qint32 maximum = readValue(OrvaNetworkMaxNumberWifiNetworks()).i32_();
+    const bool isFull = maximum > 0 && known >= maximum;
+    if (isFull && restored.wirelessNetworks().size() > known)
+        return networkingError(restoreContext, "There is no room for the networks that were set "
+                                               "aside. Please remove one first.");
+    return restored;
+}
+
 } // namespace
 
 void Profiles::countAuthFailure()
@@ -65,8 +78,7 @@ void Profiles::on_restoreBackup_req(const CMSetDataRequest& request)
     const auto backup = readValue(OrvaNetworkBackupProfileSettingsPath()).networkProfile();
     if (!hasNetwork(backup))
         return request.fail(networkingError(restoreContext, "No wireless network was set aside."));
-    const auto restored = requestChange([backup](const OrvaNetworkProfile& inUse) {
-        return OrvaResult<OrvaNetworkProfile>(withNetworksOf(inUse, backup));
-    });
+    const auto restored = requestChange(
+        [backup](const OrvaNetworkProfile& inUse) { return restoreNetworks(inUse, backup); });
     restored.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
 }
