@@ -49,14 +49,16 @@ void LastJoin::follow(Networking_LowLevel::InterfaceStatus status)
     if (setsOut && m_outcomeTimer.isActive())
         fail(); // and on to the next
     if (setsOut)
-        m_reached = std::max(m_reached,
-                             status == Backend::Addressing ? Reached::Address : Reached::Network);
+        m_reached = status == Backend::Addressing ? Reached::Address : Reached::Network;
     if (std::exchange(m_setOut, setsOut) && status == Backend::Idle)
         m_outcomeTimer.start();
 }
 
 void LastJoin::refuseKey(const QString& ssid)
 {
+    // What is told before the daemon has set out belongs to the try before.
+    if (m_ssid.isEmpty() || m_reached == Reached::Nothing)
+        return;
     m_outcomeTimer.stop();
     m_setOut = false;
     m_keyRefused = true;

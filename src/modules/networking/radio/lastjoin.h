@@ -27,7 +27,7 @@ public:
     void begin(const QString& ssid, bool yieldsToCable);
     /// The daemon tells the status of the radio.
     void follow(Networking_LowLevel::InterfaceStatus status);
-    /// The network of that SSID refused the key.
+    /// The network of that SSID refused the key. Counts once the daemon has set out in this try.
     void refuseKey(const QString& ssid);
     /// A link that may have precedence came up.
     void checkHindrance();
@@ -39,7 +39,7 @@ public Q_SLOTS:
     void fail();
 
 private:
-    /// How far the daemon got in this try.
+    /// How far the daemon got when it last set out in this try.
     enum class Reached { Nothing, Network, Address };
 
     [[nodiscard]] OrvaNetworkJoinReason hindrance() const;
