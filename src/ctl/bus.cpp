@@ -106,10 +106,12 @@ Result Bus::finish(const QDBusPendingCall& call, std::chrono::seconds atMost) co
 {
     const QDeadlineTimer deadline = m_deadline.isForever() ? QDeadlineTimer(atMost) : m_deadline;
     const QDBusPendingCallWatcher watcher(call);
+    bool isFinished = false; // in its turn, after the signals that came before the answer
+    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, [&] { isFinished = true; });
     const auto isInterrupted = [this] { return !m_isTidyingUp && Interrupt::received() != 0; };
-    if (!runUntil([&] { return watcher.isFinished() || isInterrupted(); }, deadline))
+    if (!runUntil([&] { return isFinished || isInterrupted(); }, deadline))
         return Failure{ExitStatus::TimedOut, QStringLiteral("No answer in the time given.")};
-    if (!watcher.isFinished())
+    if (!isFinished)
         return Failure{ExitStatus::Interrupted, {}};
     if (watcher.isError())
         return fromBusError(watcher.error());
