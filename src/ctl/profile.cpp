@@ -208,22 +208,26 @@ Result confirm(Context& context, const Arguments&)
     return activate(context, OrvaNetworkConfirmProfilePath(), {});
 }
 
-/// Another profile comes into use: waits until there is a network.
+/// Another profile comes into use: waits until there is a network by it.
 Command::Run exchangeProfile(const CMPath& action)
 {
     return [action](Context& context, const Arguments&) -> Result {
         const JoinWatch watch(context);
-        const auto answer = activate(context, action, {});
-        if (!answer)
-            return answer.error();
-        const auto profile = publishedProfile(context.host);
+        auto profile = publishedProfile(context.host);
         if (!profile)
             return profile.error();
-        return watch.explained(
-            waitForInfo(context, whenInfo([](const OrvaNetworkInfo& info) {
-                            return info.state() == OrvaNetworkState::Connected;
-                        }),
-                        [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); }));
+        const QObject guard;
+        QObject::connect(&context.host, &Host::valueChanged, &guard,
+                         [&](const CMPath& path, const OrvaValue& value) {
+                             if (path == OrvaNetworkProfilePath())
+                                 profile = value.networkProfile();
+                         });
+        const auto isConnected = [](const OrvaNetworkInfo& info) {
+            return info.state() == OrvaNetworkState::Connected;
+        };
+        return watch.explained(activateAndReturn(
+            context, action, isConnected,
+            [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); }));
     };
 }
 
