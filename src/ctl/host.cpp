@@ -142,21 +142,33 @@ Outcome<OrvaValue> Host::invoke(const CMPath& path, const OrvaValue& value,
                                 std::chrono::seconds atMost)
 {
     const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
+    m_lastInvoked = call;
     return valueOrWhy(m_bus.await<QVariantMap>(call, atMost), path);
+}
+
+Result Host::reach()
+{
+    // The host starts a client's questions of nodes in their order: a refusal comes before this
+    // answer. What is asked of the host itself, such as its nodes, waits for nothing.
+    return value(HostSettingsFaultPath());
 }
 
 Result Host::handOver(const CMPath& path, const OrvaValue& value)
 {
     const auto call = m_proxy->Invoke(path.toString(), OrvaBusValue{value.__hash()});
-    // The host starts a client's questions of nodes in their order: a refusal comes before this
-    // answer. What is asked of the host itself, such as its nodes, waits for nothing.
-    const auto next = this->value(HostSettingsFaultPath());
-    if (!next)
-        return next.error();
-    if (!call.isFinished())
-        return {};
+    const Result reached = reach();
+    if (!reached || !call.isFinished())
+        return reached;
     const Result refused = m_bus.finish(call);
     return refused ? refused : explained(refused.error(), path);
+}
+
+Outcome<bool> Host::isAtIt()
+{
+    const Result reached = reach();
+    if (!reached)
+        return reached.error();
+    return m_lastInvoked && !m_lastInvoked->isFinished();
 }
 
 Outcome<QVector<OrvaRoles>> Host::rows(const CMPath& path)

@@ -7,6 +7,7 @@
 #include "core/cmpath.h"
 #include "core/orvaroles.h"
 
+#include <QDBusPendingCall>
 #include <QObject>
 #include <QSet>
 
@@ -39,6 +40,8 @@ public:
     /// Hands a request over and does not wait for what comes of it: fails where it is refused at
     /// once.
     Result handOver(const CMPath& path, const OrvaValue& value);
+    /// Whether the host has taken up what invoke() has given up last, and is still at it.
+    Outcome<bool> isAtIt();
     Outcome<QVector<OrvaRoles>> rows(const CMPath& path);
     Outcome<OrvaBusNodes> nodes();
     /// The one of them at `path`.
@@ -62,12 +65,15 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] bool isGone() const;
+    /// Has the host look at all that was invoked before.
+    Result reach();
     /// `failure` of a call for the node at `path`, with what would have been right.
     [[nodiscard]] Failure explained(Failure failure, const CMPath& path);
     Outcome<OrvaValue> valueOrWhy(const Outcome<QVariantMap>& answer, const CMPath& path);
 
     const Bus& m_bus;
     std::unique_ptr<OrgOrvaHost1Interface> m_proxy;
+    std::optional<QDBusPendingCall> m_lastInvoked;
     QSet<CMPath> m_changedRows;
     bool m_lost = false;
 };
