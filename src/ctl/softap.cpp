@@ -5,6 +5,8 @@
 #include "qrcode.h"
 #include "secret.h"
 
+#include "network/networkrules.h"
+
 #include <chrono>
 
 namespace ctl {
@@ -187,6 +189,16 @@ Outcome<Settings> runningSettings(Context& context, const QString& interface)
     return Failure{ExitStatus::Failed, QStringLiteral("No soft access point runs.")};
 }
 
+/// Where the host would refuse it as one, the access point has another.
+Result checkPassphrase(const QString& text)
+{
+    const auto encryption = OrvaNetworkProfileWirelessEncryption::WpaPsk;
+    if (text.size() < 64 && orvaNetworkIsKeyValid(text, encryption).isEmpty()) // 64 are a key
+        return {};
+    return Failure{ExitStatus::Usage,
+                   QStringLiteral("A pass phrase has 8 to 63 printable ASCII characters.")};
+}
+
 /// The host shows nobody a pass phrase, so that whoever has set it gives it once more.
 Result showQrCode(Context& context, const Arguments& given)
 {
@@ -198,6 +210,9 @@ Result showQrCode(Context& context, const Arguments& given)
         const auto key = readKey(given.text("--key-file"), passphrasePrompt(settings->ssid()));
         if (!key)
             return key.error();
+        const Result fits = checkPassphrase(*key);
+        if (!fits)
+            return fits.error();
         passphrase = *key;
     }
     const QString text = wifiText(settings->ssid(), passphrase);
