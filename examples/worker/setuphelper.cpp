@@ -10,13 +10,20 @@ const auto workerName = QStringLiteral("setup-helper");
 
 ORVA_LOGGER(setupLogger, "setup-helper")
 
-/// The setting of the time for which the access point stays open, in ms: what the device's
-/// configuration says or somebody has set, else a minute, the most that a request may ask for.
+constexpr int longestMs = 60000; ///< that a request may ask for; without a time it has no end
+
+/// The setting of the time for which the access point stays open: what the device's configuration
+/// says or somebody has set, else a minute. A setting may be any number.
 int openForMs()
 {
     const CMPath path(QStringLiteral("settings/setup-helper/open-ms"));
     const OrvaValue setting(CMRoot()->getValue(path).toHash());
-    return setting.typeKey() == OrvaValue::I32() ? setting.i32_() : 60000;
+    if (setting.typeKey() != OrvaValue::I32())
+        return longestMs;
+    if (setting.i32_() >= 1 && setting.i32_() <= longestMs)
+        return setting.i32_();
+    LOG4CPLUS_WARN(setupLogger(), path << " is not 1 to " << longestMs << ": " << setting.i32_());
+    return longestMs;
 }
 
 } // namespace
@@ -72,8 +79,10 @@ void SetupHelper::countNetworks()
 void SetupHelper::publishSummary()
 {
     // A record of this worker's own travels as a map below a key of its own.
-    const QVariantHash summary{{QStringLiteral("open"), m_open.isActive()},
-                               {QStringLiteral("networks"), m_networks}};
+    QVariantHash summary{{QStringLiteral("open"), m_open.isActive()},
+                         {QStringLiteral("networks"), m_networks}};
+    if (!m_refusal.isEmpty())
+        summary.insert(QStringLiteral("refused"), m_refusal);
     m_summary->setValue(OrvaValue(QVariantHash{{QStringLiteral("setupHelper"), summary}}));
 }
 
@@ -86,10 +95,14 @@ void SetupHelper::on_open_req(const CMSetDataRequest& request)
     softAp.setTimeout(time);
     const auto reply = CMReply<QVariant>::create();
     // Answered when the access point is up, or refused; the requester gets that answer.
+    reply.addWatcher(this, [this, time](const CMReply<QVariant>& answer) {
+        m_refusal = answer.error().message();
+        if (answer.error().isEmpty())
+            m_open.start(time);
+        publishSummary();
+    });
     request.answerAs(reply);
     CMRoot()->invoke(OrvaNetworkRequestSoftApPath(), OrvaValue::of(softAp), reply);
-    m_open.start(time);
-    publishSummary();
 }
 
 ORVA_WORKER(SetupHelper)

@@ -11,7 +11,8 @@
 ///
 /// Its nodes: `setup-helper/advice`, one sentence that follows the state of the network,
 /// `setup-helper/open`, which opens the access point for a while, and `setup-helper/summary`, a
-/// record of its own: whether it is open, and how many networks the last scan has found.
+/// record of its own: whether it is open, why it was refused last, and how many networks the last
+/// scan has found.
 class SetupHelper : public CMNodesWorker
 {
     Q_OBJECT
@@ -32,5 +33,6 @@ private:
     CMValueNode* m_summary;
     CMValueItem m_info;
     QTimer m_open; ///< Runs while the access point is open.
+    QString m_refusal;
     int m_networks = 0;
 };
