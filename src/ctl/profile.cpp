@@ -225,9 +225,10 @@ Command::Run exchangeProfile(const CMPath& action)
         const auto isConnected = [](const OrvaNetworkInfo& info) {
             return info.state() == OrvaNetworkState::Connected;
         };
-        return watch.explained(activateAndReturn(
-            context, action, isConnected,
-            [&](const OrvaNetworkInfo& info) { return noNetwork(info, *profile); }));
+        return watch.explained(
+            activateAndReturn(context, action, isConnected, [&](const OrvaNetworkInfo& info) {
+                return noNetwork(info, *profile);
+            }));
     };
 }
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "workerhost.h"
 
+#include <log4cplus/logger.h>
+#include <log4cplus/nullappender.h>
+
 ValueStore::ValueStore(const NodeValues& values)
     : CMNodesWorker({}, QStringLiteral("store"))
 {
@@ -26,6 +29,9 @@ void ValueStore::setDataRequest(const CMSetDataRequest& request)
 
 WorkerHost::WorkerHost(const NodeValues& values)
 {
+    log4cplus::Logger log = log4cplus::Logger::getRoot();
+    if (log.getAllAppenders().empty()) // else each log complains of that on stderr
+        log.addAppender(log4cplus::SharedAppenderPtr(new log4cplus::NullAppender));
     store = &add(std::make_unique<ValueStore>(values));
 }
 
