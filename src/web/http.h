@@ -18,6 +18,7 @@ struct HttpRequest
     QByteArray origin;
     /// The header Sec-Fetch-Site.
     QByteArray site;
+    QByteArray accept;
     QByteArray contentType;
     /// The header X-Orva-Token or, for an event stream, which cannot send one, the query's "token".
     QByteArray token;

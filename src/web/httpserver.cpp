@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "httpserver.h"
 
+#include "eventstream.h"
+#include "httpexchange.h"
+
 #include <cstring>
 #include <utility>
 
@@ -14,50 +17,10 @@
 namespace {
 
 constexpr int overdueCheckMs = 2000;
-constexpr int keepAliveMs = 15000;
+constexpr int aliveMs = 5000;
 constexpr unsigned lostReaderMs = 20000;
 constexpr size_t connectionMemory = 16 << 10;
 constexpr qint64 never = -1;
-
-constexpr const char* safeHeaders[][2] = {
-    {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' http:; "
-     "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
-    {"X-Content-Type-Options", "nosniff"},
-    {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cache-Control", "no-store"},
-};
-
-QHostAddress addressOf(int fd, int (*ask)(int, sockaddr*, socklen_t*))
-{
-    sockaddr_storage storage = {};
-    socklen_t size = sizeof storage;
-    auto* address = reinterpret_cast<sockaddr*>(&storage);
-    return ask(fd, address, &size) == 0 ? QHostAddress(address) : QHostAddress();
-}
-
-QByteArray valueOf(MHD_Connection* connection, MHD_ValueKind kind, const char* name)
-{
-    return QByteArray(MHD_lookup_connection_value(connection, kind, name));
-}
-
-MHD_Response* ownResponse(const QByteArray& body)
-{
-    return MHD_create_response_from_buffer(static_cast<size_t>(body.size()),
-                                           const_cast<char*>(body.constData()),
-                                           MHD_RESPMEM_MUST_COPY);
-}
-
-void addHeaders(MHD_Response* response, const HttpAnswer& answer)
-{
-    for (const auto& header : safeHeaders)
-        MHD_add_response_header(response, header[0], header[1]);
-    if (!answer.type.isEmpty())
-        MHD_add_response_header(response, "Content-Type", answer.type.constData());
-    for (const auto& header : answer.headers)
-        MHD_add_response_header(response, header.first.constData(), header.second.constData());
-}
 
 } // namespace
 
@@ -69,39 +32,11 @@ struct HttpServer::Socket
     qint64 due = never;
 };
 
-/// One request on its way to its answer.
-struct HttpServer::Exchange
-{
-    HttpRequest request;
-    HttpAnswer answer;
-    MHD_Connection* connection = nullptr;
-    bool isHandled = false;
-    bool isAnswered = false;
-    bool isSuspended = false;
-};
-
-/// One event stream.
-struct HttpServer::Stream
-{
-    HttpServer* server = nullptr;
-    MHD_Connection* connection = nullptr;
-    QHostAddress local;
-    QHostAddress peer;
-    QByteArray sending;
-    QMap<QByteArray, QByteArray> waiting;
-    bool isSuspended = false;
-
-    void wake()
-    {
-        if (isSuspended)
-            server->resume(connection);
-        isSuspended = false;
-    }
-};
-
 /// The functions that the library calls.
 struct HttpServer::Callbacks
 {
+    using Holder = std::shared_ptr<HttpExchange>;
+
     static void connectionChanged(void* self, MHD_Connection* connection, void** context,
                                   MHD_ConnectionNotificationCode code)
     {
@@ -138,130 +73,30 @@ struct HttpServer::Callbacks
                            const char* method, const char*, const char* data, size_t* size,
                            void** context)
     {
-        auto* server = static_cast<HttpServer*>(self);
-        auto* holder = static_cast<std::shared_ptr<Exchange>*>(*context);
+        auto* holder = static_cast<Holder*>(*context);
+        Socket* socket = socketOf(connection);
         if (!holder) {
-            holder = new std::shared_ptr<Exchange>(begin(connection, url, method));
+            const auto& server = static_cast<HttpServer*>(self)->m_exchanges;
+            holder = new Holder(
+                std::make_shared<HttpExchange>(server, connection, url, method, socket->fd));
             *context = holder;
-            const QByteArray length = valueOf(connection, MHD_HEADER_KIND, "Content-Length");
             // Said before the body comes: afterwards nobody would listen.
-            return length.toLongLong() > maxBody
-                       ? queue(server, **holder, {413, "text/plain", "Too large.\n"})
-                       : MHD_YES;
-        }
-        Exchange& exchange = **holder;
-        if (*size > 0) {
-            if (exchange.request.body.size() + static_cast<qint64>(*size) > maxBody)
-                return MHD_NO;
-            exchange.request.body.append(data, static_cast<int>(*size));
-            *size = 0;
+            (void)(*holder)->refuseLarge();
             return MHD_YES;
         }
-        if (!exchange.isHandled)
-            handle(server, *holder);
-        if (exchange.isAnswered)
-            return queue(server, exchange, exchange.answer);
-        exchange.isSuspended = true;
-        MHD_suspend_connection(connection);
-        return MHD_YES;
-    }
-
-    static std::shared_ptr<Exchange> begin(MHD_Connection* connection, const char* url,
-                                           const char* method)
-    {
-        auto exchange = std::make_shared<Exchange>();
-        exchange->connection = connection;
-        HttpRequest& request = exchange->request;
-        request.method = method;
-        request.path = url;
-        request.host = valueOf(connection, MHD_HEADER_KIND, "Host");
-        request.origin = valueOf(connection, MHD_HEADER_KIND, "Origin");
-        request.site = valueOf(connection, MHD_HEADER_KIND, "Sec-Fetch-Site");
-        request.contentType = valueOf(connection, MHD_HEADER_KIND, "Content-Type");
-        request.token = valueOf(connection, MHD_HEADER_KIND, "X-Orva-Token");
-        if (request.token.isEmpty())
-            request.token = valueOf(connection, MHD_GET_ARGUMENT_KIND, "token");
-        const int fd = socketOf(connection)->fd;
-        request.local = addressOf(fd, &::getsockname);
-        request.peer = addressOf(fd, &::getpeername);
-        return exchange;
-    }
-
-    static void handle(HttpServer* server, const std::shared_ptr<Exchange>& exchange)
-    {
-        exchange->isHandled = true;
-        socketOf(exchange->connection)->due = never;
-        const std::weak_ptr<Exchange> weak = exchange;
-        server->m_handler(exchange->request, [weak, server](const HttpAnswer& answer) {
-            const auto open = weak.lock();
-            if (!open || open->isAnswered)
-                return;
-            open->answer = answer;
-            open->isAnswered = true;
-            if (open->isSuspended)
-                server->resume(open->connection);
-        });
-    }
-
-    static MHD_Result queue(HttpServer* server, const Exchange& exchange, const HttpAnswer& answer)
-    {
-        const bool isFull = answer.stream && server->m_streams.size() >= maxStreams;
-        MHD_Response* response = isFull          ? ownResponse("Too many.\n")
-                                 : answer.stream ? streamOf(server, exchange, answer)
-                                                 : ownResponse(answer.body);
-        addHeaders(response, answer);
-        const auto status = static_cast<unsigned>(isFull ? 503 : answer.status);
-        const MHD_Result result = MHD_queue_response(exchange.connection, status, response);
-        MHD_destroy_response(response);
-        return result;
-    }
-
-    static MHD_Response* streamOf(HttpServer* server, const Exchange& exchange,
-                                  const HttpAnswer& answer)
-    {
-        auto* stream = new Stream{server,
-                                  exchange.connection,
-                                  exchange.request.local,
-                                  exchange.request.peer,
-                                  answer.body,
-                                  {},
-                                  false};
-        server->m_streams.insert(stream);
-        QMetaObject::invokeMethod(server, &HttpServer::streamsChanged, Qt::QueuedConnection);
-        return MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 4096, &read, stream, &endStream);
-    }
-
-    static ssize_t read(void* self, uint64_t, char* buffer, size_t size)
-    {
-        auto* stream = static_cast<Stream*>(self);
-        for (auto event = stream->waiting.cbegin(); event != stream->waiting.cend(); ++event)
-            stream->sending += "event: " + event.key() + "\ndata: " + event.value() + "\n\n";
-        stream->waiting.clear();
-        if (stream->sending.isEmpty()) {
-            stream->isSuspended = true;
-            MHD_suspend_connection(stream->connection);
-            return 0;
+        if (*size > 0) {
+            if (!(*holder)->append(data, std::exchange(*size, 0)))
+                return MHD_NO;
+            return MHD_YES;
         }
-        const int count =
-            static_cast<int>(qMin<qint64>(stream->sending.size(), static_cast<qint64>(size)));
-        std::memcpy(buffer, stream->sending.constData(), static_cast<size_t>(count));
-        stream->sending.remove(0, count);
-        return count;
-    }
-
-    static void endStream(void* self)
-    {
-        auto* stream = static_cast<Stream*>(self);
-        stream->server->m_streams.remove(stream);
-        QMetaObject::invokeMethod(stream->server, &HttpServer::streamsChanged,
-                                  Qt::QueuedConnection);
-        delete stream;
+        socket->due = never;
+        return (*holder)->proceed() ? MHD_YES : MHD_NO;
     }
 
     static void completed(void* self, MHD_Connection* connection, void** context,
                           MHD_RequestTerminationCode)
     {
-        delete static_cast<std::shared_ptr<Exchange>*>(*context);
+        delete static_cast<Holder*>(*context);
         *context = nullptr;
         if (auto* socket = socketOf(connection))
             expectRequest(static_cast<HttpServer*>(self), socket);
@@ -270,28 +105,27 @@ struct HttpServer::Callbacks
 
 HttpServer::HttpServer(HttpHandler handler, QObject* parent)
     : QObject(parent)
-    , m_handler(std::move(handler))
+    , m_exchanges{std::move(handler), [this](MHD_Connection* connection) { resume(connection); },
+                  [this](const HttpExchange& exchange, const QByteArray& beginning) {
+                      return beginStream(exchange, beginning);
+                  }}
 {
     m_clock.start();
     connect(&m_overdueTimer, &QTimer::timeout, this, &HttpServer::endOverdue);
-    connect(&m_keepAliveTimer, &QTimer::timeout, this, [this] {
-        for (Stream* stream : std::as_const(m_streams)) {
-            stream->sending += ":\n\n";
-            stream->wake();
-        }
-    });
+    // A page notices by them that the device has gone: a connection without a way lives on.
+    connect(&m_aliveTimer, &QTimer::timeout, this, [this] { broadcast("alive", "1"); });
     connect(this, &HttpServer::streamsChanged, this, [this] {
         if (m_streams.isEmpty())
-            m_keepAliveTimer.stop();
-        else if (!m_keepAliveTimer.isActive())
-            m_keepAliveTimer.start(keepAliveMs);
+            m_aliveTimer.stop();
+        else if (!m_aliveTimer.isActive())
+            m_aliveTimer.start(aliveMs);
     });
 }
 
 HttpServer::~HttpServer()
 {
     // The library wants nothing suspended at its end.
-    for (Stream* stream : std::as_const(m_streams))
+    for (EventStream* stream : std::as_const(m_streams))
         stream->wake();
     for (MHD_Daemon* daemon : m_daemons)
         MHD_stop_daemon(daemon);
@@ -353,19 +187,32 @@ void HttpServer::resume(MHD_Connection* connection)
         timer->start(0);
 }
 
+MHD_Response* HttpServer::beginStream(const HttpExchange& exchange, const QByteArray& beginning)
+{
+    if (m_streams.size() >= maxStreams)
+        return nullptr;
+    const auto ended = [this](EventStream* stream) {
+        m_streams.remove(stream);
+        QMetaObject::invokeMethod(this, &HttpServer::streamsChanged, Qt::QueuedConnection);
+    };
+    auto* stream = new EventStream(exchange.connection(), exchange.request().local,
+                                   exchange.request().peer, beginning, {m_exchanges.resume, ended});
+    m_streams.insert(stream);
+    QMetaObject::invokeMethod(this, &HttpServer::streamsChanged, Qt::QueuedConnection);
+    return stream->response();
+}
+
 void HttpServer::broadcast(const QByteArray& event, const QByteArray& data)
 {
-    for (Stream* stream : std::as_const(m_streams)) {
-        stream->waiting.insert(event, data);
-        stream->wake();
-    }
+    for (EventStream* stream : std::as_const(m_streams))
+        stream->put(event, data);
 }
 
 QVector<QPair<QHostAddress, QHostAddress>> HttpServer::streams() const
 {
     QVector<QPair<QHostAddress, QHostAddress>> readers;
-    for (const Stream* stream : m_streams)
-        readers.append({stream->local, stream->peer});
+    for (const EventStream* stream : m_streams)
+        readers.append({stream->local(), stream->peer()});
     return readers;
 }
 

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "http.h"
+#include "httpexchange.h"
 
 #include <QElapsedTimer>
-#include <QMap>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
 
-#include <memory>
 #include <vector>
 
+class EventStream;
 struct MHD_Connection;
 struct MHD_Daemon;
+struct MHD_Response;
 
 /// An HTTP server on the event loop of its thread. Requests are bounded in number, size and time;
 /// answers forbid the page everything that it does not need.
@@ -23,8 +23,6 @@ class HttpServer : public QObject
     Q_DISABLE_COPY(HttpServer)
 
 public:
-    /// Most bytes of a request's body.
-    static constexpr int maxBody = 16 << 10;
     /// Connections at a time, in all and of one address.
     static constexpr unsigned maxConnections = 64;
     static constexpr unsigned maxConnectionsOfOne = 24;
@@ -52,21 +50,20 @@ Q_SIGNALS:
 
 private:
     struct Socket;
-    struct Exchange;
-    struct Stream;
     struct Callbacks;
 
     void run(MHD_Daemon* daemon, QTimer* timer);
     void resume(MHD_Connection* connection);
+    MHD_Response* beginStream(const HttpExchange& exchange, const QByteArray& beginning);
     void endOverdue();
 
-    const HttpHandler m_handler;
+    const HttpExchange::Server m_exchanges;
     std::vector<MHD_Daemon*> m_daemons;
     /// The next run of each daemon.
     std::vector<QTimer*> m_timers;
     QSet<Socket*> m_sockets;
-    QSet<Stream*> m_streams;
+    QSet<EventStream*> m_streams;
     QTimer m_overdueTimer;
-    QTimer m_keepAliveTimer;
+    QTimer m_aliveTimer;
     QElapsedTimer m_clock;
 };
