@@ -45,9 +45,11 @@ WayIn wayIn(const QHostAddress& localAddress, const QHostAddress& peerAddress,
         if (isBetween(local, peer, ap.addresses()))
             return WayIn::SoftAp;
     }
-    const bool isHome = isBetween(local, peer, info.wired().addresses()) ||
-                        isBetween(local, peer, info.wireless().addresses());
-    return isHome && homeNetwork ? WayIn::Home : WayIn::Refused;
+    if (homeNetwork && isBetween(local, peer, info.wired().addresses()))
+        return WayIn::Wired;
+    if (homeNetwork && isBetween(local, peer, info.wireless().addresses()))
+        return WayIn::Wireless;
+    return WayIn::Refused;
 }
 
 bool isOwnHost(const QByteArray& host, const QHostAddress& localAddress, const QStringList& names)

@@ -12,7 +12,8 @@ enum class WayIn {
     Refused,  ///< by none that is open
     Loopback, ///< from this machine
     SoftAp,   ///< through an access point of the device
-    Home      ///< through the wired or wireless network
+    Wired,    ///< through the cable
+    Wireless  ///< through the wireless network
 };
 
 /// The way of a connection between these two. Both must lie in one network that the device has on

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "portal.h"
 
+#include "core/orvaplainvalue.h"
+
 namespace {
 
 struct Probe
@@ -27,10 +29,21 @@ constexpr Probe probes[] = {
      "<meta http-equiv=\"refresh\" "
      "content=\"0;url=https://support.mozilla.org/kb/captive-portal\"/>"},
     {"/check_network_status.txt", 200, "text/plain", "NetworkManager is online\n"},
+    {"/nm", 200, "text/plain", "NetworkManager is online\n"},
+    {"/static/hotspot.txt", 200, "text/plain", "OK\n"},
+    {"/kindle-wifi/wifistub.html", 200, "text/html", "81ce4465-7167-4dcb-835b-dcc9e44c112a"},
     {"/nm-check.txt", 200, "text/plain", "NetworkManager is online\n"},
 };
 
 } // namespace
+
+HttpAnswer captiveAnswer(const QByteArray& page, bool released)
+{
+    QVariantHash answer = {{QStringLiteral("captive"), !released}};
+    if (!released)
+        answer.insert(QStringLiteral("user-portal-url"), QString::fromLatin1(page));
+    return {200, "application/captive+json", OrvaPlain::toJson(answer)};
+}
 
 std::optional<HttpAnswer> portalAnswer(const QByteArray& path, const QByteArray& page,
                                        bool released)

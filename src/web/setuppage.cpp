@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "setuppage.h"
 
-#include "bodies.h"
+#include "answers.h"
 #include "core/orvaplainvalue.h"
 #include "log.h"
 #include "network/networkpaths.h"
 #include "picture.h"
 #include "portal.h"
 
-#include <QFile>
-#include <QRandomGenerator>
 #include <QUrl>
 
 namespace {
@@ -17,46 +15,6 @@ namespace {
 constexpr int defaultPort = 80;
 /// Changes come in bursts.
 constexpr int announceDelayMs = 50;
-/// So many wrong codes are forgiven; each further one doubles the wait, from a second on.
-constexpr int freeGuesses = 3;
-constexpr int mostDoublings = 6;
-
-struct PageFile
-{
-    const char* path;
-    const char* file;
-    const char* type;
-};
-
-constexpr PageFile pageFiles[] = {
-    {"/", ":/index.html", "text/html; charset=utf-8"},
-    {"/page.css", ":/page.css", "text/css"},
-    {"/page.js", ":/page.js", "text/javascript; charset=utf-8"},
-    {"/words.js", ":/words.js", "text/javascript; charset=utf-8"},
-    {"/icon.svg", ":/icon.svg", "image/svg+xml"},
-};
-
-std::optional<HttpAnswer> pageFile(const HttpRequest& request)
-{
-    for (const PageFile& row : pageFiles) {
-        if (request.path != row.path)
-            continue;
-        if (request.method != "GET" && request.method != "HEAD")
-            return HttpAnswer{405, "text/plain", "Read only.\n", {{"Allow", "GET, HEAD"}}};
-        QFile file(QString::fromLatin1(row.file));
-        if (!file.open(QIODevice::ReadOnly))
-            return std::nullopt;
-        return HttpAnswer{200, row.type, file.readAll()};
-    }
-    return std::nullopt;
-}
-
-HttpAnswer refusal(int status, const char* error, const QString& message = QString())
-{
-    const QVariantHash body = {{QStringLiteral("error"), QString::fromLatin1(error)},
-                               {QStringLiteral("message"), message}};
-    return {status, "application/json", OrvaPlain::toJson(body)};
-}
 
 int statusOf(const QString& error)
 {
@@ -66,18 +24,11 @@ int statusOf(const QString& error)
     return statuses.value(error, 409);
 }
 
-QByteArray freshToken()
-{
-    QByteArray bytes(16, '\0');
-    QRandomGenerator::system()->generate(bytes.begin(), bytes.end());
-    return bytes.toHex();
-}
-
 } // namespace
 
 SetupPage::SetupPage(const QDBusConnection& bus, WebSettings settings)
     : m_settings(std::move(settings))
-    , m_token(freshToken())
+    , m_access(m_settings.accessCode)
     , m_host(bus, picturePaths())
     , m_softAp(m_host)
     , m_actions(m_host, m_softAp)
@@ -143,8 +94,12 @@ void SetupPage::handle(const HttpRequest& request, const HttpReply& reply)
     if (!isOwnHost(request.host, request.local, m_settings.names))
         return handleForeign(request, way, reply);
     if (request.path.startsWith("/api/"))
-        return handleApi(request, reply);
-    reply(pageFile(request).value_or(HttpAnswer{404, "text/plain", "Nothing here.\n"}));
+        return handleApi(request, way, reply);
+    const bool asksForCaptive =
+        request.path == "/" && request.accept.contains("application/captive+json");
+    if (request.path == "/captive" || asksForCaptive)
+        return reply(captiveAnswer(pageBy(request.local), way != WayIn::SoftAp || isReleased()));
+    reply(pageFile(request));
 }
 
 void SetupPage::handleForeign(const HttpRequest& request, WayIn way, const HttpReply& reply) const
@@ -152,65 +107,49 @@ void SetupPage::handleForeign(const HttpRequest& request, WayIn way, const HttpR
     const HttpAnswer misdirected = {421, "text/plain", "Another device has that name.\n"};
     if (way != WayIn::SoftAp || request.method != "GET")
         return reply(misdirected);
-    QUrl page;
-    page.setScheme(QStringLiteral("http"));
-    page.setHost(request.local.toString());
-    page.setPort(m_port == defaultPort ? -1 : m_port);
-    page.setPath(QStringLiteral("/"));
-    const bool isConnected =
-        m_host.value(OrvaNetworkInfoPath()).networkInfo().state() == OrvaNetworkState::Connected;
-    reply(portalAnswer(request.path, page.toEncoded(), m_softAp.isDone() || isConnected)
-              .value_or(misdirected));
+    reply(portalAnswer(request.path, pageBy(request.local), isReleased()).value_or(misdirected));
 }
 
-void SetupPage::handleApi(const HttpRequest& request, const HttpReply& reply)
+QByteArray SetupPage::pageBy(const QHostAddress& local) const
+{
+    QUrl page;
+    page.setScheme(QStringLiteral("http"));
+    page.setHost(local.toString());
+    page.setPort(m_port == defaultPort ? -1 : m_port);
+    page.setPath(QStringLiteral("/"));
+    return page.toEncoded();
+}
+
+bool SetupPage::isReleased() const
+{
+    return m_softAp.isDone() ||
+           m_host.value(OrvaNetworkInfoPath()).networkInfo().state() == OrvaNetworkState::Connected;
+}
+
+void SetupPage::handleApi(const HttpRequest& request, WayIn way, const HttpReply& reply)
 {
     if (!isSameOrigin(request.host, request.origin, request.site))
-        return reply(refusal(403, "origin"));
+        return reply(refusal(403, QStringLiteral("origin")));
     const bool isRead = request.method == "GET";
     if (!isRead && request.method != "POST")
-        return reply(refusal(405, "method"));
+        return reply(refusal(405, QStringLiteral("method")));
     if (!isRead && !request.contentType.startsWith("application/json"))
-        return reply(refusal(415, "type"));
+        return reply(refusal(415, QStringLiteral("type")));
     if (request.path == "/api/token")
-        return reply(tokenFor(request));
-    if (!isSameSecret(request.token, m_token))
-        return reply(refusal(403, "token"));
+        return reply(m_access.answer(request));
+    if (!m_access.isGranted(request))
+        return reply(refusal(403, QStringLiteral("token")));
     if (isRead && request.path == "/api/events")
         return reply({200, "text/event-stream", events(), {}, true});
     const QByteArray name = request.path.mid(int(qstrlen("/api/")));
     if (isRead || !Actions::contains(name))
-        return reply(refusal(404, "path"));
-    m_actions.run(name, request.body, [reply](const OrvaResult<QVariantHash>& result) {
+        return reply(refusal(404, QStringLiteral("path")));
+    m_actions.run(name, request.body, way, [reply](const OrvaResult<QVariantHash>& result) {
         if (result)
-            reply({200, "application/json", OrvaPlain::toJson(*result)});
-        else
-            reply(refusal(statusOf(result.error().name()), result.error().name().toLatin1(),
-                          result.why()));
+            return reply(jsonAnswer(*result));
+        const QString error = result.error().name();
+        reply(refusal(statusOf(error), error, result.why()));
     });
-}
-
-HttpAnswer SetupPage::tokenFor(const HttpRequest& request)
-{
-    const HttpAnswer granted = {
-        200, "application/json",
-        OrvaPlain::toJson(QVariantHash{{QStringLiteral("token"), QString::fromLatin1(m_token)}})};
-    if (m_settings.accessCode.isEmpty())
-        return granted;
-    const int doublings = qMin(m_wrongCodes - freeGuesses, mostDoublings);
-    if (doublings >= 0 && m_sinceWrongCode.elapsed() < (1000 << doublings))
-        return refusal(429, "wait");
-    const auto body = parseBody<CodeBody>(request.body);
-    if (request.method == "GET" || !body)
-        return refusal(403, "code");
-    if (isSameSecret(body->code().toUtf8(), m_settings.accessCode.toUtf8())) {
-        m_wrongCodes = 0;
-        return granted;
-    }
-    ++m_wrongCodes;
-    m_sinceWrongCode.start();
-    qCWarning(lcWeb) << "A wrong access code, number" << m_wrongCodes;
-    return refusal(403, "code");
 }
 
 QByteArray SetupPage::stateJson() const

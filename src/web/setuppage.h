@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "access.h"
 #include "actions.h"
 #include "admission.h"
 #include "httpserver.h"
@@ -24,8 +25,11 @@ private:
     void listenOnce();
     void handle(const HttpRequest& request, const HttpReply& reply);
     void handleForeign(const HttpRequest& request, WayIn way, const HttpReply& reply) const;
-    void handleApi(const HttpRequest& request, const HttpReply& reply);
-    [[nodiscard]] HttpAnswer tokenFor(const HttpRequest& request);
+    void handleApi(const HttpRequest& request, WayIn way, const HttpReply& reply);
+    /// The page's URL for who comes by that address of the device.
+    [[nodiscard]] QByteArray pageBy(const QHostAddress& local) const;
+    /// True if phones need not be led to the page any more.
+    [[nodiscard]] bool isReleased() const;
     [[nodiscard]] QByteArray stateJson() const;
     [[nodiscard]] QByteArray events() const;
     void announce();
@@ -33,15 +37,12 @@ private:
     [[nodiscard]] WayIn wayOf(const QHostAddress& local, const QHostAddress& peer) const;
 
     const WebSettings m_settings;
-    /// The secret that a page of ours knows and others do not.
-    const QByteArray m_token;
+    Access m_access;
     HostLink m_host;
     SoftApKeeper m_softAp;
     Actions m_actions;
     HttpServer m_server;
     QTimer m_announceTimer;
-    QElapsedTimer m_sinceWrongCode;
-    int m_wrongCodes = 0;
     quint16 m_port = 0;
     bool m_isSeenStale = false;
 };
