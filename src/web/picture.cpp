@@ -6,8 +6,11 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
+
+constexpr int httpPort = 80;
 
 /// The addressing of a configured interface.
 QVariantHash addressing(const OrvaNetworkInterface& interface)
@@ -68,35 +71,66 @@ QVariantList known(const OrvaNetworkProfile& profile, const OrvaNetworkInfo& inf
     return list;
 }
 
+/// What the access point has; while none runs, what the profile would have it have.
 QVariantHash softAp(const HostLink& host, const OrvaNetworkInfo& info)
 {
-    QString name = QString();
-    for (const auto& settings :
+    OrvaNetworkProfileSoftApSettings settings;
+    for (const auto& configured :
          host.value(OrvaNetworkProfilePath()).networkProfile().softApSettings())
-        name = settings.ssid();
-    for (const auto& request : host.value(OrvaNetworkSoftApRequestsPath()).softApRequests()) {
-        if (!request.settings().ssid().isEmpty())
-            name = request.settings().ssid();
-    }
+        settings = configured;
+    for (const auto& request : host.value(OrvaNetworkSoftApRequestsPath()).softApRequests())
+        settings = request.applied();
     return {
         {QStringLiteral("state"), OrvaNetworkState::toString(info.softAp().state())},
-        {QStringLiteral("name"), name},
+        {QStringLiteral("name"), settings.ssid()},
+        {QStringLiteral("secured"), !settings.passphrase().isEmpty()},
         {QStringLiteral("stations"),
          int(host.value(OrvaNetworkConnectedSoftApStationsPath()).stringList().size())},
         {QStringLiteral("auto"), host.value(OrvaNetworkSoftApAutoEnabledSettingsPath()).bool_()}};
 }
 
-/// The addresses of the page in the home network: the published one, and its names on that port.
-QVariantList waysTo(const QString& published, const QStringList& names)
+QVariantHash lastJoin(const OrvaNetworkLastJoin& join)
 {
-    const QUrl url(published);
-    if (url.host().isEmpty() || url.host() == QLatin1String("localhost"))
+    return {{QStringLiteral("ssid"), join.ssid()},
+            {QStringLiteral("result"), OrvaNetworkJoinResult::toString(join.result())},
+            {QStringLiteral("reason"), OrvaNetworkJoinReason::toString(join.reason())},
+            {QStringLiteral("when"), join.whenMs()}};
+}
+
+/// The profile on trial: how long it still is. Empty where none is.
+QVariantHash trial(const OrvaNetworkPendingProfile& pending)
+{
+    if (pending.untilMs() == 0)
         return {};
-    QVariantList ways = {published};
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    const auto left = std::chrono::milliseconds(pending.untilMs()) - now;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left).count();
+    return {{QStringLiteral("seconds"), static_cast<qint64>(qMax<qint64>(seconds, 0))}};
+}
+
+bool isOfSoftAp(const QString& host, const OrvaNetworkInfo& info)
+{
+    const auto aps = info.softAp().aps();
+    return std::any_of(aps.begin(), aps.end(), [&host](const OrvaNetworkSoftAp& ap) {
+        const auto addresses = ap.addresses();
+        return std::any_of(addresses.begin(), addresses.end(),
+                           [&host](const auto& address) { return address.ip() == host; });
+    });
+}
+
+/// The addresses of the page in the home network: the published one, where the device has one
+/// there, and its names, under which it can be looked for before it is there.
+QVariantList waysTo(const QString& published, const QStringList& names, const OrvaNetworkInfo& info)
+{
+    QUrl url(published.isEmpty() ? QStringLiteral("http://localhost/") : published);
+    if (url.port() == httpPort)
+        url.setPort(-1);
+    QVariantList ways;
+    if (url.host() != QLatin1String("localhost") && !isOfSoftAp(url.host(), info))
+        ways.append(url.toString());
     for (const QString& name : names) {
-        QUrl named = url;
-        named.setHost(name);
-        ways.append(named.toString());
+        url.setHost(name);
+        ways.append(url.toString());
     }
     return ways;
 }
@@ -109,6 +143,9 @@ QVector<CMPath> picturePaths()
             OrvaNetworkProfilePath(),
             OrvaNetworkLocalWebserverUrlPath(),
             OrvaNetworkConnectingMessage(),
+            OrvaNetworkLastJoinPath(),
+            OrvaNetworkPendingProfilePath(),
+            OrvaNetworkStateOnlinePath(),
             OrvaNetworkConnectedSoftApStationsPath(),
             OrvaNetworkSoftApRequestsPath(),
             OrvaNetworkSoftApAutoEnabledSettingsPath(),
@@ -122,17 +159,27 @@ QVariantHash statePicture(const HostLink& host, bool homeNetwork, const QStringL
     const QString url = host.value(OrvaNetworkLocalWebserverUrlPath()).string_();
     const OrvaNetworkInfo info = host.value(OrvaNetworkInfoPath()).networkInfo();
     const OrvaNetworkProfile profile = host.value(OrvaNetworkProfilePath()).networkProfile();
-    return {{QStringLiteral("host"), true},
-            {QStringLiteral("state"), OrvaNetworkState::toString(info.state())},
-            {QStringLiteral("wired"), wired(info.wired())},
-            {QStringLiteral("wireless"), wireless(info.wireless())},
-            {QStringLiteral("known"), known(profile, info)},
-            {QStringLiteral("wiredAddress"), addressing(profile.wired())},
-            {QStringLiteral("wirelessAddress"), addressing(profile.wireless())},
-            {QStringLiteral("softAp"), softAp(host, info)},
-            {QStringLiteral("airplane"), info.airplaneMode()},
-            {QStringLiteral("message"), host.value(OrvaNetworkConnectingMessage()).string_()},
-            {QStringLiteral("ways"), homeNetwork ? waysTo(url, names) : QVariantList()}};
+    QVariantHash picture = {
+        {QStringLiteral("host"), true},
+        {QStringLiteral("state"), OrvaNetworkState::toString(info.state())},
+        {QStringLiteral("wired"), wired(info.wired())},
+        {QStringLiteral("wireless"), wireless(info.wireless())},
+        {QStringLiteral("known"), known(profile, info)},
+        {QStringLiteral("wiredAddress"), addressing(profile.wired())},
+        {QStringLiteral("wirelessAddress"), addressing(profile.wireless())},
+        {QStringLiteral("softAp"), softAp(host, info)},
+        {QStringLiteral("airplane"), info.airplaneMode()},
+        {QStringLiteral("message"), host.value(OrvaNetworkConnectingMessage()).string_()},
+        {QStringLiteral("online"),
+         OrvaNetworkOnline::toString(host.value(OrvaNetworkStateOnlinePath()).networkOnline())},
+        {QStringLiteral("lastJoin"),
+         lastJoin(host.value(OrvaNetworkLastJoinPath()).networkLastJoin())},
+        {QStringLiteral("ways"), homeNetwork ? waysTo(url, names, info) : QVariantList()}};
+    const QVariantHash pending =
+        trial(host.value(OrvaNetworkPendingProfilePath()).networkPendingProfile());
+    if (!pending.isEmpty())
+        picture.insert(QStringLiteral("trial"), pending);
+    return picture;
 }
 
 QVariantList networksPicture(const OrvaList<OrvaNetworkScanResult>& seen)
