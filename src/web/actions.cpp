@@ -12,14 +12,18 @@ constexpr auto answerPatience = 40s;
 /// A session lasts two minutes: the time to walk to the router.
 constexpr auto sessionPatience = 130s;
 
+/// The time in which a phone follows the device to where it is then, by hand where it must.
+constexpr auto trialTime = 120s;
+
 constexpr int maxSsidBytes = 32;
 
-/// Passes on success or the error, and nothing of the answer, which may hold a key.
-HostLink::Done withoutAnswer(const Actions::Done& done)
+/// Passes on success, with these fields, or the error, and nothing of the answer, which may hold a
+/// key.
+HostLink::Done withoutAnswer(const Actions::Done& done, const QVariantHash& fields = {})
 {
-    return [done](const OrvaResult<OrvaValue>& answer) {
+    return [done, fields](const OrvaResult<OrvaValue>& answer) {
         if (answer)
-            done(QVariantHash());
+            done(fields);
         else
             done(answer.error());
     };
@@ -44,6 +48,8 @@ const Actions::Row Actions::rows[] = {
     {"softap", &Actions::openSoftAp},
     {"softap-auto", &Actions::setSoftApAuto},
     {"finish", &Actions::finish},
+    {"confirm", &Actions::confirm},
+    {"rollback", &Actions::rollBack},
 };
 
 Actions::Actions(HostLink& host, SoftApKeeper& softAp)
@@ -58,8 +64,9 @@ bool Actions::contains(const QByteArray& name)
                        [&name](const Row& row) { return name == row.name; });
 }
 
-void Actions::run(const QByteArray& name, const QByteArray& body, const Done& done)
+void Actions::run(const QByteArray& name, const QByteArray& body, WayIn way, const Done& done)
 {
+    m_way = way;
     for (const Row& row : rows) {
         if (name == row.name)
             (this->*row.step)(body, done);
@@ -81,9 +88,15 @@ void Actions::invoke(const CMPath& path, const OrvaValue& value, const Done& don
     m_host.invoke(path, value, answerPatience, withoutAnswer(done));
 }
 
-void Actions::setProfile(const OrvaNetworkProfile& profile, const Done& done)
+void Actions::setProfile(const OrvaNetworkProfile& profile, bool onTrial, const Done& done)
 {
-    invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile), done);
+    if (!onTrial)
+        return invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile), done);
+    OrvaNetworkProfileTrial trial;
+    trial.setProfile(profile);
+    trial.setConfirmWithinMs(static_cast<qint32>(std::chrono::milliseconds(trialTime).count()));
+    m_host.invoke(OrvaNetworkTryNetworkProfilePath(), OrvaValue::of(trial), answerPatience,
+                  withoutAnswer(done, {{QStringLiteral("trial"), true}}));
 }
 
 void Actions::scan(const QByteArray& json, const Done& done)
@@ -104,7 +117,7 @@ void Actions::join(const QByteArray& json, const Done& done)
         return done(CMError(QStringLiteral("absent"), TrString("The host is not there yet")));
     setProfile(profileToJoin(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body,
                              m_host.seen()),
-               done);
+               m_way == WayIn::Wireless, done);
 }
 
 void Actions::forget(const QByteArray& json, const Done& done)
@@ -120,8 +133,10 @@ void Actions::setAddress(const QByteArray& json, const Done& done)
         return;
     const auto profile =
         profileWithAddress(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body);
+    const WayIn endangered =
+        body->interface() == QLatin1String("wired") ? WayIn::Wired : WayIn::Wireless;
     if (profile)
-        setProfile(*profile, done);
+        setProfile(*profile, m_way == endangered, done);
     else
         done(profile.error());
 }
@@ -172,18 +187,35 @@ void Actions::useWpsPin(const QByteArray& json, const Done& done)
 
 void Actions::openSoftAp(const QByteArray& json, const Done& done)
 {
-    const auto body = read<NetworkBody>(json, done);
+    const auto body = read<SoftApBody>(json, done);
     if (!body)
         return;
     if (!body->ssid().isEmpty() && !isSsid(body->ssid()))
         return done(malformedBody(QStringLiteral("\"ssid\" has 1 to 32 bytes")));
-    m_softAp.open(body->ssid(), withoutAnswer(done));
+    OrvaNetworkProfileSoftApSettings settings;
+    if (!body->ssid().isEmpty())
+        settings.setSsid(body->ssid());
+    if (!body->passphrase().isEmpty())
+        settings.setPassphrase(body->passphrase());
+    m_softAp.open(settings, withoutAnswer(done));
 }
 
 void Actions::finish(const QByteArray& json, const Done& done)
 {
     if (read<EmptyBody>(json, done))
         m_softAp.close(withoutAnswer(done));
+}
+
+void Actions::confirm(const QByteArray& json, const Done& done)
+{
+    if (read<EmptyBody>(json, done))
+        invoke(OrvaNetworkConfirmProfilePath(), {}, done);
+}
+
+void Actions::rollBack(const QByteArray& json, const Done& done)
+{
+    if (read<EmptyBody>(json, done))
+        invoke(OrvaNetworkRollbackProfilePath(), {}, done);
 }
 
 void Actions::setSoftApAuto(const QByteArray& json, const Done& done)

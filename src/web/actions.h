@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "admission.h"
 #include "softapkeeper.h"
 
 /// The actions of the page: one row each. The body is checked before anything happens.
@@ -14,8 +15,9 @@ public:
     Actions(HostLink& host, SoftApKeeper& softAp);
 
     [[nodiscard]] static bool contains(const QByteArray& name);
-    /// Does it; `done` is called once, now or later.
-    void run(const QByteArray& name, const QByteArray& body, const Done& done);
+    /// Does it for a page that came by that way; `done` is called once, now or later. What may take
+    /// that way from the page is set on trial, and the answer says so: `"trial": true`.
+    void run(const QByteArray& name, const QByteArray& body, WayIn way, const Done& done);
 
 private:
     using Step = void (Actions::*)(const QByteArray& body, const Done& done);
@@ -29,7 +31,7 @@ private:
     template <class Body>
     [[nodiscard]] static std::optional<Body> read(const QByteArray& body, const Done& done);
     void invoke(const CMPath& path, const OrvaValue& value, const Done& done);
-    void setProfile(const OrvaNetworkProfile& profile, const Done& done);
+    void setProfile(const OrvaNetworkProfile& profile, bool onTrial, const Done& done);
     void runWps(const CMPath& path, const OrvaValue& value, const Done& done);
 
     void scan(const QByteArray& body, const Done& done);
@@ -42,8 +44,12 @@ private:
     void useWpsPin(const QByteArray& body, const Done& done);
     void openSoftAp(const QByteArray& body, const Done& done);
     void finish(const QByteArray& body, const Done& done);
+    void confirm(const QByteArray& body, const Done& done);
+    void rollBack(const QByteArray& body, const Done& done);
     void setSoftApAuto(const QByteArray& body, const Done& done);
 
     HostLink& m_host;
     SoftApKeeper& m_softAp;
+    /// The way of the page that is served at the moment.
+    WayIn m_way = WayIn::Refused;
 };

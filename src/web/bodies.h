@@ -23,6 +23,14 @@ struct NetworkBody : OrvaHash
     ORVA_FIELD(QString, ssid, Ssid);
 };
 
+/// The device's access point; what is absent or empty stays as it is.
+struct SoftApBody : OrvaHash
+{
+    ORVA_RECORD(SoftApBody)
+    ORVA_FIELD(QString, ssid, Ssid);
+    ORVA_FIELD(QString, passphrase, Passphrase);
+};
+
 /// The addressing of an interface. `interface` is "wired" or "wireless".
 struct AddressBody : OrvaHash
 {

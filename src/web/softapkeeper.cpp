@@ -25,15 +25,25 @@ SoftApKeeper::SoftApKeeper(HostLink& host)
     : m_host(host)
 {
     m_renewTimer.setInterval(renewal);
-    connect(&m_renewTimer, &QTimer::timeout, this, [this] { request({}); });
+    connect(&m_renewTimer, &QTimer::timeout, this, &SoftApKeeper::renew);
 }
 
-void SoftApKeeper::open(const QString& ssid, const HostLink::Done& done)
+void SoftApKeeper::open(const OrvaNetworkProfileSoftApSettings& settings,
+                        const HostLink::Done& done)
 {
-    m_ssid = ssid;
+    QVariantHash asked = m_expiry.hasExpired() ? QVariantHash() : m_settings.__hash();
+    const QVariantHash changes = settings.__hash();
+    for (auto change = changes.begin(); change != changes.end(); ++change)
+        asked.insert(change.key(), change.value());
     m_isAskedFor = true;
     m_isDone = false;
-    request(done);
+    // Our own hold would have our change wait, too: the next renewal holds it again.
+    const OrvaNetworkProfileSoftApSettings wanted(asked);
+    request(wanted, false, [this, wanted, done](const OrvaResult<OrvaValue>& answer) {
+        if (answer)
+            m_settings = wanted;
+        done(answer);
+    });
     renewOrRest();
 }
 
@@ -41,6 +51,7 @@ void SoftApKeeper::close(const HostLink::Done& done)
 {
     m_isAskedFor = false;
     m_isDone = true;
+    m_settings = {};
     renewOrRest();
     m_host.invoke(OrvaNetworkRevokeSoftApPath(), OrvaValue::of(ownRequest()), renewalPatience,
                   done);
@@ -54,7 +65,7 @@ void SoftApKeeper::setReaders(int all, int throughSoftAp)
     if (m_readersThrough == 0)
         m_isDone = false;
     if (isNew && !m_isDone)
-        request({});
+        renew();
     renewOrRest();
 }
 
@@ -68,16 +79,22 @@ void SoftApKeeper::renewOrRest()
         m_renewTimer.start();
 }
 
-void SoftApKeeper::request(const HostLink::Done& done)
+void SoftApKeeper::renew()
+{
+    // Who comes when our request is over has come by an access point with others' settings.
+    if (m_expiry.hasExpired())
+        m_settings = {};
+    request(m_settings, m_readersThrough > 0, [](const OrvaResult<OrvaValue>&) {});
+}
+
+void SoftApKeeper::request(const OrvaNetworkProfileSoftApSettings& settings, bool hold,
+                           const HostLink::Done& done)
 {
     OrvaNetworkProfileSoftApRequest request = ownRequest();
     request.setTimeout(static_cast<qint32>(std::chrono::milliseconds(expiry).count()));
-    if (!m_ssid.isEmpty()) {
-        OrvaNetworkProfileSoftApSettings settings;
-        settings.setSsid(m_ssid);
-        request.setSettings(settings);
-    }
-    m_host.invoke(
-        OrvaNetworkRequestSoftApPath(), OrvaValue::of(request), renewalPatience,
-        done ? done : [](const OrvaResult<OrvaValue>&) {});
+    request.setHoldSoftAp(hold);
+    request.setBound(true);
+    request.setSettings(settings);
+    m_expiry.setRemainingTime(std::chrono::milliseconds(expiry).count());
+    m_host.invoke(OrvaNetworkRequestSoftApPath(), OrvaValue::of(request), renewalPatience, done);
 }

@@ -3,10 +3,13 @@
 
 #include "hostlink.h"
 
+#include <QDeadlineTimer>
 #include <QTimer>
 
 /// Keeps the access point while somebody uses the page through it, or has asked for it. Its request
-/// expires, so that a page or a program that goes leaves nothing behind.
+/// expires and is bound to this program, so that a page or a program that goes leaves nothing
+/// behind. While somebody is there by it the request holds it: whoever else asks for other settings
+/// waits.
 class SoftApKeeper : public QObject
 {
     Q_OBJECT
@@ -15,8 +18,8 @@ class SoftApKeeper : public QObject
 public:
     explicit SoftApKeeper(HostLink& host);
 
-    /// Somebody asks for the access point, under that name where it is not empty.
-    void open(const QString& ssid, const HostLink::Done& done);
+    /// Somebody asks for the access point with these settings; the others stay.
+    void open(const OrvaNetworkProfileSoftApSettings& settings, const HostLink::Done& done);
     /// Somebody is done with it.
     void close(const HostLink::Done& done);
     /// Tells how many pages are open, and how many of them through the access point.
@@ -26,11 +29,15 @@ public:
 
 private:
     void renewOrRest();
-    void request(const HostLink::Done& done);
+    void request(const OrvaNetworkProfileSoftApSettings& settings, bool hold,
+                 const HostLink::Done& done);
+    void renew();
 
     HostLink& m_host;
     QTimer m_renewTimer;
-    QString m_ssid;
+    /// What people asked for, while it lasts.
+    OrvaNetworkProfileSoftApSettings m_settings;
+    QDeadlineTimer m_expiry;
     int m_readers = 0;
     int m_readersThrough = 0;
     bool m_isAskedFor = false;

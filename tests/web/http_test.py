@@ -2,10 +2,18 @@
 """The server of the page, by plain HTTP: who is let in, what is taken, what is told, and that no key is."""
 import json, os, socket, threading, time, unittest, warnings
 
-from webdevice import SECRETS, WebDevice
+from webdevice import CABLE, ELSEWHERE, SECRETS, SOFT_AP, STATIC, WIFI, WebDevice, own_network
+
+IN_OWN_NETWORK = own_network()
 
 
-class WithDevice(unittest.TestCase):
+class Case(unittest.TestCase):
+    def joins(self, device, ssid):
+        device.wait("state", lambda s: s.get("wireless", {}).get("ssid") == ssid and s["wireless"]["state"] == "connected"
+                    and s["wireless"]["addresses"])
+
+
+class WithDevice(Case):
     settings = {}
 
     @classmethod
@@ -19,10 +27,6 @@ class WithDevice(unittest.TestCase):
         for text in self.device.said + [self.device.logged()]:
             for secret in SECRETS:
                 self.assertNotIn(secret, text)
-
-    def joins(self, ssid):
-        self.device.wait("state", lambda s: s.get("wireless", {}).get("ssid") == ssid
-                         and s["wireless"]["state"] == "connected")
 
 
 class TheServer(WithDevice):
@@ -58,6 +62,9 @@ class TheServer(WithDevice):
                 (400, "POST", "/api/address", '{"interface":"wired","dhcp":false,"ip":"10.1"}', {}, None),
                 (400, "POST", "/api/address", '{"interface":"lo","dhcp":true}', {}, None),
                 (400, "POST", "/api/softap", json.dumps({"ssid": "x" * 33}), {}, None),
+                (400, "POST", "/api/softap", '{"passphrase":8}', {}, None),
+                (409, "POST", "/api/softap", '{"passphrase":"short"}', {}, None),
+                (409, "POST", "/api/confirm", "{}", {}, None), (409, "POST", "/api/rollback", "{}", {}, None),
                 (413, "POST", "/api/join", b"x" * 20000, {}, None)]:
             with self.subTest(method=method, path=path, body=body, headers=headers, token=token):
                 self.assertEqual(d.ask(method, path, body, headers, token)[0], status)
@@ -113,20 +120,21 @@ class TheDevice(WithDevice):
         self.assertEqual([(n["ssid"], n["security"]) for n in networks],
                          [("Home", "wpaPsk"), ("<b>Guests", "none"), ("Café Zoë", "wpaPsk")])
         self.assertEqual(d.do("join", ssid="Home", key="mistaken key"), (200, {}))
-        d.wait("state", lambda s: any(n["suspect"] for n in s["known"]))
+        d.wait("state", lambda s: any(n["suspect"] for n in s["known"]) and s["lastJoin"]["reason"] == "keyRefused")
         self.assertEqual(d.do("join", ssid="Home", key="correct horse"), (200, {}))
-        self.joins("Home")
+        self.joins(d, "Home")
+        self.assertEqual((d.state()["lastJoin"]["ssid"], d.state()["lastJoin"]["result"]), ("Home", "joined"))
         self.assertEqual(d.do("join", ssid="<b>Guests"), (200, {}))
-        self.joins("<b>Guests")
+        self.joins(d, "<b>Guests")
         self.assertEqual(d.do("join", ssid="Home"), (200, {}))
-        self.joins("Home")
+        self.joins(d, "Home")
         self.assertEqual([n["ssid"] for n in d.state()["known"]], ["Home", "<b>Guests"])
         self.assertEqual(d.do("address", interface="wireless", dhcp=False, ip="192.168.178.9", netmask="255.255.255.0",
                               gateway="", dns=["9.9.9.9"]), (200, {}))
         d.wait("state", lambda s: "192.168.178.9" in s["wireless"]["addresses"])
         self.assertEqual(d.state()["wirelessAddress"]["dns"], ["9.9.9.9"])
         self.assertEqual(d.do("forget", ssid="Home"), (200, {}))
-        self.joins("<b>Guests")
+        self.joins(d, "<b>Guests")
         self.assertEqual(d.do("airplane", on=True), (200, {}))
         d.wait("state", lambda s: s["airplane"])
         self.assertEqual(d.do("airplane", on=False), (200, {}))
@@ -141,7 +149,7 @@ class TheDevice(WithDevice):
         d.act("PressWps", "02:a0:00:00:00:01")
         session.join()
         self.assertEqual(results, [(200, {"ssid": "Home"})])
-        self.joins("Home")
+        self.joins(d, "Home")
         pin = d.do("wps-new-pin")[1]["pin"]
         self.assertRegex(pin, "^[0-9]{8}$")
         session = threading.Thread(target=lambda: results.append(d.do("wps-pin", pin=pin)))
@@ -154,10 +162,12 @@ class TheDevice(WithDevice):
     def test_keeps_the_access_point_only_while_somebody_is_there(self):
         d, stream = self.device, self.device.events()
         next(stream)
-        self.assertEqual(d.do("softap", ssid="Setup"), (200, {}))
-        d.wait("state", lambda s: s["softAp"]["state"] == "connected" and s["softAp"]["name"] == "Setup")
-        requests = json.loads(d.run("orvactl", "--json", "softap", "list").stdout)["softApRequests"]
-        self.assertEqual([(r["name"], r["expiresAtMs"] > 0) for r in requests if r["name"] == "web"], [("web", True)])
+        self.assertEqual(d.do("softap", ssid="Setup", passphrase="canary of the air"), (200, {}))
+        d.wait("state", lambda s: (s["softAp"]["state"], s["softAp"]["name"], s["softAp"]["secured"]) == ("connected", "Setup", True))
+        asked = d.request()
+        self.assertEqual((asked["expiresAtMs"] > 0, asked["bound"], asked["settings"]["passphrase"]), (True, True, "****"))
+        self.assertEqual(d.do("softap", ssid="Setup 2"), (200, {}))
+        d.wait("state", lambda s: (s["softAp"]["name"], s["softAp"]["secured"]) == ("Setup 2", True))
         self.assertEqual(d.do("finish"), (200, {}))
         d.wait("state", lambda s: s["softAp"]["name"] != "Setup")
         stream.close()
@@ -194,54 +204,72 @@ class ThePageWithACode(WithDevice):
         d.until(lambda: d.do("token", code="1234-code")[0] == 200)
 
 
-@unittest.skipUnless(os.geteuid() == 0, "network namespaces are root's")
-class TheAccessPoint(unittest.TestCase):
-    """The device's addresses stand on the loopback of a namespace, so that connections can come by each of its ways."""
-
-    ADDRESSES = ("192.168.7.1/24", "192.168.178.20/24", "10.9.9.9/24")
+@unittest.skipUnless(IN_OWN_NETWORK, "network namespaces are root's")
+class TheAccessPoint(Case):
     PROBES = [("/generate_204", 204, ""), ("/hotspot-detect.html", 200, "Success"), ("/ncsi.txt", 200, "Microsoft NCSI"),
-              ("/connecttest.txt", 200, "Microsoft Connect Test"), ("/success.txt", 200, "success")]
-
-    def curl(self, device, local, *words, source="", host=""):
-        command = ["nsenter", f"--net=/proc/{device.web.pid}/ns/net", "curl", "-s", "-m", "5", "-w", "\n%{http_code} %{redirect_url}"]
-        command += ["--interface", source] if source else []
-        command += ["-H", "Host: " + host] if host else []
-        body, _, last = device.run(*command, *words[1:], f"http://{local}:{device.port}{words[0]}").stdout.rpartition("\n")
-        return int(last.split(" ")[0]), last.split(" ")[1], body
+              ("/connecttest.txt", 200, "Microsoft Connect Test"), ("/success.txt", 200, "success"),
+              ("/kindle-wifi/wifistub.html", 200, "81ce4465-7167-4dcb-835b-dcc9e44c112a"), ("/static/hotspot.txt", 200, "OK")]
 
     def prepare(self, **settings):
         warnings.simplefilter("ignore", ResourceWarning)
-        device = WebDevice(under=["unshare", "--net", "sh", "-c",
-                                  "ip link set lo up; for a in %s; do ip address add $a dev lo; done; exec \"$@\""
-                                  % " ".join(self.ADDRESSES), "sh"], listen=["0.0.0.0"], **settings)
+        device = WebDevice(listen=["0.0.0.0"], **settings)
         self.addCleanup(device.close)
-        device.until(lambda: "on port" in device.logged())
+        device.ready()
         device.run("orvactl", "softap", "request", "test")
-        device.until(lambda: self.curl(device, "192.168.7.1", "/", source="192.168.7.9")[0] == 200)
+        device.come(SOFT_AP, "192.168.7.9").until(lambda: device.ask("GET", "/")[0] == 200)
         return device
 
     def test_leads_phones_to_the_page_and_lets_them_go(self):
-        d = self.prepare()
+        d, foreign, asks = self.prepare(), {"Host": "probe.example"}, {"Accept": "application/captive+json"}
+        page = f"http://192.168.7.1:{d.port}/"
         for path, _, _ in self.PROBES + [("/any/page", 0, "")]:
-            self.assertEqual(self.curl(d, "192.168.7.1", path, source="192.168.7.9", host="probe.example")[:2],
-                             (302, f"http://192.168.7.1:{d.port}/"), path)
-        self.assertEqual(self.curl(d, "192.168.7.1", "/generate_204", "-d", "x", source="192.168.7.9", host="a.example")[0], 421)
+            self.assertEqual(d.ask("GET", path, None, foreign)[0], 302, path)
+            self.assertIn(f"('Location', '{page}')", d.said[-1])
+        self.assertEqual(d.ask("POST", "/generate_204", "x", foreign)[0], 421)
+        for path, headers in [("/captive", {}), ("/", asks)]:
+            self.assertEqual(d.ask("GET", path, None, headers), (200, {"captive": True, "user-portal-url": page}))
+            self.assertIn("application/captive+json", d.said[-1])
         d.act("Plug")
-        d.until(lambda: self.curl(d, "192.168.7.1", "/ncsi.txt", source="192.168.7.9", host="probe.example")[0] != 302)
+        d.until(lambda: d.ask("GET", "/captive") == (200, {"captive": False}))
         for path, status, text in self.PROBES:
-            code, _, body = self.curl(d, "192.168.7.1", path, source="192.168.7.9", host="probe.example")
+            code, body = d.ask("GET", path, None, foreign)
             self.assertEqual((code, text in body), (status, True), path)
-        self.assertEqual(self.curl(d, "192.168.7.1", "/any/page", source="192.168.7.9", host="probe.example")[0], 421)
+        self.assertEqual(d.ask("GET", "/any/page", None, foreign)[0], 421)
 
     def test_is_the_only_way_in_unless_the_home_network_is_one_too(self):
-        for home, ways in [(False, ["192.168.7.1 192.168.7.9 200", "192.168.178.20 192.168.178.9 403"]),
-                           (True, ["192.168.178.20 192.168.178.9 200", "192.168.178.20 192.168.7.9 403",
-                                   "192.168.7.1 192.168.178.9 403", "192.168.7.1 10.9.9.9 403", "10.9.9.9 10.9.9.8 403"])]:
+        for home, ways in [(False, [(SOFT_AP, "192.168.7.9", 200), (CABLE, "192.168.178.8", 403)]),
+                           (True, [(CABLE, "192.168.178.8", 200), (CABLE, "192.168.7.9", 403),
+                                   (SOFT_AP, "192.168.178.8", 403), (SOFT_AP, ELSEWHERE, 403), (ELSEWHERE, "10.9.9.8", 403)])]:
             d = self.prepare(homeNetwork=home)
             d.act("Plug")
-            d.until(lambda: json.loads(d.run("orvactl", "--json", "get", "network/state/connected").stdout)["bool"])
-            for local, peer, status in (way.split() for way in ways):
-                self.assertEqual(self.curl(d, local, "/", source=peer)[0], int(status), f"{home} {local} {peer}")
+            d.until(lambda: d.orvactl("get", "network/state/connected")["bool"])
+            for local, peer, status in ways:
+                self.assertEqual(d.come(local, peer).ask("GET", "/")[0], status, f"{home} {local} {peer}")
+
+    def test_is_held_for_who_uses_the_page_through_it_and_lets_nothing_else_be_lost(self):
+        d = self.prepare(homeNetwork=True, names=["speaker.local"])
+        stream = d.events()
+        self.assertEqual(next(stream)[1]["ways"], ["http://speaker.local/"])  # before there is a network to be in
+        d.until(lambda: d.request().get("hold"), "the access point is not held")
+        self.assertEqual(d.do("join", ssid="Home", key="correct horse"), (200, {}))
+        d.wait("state", lambda s: s["ways"] == [f"http://{WIFI}/", "http://speaker.local/"])
+        self.assertEqual(d.do("confirm")[0], 409)
+        stream.close()
+        for action, body, trial in [("address", {"interface": "wired", "dhcp": True}, False), ("join", {"ssid": "<b>Guests"}, True),
+                                    ("address", {"interface": "wireless", "dhcp": True}, True), ("join", {"ssid": "Home"}, True)]:
+            with self.subTest(action=action, body=body):
+                d.until(lambda: d.come(WIFI, "192.168.178.8").ask("GET", "/")[0] == 200)
+                self.assertEqual(d.do(action, **body), (200, {"trial": True} if trial else {}))
+                left = d.come("127.0.0.1").wait("state", lambda s: ("trial" in s) == trial).get("trial", {}).get("seconds", 0)
+                self.assertEqual(100 < left <= 120, trial, left)
+                self.joins(d, body.get("ssid", d.state()["known"][0]["ssid"]))
+                self.assertEqual(d.do("confirm")[0], 200 if trial else 409)
+                d.wait("state", lambda s: "trial" not in s)
+        d.come(WIFI, "192.168.178.8")
+        d.do("address", interface="wireless", dhcp=False, ip=STATIC, netmask="255.255.255.0", gateway="", dns=[])
+        d.come("127.0.0.1").wait("state", lambda s: STATIC in s["wireless"]["addresses"])
+        self.assertEqual(d.do("rollback"), (200, {}))
+        d.wait("state", lambda s: s["wirelessAddress"]["dhcp"] and "trial" not in s)
 
 
 class TheSettings(unittest.TestCase):

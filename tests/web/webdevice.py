@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """A device in the played world with orva-web on it: bus, host and daemon of its own."""
-import http.client, json, socket, time
+import ctypes, http.client, json, os, socket, subprocess, time
 
 from playground import Playground
 from privatebus import BUILD
@@ -12,7 +12,23 @@ WORLD = {
     "accessPoints": [{**HOME, "bssid": "02:a0:00:00:00:01"}, {**HOME, "bssid": "02:a0:00:00:00:02", "signal": -70},
                      {"ssid": "Café Zoë", "security": "wpa-psk", "key": "espresso doppio", "signal": -71},
                      {"ssid": "<b>Guests", "signal": -60, "network": "home"}, {"ssid": "", "signal": -50}]}
-SECRETS = ("correct horse", "espresso doppio", "mistaken key", "1234-code")
+SECRETS = ("correct horse", "espresso doppio", "mistaken key", "1234-code", "canary of the air")
+SOFT_AP, CABLE, WIFI, STATIC, ELSEWHERE = "192.168.7.1", "192.168.178.20", "192.168.178.21", "192.168.178.9", "10.9.9.9"
+
+
+def address(change, ip):
+    subprocess.run(["ip", "address", change, ip + "/24", "dev", "lo"], check=True)
+
+
+def own_network():
+    """From here on this program has a network of its own, with the device's addresses on its loopback, so that connections
+    can come by each of its ways. False where it may not."""
+    if os.geteuid() or ctypes.CDLL(None).unshare(0x40000000):  # CLONE_NEWNET
+        return False
+    subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
+    for ip in (SOFT_AP, CABLE, WIFI, ELSEWHERE):
+        address("add", ip)
+    return True
 
 
 def free_port():
@@ -22,12 +38,11 @@ def free_port():
 
 
 class WebDevice(Playground):
-    def __init__(self, under=(), world=WORLD, **settings):  # under: the words of a program that runs orva-web
+    def __init__(self, world=WORLD, **settings):
         super().__init__(world)
-        self.token, self.said = "", []
+        self.token, self.said, self.by, self.source = "", [], "127.0.0.1", None
         self.port = settings.setdefault("port", free_port())
         self.write("web.json", "// a test's\n" + json.dumps({"listen": ["127.0.0.1"], **settings}))
-        self.under = under
         self.start_host()
         self.start_web()
 
@@ -36,7 +51,7 @@ class WebDevice(Playground):
                                "--state-dir", self.directory / "state")
 
     def start_web(self):
-        self.web = self.start(*self.under, BUILD / "bin/orva-web", "--config", self.directory / "web.json")
+        self.web = self.start(BUILD / "bin/orva-web", "--config", self.directory / "web.json")
 
     def ready(self):
         self.until(self.answers)
@@ -51,7 +66,12 @@ class WebDevice(Playground):
             return False
 
     def connection(self, timeout=20):
-        return http.client.HTTPConnection("127.0.0.1", self.port, timeout=timeout)
+        return http.client.HTTPConnection(self.by, self.port, timeout=timeout, source_address=self.source and (self.source, 0))
+
+    def come(self, by, source=None):
+        """What is asked from here on goes to that address of the device, from that one."""
+        self.by, self.source = by, source
+        return self
 
     def ask(self, method, path, body=None, headers=(), token=None):
         """The status and what was answered; everything answered is kept, so that tests can look for keys."""
@@ -87,12 +107,17 @@ class WebDevice(Playground):
             connection.close()
 
     def wait(self, name, condition=lambda data: True, limit=20):
-        end = time.monotonic() + limit
+        end, last = time.monotonic() + limit, None
         for event, data in self.events():
+            last = data if event == name else last
             if event == name and condition(data):
                 return data
-            assert time.monotonic() < end, f"no such {name}; last {data}"
+            assert time.monotonic() < end, f"no such {name}; last {last}"
         raise AssertionError("the stream ended")
 
     def state(self):
         return self.wait("state")
+
+    def request(self):
+        """The page's own request for the access point."""
+        return next((row for row in self.orvactl("softap", "list")["softApRequests"] if row["name"] == "web"), {})
