@@ -4,6 +4,7 @@ import os, pathlib, signal, subprocess, threading, time, unittest
 
 import network
 from network import DEV, ip
+from privatebus import BUILD
 from wiredcase import CONNECTED, IPV6, NOT, Device, processes, routes
 
 
@@ -129,6 +130,15 @@ class Cable(Device):
         self.agree(CONNECTED, "198.51.0.1/32")
         ip("-n", "dev", *lines[500].split())
         self.agree(CONNECTED, "192.0.2.")
+
+    def test_each_list_of_the_kernel_changes_while_it_is_read(self):
+        self.connect(under=(*DEV, "env", f"LD_PRELOAD={BUILD}/lib/libinterrupted.so", "ASAN_OPTIONS=verify_asan_link_order=0"))
+        self.p.call("SetOffMode")
+        self.agree(NOT)
+        self.p.until(lambda: not routes("default"))
+        self.p.call("SetNormalMode", "wired")
+        self.agree(CONNECTED, "192.0.2.")
+        self.assertNotIn("cannot be preloaded", self.p.logged())
 
     # --- files
 

@@ -52,7 +52,7 @@ class WiredCase(unittest.TestCase):
     def setUp(self):
         warnings.simplefilter("ignore", ResourceWarning)
 
-    def begin(self, serve=True, **settings):
+    def begin(self, serve=True, under=DEV, **settings):
         """A daemon that serves, its cable out; `settings` stand in lumod.conf."""
         self.net = Network()
         self.addCleanup(self.net.close)
@@ -60,7 +60,7 @@ class WiredCase(unittest.TestCase):
             self.net.serve()
         conf = pathlib.Path("/run/lumod.conf")
         conf.write_text("// a test's\n" + json.dumps({**CONF, **settings}), encoding="utf-8")
-        self.p = Playground(under=DEV, DEVICE_LUMOD_CONF=str(conf))
+        self.p = Playground(under=under, DEVICE_LUMOD_CONF=str(conf))
         self.addCleanup(self.p.close)
         self.p.set("LogLevel", 3)
         self.p.wait("InterfaceStatusChanged", "uap0", 0)

@@ -2,7 +2,9 @@
 #include "world/real/enginetraces.h"
 
 #include "log.h"
+#include "world/real/routesocket.h"
 
+#include <algorithm>
 #include <array>
 #include <linux/if_addr.h>
 #include <linux/rtnetlink.h>
@@ -13,12 +15,10 @@
 #include <netlink/route/route.h>
 #include <optional>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <vector>
 
 namespace {
 
-using Socket = std::unique_ptr<nl_sock, void (*)(nl_sock*)>;
 using Object = std::unique_ptr<nl_object, void (*)(nl_object*)>;
 
 /// An address, or a route that a DHCP client or a router's advertisement has brought.
@@ -30,25 +30,6 @@ struct Trace
     Object object;
     int (*remove)(nl_sock* socket, nl_object* object);
 };
-
-/// True for a success; a fault is logged.
-bool isRead(int fault)
-{
-    if (fault < 0)
-        qCWarning(lcLumod, "Cannot read what dhcpcd has left: %s", nl_geterror(fault));
-    return fault >= 0;
-}
-
-/// None where that fails.
-Socket connectToKernel()
-{
-    Socket socket(nl_socket_alloc(), nl_socket_free);
-    if (!socket || !isRead(nl_connect(socket.get(), NETLINK_ROUTE)))
-        return {nullptr, nl_socket_free};
-    const timeval limit{1, 0}; // the kernel answers at once, but nothing may hold us up for ever
-    setsockopt(nl_socket_get_fd(socket.get()), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    return socket;
-}
 
 /// Without the length of a prefix that is one address.
 QString wordsOf(nl_addr* address)
@@ -74,14 +55,24 @@ int removeRoute(nl_sock* socket, nl_object* object)
     return rtnl_route_delete(socket, reinterpret_cast<rtnl_route*>(object), 0);
 }
 
+/// Which may have been read before.
+void add(Trace trace, std::vector<Trace>& traces)
+{
+    const auto isSame = [&trace](const Trace& one) {
+        return nl_object_identical(one.object.get(), trace.object.get()) != 0;
+    };
+    if (std::none_of(traces.begin(), traces.end(), isSame))
+        traces.push_back(std::move(trace));
+}
+
 void addAddress(nl_object* object, int index, std::vector<Trace>& traces)
 {
     auto* address = reinterpret_cast<rtnl_addr*>(object);
     if (rtnl_addr_get_ifindex(address) != index || rtnl_addr_get_scope(address) == RT_SCOPE_LINK)
         return;
-    traces.push_back({wordsOf(rtnl_addr_get_local(address)), rtnl_addr_get_family(address),
-                      (rtnl_addr_get_flags(address) & IFA_F_NOPREFIXROUTE) != 0, kept(object),
-                      removeAddress});
+    add({wordsOf(rtnl_addr_get_local(address)), rtnl_addr_get_family(address),
+         (rtnl_addr_get_flags(address) & IFA_F_NOPREFIXROUTE) != 0, kept(object), removeAddress},
+        traces);
 }
 
 void addRoute(nl_object* object, int index, std::vector<Trace>& traces)
@@ -96,37 +87,34 @@ void addRoute(nl_object* object, int index, std::vector<Trace>& traces)
         QStringLiteral("%1 via %2 metric %3")
             .arg(wordsOf(rtnl_route_get_dst(route)), wordsOf(rtnl_route_nh_get_gateway(hop)))
             .arg(rtnl_route_get_priority(route));
-    traces.push_back({words, rtnl_route_get_family(route), true, kept(object), removeRoute});
+    add({words, rtnl_route_get_family(route), true, kept(object), removeRoute}, traces);
 }
 
+/// A list that changes again and again is complete enough with what some readings have shown.
 template <class Add>
-bool addAll(int fault, nl_cache* list, Add addOne)
+bool readAll(const RouteSocket& socket, int type, Add add)
 {
-    if (!isRead(fault))
-        return false;
-    for (auto* object = nl_cache_get_first(list); object; object = nl_cache_get_next(object))
-        addOne(object);
-    nl_cache_free(list);
-    return true;
+    constexpr int readings = 3;
+    int fault = -NLE_DUMP_INTR;
+    for (int i = 0; i < readings && fault == -NLE_DUMP_INTR; ++i)
+        fault = readList(socket, type, add);
+    if (fault >= 0 || fault == -NLE_DUMP_INTR)
+        return true;
+    qCWarning(lcLumod, "Cannot read what dhcpcd has left: %s", nl_geterror(fault));
+    return false;
 }
 
 /// Routes first, which their address's end would take along. Nothing where they cannot be read.
-std::optional<std::vector<Trace>> tracesOn(int index, const Socket& socket)
+std::optional<std::vector<Trace>> tracesOn(int index, const RouteSocket& socket)
 {
     std::vector<Trace> traces;
-    nl_cache* list = nullptr;
-    if (!socket)
-        return {};
-    int fault = rtnl_route_alloc_cache(socket.get(), AF_UNSPEC, 0, &list);
-    if (!addAll(fault, list, [&](nl_object* object) { addRoute(object, index, traces); }))
-        return {};
-    fault = rtnl_addr_alloc_cache(socket.get(), &list);
-    if (!addAll(fault, list, [&](nl_object* object) { addAddress(object, index, traces); }))
-        return {};
-    return traces;
+    if (readAll(socket, RTM_GETROUTE, [&](nl_object* one) { addRoute(one, index, traces); }) &&
+        readAll(socket, RTM_GETADDR, [&](nl_object* one) { addAddress(one, index, traces); }))
+        return traces;
+    return {};
 }
 
-void removeOne(const Socket& socket, const Trace& trace)
+void removeOne(const RouteSocket& socket, const Trace& trace)
 {
     const int fault = trace.remove(socket.get(), trace.object.get());
     if (fault == 0)
@@ -142,7 +130,7 @@ bool EngineTraces::begin(int index)
 {
     if (m_index == index)
         return true;
-    const auto traces = tracesOn(index, connectToKernel());
+    const auto traces = tracesOn(index, openRouteSocket());
     if (!traces)
         return false;
     m_index = index;
@@ -157,7 +145,7 @@ void EngineTraces::remove(Family family)
 {
     if (m_index == 0)
         return;
-    const auto socket = connectToKernel();
+    const auto socket = openRouteSocket();
     const auto traces = tracesOn(m_index, socket);
     if (!traces)
         return;

@@ -2,6 +2,7 @@
 #include "world/real/interfacechanges.h"
 
 #include "world/real/nl80211.h"
+#include "world/real/routesocket.h"
 
 #include <QHostAddress>
 
@@ -13,23 +14,12 @@
 #include <netlink/route/addr.h>
 #include <netlink/route/link.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 
 namespace {
 
-using RouteSocket = std::unique_ptr<nl_sock, void (*)(nl_sock*)>;
 using RouteLink = std::unique_ptr<rtnl_link, void (*)(rtnl_link*)>;
 using RouteAddress = std::unique_ptr<rtnl_addr, void (*)(rtnl_addr*)>;
 using Numbers = std::unique_ptr<nl_addr, void (*)(nl_addr*)>;
-
-RouteSocket routeSocket()
-{
-    RouteSocket socket(nl_socket_alloc(), nl_socket_free);
-    nl_connect(socket.get(), NETLINK_ROUTE);
-    const timeval limit{1, 0}; // nothing may hold us up for ever
-    setsockopt(nl_socket_get_fd(socket.get()), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    return socket;
-}
 
 Result<> outcome(int fault)
 {
@@ -49,7 +39,7 @@ Result<> change(int index, const RouteLink& wanted)
 {
     const RouteLink asIs(rtnl_link_alloc(), rtnl_link_put);
     rtnl_link_set_ifindex(asIs.get(), index);
-    return outcome(rtnl_link_change(routeSocket().get(), asIs.get(), wanted.get(), 0));
+    return outcome(rtnl_link_change(openRouteSocket().get(), asIs.get(), wanted.get(), 0));
 }
 
 RouteAddress addressOf(int index, const QString& address, int prefix)
@@ -109,7 +99,7 @@ void removeAccessPointInterface(int index)
 
 Result<> setOnlyAddress(const KernelLink& link, const QString& address, int prefix)
 {
-    const auto socket = routeSocket();
+    const auto socket = openRouteSocket();
     for (const auto& old : link.addresses) {
         if (!old.ipv6 && (old.address != address || old.prefix != prefix))
             rtnl_addr_delete(socket.get(), addressOf(link.index, old.address, old.prefix).get(), 0);

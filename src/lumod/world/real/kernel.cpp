@@ -18,7 +18,6 @@
 #include <netlink/route/nexthop.h>
 #include <netlink/route/route.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 
 namespace {
 
@@ -96,9 +95,6 @@ void takeRoute(rtnl_route* route, QHash<int, KernelLink>& links)
     }
 }
 
-/// Owns a socket's callbacks for one dump.
-using Callbacks = std::unique_ptr<nl_cb, void (*)(nl_cb*)>;
-
 } // namespace
 
 bool KernelAddress::operator==(const KernelAddress& other) const
@@ -126,11 +122,6 @@ bool KernelLink::has(const QString& address) const
     });
 }
 
-void Kernel::SocketFree::operator()(nl_sock* socket) const
-{
-    nl_socket_free(socket);
-}
-
 Kernel::Kernel(QObject* parent)
     : QObject(parent)
 {
@@ -152,20 +143,12 @@ Result<> Kernel::open()
     nl_socket_set_nonblocking(m_events.get());
     nl_socket_add_memberships(m_events.get(), RTNLGRP_LINK, RTNLGRP_IPV4_IFADDR,
                               RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_ROUTE, RTNLGRP_IPV6_ROUTE, 0);
-    openQueries();
+    m_queries = openRouteSocket();
     m_notifier =
         std::make_unique<QSocketNotifier>(nl_socket_get_fd(m_events.get()), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &Kernel::notified);
     read();
     return {};
-}
-
-void Kernel::openQueries()
-{
-    m_queries.reset(nl_socket_alloc());
-    nl_connect(m_queries.get(), NETLINK_ROUTE);
-    const timeval limit{1, 0}; // the kernel answers at once, but nothing may hold us up for ever
-    setsockopt(nl_socket_get_fd(m_queries.get()), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 }
 
 KernelLink Kernel::link(const QString& name) const
@@ -210,7 +193,8 @@ void Kernel::read()
     if (dump(RTM_GETLINK, links) && dump(RTM_GETADDR, links) && dump(RTM_GETROUTE, links)) {
         m_links = links;
     } else {
-        openQueries(); // what is left of the answer must not be taken for the next one's
+        m_queries =
+            openRouteSocket(); // what is left of the answer must not be taken for the next one's
         m_settle.start(retryMilliseconds);
     }
     m_pause = clock.elapsed() * readingShare;
@@ -218,15 +202,7 @@ void Kernel::read()
 
 bool Kernel::dump(int type, Links& links)
 {
-    const Callbacks callbacks(nl_cb_alloc(NL_CB_DEFAULT), nl_cb_put);
-    const auto parse = [](nl_msg* message, void* into) {
-        nl_msg_parse(message, &Kernel::take, into);
-        return static_cast<int>(NL_OK);
-    };
-    nl_cb_set(callbacks.get(), NL_CB_VALID, NL_CB_CUSTOM, parse, &links);
-    int fault = nl_rtgen_request(m_queries.get(), type, AF_UNSPEC, NLM_F_DUMP);
-    if (fault >= 0)
-        fault = nl_recvmsgs(m_queries.get(), callbacks.get());
+    const int fault = readList(m_queries, type, [&](nl_object* object) { take(object, links); });
     // An interrupted dump is complete enough: whatever interrupted it has sent a notification.
     if (fault >= 0 || fault == -NLE_DUMP_INTR)
         return true;
@@ -234,9 +210,8 @@ bool Kernel::dump(int type, Links& links)
     return false;
 }
 
-void Kernel::take(nl_object* object, void* into)
+void Kernel::take(nl_object* object, Links& links)
 {
-    auto& links = *static_cast<Links*>(into);
     const QByteArray type = nl_object_get_type(object);
     if (type == "route/link") {
         auto* link = reinterpret_cast<rtnl_link*>(object);

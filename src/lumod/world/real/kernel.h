@@ -2,6 +2,7 @@
 #pragma once
 
 #include "failure.h"
+#include "world/real/routesocket.h"
 
 #include <QHash>
 #include <QObject>
@@ -10,9 +11,6 @@
 #include <QVector>
 
 #include <memory>
-
-struct nl_object;
-struct nl_sock;
 
 /// One address of an interface, as the kernel has it.
 struct KernelAddress
@@ -83,22 +81,16 @@ Q_SIGNALS:
     void changed();
 
 private:
-    struct SocketFree
-    {
-        void operator()(nl_sock* socket) const;
-    };
-    using Socket = std::unique_ptr<nl_sock, SocketFree>;
     using Links = QHash<int, KernelLink>;
 
-    void openQueries();
     void notified();
     void settle();
     void read();
     [[nodiscard]] bool dump(int type, Links& links);
-    static void take(nl_object* object, void* links);
+    static void take(nl_object* object, Links& links);
 
-    Socket m_events;
-    Socket m_queries;
+    RouteSocket m_events;
+    RouteSocket m_queries;
     std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_settle;
     qint64 m_pause = 0; ///< ms to leave between two readings
