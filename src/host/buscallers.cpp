@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "buscallers.h"
 
+#include "core/dbglog.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 
 #include <unistd.h>
 
 namespace {
+
+ORVA_LOGGER(callersLogger, "BusCallers")
 
 /// One caller, who may outlast the callers.
 class BusCaller : public CMCaller
@@ -89,18 +92,22 @@ void BusCallers::lookUp(const QString& caller)
     auto* answer = new QDBusPendingCallWatcher(m_connection.asyncCall(request), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, caller] {
         answer->deleteLater();
-        const QDBusPendingReply<uint> uid = *answer;
-        learn(caller, !uid.isError(), uid.isError() ? 0 : uid.value());
+        learn(caller, *answer);
     });
 }
 
-void BusCallers::learn(const QString& caller, bool found, uint uid)
+void BusCallers::learn(const QString& caller, const QDBusPendingReply<uint>& uid)
 {
-    const bool trusted = found && (uid == 0 || uid == ::geteuid());
+    const bool found = !uid.isError();
+    const bool trusted = found && (uid.value() == 0 || uid.value() == ::geteuid());
+    // Of any other error's caller nothing is known: it is not trusted, and need not have left.
     if (found)
         m_trusted.insert(caller, trusted);
-    else
+    else if (uid.error().name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner"))
         left(caller);
+    else
+        LOG4CPLUS_WARN(callersLogger(),
+                       "The bus does not tell who " << caller << " is: " << uid.error().name());
     const auto waiting = m_waiting.take(caller);
     for (const Callback& callback : waiting)
         callback(trusted);

@@ -4,6 +4,7 @@
 #include "core/model/cmcaller.h"
 
 #include <QDBusConnection>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QHash>
 #include <QObject>
@@ -39,7 +40,7 @@ private:
         std::function<void()> gone;
     };
     void lookUp(const QString& caller);
-    void learn(const QString& caller, bool found, uint uid);
+    void learn(const QString& caller, const QDBusPendingReply<uint>& uid);
     void left(const QString& caller);
 
     QDBusConnection m_connection;

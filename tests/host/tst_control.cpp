@@ -138,6 +138,22 @@ private Q_SLOTS:
         QTRY_VERIFY(!trusted(caller));
     }
 
+    void aCallerOfWhomTheBusTellsNothingHasNotGone()
+    {
+        PrivateBus other;
+        QVERIFY(other.start());
+        const QDBusConnection connection = other.connection("other"_s);
+        other.stop();
+        QVERIFY(qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address().toLocal8Bit()));
+        BusCallers callers(connection);
+        bool gone = false;
+        std::optional<bool> trusted;
+        callers.whenGone(connection.baseService(), this, [&gone] { gone = true; });
+        callers.askTrusted(connection.baseService(), [&trusted](bool is) { trusted = is; });
+        QTRY_COMPARE(trusted, std::optional(false));
+        QVERIFY(!gone);
+    }
+
     void aThousandRequestsAtOnceAreAllAnswered()
     {
         QVector<QDBusPendingCall> calls;
