@@ -6,8 +6,13 @@
 
 #include "network/networkpaths.h"
 
+#include <QProcess>
 #include <QTcpServer>
+#include <QTemporaryFile>
+#include <QUdpSocket>
 #include <QtTest>
+
+#include <unistd.h>
 
 namespace {
 
@@ -137,6 +142,36 @@ private Q_SLOTS:
         QVERIFY(isNow(Online::Unknown));
     }
 
+    void asksByNameAndTriesEachAddress()
+    {
+        m_answer = "HTTP/1.1 204 No Content\r\n\r\n";
+        m_info->setValue(info(1, "10.0.0.1"));
+        m_url->setValue(OrvaValue::of("http://localhost:%1"_s.arg(port())));
+        QTRY_VERIFY(isNow(Online::Online));
+        QVERIFY(m_asked.contains("\r\nHost: localhost:"));
+        m_url->setValue(OrvaValue::of("http://nobody.invalid"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(timer()->isActive(), 10000);
+        QVERIFY(isNow(Online::Unknown));
+    }
+
+    void aSilentNameServerPutsNoEndOff()
+    {
+        QTemporaryFile servers;
+        QVERIFY(servers.open() && servers.write("nameserver 127.0.0.1\n") > 0 && servers.flush());
+        const auto silent =
+            "ip link set lo up && mount --bind %1 /etc/resolv.conf && exec %2 ends"_s;
+        const auto command =
+            silent.arg(servers.fileName(), QCoreApplication::applicationFilePath());
+        QElapsedTimer time;
+        time.start();
+        const int status =
+            QProcess::execute("unshare"_s, {"-m"_s, "-n"_s, "sh"_s, "-c"_s, command});
+        if (::geteuid() != 0)
+            QSKIP("only root has namespaces");
+        QCOMPARE(status, 0);
+        QVERIFY2(time.elapsed() < 3000, qPrintable(QString::number(time.elapsed())));
+    }
+
 private:
     void connectAndProbe(const char* path)
     {
@@ -182,5 +217,27 @@ private:
     bool m_stays = false;
 };
 
-QTEST_GUILESS_MAIN(TestOnline)
+/// Asks a name server that is silent, and ends; 0 where nothing was answered until then.
+int askAndEnd(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    QUdpSocket silent;
+    if (!silent.bind(QHostAddress::LocalHost, 53))
+        return 2;
+    OnlineProbe probe(QUrl("http://silent.example"_s), QString(), nullptr);
+    bool answered = false;
+    QObject::connect(&probe, &OnlineProbe::finished, [&answered] { answered = true; });
+    QTest::qWait(200);
+    return answered || !silent.hasPendingDatagrams() ? 1 : 0;
+}
+
+int main(int argc, char** argv)
+{
+    if (argc == 2 && qstrcmp(argv[1], "ends") == 0)
+        return askAndEnd(argc, argv);
+    const QCoreApplication application(argc, argv);
+    TestOnline test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_online.moc"

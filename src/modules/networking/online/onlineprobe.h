@@ -3,6 +3,7 @@
 
 #include "online/onlinerules.h"
 
+#include <QHostAddress>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -19,10 +20,14 @@ Q_SIGNALS:
     void finished(ProbeOutcome outcome);
 
 private:
+    /// Tries the next of the server's addresses; the last one has been tried in vain.
+    void tryNext();
     void read();
     void end();
 
+    const quint16 m_port;
     const QString m_body;
+    QVector<QHostAddress> m_addresses; ///< Those that are still to be tried.
     QByteArray m_answer;
     bool m_finished = false;
     QTcpSocket m_socket{this};
