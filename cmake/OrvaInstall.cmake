@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# What is installed where, in components: runtime (the device), library (what it and its workers link), development
-# (who writes workers), daemon (the connection daemon), world (has the daemon play a network instead) and web (the
+# The components of what is installed: runtime (the device), library (what it and its workers link), development
+# (writing workers), daemon (the connection daemon), world (has the daemon play a network instead) and web (the
 # page that people see). debian/rules makes a package of each.
 
 include(CMakePackageConfigHelpers)

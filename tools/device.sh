@@ -3,7 +3,7 @@
 # A device on this machine: a private system bus, the host with the module, and the daemon that the bus
 # starts when the module first speaks to it. Sourced by ./run and by the tests.
 #
-# What a caller may set before device_start:
+# The variables that a caller may set before device_start:
 DEVICE_BACKEND=${DEVICE_BACKEND:-lumod}    # lumod, or fake: as on a root file system from the network
 DEVICE_RADIOS=${DEVICE_RADIOS:-stand-in}   # stand-in: rfkill is only recorded; real: it runs
 DEVICE_LOG_LEVEL=${DEVICE_LOG_LEVEL:-info} # of the host
@@ -99,7 +99,7 @@ device_fill() {
         -e "s|@ORVA_MODULE@|$1/build/lib/libnetworking.so|" "$device_source/dbus/$2" >"$3"
 }
 
-# What the bus, the daemon, the host and the clients find in their environment.
+# The environment of the bus, the daemon, the host and the clients.
 device_environment() {
     local dir=$1
     export DBUS_SYSTEM_BUS_ADDRESS ORVA_RFKILL_RECORD

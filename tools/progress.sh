@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
-# What the commands say while they work, and when they cannot.
+# The commands' words while they work, and when they cannot.
 
 progress_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 

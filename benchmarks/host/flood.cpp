@@ -108,7 +108,7 @@ void measure(const Flood& flood, const QDBusConnection& flooder, const QDBusConn
     timer.start();
     for (int round = 0; round < flood.rounds; ++round) {
         const QDBusPendingCall last = send(flood, flooder);
-        // Which of the two meets the beginning, when the bus is full, alternates.
+        // The two take turns at the beginning, when the bus is full.
         bool reading = round % 2 == 0;
         do {
             (reading ? reads : pings).push_back(timed(bystander, reading ? readState() : ping()));

@@ -7,7 +7,7 @@
 /// Paths and the values that nodes have at first.
 using NodeValues = QHash<CMPath, OrvaValue>;
 
-/// What a test plays of all other workers: their values, in memory, and their actions.
+/// All other workers, as a test plays them: their values, in memory, and their actions.
 class ValueStore : public CMNodesWorker
 {
     Q_OBJECT

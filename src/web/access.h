@@ -6,14 +6,14 @@
 #include <QElapsedTimer>
 #include <QString>
 
-/// Who may have something done: the pages that know the token, which is given to pages of ours, and
-/// where there is an access code to who knows that.
+/// The right to have something done: pages have it that know the token. Pages of ours are given it;
+/// where there is an access code, only for that.
 class Access
 {
 public:
     explicit Access(QString code);
 
-    /// The answer to who asks for the token. Wrong codes make the next one wait.
+    /// The answer to a page that asks for the token. Wrong codes make the next one wait.
     [[nodiscard]] HttpAnswer answer(const HttpRequest& request);
     [[nodiscard]] bool isGranted(const HttpRequest& request) const;
 

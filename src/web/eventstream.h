@@ -18,7 +18,7 @@ class EventStream
     Q_DISABLE_COPY(EventStream)
 
 public:
-    /// Who hears of it: `resume` where there is something to send again, `ended` at its end.
+    /// The owner is told: `resume` where there is something to send again, `ended` at its end.
     struct Owner
     {
         std::function<void(MHD_Connection*)> resume;

@@ -15,7 +15,7 @@ class HttpExchange : public std::enable_shared_from_this<HttpExchange>
     Q_DISABLE_COPY(HttpExchange)
 
 public:
-    /// What an exchange needs of the server.
+    /// The part of the server that an exchange needs.
     struct Server
     {
         HttpHandler handler;

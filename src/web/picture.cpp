@@ -71,7 +71,7 @@ QVariantList known(const OrvaNetworkProfile& profile, const OrvaNetworkInfo& inf
     return list;
 }
 
-/// What the access point has; while none runs, what the profile would have it have.
+/// The access point as it runs; while none runs, as the profile would have it.
 QVariantHash softAp(const HostLink& host, const OrvaNetworkInfo& info)
 {
     OrvaNetworkProfileSoftApSettings settings;

@@ -5,7 +5,8 @@
 
 #include <optional>
 
-/// What RFC 8908 has a phone ask for: whether people have something to do at `page` first.
+/// The answer that RFC 8908 has a phone ask for: whether people have something to do at `page`
+/// first.
 [[nodiscard]] HttpAnswer captiveAnswer(const QByteArray& page, bool released);
 
 /// The answer to a phone that asks for `path` through the access point: a redirection to `page`

@@ -81,7 +81,7 @@ void SoftApKeeper::renewOrRest()
 
 void SoftApKeeper::renew()
 {
-    // Who comes when our request is over has come by an access point with others' settings.
+    // A reader who comes when our request is over came by an access point with others' settings.
     if (m_expiry.hasExpired())
         m_settings = {};
     request(m_settings, m_readersThrough > 0, [](const OrvaResult<OrvaValue>&) {});

@@ -35,7 +35,7 @@ private:
 
     HostLink& m_host;
     QTimer m_renewTimer;
-    /// What people asked for, while it lasts.
+    /// The settings that people asked for, while the request lasts.
     OrvaNetworkProfileSoftApSettings m_settings;
     QDeadlineTimer m_expiry;
     int m_readers = 0;

@@ -23,7 +23,7 @@ QString linesOf(const QByteArray& file, int from)
     return QString::fromUtf8(file).chopped(1).split("\n"_s).mid(from).join("; "_s);
 }
 
-/// What is made of the second cell.
+/// The outcome of a row's second cell.
 QString outcome(const QString& section, const QString& input)
 {
     if (section == "event"_s) {

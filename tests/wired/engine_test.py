@@ -17,7 +17,7 @@ route add 203.0.113.0/24 via 198.51.100.1 proto dhcp metric 100
 DHCPCD = pathlib.Path("/run/bin/dhcpcd")  # a link to the real one, which can be lost
 KILL, STOP = signal.SIGKILL, signal.SIGSTOP
 
-# What befalls whom, and what happens to lumod then.
+# The mishap and its victim, and what happens to lumod then.
 STORIES = {
     "frozen at the end": ((STOP, "dhcpcd"), "stop"),
     "killed amid the end": ((STOP, "dhcpcd"), "stop and kill"),

@@ -162,7 +162,7 @@ bare_new_root() {
     bare_root=$(mktemp -d "$bare_roots/root.$$.XXXXXX") && chmod 755 "$bare_root" && bare_own+=("$bare_root")
 }
 
-# What is left of a shell that was killed.
+# The remains of a shell that was killed.
 bare_remove_stale() {
     local root pid
     for root in "$bare_roots"/root.*; do

@@ -6,7 +6,7 @@
 /// The version of this interface. Before 1.0 each minor version has another one.
 #define ORVA_API_VERSION "0.2"
 
-/// What stands before the version in a worker's library.
+/// The mark before the version in a worker's library.
 #define ORVA_API_MARK "orva-worker-api="
 
 /// Exports `worker_create`, which makes a `Worker` of the configuration's map, and beside it

@@ -9,10 +9,12 @@
 
 // How far the device gets out of its network, from plain values to plain values.
 
-/// What the ping of the gateway or the probe beyond it has found; nobody need have asked.
+/// The outcome of the last ping of the gateway; `Unknown` until one has ended.
 enum class GatewayEcho { Unknown, Answered, Silent };
+
+/// The outcome of the last probe beyond the gateway.
 enum class ProbeOutcome {
-    Unknown,
+    Unknown,  ///< None has ended, or none is wanted.
     NoAnswer, ///< No server, or nothing that is HTTP.
     Portal,   ///< Somebody answered something else.
     Online    ///< The answer that was expected.

@@ -87,7 +87,7 @@ public Q_SLOTS:
     void on_lowlevel_AddressesChanged();
 
 Q_SIGNALS:
-    /// What the backend tells of the network has been published.
+    /// The backend's account of the network has been published.
     void networkStateRead();
     /// The backend, which had told no MAC address at the construction, told one.
     void currentMacRecovered();

@@ -69,7 +69,7 @@ void Profiles::profileStored(const Profile& before, const CMError& error)
 
 void Profiles::settle(const CMSetDataRequest& request, const Profile& before)
 {
-    // One that is refused neither puts the local soft AP off nor brings it sooner.
+    // A profile that is refused neither puts the local soft AP off nor brings it sooner.
     if (std::exchange(m_networksDropped, false))
         Q_EMIT wirelessNetworksDropped();
     if (m_life.isStarted() && !ProfileTrial::isConfirmedBy(request))

@@ -18,7 +18,7 @@ public:
     /// Binds the node of the pending profile, which exists in `nodes`.
     explicit ProfileTrial(const CMNodes& nodes);
 
-    // What a request is for.
+    // The kinds of request.
     [[nodiscard]] static bool isAskedBy(const CMSetDataRequest& request);
     [[nodiscard]] static bool isConfirmedBy(const CMSetDataRequest& request);
     [[nodiscard]] static bool isRolledBackBy(const CMSetDataRequest& request);
@@ -34,8 +34,8 @@ public:
 
     /// The profile that an end of the host has left on the disk to come back; empty for none.
     [[nodiscard]] static OrvaNetworkProfile leftOver();
-    // These have the profile come back after an end of the host, or none. The disk has it together
-    // with what is written in the same turn.
+    // The profile comes back after an end of the host, or none does. The disk has it together with
+    // what is written in the same turn.
     static void keep(const OrvaNetworkProfile& before);
     static void forget();
 

@@ -56,7 +56,7 @@ void LastJoin::follow(Networking_LowLevel::InterfaceStatus status)
 
 void LastJoin::refuseKey(const QString& ssid)
 {
-    // What is told before the daemon has set out belongs to the try before.
+    // A refusal before the daemon has set out belongs to the try before.
     if (m_ssid.isEmpty() || m_reached == Reached::Nothing)
         return;
     m_outcomeTimer.stop();

@@ -9,12 +9,12 @@ class CMNodes;
 class CMValueNode;
 class Picture;
 
-/// What became of the last try to join a wireless network, published on a node.
+/// The outcome of the last try to join a wireless network, published on a node.
 ///
-/// A try lasts from the moment when a network is wanted until one is joined or none is wanted any
-/// more; the daemon may set out many times meanwhile, and an outcome is published each time that it
-/// fails. It tells a refused key; the other reasons are concluded from how far the radio's status
-/// shows that it got.
+/// A try begins when a network is wanted, and ends when one is joined or none is wanted any more.
+/// The daemon may set out many times in it; each time that it fails an outcome is published. The
+/// daemon tells of a refused key; every other reason is concluded from the radio's status, which
+/// shows how far the daemon got.
 class LastJoin : public QObject
 {
     Q_OBJECT

@@ -109,8 +109,8 @@ void WpsSession::start(const CMSetDataRequest& request, const char* context,
         Q_EMIT wifiNeeded(false);
         return;
     }
-    // Not watched before: a reply that no backend took is dropped, which would be taken for the end
-    // of the next session.
+    // The watch begins here: a reply that no backend took is dropped, and a watch would take that
+    // for the end of the next session.
     reply.addWatcher(
         this, [this](const WpsReply& finished) { wpsFinished(finished); }, Qt::QueuedConnection);
 }
