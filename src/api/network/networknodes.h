@@ -98,7 +98,7 @@
         "Refused where none is on trial.")                                                         \
     ROW(OrvaNetworkRestoreBackupPath, "network/profile/restore-backup", Action, "", Default, "",   \
         "Makes the wireless networks that too many refused keys set aside part of the profile "    \
-        "again, behind those that it has.")                                                        \
+        "again, behind those that it has, as many as find room. Refused where none does.")                                                        \
     ROW(OrvaNetworkRemoveWirelessNetworkPath, "network/wireless/remove",                           \
         Action, "string", Default, "",                                                             \
         "Forgets the wireless network of this SSID.")                                              \
