@@ -39,7 +39,7 @@ private Q_SLOTS:
         m_url = m_tree->addValue(OrvaNetworkOnlineProbeSettingsPath());
         m_body = m_tree->addValue(OrvaNetworkOnlineProbeBodySettingsPath());
         m_server = std::make_unique<QTcpServer>();
-        QVERIFY(m_server->listen(QHostAddress::LocalHost));
+        QVERIFY(m_server->listen(QHostAddress::Any));
         connect(m_server.get(), &QTcpServer::newConnection, this, &TestOnline::serve);
         m_asked.clear();
         m_state = std::make_unique<OnlineState>(m_tree->nodes(), nullptr);
@@ -125,6 +125,7 @@ private Q_SLOTS:
 
     void endsWithAServerThatIsMuteOrNeverEnds()
     {
+        m_body->setValue(OrvaValue::of("yes"_s));
         for (const bool isMute : {true, false}) {
             m_answer = isMute ? QByteArray() : QByteArray(1 << 20, 'x');
             m_stays = true;
@@ -134,6 +135,16 @@ private Q_SLOTS:
                 m_state->findChild<QTimer*>("m_deadline"_s)->start(0);
             QTRY_COMPARE(sockets(), 0);
             QVERIFY(isNow(Online::Unknown) && timer()->isActive());
+        }
+        for (const char* slow : {"HTTP/1.1 200 OK\r\nX: ", "HTTP/1.1 200 OK\r\n\r\n y"}) {
+            m_answer = slow;
+            m_asked.clear();
+            connectAndProbe(slow[17] == 'X' ? "/head" : "/body");
+            QTRY_VERIFY(!m_asked.isEmpty());
+            QTest::qWait(10);
+            m_state->findChild<QTimer*>("m_deadline"_s)->start(0);
+            QTRY_VERIFY(timer()->isActive());
+            QVERIFY2(isNow(Online::Unknown), slow);
         }
         m_stays = false;
         m_server->close();
@@ -149,6 +160,10 @@ private Q_SLOTS:
         m_url->setValue(OrvaValue::of("http://localhost:%1"_s.arg(port())));
         QTRY_VERIFY(isNow(Online::Online));
         QVERIFY(m_asked.contains("\r\nHost: localhost:"));
+        if (QTcpServer().listen(QHostAddress::LocalHostIPv6)) {
+            m_url->setValue(OrvaValue::of("http://[::1]:%1"_s.arg(port())));
+            QTRY_VERIFY(isNow(Online::Online) && m_asked.contains("\r\nHost: [::1]:"));
+        }
         m_url->setValue(OrvaValue::of("http://nobody.invalid"_s));
         QTRY_VERIFY_WITH_TIMEOUT(timer()->isActive(), 10000);
         QVERIFY(isNow(Online::Unknown));

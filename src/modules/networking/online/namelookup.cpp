@@ -86,22 +86,22 @@ NameLookup::NameLookup(const QString& name, QObject* parent)
         return;
     }
     m_answer = ends[0];
-    const auto* notifier = new QSocketNotifier(m_answer, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, &NameLookup::read);
+    m_answered = new QSocketNotifier(m_answer, QSocketNotifier::Read, this);
+    connect(m_answered, &QSocketNotifier::activated, this, &NameLookup::read);
     ++questions;
     start(std::unique_ptr<Question>(new Question{name.toStdString(), ends[1]}));
 }
 
 NameLookup::~NameLookup()
 {
-    delete findChild<QSocketNotifier*>();
+    delete m_answered;
     if (m_answer >= 0)
         ::close(m_answer);
 }
 
 void NameLookup::read()
 {
-    delete findChild<QSocketNotifier*>();
+    m_answered->setEnabled(false);
     QByteArray texts(static_cast<int>(maxTexts), '\0');
     const auto size = ::recv(m_answer, texts.data(), maxTexts, MSG_DONTWAIT);
     texts.truncate(static_cast<int>(qMax(decltype(size){0}, size)));

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QVector>
 
+class QSocketNotifier;
+
 /// The addresses of a host's name, the best first.
 ///
 /// The system's resolver blocks for as long as a name server is silent. It is asked on a thread
@@ -25,4 +27,5 @@ private:
     void read();
 
     int m_answer = -1; ///< Socket on which the thread tells the addresses, as texts.
+    QSocketNotifier* m_answered = nullptr;
 };

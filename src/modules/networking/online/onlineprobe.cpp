@@ -21,7 +21,7 @@ OnlineProbe::OnlineProbe(const QUrl& url, const QString& body, QObject* parent)
 {
     m_deadline.setObjectName(QStringLiteral("m_deadline"));
     m_deadline.setSingleShot(true);
-    connect(&m_deadline, &QTimer::timeout, this, &OnlineProbe::end);
+    connect(&m_deadline, &QTimer::timeout, this, [this] { end(false); });
     m_socket.setProxy(QNetworkProxy::NoProxy);
     m_socket.setReadBufferSize(maxAnswer);
     connect(&m_socket, &QTcpSocket::connected, this, [this, url] {
@@ -58,12 +58,12 @@ void OnlineProbe::read()
         end();
 }
 
-void OnlineProbe::end()
+void OnlineProbe::end(bool inTime)
 {
     if (std::exchange(m_finished, true))
         return;
     m_deadline.stop();
     m_answer += m_socket.read(maxAnswer - m_answer.size());
     m_socket.abort();
-    Q_EMIT finished(judgeProbe(m_answer, m_body));
+    Q_EMIT finished(judgeProbe(m_answer, m_body, inTime));
 }

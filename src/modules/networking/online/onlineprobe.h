@@ -23,7 +23,7 @@ private:
     /// Tries the next of the server's addresses; the last one has been tried in vain.
     void tryNext();
     void read();
-    void end();
+    void end(bool inTime = true);
 
     const quint16 m_port;
     const QString m_body;

@@ -28,7 +28,7 @@ QByteArray probeRequest(const QUrl& url)
            "\r\nConnection: close\r\nCache-Control: no-cache\r\n\r\n";
 }
 
-ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body)
+ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body, bool inTime)
 {
     static const QRegularExpression statusLine(
         QStringLiteral("\\AHTTP/1\\.[0-9] ([0-9]{3})[ \\r\\n]"));
@@ -39,9 +39,13 @@ ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body)
         return ProbeOutcome::Online;
     const QByteArray end = "\r\n\r\n";
     const int head = answer.indexOf(end);
-    const bool isExpected = status == QLatin1String("200") && head >= 0 && !body.isEmpty() &&
-                            answer.mid(head + end.size()).trimmed() == body.toUtf8().trimmed();
-    return isExpected ? ProbeOutcome::Online : ProbeOutcome::Portal;
+    const QByteArray expected = body.toUtf8().trimmed();
+    const QByteArray found = head < 0 ? QByteArray() : answer.mid(head + end.size()).trimmed();
+    if (status != QLatin1String("200") || body.isEmpty() || !expected.startsWith(found))
+        return ProbeOutcome::Portal;
+    if (head >= 0 && found == expected)
+        return ProbeOutcome::Online;
+    return inTime ? ProbeOutcome::Portal : ProbeOutcome::NoAnswer;
 }
 
 bool hasGateway(const OrvaNetworkInfo& info)

@@ -31,8 +31,9 @@ constexpr int probePort = 80;
 [[nodiscard]] QByteArray probeRequest(const QUrl& url);
 
 /// The meaning of an HTTP answer, which may be cut off: status 204, or 200 with this body, blanks
-/// around it aside, where a body is expected.
-[[nodiscard]] ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body);
+/// around it aside, where a body is expected. One that did not come to its end in time, and may yet
+/// have been the expected one, is none.
+[[nodiscard]] ProbeOutcome judgeProbe(const QByteArray& answer, const QString& body, bool inTime);
 
 /// True if the device is connected and has a gateway.
 [[nodiscard]] bool hasGateway(const OrvaNetworkInfo& info);

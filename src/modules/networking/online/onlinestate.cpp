@@ -25,7 +25,8 @@ OnlineState::OnlineState(const CMNodes& nodes, QObject* parent)
     connect(m_url, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {
         if (!value.string_().isEmpty() && !probeUrl(value.string_()))
             LOG4CPLUS_WARN(networkingLogger(),
-                           "Not an http URL, nothing is probed: " << value.string_());
+                           "Not an http URL, nothing is probed: "
+                               << QUrl(value.string_()).toString(QUrl::RemoveUserInfo));
         restart();
     });
     connect(m_body, &CMValueItem::changed, this, &OnlineState::restart);
