@@ -47,12 +47,13 @@ _orvactl()
 complete -F _orvactl orvactl
 )sh";
 
+// Zsh keeps an opening quote out of PREFIX.
 const char zsh[] = R"sh(#compdef orvactl
 
 _orvactl() {
     local answer line
     local -a found told
-    answer=$(orvactl __complete "${(@Q)words[2,CURRENT]}" 2>/dev/null)
+    answer=$(orvactl __complete "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2>/dev/null)
     if (( $? == 10 )); then
         _files
         return
@@ -75,8 +76,10 @@ fi
 const char fish[] = R"sh(# fish completion for orvactl
 
 function __orvactl_complete
-    set -l words (commandline -opc) (commandline -ct)
-    set -l answer (orvactl __complete $words[2..-1] 2>/dev/null)
+    set -l words (commandline -opc)
+    set -l current (commandline -ct)
+    string match -qr '[\\\\\'"]' -- $current; and set current '' # fish itself compares what is quoted
+    set -l answer (orvactl __complete $words[2..-1] "$current" 2>/dev/null)
     if test $status -eq 10
         __fish_complete_path (commandline -ct)
         return
