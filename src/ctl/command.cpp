@@ -164,6 +164,7 @@ const std::vector<TypeRow>& typeRows()
         {"FILE", "FILE", Source::Files},
         {"VALUE-NODE", "", Source::ValueNodes},
         {"ACTION-NODE", "", Source::ActionNodes},
+        {"ACTION", "PATH", Source::ActionNodes},
         {"ROWS-NODE", "", Source::RowsNodes},
         {"NODE", "", Source::Nodes},
         {"NODE-VALUE", "", Source::NodeValues},

@@ -36,7 +36,7 @@ std::vector<SettingRow> settingRows()
         {"--dhcp-from", Settings::DhcpRangeFrom(), "ADDRESS", "First address given to stations"},
         {"--dhcp-to", Settings::DhcpRangeTo(), "ADDRESS", "Last address given to stations"},
         {"--domain", Settings::DomainName(), "NAME", "Domain name"},
-        {"--vendor-data", Settings::VendorSpecificData(), "TEXT", "Vendor-specific data"},
+        {"--vendor-data", Settings::VendorSpecificData(), "DATA", "Vendor-specific data"},
     };
 }
 

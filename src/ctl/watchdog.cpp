@@ -97,7 +97,7 @@ Commands watchdogCommands()
          "Changes the criteria that are named",
          {{"--interval", "Time between two samples; below 10 it is off", Kind::Seconds},
           {"--threshold", "Stuck samples in a row that lead to a restart", Kind::Integer},
-          Parameter{"--path", "The node that restarts Wi-Fi"}.of("ACTION-NODE")},
+          Parameter{"--path", "The node that restarts Wi-Fi"}.of("ACTION")},
          &setCriteria},
         {"watchdog off", "Switches it off and keeps the other criteria", {}, &off},
         {"watchdog restart", "Restarts Wi-Fi now", {answerTime()}, &restart},

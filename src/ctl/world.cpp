@@ -117,9 +117,10 @@ const Parameter step =
     Parameter{"STEP", "The step"}
         .oneOf({"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"})
         .required();
-const Parameter fault = Parameter{"KIND", "How; none ends it"}
-                            .oneOf({"none", "wrong-types", "missing-keys", "oversized"})
-                            .required();
+const Parameter fault =
+    Parameter{"KIND", "How; none ends it"}
+        .oneOf({"none", "wrong-types", "missing-keys", "oversized", "other-widths"})
+        .required();
 
 /// A command that calls one method with its arguments, in their order.
 Command methodCommand(const char* words, const char* description, const char* method,

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import json, os, pathlib, pty, re, shutil, signal, subprocess, termios, threading, time, unittest
+import json, os, pathlib, pty, re, select, shutil, signal, subprocess, termios, threading, time, unittest
 
 from privatebus import BUILD, LIMIT, PrivateBus
 
@@ -32,7 +32,7 @@ class Host(dbus.service.Object):
         elif path == "network/wps/pbc" and Host.wps.pop(0): time.sleep(0.5); failed(dbus.DBusException("busy", name="org.orva.Error.Networking"))
         elif path == "network/wireless/rssi": self.turn(0); done({}); GLib.timeout_add(1000, self.turn, 1)
         elif Host.asked == 2 or path == "network/wps/cancel": done({})
-    asked, wps, info = 0, [True, False], {"networkInfo": dbus.Dictionary({"state": 0}, "sv")}
+    asked, wps, info = 0, [True, False], {"networkInfo": dbus.Dictionary({"state": 0, "wirelessNetworks": [dbus.Dictionary({"ssid": "Else", "credentialsSuspect": True}, "sv")]}, "sv")}
 host = Host(dbus.service.BusName("org.orva.Host1", dbus.SystemBus()), "/org/orva/Host1"); print(flush=True)
 GLib.MainLoop().run()"""
 
@@ -189,7 +189,7 @@ class Nodes(WithDevice):
         watcher = self.device.start("orvactl", "--json", "watch", MAXIMUM, stdout=subprocess.PIPE)
         self.addCleanup(watcher.stdout.close)
         self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "schema": 1, "value": {"i32": 1}})
-        threading.Timer(0.3, self.device.shell, [f"orvactl set {MAXIMUM} 2"]).start()
+        threading.Timer(0.3, self.device.shell, [f"orvactl set {SSID} {time.monotonic()}; orvactl set {MAXIMUM} 2"]).start()
         self.ends(0, f"orvactl wait {MAXIMUM}==2 --timeout {LIMIT}")
         self.assertEqual(json.loads(watcher.stdout.readline()), {"path": MAXIMUM, "schema": 1, "value": {"i32": 2}})
 
@@ -441,6 +441,19 @@ class Joining(WithDevice):
             self.assertEqual(client.wait(LIMIT), status)
             self.device.until(lambda: "me" not in self.ends(0, "orvactl softap list"))
 
+    def complete_at_a_terminal(self, shell, options, load):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execvpe(shell, [shell, options], {**self.device.environment, "TERM": "dumb", "HOME": str(self.device.directory)})
+        self.addCleanup(lambda: os.kill(pid, signal.SIGKILL) or os.waitpid(pid, 0) and os.close(terminal))
+        os.write(terminal, load.encode() + b"\r")
+        for typed, wanted in [("M", "Mute "), (r"\$", r"\$\(touch\ evaluated\)\ \`touch\ e\`:"), ("'$", "'$(touch evaluated) `touch e`:")]:
+            os.write(terminal, f"\x15orvactl wifi connect {typed}\t".encode())
+            wanted, shown = "connect " + (wanted.replace(r"\`", "`") if shell == "fish" else wanted), b""
+            while wanted not in shown.decode(errors="replace"):
+                self.assertTrue(select.select([terminal], [], [], 5)[0], f"{typed} becomes {shown}")
+                shown += os.read(terminal, 1000)
+
     def test_names_are_completed_and_never_evaluated(self):
         evil = "$(touch evaluated) `touch e`:"
         self.ends(0, "orvactl wifi scan >/dev/null; orvactl softap request 'a b' --wait 0; orvactl wifi connect Home --key-file - --wait 0", stdin="correct horse")
@@ -458,10 +471,12 @@ class Joining(WithDevice):
         self.assertEqual(list(here.glob("evaluated")) + list(pathlib.Path.cwd().glob("evaluated")), [])
         for words, expected in [("M", ""), ("'$('", "filenames\n")]:  # with which a name that is a directory's gets a slash
             self.assertEqual(self.ends(0, f"source {BUILD}/src/ctl/orvactl; compopt() {{ echo $2; }}; COMP_WORDS=(orvactl wifi connect {words}); COMP_CWORD=3; COMP_LINE=\"${{COMP_WORDS[*]}}\"; _orvactl"), expected)
-        for shell, try_it in [("fish", "source {0}/orvactl.fish; complete -C 'orvactl wifi connect M'"), ("zsh", "autoload -Uz compinit; compinit -u -D; source {0}/_orvactl; print ok")]:
-            if shutil.which(shell):
-                done = self.device.run(shell, "-c", try_it.format(BUILD / "src/ctl"))
-                self.assertIn({"fish": "Mute", "zsh": "ok"}[shell], done.stdout, done.stderr)
+        for shell, options, load in [("zsh", "-fi", f"autoload -Uz compinit; compinit -u -D; source {BUILD}/src/ctl/_orvactl"),
+                                     ("fish", "-iN", f"source {BUILD}/src/ctl/orvactl.fish")]:
+            with self.subTest(shell):
+                if not shutil.which(shell):
+                    self.skipTest(f"{shell} is not installed, and its completion is not tried.")
+                self.complete_at_a_terminal(shell, options, load)
         self.assertEqual(self.ends(0, "orvactl --terse SSID,SECURITY wifi list | grep touch"), "$(touch evaluated) `touch e`\\::open\n")
         for command in "--terse SSD wifi list", "--terse SSID status":
             self.ends(2, "orvactl " + command)
