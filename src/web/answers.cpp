@@ -18,6 +18,9 @@ constexpr PageFile pageFiles[] = {
     {"/", ":/index.html", "text/html; charset=utf-8"},
     {"/page.css", ":/page.css", "text/css"},
     {"/words.js", ":/words.js", "text/javascript; charset=utf-8"},
+    {"/device.js", ":/device.js", "text/javascript; charset=utf-8"},
+    {"/attempt.js", ":/attempt.js", "text/javascript; charset=utf-8"},
+    {"/show.js", ":/show.js", "text/javascript; charset=utf-8"},
     {"/page.js", ":/page.js", "text/javascript; charset=utf-8"},
     {"/icon.svg", ":/icon.svg", "image/svg+xml"},
 };

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the device was asked for last, and what has come of it: a phase, which has its words in words.js.
+var attempt = (function () {
+  'use strict';
+
+  var SLOW = 60, SETTLED = 5; // seconds
+  var PHASES = {notInRange: 'notFound', keyRefused: 'wrongKey', noAddress: 'noAddress', refused: 'notLetIn',
+    cableFirst: 'byCable', airplaneMode: 'inFlight'};
+
+  // now: {ssid, phase, text, error, pin, address, softAp, trial: 'wanted' | 'seen'}; null where nothing was asked for.
+  var attempt = {now: null}, isConfirming = false;
+
+  function isAddressed(link, ip) {
+    return link.state === 'connected' && (ip ? link.addresses.indexOf(ip) >= 0 : link.addresses.length > 0);
+  }
+
+  attempt.begin = function (what) {
+    attempt.now = what;
+    what.phase = what.phase || 'sending';
+    what.since = Date.now();
+    what.before = device.state && device.state.lastJoin ? device.state.lastJoin.when : 0;
+  };
+
+  attempt.answered = function (error, answer) {
+    var now = attempt.now;
+    if (!now) return;
+    // Nothing was answered because the device has gone: perhaps it does what it was asked for.
+    now.error = error && error.error !== 'lost' ? error : null;
+    now.phase = now.error ? 'failed' : now.ssid ? 'trying' : 'saved';
+    if (answer && answer.trial || error && error.error === 'lost') now.trial = 'wanted';
+    now.since = Date.now();
+    attempt.follow();
+  };
+
+  // Why a network was not joined: the phase for a reason of the device.
+  attempt.phaseOf = function (join) { return PHASES[join.reason] || 'slow'; };
+
+  function followJoin(now, state, seconds) {
+    var link = state.wireless, last = state.lastJoin, isNew = last.when !== now.before;
+    if (link.state === 'connected' && link.ssid === now.ssid) {
+      now.phase = isAddressed(link) ? 'joined' : 'addressing';
+    } else if (isNew && last.result === 'failed' && last.ssid === now.ssid) {
+      now.phase = attempt.phaseOf(last);
+    } else if (isNew && last.result === 'joined' && link.state === 'connected' && seconds > SETTLED) {
+      now.phase = 'otherNetwork';
+    } else {
+      now.phase = seconds > SLOW ? 'slow' : 'trying';
+    }
+  }
+
+  // True if what is on trial has come true. That the page can still say so is the rest of the proof.
+  function holds(state, now, seconds) {
+    var address = now && now.address;
+    if (address) return isAddressed(state[address.interface], address.dhcp ? '' : address.ip) && (!address.dhcp || seconds > SETTLED);
+    if (now) return now.phase === 'joined';
+    return ['wired', 'wireless'].every(function (name) {
+      var link = state[name], set = state[name + 'Address'];
+      if (link.state !== 'connected') return true;
+      return isAddressed(link, set.dhcp ? '' : set.ip) && (name === 'wired' || state.known[0] && state.known[0].ssid === link.ssid);
+    });
+  }
+
+  function followTrial(now, state, seconds) {
+    var isOurs = now ? now.trial : device.isCarried;
+    if (now && now.trial === 'seen' && !state.trial) now.phase = 'rolledBack';
+    if (now && now.trial) now.trial = state.trial ? 'seen' : now.trial === 'seen' ? '' : now.trial;
+    if (!state.trial || !isOurs || !holds(state, now, seconds) || isConfirming) return;
+    isConfirming = true;
+    if (now) now.trial = ''; // its end, which may be told before the answer comes, is not one by time
+    device.act('confirm', {}, function (error) {
+      isConfirming = false;
+      if (error && now) now.trial = 'wanted';
+      if (!error && !now) attempt.begin({phase: 'saved'});
+    });
+  }
+
+  // Looks at what the device has told, as often as it tells something, and as time goes by.
+  attempt.follow = function () {
+    var now = attempt.now, state = device.state, seconds = now ? (Date.now() - now.since) / 1000 : 0;
+    if (!state || !state.host || device.lostSince) return;
+    if (now && now.ssid && now.phase !== 'sending' && now.phase !== 'failed' && now.phase !== 'rolledBack') followJoin(now, state, seconds);
+    followTrial(now, state, seconds);
+  };
+
+  return attempt;
+}());
