@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int overdueCheckMs = 2000;
-constexpr int aliveMs = 5000;
+constexpr int aliveMs = 3000;
 constexpr unsigned lostReaderMs = 20000;
 constexpr size_t connectionMemory = 16 << 10;
 constexpr qint64 never = -1;

@@ -106,6 +106,13 @@ class TheServer(WithDevice):
         for thread in threads:
             thread.join()
         self.assertLess(max(results), 20)
+        readers = [self.device.events() for _ in range(16)]
+        for reader in readers:
+            next(reader)
+        self.assertEqual(self.device.ask("GET", "/api/events?token=" + self.device.token)[0], 503)
+        for reader in readers:  # in the middle of what is said to them
+            reader.close()
+        self.device.until(lambda: next(self.device.events(), None), "who left is still there")
         crowd = [socket.create_connection(("127.0.0.1", port)) for _ in range(100)]
         for s in crowd:
             s.close()

@@ -16,19 +16,20 @@ SECRETS = ("correct horse", "espresso doppio", "mistaken key", "1234-code", "can
 SOFT_AP, CABLE, WIFI, STATIC, ELSEWHERE = "192.168.7.1", "192.168.178.20", "192.168.178.21", "192.168.178.9", "10.9.9.9"
 
 
-def address(change, ip):
-    subprocess.run(["ip", "address", change, ip + "/24", "dev", "lo"], check=True)
-
-
 def own_network():
     """From here on this program has a network of its own, with the device's addresses on its loopback, so that connections
     can come by each of its ways. False where it may not."""
     if os.geteuid() or ctypes.CDLL(None).unshare(0x40000000):  # CLONE_NEWNET
         return False
     subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
-    for ip in (SOFT_AP, CABLE, WIFI, ELSEWHERE):
-        address("add", ip)
+    for ip in (SOFT_AP, WIFI, ELSEWHERE):  # each stands for all of its subnet
+        subprocess.run(["ip", "address", "add", ip.rpartition(".")[0] + ".254/24", "dev", "lo"], check=True)
     return True
+
+
+def cut(ip, change="add"):
+    """Nothing reaches that address any more; connections to it stay and hear nothing. `change` "del": as before."""
+    subprocess.run(["ip", "route", change, "blackhole", ip, "table", "local"], check=True)
 
 
 def free_port():

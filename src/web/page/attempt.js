@@ -7,7 +7,7 @@ var attempt = (function () {
   var PHASES = {notInRange: 'notFound', keyRefused: 'wrongKey', noAddress: 'noAddress', refused: 'notLetIn',
     cableFirst: 'byCable', airplaneMode: 'inFlight'};
 
-  // now: {ssid, phase, text, error, pin, address, softAp, trial: 'wanted' | 'seen'}; null where nothing was asked for.
+  // now: {ssid, phase, text, error, pin, address, softAp, trial: 'perhaps' | 'wanted' | 'seen'}; null where nothing was asked for.
   var attempt = {now: null}, isConfirming = false;
 
   function isAddressed(link, ip) {
@@ -18,16 +18,18 @@ var attempt = (function () {
     attempt.now = what;
     what.phase = what.phase || 'sending';
     what.since = Date.now();
+    what.isAnswered = false;
     what.before = device.state && device.state.lastJoin ? device.state.lastJoin.when : 0;
   };
 
-  attempt.answered = function (error, answer) {
-    var now = attempt.now;
-    if (!now) return;
+  attempt.answered = function (now, error, answer) {
+    if (attempt.now !== now || now.isAnswered) return;
+    now.isAnswered = true;
     // Nothing was answered because the device has gone: perhaps it does what it was asked for.
     now.error = error && error.error !== 'lost' ? error : null;
     now.phase = now.error ? 'failed' : now.ssid ? 'trying' : 'saved';
-    if (answer && answer.trial || error && error.error === 'lost') now.trial = 'wanted';
+    if (error && error.error === 'lost') now.trial = 'perhaps';
+    if (answer && answer.trial) now.trial = 'wanted';
     now.since = Date.now();
     attempt.follow();
   };
@@ -62,8 +64,13 @@ var attempt = (function () {
 
   function followTrial(now, state, seconds) {
     var isOurs = now ? now.trial : device.isCarried;
-    if (now && now.trial === 'seen' && !state.trial) now.phase = 'rolledBack';
-    if (now && now.trial) now.trial = state.trial ? 'seen' : now.trial === 'seen' ? '' : now.trial;
+    if (now && now.trial && state.trial) {
+      now.trial = 'seen';
+    } else if (now && (now.trial === 'seen' || seconds > SETTLED && (now.trial === 'wanted' ||
+      now.trial === 'perhaps' && now.address && !holds(state, now, seconds)))) {
+      now.phase = 'rolledBack';
+      now.trial = '';
+    }
     if (!state.trial || !isOurs || !holds(state, now, seconds) || isConfirming) return;
     isConfirming = true;
     if (now) now.trial = ''; // its end, which may be told before the answer comes, is not one by time
@@ -78,6 +85,7 @@ var attempt = (function () {
   attempt.follow = function () {
     var now = attempt.now, state = device.state, seconds = now ? (Date.now() - now.since) / 1000 : 0;
     if (!state || !state.host || device.lostSince) return;
+    if (now && now.phase === 'sending' && device.foundAt > now.since) return attempt.answered(now, {error: 'lost'});
     if (now && now.ssid && now.phase !== 'sending' && now.phase !== 'failed' && now.phase !== 'rolledBack') followJoin(now, state, seconds);
     followTrial(now, state, seconds);
   };

@@ -4,13 +4,13 @@
 var device = (function () {
   'use strict';
 
-  var SILENT = 12000; // the device says each 5 seconds that it is there
+  var SILENT = 8000; // the device says each 3 seconds that it is there
   var token = '', source = null, heardAt = 0, looking = {}, isBeginning = false;
 
   var device = {
     state: null, networks: [],
     since: 0, // when the state came
-    lostSince: 0,
+    lostSince: 0, foundAt: 0,
     target: '', // where the device was told to be from now on
     isCarried: false, // true on a page that has found the device again
     isLocked: false, // true while the access code is wanted
@@ -55,7 +55,11 @@ var device = (function () {
     });
   }
 
-  function heard() { heardAt = Date.now(); device.lostSince = 0; }
+  function heard() {
+    heardAt = Date.now();
+    if (device.lostSince) device.foundAt = heardAt;
+    device.lostSince = 0;
+  }
 
   function lose() { if (!device.lostSince) device.lostSince = Date.now(); }
 

@@ -25,12 +25,20 @@
   // Has it done, and says under the headline what it came to.
   function ask(name, body, what) {
     show.finished = false;
-    attempt.begin(what || {});
+    what = what || {};
+    attempt.begin(what);
     show.all();
     act(name, body, function (error, answer) {
-      attempt.answered(error, answer);
+      attempt.answered(what, error, answer);
       show.all();
     });
+  }
+
+  function fail(error) {
+    var what = {};
+    attempt.begin(what);
+    attempt.answered(what, error);
+    show.all();
   }
 
   function attend() { // who hears the page instead of seeing it is led there
@@ -84,10 +92,7 @@
     act('scan', {}, function (error) {
       $('scan').disabled = false;
       $('scan').textContent = say('scan');
-      if (!error) return;
-      attempt.begin({});
-      attempt.answered(error);
-      show.all();
+      if (error) fail(error);
     });
   };
 
@@ -102,7 +107,7 @@
       session.pin = undefined;
       session.text = error ? say('wpsFailed') + ' ' + show.failure(error) : '';
       session.ssid = error ? '' : answer.ssid;
-      attempt.answered(error, answer);
+      attempt.answered(session, error, answer);
       show.all();
     });
   }
@@ -110,8 +115,7 @@
   $('wps-pin').onclick = function () {
     act('wps-new-pin', {}, function (error, answer) {
       if (!error) return startWps('wpsEnter', 'wps-pin', {pin: answer.pin}, answer.pin);
-      attempt.begin({});
-      attempt.answered(error);
+      fail(error);
     });
   };
 
@@ -127,15 +131,17 @@
       body.dns = $('dns').value.split(/[\s,;]+/).filter(Boolean);
     }
     $('address-error').textContent = '';
-    attempt.begin({address: body});
+    var what = {address: body};
+    attempt.begin(what);
+    if (!body.dhcp) device.target = 'http://' + body.ip + (location.port ? ':' + location.port : '') + '/';
     act('address', body, function (error, answer) {
       if (error && error.error === 'malformed') {
         attempt.now = null;
         $('address-error').textContent = say('addressBad', say(error.message));
       } else {
-        // A page that does not come by this interface has nothing to follow.
-        device.target = !body.dhcp && (!answer || answer.trial) ? 'http://' + body.ip + (location.port ? ':' + location.port : '') + '/' : '';
-        attempt.answered(error, answer);
+        // A page that does not come by this interface has nothing to follow; no answer comes where it does.
+        if (answer && !answer.trial) device.target = '';
+        attempt.answered(what, error, answer);
       }
       show.all();
     });

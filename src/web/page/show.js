@@ -70,8 +70,7 @@ var show = (function () {
   function progressOf(now) {
     var last = state.lastJoin;
     if (now) return {phase: now.phase, text: now.text || (now.error ? failure(now.error) : say(now.phase, now.ssid))};
-    if (!state.host || state.state === 'connected' || last.result !== 'failed' ||
-      !state.known.some(function (network) { return network.ssid === last.ssid; })) return null;
+    if (!state.host || state.state === 'connected' || last.result !== 'failed') return null;
     return {phase: attempt.phaseOf(last), text: say(attempt.phaseOf(last), last.ssid)};
   }
 
