@@ -27,6 +27,7 @@ packages_radio=( # fetched and unpacked, never installed: some would start servi
     qemu-system-x86 qemu-system-data seabios ipxe-qemu busybox-static kmod
     wpasupplicant hostapd wireless-regdb iw rfkill tcpdump
 )
+packages_check=(binutils strace valgrind) # for ./bench --check, beside those of packages_test
 packages_peers=(network-manager connman) # fetched as well, for ./bench --peers; systemd has its own
 packages_web=(chromium chromium-driver python3-selenium) # the page in a browser
 packages_package=(debhelper) # beside those of packages_run

@@ -15,44 +15,16 @@ import sys
 import time
 
 import dbus
-import dbus.lowlevel
 import dbus.mainloop.glib
 from gi.repository import GLib
 
 os.environ["ORVA_BUILD"] = os.path.abspath(sys.argv[1])
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/support"))
 
+from playeddaemon import PlayedDaemon
 from privatebus import BUILD, PrivateBus
 
-NAME, PATH = "org.orva.lumod", "/org/orva/lumod"
-
-
-class Daemon:
-    """Answers every question alike and says what it is told to say."""
-
-    def __init__(self):
-        self.bus = dbus.SystemBus(private=True)
-        self.bus.add_message_filter(self.answer)
-        self.bus.request_name(NAME)
-
-    def answer(self, _bus, message):
-        if message.get_type() != dbus.lowlevel.MESSAGE_TYPE_METHOD_CALL or message.get_path() != PATH:
-            return dbus.lowlevel.HANDLER_RESULT_NOT_YET_HANDLED
-        if not message.get_no_reply():
-            reply = dbus.lowlevel.MethodReturnMessage(message)
-            if message.get_member() == "InterfaceDetails":
-                reply.append({"Present": dbus.Int32(1), "Mac": "02:00:00:00:00:01",
-                              "Ips": "192.0.2.2/24"}, signature="a{sv}")
-            elif message.get_member() == "Get":
-                reply.append("NormalMode", signature="v")
-            self.bus.send_message(reply)
-        return dbus.lowlevel.HANDLER_RESULT_HANDLED
-
-    def say(self, member, *arguments, signature=""):
-        signal = dbus.lowlevel.SignalMessage(PATH, NAME, member)
-        signal.append(*arguments, signature=signature)
-        self.bus.send_message(signal)
-        self.bus.flush()
+DETAILS = {"Present": dbus.Int32(1), "Mac": "02:00:00:00:00:01", "Ips": "192.0.2.2/24"}
 
 
 class Client:
@@ -125,7 +97,7 @@ def daemon_waits(context):
 def measure(device):
     dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
     context = GLib.MainContext.default()
-    daemon = Daemon()
+    daemon = PlayedDaemon(device.address, {"eth0": DETAILS, "wlan0": DETAILS})
     host = subprocess.Popen([BUILD / "bin/orva-host", "--config", device.directory / "host.json", "--state-dir",
                              device.directory / "state", "--log-level", "error"], stderr=subprocess.DEVNULL)
     try:
