@@ -7,22 +7,37 @@
 
 #include <string_view>
 
+#include <cstring>
+
 namespace {
 
 constexpr int ownQt = QT_VERSION_MAJOR;
+
+/// What follows the text in the library; empty where the text does not stand there. The standard
+/// library's search looks at each byte, which took a third of the host's start.
+std::string_view restAfter(std::string_view library, std::string_view text)
+{
+    const void* found = ::memmem(library.data(), library.size(), text.data(), text.size());
+    if (!found)
+        return {};
+    const auto at = static_cast<std::size_t>(static_cast<const char*>(found) - library.data());
+    return library.substr(at + text.size());
+}
 
 /// A library names those that it needs in its table of strings, between zero bytes.
 bool needsQt(std::string_view library, int version)
 {
     const std::string number = std::to_string(version);
     const std::string name = "libQt" + number + "Core.so." + number;
-    return library.find('\0' + name + '\0') != std::string_view::npos;
+    return !restAfter(library, '\0' + name + '\0').empty();
 }
 
 OrvaResult<void> checkQt(std::string_view library)
 {
+    if (needsQt(library, ownQt))
+        return {};
     for (const int other : {ownQt - 1, ownQt + 1}) {
-        if (needsQt(library, other) && !needsQt(library, ownQt))
+        if (needsQt(library, other))
             return CMError::failed(
                 QStringLiteral("it is built with Qt %1, and this host with Qt %2")
                     .arg(other)
@@ -35,13 +50,9 @@ OrvaResult<void> checkQt(std::string_view library)
 OrvaResult<void> checkApi(std::string_view library)
 {
     constexpr std::size_t longest = 16;
-    const std::string_view mark = ORVA_API_MARK;
-    const std::size_t found = library.find(mark);
-    if (found == std::string_view::npos)
-        return {};
-    const std::string_view rest = library.substr(found + mark.size(), longest);
+    const std::string_view rest = restAfter(library, ORVA_API_MARK).substr(0, longest);
     const std::string_view version = rest.substr(0, rest.find('\0'));
-    if (version == ORVA_API_VERSION)
+    if (rest.empty() || version == ORVA_API_VERSION)
         return {};
     return CMError::failed(
         QStringLiteral("it is built for version %1 of the workers' interface, and this host "
