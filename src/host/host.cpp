@@ -43,6 +43,7 @@ bool Host::start()
     addStandIns();
     if (!addLibraries())
         return false;
+    m_control.announceChanges();
     for (const CMPath& path : std::as_const(m_config.activate))
         activate(path);
     LOG4CPLUS_INFO(hostLogger(), "The host runs, with " << m_root.nodeInfos().size() << " nodes");

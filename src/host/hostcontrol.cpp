@@ -82,9 +82,6 @@ HostControl::HostControl(CMAbstractWorker& root, const QDBusConnection& connecti
 {
     registerBusTypes();
     new Host1Adaptor(this);
-    connect(&root, &CMAbstractWorker::valueChanged, this, &HostControl::announce);
-    connect(&root, &CMAbstractWorker::rowsChanged, this,
-            [this](const CMPath& path) { Q_EMIT RowsChanged(path.toString()); });
 }
 
 OrvaResult<void> HostControl::start()
@@ -106,6 +103,13 @@ OrvaResult<void> HostControl::start()
     return CMError::failed(m_connection.lastError().isValid()
                                ? m_connection.lastError().message()
                                : QStringLiteral("another host has the name ") + serviceName());
+}
+
+void HostControl::announceChanges()
+{
+    connect(&m_root, &CMAbstractWorker::valueChanged, this, &HostControl::announce);
+    connect(&m_root, &CMAbstractWorker::rowsChanged, this,
+            [this](const CMPath& path) { Q_EMIT RowsChanged(path.toString()); });
 }
 
 QString HostControl::serviceName()

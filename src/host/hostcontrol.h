@@ -27,6 +27,10 @@ public:
     /// the reason in `why`, where the name is taken or the bus refuses it.
     [[nodiscard]] OrvaResult<void> start();
 
+    /// Tells every change from now on. What the nodes hold first nobody can have seen otherwise:
+    /// who comes reads it.
+    void announceChanges();
+
     /// The name on the bus.
     [[nodiscard]] static QString serviceName();
 

@@ -98,6 +98,22 @@ private Q_SLOTS:
         QCOMPARE(first.ended(), 0);
     }
 
+    void whatTheNodesHoldFirstIsNotAnnounced()
+    {
+        QDBusConnection bus = m_bus.connection("ear"_s);
+        QVERIFY(bus.connect(QString(), "/org/orva/Host1"_s, "org.orva.Host1"_s, "ValueChanged"_s,
+                            this, SLOT(on_valueChanged(QString))));
+        HostProcess host;
+        host.start("{}");
+        QTRY_VERIFY(isRunning());
+        const QString changed = "settings/network/airplane-mode"_s;
+        bus.call(hostCall("SetValue", {changed, QVariantMap{{"bool"_s, true}}}));
+        QTRY_VERIFY(!m_announced.isEmpty());
+        QCOMPARE(m_announced, QStringList{changed});
+        host.terminate();
+        QCOMPARE(host.ended(), 0);
+    }
+
     void withoutABusThereIsNoHost()
     {
         HostProcess host;
@@ -112,6 +128,8 @@ private Q_SLOTS:
         QVERIFY(next.readAll().contains("there is no bus"));
     }
 
+    void on_valueChanged(const QString& path) { m_announced << path; }
+
 private:
     QByteArray copiedLibrary(QFile::Permissions permissions)
     {
@@ -125,6 +143,7 @@ private:
 
     PrivateBus m_bus;
     QTemporaryDir m_directory;
+    QStringList m_announced;
 };
 
 QTEST_GUILESS_MAIN(StartTest)
