@@ -168,11 +168,8 @@ bool HeldClock::processEvents(QEventLoop::ProcessEventsFlags flags)
     return true;
 }
 
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-void HeldClock::registerTimer(int id, int interval, Qt::TimerType type, QObject* object)
-#else
-void HeldClock::registerTimer(int id, qint64 interval, Qt::TimerType type, QObject* object)
-#endif
+void HeldClock::registerTimer(int id, OrvaTimerInterval interval, Qt::TimerType type,
+                              QObject* object)
 {
     const int ms = static_cast<int>(interval);
     m_timers.append({TimerInfo(id, ms, type), object, now() + ms});

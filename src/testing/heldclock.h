@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QAbstractEventDispatcher>
+#include "core/qtversion.h"
+
 #include <QVector>
 
 /// The time of a test program: it stands still, and no timer runs out, before the test lets time
@@ -10,7 +11,7 @@
 /// It takes the place of the program's event dispatcher and of the C library's monotonic clock, so
 /// that every timer and every clock of the code under test is held. It serves no sockets; D-Bus
 /// needs none, since it reads on a thread of its own.
-class HeldClock : public QAbstractEventDispatcher
+class HeldClock : public OrvaEventDispatcher
 {
     Q_OBJECT
 public:
@@ -44,16 +45,8 @@ public:
     int remainingTime(int id) override;
     void wakeUp() override {}
     void interrupt() override {}
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    void registerTimer(int id, int interval, Qt::TimerType type, QObject* object) override;
-    bool hasPendingEvents() override
-    {
-        return false;
-    }
-    void flush() override {}
-#else
-    void registerTimer(int id, qint64 interval, Qt::TimerType type, QObject* object) override;
-#endif
+    void registerTimer(int id, OrvaTimerInterval interval, Qt::TimerType type,
+                       QObject* object) override;
 
 private:
     struct Timer
