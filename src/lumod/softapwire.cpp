@@ -74,6 +74,15 @@ bool isChannel(int number)
            (number >= 149 && number <= 177 && number % 4 == 1);
 }
 
+/// One of a network that stations fit into.
+bool isNetmask(const QString& text)
+{
+    constexpr int widest = 8;
+    constexpr int narrowest = 30; // two addresses: the device's and one station's
+    const int prefix = wire::prefixOf(text);
+    return prefix >= widest && prefix <= narrowest;
+}
+
 /// The text under `key` if it fits; none, with a remark if there is another.
 QString fitting(const QVariantMap& map, const char* key, bool (*fits)(const QString& text))
 {
@@ -86,13 +95,10 @@ QString fitting(const QVariantMap& map, const char* key, bool (*fits)(const QStr
 
 void takeAddresses(const QVariantMap& map, SoftApSettings& settings)
 {
-    constexpr int widest = 8;
-    constexpr int narrowest = 30; // two addresses: the device's and one station's
     const auto address = fitting(map, "apAddress", wire::isIpv4);
     settings.address = address.isEmpty() ? QStringLiteral("192.168.4.1") : address;
-    const int prefix = wire::prefixOf(wire::text(map, "apNetmask").value_or(QString()));
-    if (prefix >= widest && prefix <= narrowest)
-        settings.prefix = prefix;
+    if (const auto mask = fitting(map, "apNetmask", isNetmask); !mask.isEmpty())
+        settings.prefix = wire::prefixOf(mask);
     settings.dhcpFrom = fitting(map, "dhcpRangeFrom", wire::isIpv4);
     settings.dhcpTo = fitting(map, "dhcpRangeTo", wire::isIpv4);
 }

@@ -2,6 +2,7 @@
 #include "softapwire.h"
 #include "tables.h"
 #include "world/real/accesspointevent.h"
+#include "world/real/realsettings.h"
 #include "world/real/softapconfiguration.h"
 
 #include <QJsonArray>
@@ -23,15 +24,53 @@ QString linesOf(const QByteArray& file, int from)
     return QString::fromUtf8(file).chopped(1).split("\n"_s).mid(from).join("; "_s);
 }
 
+QStringList remarks;
+
+void remark(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
+{
+    remarks.append(text);
+}
+
+/// What is logged of the daemon's settings and of those of a soft AP.
+QString remarksOn(const QVariantMap& settings)
+{
+    remarks.clear();
+    auto* const before = qInstallMessageHandler(remark);
+    const bool ofDaemon = settings.contains("wired"_s) || settings.contains("softAp"_s);
+    if (ofDaemon)
+        static_cast<void>(realSettings(settings));
+    else
+        static_cast<void>(softApSettings(settings));
+    qInstallMessageHandler(before);
+    return remarks.isEmpty() ? "none"_s : remarks.join("; "_s);
+}
+
+QString lastThatTells(const QJsonArray& lines)
+{
+    QString why = "nothing"_s;
+    for (const auto& line : lines) {
+        if (tellsWhy(line.toString()))
+            why = line.toString();
+    }
+    return why;
+}
+
 /// The outcome of a row's second cell.
 QString outcome(const QString& section, const QString& input)
 {
     if (section == "event"_s) {
         const auto event = parseAccessPointEvent(json(input).toString().toUtf8());
-        return event ? (QString::number(int(event->kind)) + " "_s + event->station).trimmed()
-                     : "none"_s;
+        if (!event)
+            return "none"_s;
+        const auto channel = event->channel ? QString::number(event->channel) : QString();
+        return (QString::number(int(event->kind)) + " "_s + event->station + channel).trimmed();
     }
-    const auto settings = softApSettings(json(input).toObject().toVariantMap());
+    if (section == "why"_s)
+        return lastThatTells(json(input).toArray());
+    const auto map = json(input).toObject().toVariantMap();
+    if (section == "remark"_s)
+        return remarksOn(map);
+    const auto settings = softApSettings(map);
     if (!settings)
         return settings.why();
     const SoftApPlace place{"uap0"_s, "/run/lumod"_s, {}, settings->channel};

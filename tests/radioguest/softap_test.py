@@ -46,6 +46,9 @@ class SoftAp(RadioCase):
         self.assertEqual((details["SoftApUp"], details["Ssid"], details["Ips"].split()), (True, settings["ssid"], addresses("uap0")))
         return details
 
+    def switch(self):
+        return next(line.split()[0] for line in run("rfkill", "-n", "-o", "ID,DEVICE").splitlines() if line.endswith("phy0"))
+
     def stop(self):
         self.p.call("StopSoftAp", "uap0")
         self.p.wait("Disconnected", "uap0")
@@ -132,7 +135,7 @@ class SoftAp(RadioCase):
         self.air.start("wlan1", wpa2("Home", KEY))
         self.join(("Home", KEY))
         self.start({**OPEN, "channel": 11})
-        switch = next(line.split()[0] for line in run("rfkill", "-n", "-o", "ID,DEVICE").splitlines() if line.endswith("phy0"))
+        switch = self.switch()
         self.addCleanup(run, "rfkill", "unblock", switch)
         for home in True, False:
             with self.subTest(home=home):
@@ -155,6 +158,24 @@ class SoftAp(RadioCase):
         for step in "Disconnected", "Connected":
             self.p.wait(step, "uap0")
         self.start(OPEN)
+
+
+    def test_7_switched_off_amid_a_restart(self):
+        self.start(OPEN)
+        switch = self.switch()
+        self.addCleanup(run, "rfkill", "unblock", switch)
+        for pid in engines("hostapd"):
+            os.kill(pid, signal.SIGSTOP)
+        self.p.call("StartSoftAp", "uap0", {**OPEN, "channel": 11})
+        run("rfkill", "block", switch)
+        for step in ("InterfaceStatusChanged", "uap0", 4), ("Disconnected", "uap0"):
+            self.p.wait(*step)
+        run("rfkill", "unblock", switch)
+        self.p.wait("Connected", "uap0")
+
+    def test_8_says_why_it_does_not_run(self):
+        self.p.call("StartSoftAp", "uap0", {**OPEN, "channel": 14})
+        self.assertRegex(self.p.wait("Error")[0], "does not run: .*Hardware does not support configured channel$")
 
 
 class WithoutSoftApEngine(RadioCase):

@@ -22,6 +22,7 @@ AccessPointEngine::AccessPointEngine(QString interface, const RealSettings& sett
           QStringLiteral("%1/hostapd-%2.conf").arg(settings.runtimeDirectory, m_interface))
     , m_child(settings.helperDirectory + QStringLiteral("/lumod-keep"), QStringLiteral("hostapd"))
 {
+    m_child.keepLastThat(tellsWhy);
     m_ask.setInterval(askMilliseconds);
     connect(&m_ask, &QTimer::timeout, this, &AccessPointEngine::ask);
     connect(&m_socket, &DatagramSocket::received, this, &AccessPointEngine::take);
@@ -97,10 +98,16 @@ void AccessPointEngine::take(const QByteArray& datagram)
         return;
     switch (event->kind) {
     case AccessPointEvent::Kind::Enabled:
-        if (m_ask.isActive() && m_attached) {
+        if (m_ask.isActive() && m_attached && event->channel != 0) {
             m_ask.stop();
-            Q_EMIT enabled();
+            Q_EMIT enabled(event->channel);
         }
+        break;
+    case AccessPointEvent::Kind::Listening:
+        m_asked = 0;
+        break;
+    case AccessPointEvent::Kind::Moved:
+        Q_EMIT moved(event->channel);
         break;
     case AccessPointEvent::Kind::Disabled:
         if (!m_ask.isActive()) // before it was enabled, its end tells why

@@ -31,8 +31,10 @@ public:
     [[nodiscard]] bool isRunning() const { return m_child.isRunning(); }
 
 Q_SIGNALS:
-    /// Stations can join.
-    void enabled();
+    /// Stations can join, on that channel.
+    void enabled(int channel);
+    /// Radar has driven it to another channel.
+    void moved(int channel);
     /// The radio has been taken from under it; it goes on running, to no purpose.
     void disabled();
     void stationJoined(const QString& hwAddress);

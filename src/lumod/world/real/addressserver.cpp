@@ -26,7 +26,9 @@ AddressServer::AddressServer(const RealSettings& settings)
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
         ended();
         m_pause.start(pause);
-        Q_EMIT failed(QStringLiteral("dnsmasq has ended: ") + why);
+        // Each of its tries ends alike.
+        if (std::exchange(m_fault, why) != why || pause == ChildProcess::firstPause)
+            Q_EMIT failed(QStringLiteral("dnsmasq has ended: ") + why);
     });
 }
 

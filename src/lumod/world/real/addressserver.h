@@ -26,7 +26,7 @@ public:
 
 Q_SIGNALS:
     void stopped();
-    /// For a person; it goes on trying.
+    /// For a person, and once for many tries of one outcome; it goes on trying.
     void failed(const QString& description);
 
 private:
@@ -36,6 +36,7 @@ private:
     const RealSettings& m_settings;
     QString m_file;
     QByteArray m_configuration;
+    QString m_fault; ///< the last one told
     ChildProcess m_child;
     QTimer m_pause;
 };

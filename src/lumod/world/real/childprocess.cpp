@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int firstPause = 100;       // ms
 constexpr int longestPause = 60000;   // ms
 constexpr int grownUp = 30000;        // ms
 constexpr int endMilliseconds = 5000; // longer than lumod-keep's patience
@@ -83,8 +82,10 @@ void ChildProcess::relay()
         auto line = m_process.readLine();
         if (const int at = m_secretWord.isEmpty() ? -1 : line.indexOf(m_secretWord); at >= 0)
             line = line.left(at) + m_secretWord + ' ' + orvaMask().toUtf8();
-        m_lastLine = QString::fromUtf8(line).trimmed();
-        qCDebug(lcLumod).noquote() << m_title + QLatin1Char(':') << m_lastLine;
+        const auto text = QString::fromUtf8(line).trimmed();
+        qCDebug(lcLumod).noquote() << m_title + QLatin1Char(':') << text;
+        if (!m_tellsWhy || m_tellsWhy(text))
+            m_lastLine = text;
     }
 }
 

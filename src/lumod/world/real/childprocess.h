@@ -13,6 +13,8 @@ class ChildProcess : public QObject
     Q_OBJECT
 
 public:
+    static constexpr int firstPause = 100; ///< ms, of one that has lived well
+
     /// `keeper` is the path of lumod-keep.
     ChildProcess(QString keeper, QString title, QObject* parent = nullptr);
     /// `end()`.
@@ -21,6 +23,8 @@ public:
 
     /// Keeps the rest of a line behind `word`, a secret, out of the log.
     void hideAfter(const QByteArray& word) { m_secretWord = word; }
+    /// Its last words are the last line of which `tellsWhy` is true; without it, the last of all.
+    void keepLastThat(bool (*tellsWhy)(const QString& line)) { m_tellsWhy = tellsWhy; }
     /// Starts the program, which must not run.
     void start(const QString& program, const QStringList& arguments);
     /// Kills at once what is left of the program where lumod-keep was killed and could not do it;
@@ -51,6 +55,7 @@ private:
     QProcess m_process;
     pid_t m_group = 0; ///< the process group of what was started; 0: all of it has ended
     QByteArray m_secretWord;
+    bool (*m_tellsWhy)(const QString& line) = nullptr;
     QString m_lastLine;
     QTimer m_calm; ///< runs while the program is young: one that ends then waits longer
     int m_pause = 0;

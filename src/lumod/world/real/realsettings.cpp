@@ -128,6 +128,34 @@ constexpr std::array rows = {
     Row{"resolvConf", [](const auto& v, S& s) { return takePath(v, s.resolvConf); }},
 };
 
+/// One interface is not two things.
+void keepApart(RealSettings& settings)
+{
+    const RealSettings defaults;
+    if (!settings.wired.isEmpty() && settings.wired == settings.wireless) {
+        qCWarning(lcLumod,
+                  "The cable and Wi-Fi need an interface each, and both have \"%s\": using \"%s\" "
+                  "and \"%s\"",
+                  qUtf8Printable(settings.wired), qUtf8Printable(defaults.wired),
+                  qUtf8Printable(defaults.wireless));
+        settings.wired = defaults.wired;
+        settings.wireless = defaults.wireless;
+    }
+    const auto isTaken = [&settings](const QString& name) {
+        return name == settings.wired || name == settings.wireless;
+    };
+    if (settings.softAp.isEmpty() || !isTaken(settings.softAp))
+        return;
+    const auto refused =
+        std::exchange(settings.softAp, isTaken(defaults.softAp) ? QString() : defaults.softAp);
+    qCWarning(lcLumod).noquote()
+        << QStringLiteral("The soft access point needs an interface of its "
+                          "own, which \"%1\" is not: %2")
+               .arg(refused, settings.softAp.isEmpty()
+                                 ? QStringLiteral("there is none")
+                                 : QStringLiteral("using \"%1\"").arg(settings.softAp));
+}
+
 } // namespace
 
 RealSettings realSettings(const QVariantMap& file)
@@ -145,5 +173,6 @@ RealSettings realSettings(const QVariantMap& file)
             qCWarning(lcLumod) << "A value that cannot be, using the default of" << entry.key();
         }
     }
+    keepApart(settings);
     return settings;
 }

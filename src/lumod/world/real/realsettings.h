@@ -39,5 +39,5 @@ struct RealSettings
 };
 
 /// Takes what `file` says. A value that cannot be is logged and left at its default; so is a key
-/// that nobody knows.
+/// that nobody knows, and an interface that is named twice.
 [[nodiscard]] RealSettings realSettings(const QVariantMap& file);

@@ -35,6 +35,10 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
     for (auto* timer : {&m_pause, &m_patience, &m_calm})
         timer->setSingleShot(true);
     connect(&m_engine, &AccessPointEngine::enabled, this, &RealSoftAp::comeUp);
+    connect(&m_engine, &AccessPointEngine::moved, this, [this](int channel) {
+        qCInfo(lcLumod, "Radar: the soft AP has moved from channel %d to %d", m_channel, channel);
+        m_channel = channel;
+    });
     connect(&m_engine, &AccessPointEngine::disabled, this, &RealSoftAp::interrupt);
     connect(&m_engine, &AccessPointEngine::stopped, this, &RealSoftAp::halted);
     connect(&m_engine, &AccessPointEngine::failed, this, &RealSoftAp::fail);
@@ -113,9 +117,10 @@ void RealSoftAp::update()
 void RealSoftAp::launch()
 {
     const auto radio = m_kernel.link(m_settings.wireless);
-    if (m_phase != Phase::Waiting || !isIdle() || m_pause.isActive() || radio.index == 0 ||
-        (!radio.up && !setInterfaceUp(radio.index)) || letsRadioJoin())
+    if (m_phase != Phase::Waiting || !isIdle() || m_pause.isActive())
         return;
+    if (radio.index == 0 || (!radio.up && !setInterfaceUp(radio.index)) || letsRadioJoin())
+        return tellDown();  // what was to be a restart
     enter(Phase::Starting); // before the kernel tells of what is made here
     if (const auto prepared = prepareInterface(radio); !prepared)
         return fail(prepared.why(), retryMilliseconds);
@@ -156,10 +161,11 @@ Result<> RealSoftAp::prepareInterface(const KernelLink& radio)
     return Failure{QStringLiteral("%1 does not take its address: %2").arg(name, set.why())};
 }
 
-void RealSoftAp::comeUp()
+void RealSoftAp::comeUp(int channel)
 {
     if (m_phase != Phase::Starting)
         return;
+    m_channel = channel;
     if (const auto set = setOnlyAddress(link(), m_wish.address, m_wish.prefix); !set) {
         fail(QStringLiteral("%1 does not take %2: %3")
                  .arg(m_settings.softAp, m_wish.address, set.why()),
@@ -181,14 +187,18 @@ void RealSoftAp::interrupt()
     if (m_phase != Phase::Up && m_phase != Phase::Starting)
         return;
     m_yields = true;
-    const bool wasTold = std::exchange(m_told, false);
     dropStations();
     enter(Phase::Waiting);
-    if (wasTold) {
-        Q_EMIT m_world.disconnected(m_settings.softAp);
-        Q_EMIT m_world.addressesChanged();
-    }
+    tellDown();
     halt();
+}
+
+void RealSoftAp::tellDown()
+{
+    if (!std::exchange(m_told, false))
+        return;
+    Q_EMIT m_world.disconnected(m_settings.softAp);
+    Q_EMIT m_world.addressesChanged();
 }
 
 void RealSoftAp::makeWay()

@@ -49,13 +49,14 @@ private:
     void halt();
     void halted();
     void left();
-    void comeUp();
+    void comeUp(int channel);
     void interrupt();
     void makeWay();
     void fail(const QString& why, int pause);
     void dropStations();
     void enter(Phase phase);
     void tell(const QString& fault);
+    void tellDown();
     [[nodiscard]] Result<> prepareInterface(const KernelLink& radio);
     [[nodiscard]] bool letsRadioJoin();
     [[nodiscard]] bool isIdle() const;

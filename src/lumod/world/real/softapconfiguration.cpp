@@ -17,6 +17,13 @@ QByteArray textOf(quint32 address)
     return QHostAddress(address).toString().toLatin1();
 }
 
+bool isSharedWithRadar(int channel)
+{
+    constexpr int first = 52;
+    constexpr int last = 144;
+    return channel >= first && channel <= last;
+}
+
 /// The addresses for stations.
 struct Range
 {
@@ -51,6 +58,8 @@ QByteArray hostapdConfiguration(const SoftApSettings& settings, const SoftApPlac
     text += "ctrl_interface=" + hostapdDirectory(place.directory).toUtf8() + '\n';
     if (!country.isEmpty())
         text += "country_code=" + country.toLatin1() + "\nieee80211d=1\n";
+    if (!country.isEmpty() && isSharedWithRadar(place.channel))
+        text += "ieee80211h=1\n"; // without which it refuses them
     text += place.channel > lastOf2GHz ? "hw_mode=a\n" : "hw_mode=g\n";
     text += "channel=" + QByteArray::number(place.channel) + '\n';
     text += "ssid2=" + settings.ssid.toUtf8().toHex() + "\nutf8_ssid=1\n";
