@@ -83,6 +83,7 @@ void Daemon::relayRadio()
         Q_EMIT ScanResults(outgoing(wire::toMap(networks)));
     });
     connect(&m_world, &World::authenticationFailed, this, &Daemon::AuthError);
+    connect(&m_world, &World::softApFailed, this, &Daemon::SoftApError);
     connect(&m_world, &World::stationJoined, this, &Daemon::StationConnected);
     connect(&m_world, &World::stationLeft, this, &Daemon::StationDisconnected);
     connect(&m_world, &World::wpsSucceeded, this, [this](const auto& credentials) {
@@ -236,14 +237,18 @@ void Daemon::SetOffMode()
 
 void Daemon::StartSoftAp(const QString& interface, const QVariantMap& settings)
 {
+    const auto refuseIt = [this, &interface](const QString& why) {
+        Q_EMIT SoftApError(interface, why);
+        refuse(why);
+    };
     if (m_world.details(interface).kind != InterfaceDetails::Kind::SoftAp)
-        return refuse(QStringLiteral("Unknown soft-AP interface: ") + interface);
+        return refuseIt(QStringLiteral("Unknown soft-AP interface: ") + interface);
     const auto decoded = softApSettings(settings);
     if (!decoded)
-        return refuse(decoded.why());
+        return refuseIt(decoded.why());
     qCInfo(lcLumod).noquote() << "Starting soft AP" << decoded->ssid << "on" << interface;
     if (const auto started = m_world.startSoftAp(interface, *decoded); !started)
-        return refuse(started.why());
+        return refuseIt(started.why());
     m_softApSettings.insert(interface, maskedSoftApSettings(wire::plain(settings)));
 }
 

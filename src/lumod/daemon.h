@@ -71,6 +71,7 @@ Q_SIGNALS:
     void Error(const QString& Description);
     void InterfaceStatusChanged(const QString& Type, int Status);
     void ScanResults(const QVariantMap& Results);
+    void SoftApError(const QString& Type, const QString& Message);
     void Started();
     void StationConnected(const QString& hwAddress);
     void StationDisconnected(const QString& hwAddress);

@@ -23,7 +23,7 @@ DETAILS = {"eth0": dict(COMMON, CableStatus="b"), "uap0": dict(COMMON, SoftApUp=
 PROPERTIES = {"Connected": "b", "Details": "a{sv}", "LogLevel": "i", "Mode": "s", "SoftApModeSettings": "a{sv}",
               "WiredIpSettings": "a{sv}", "WirelessIpSettings": "a{sv}", "WirelessNetworks": "a{sv}"}
 SIGNALS = {"AddressesChanged": "", "AuthError": "ss", "CableStatus": "b", "Connected": "s", "Disconnected": "s",
-           "Disconnecting": "s", "Error": "s", "InterfaceStatusChanged": "si", "ScanResults": "a{sv}", "Started": "",
+           "Disconnecting": "s", "Error": "s", "InterfaceStatusChanged": "si", "ScanResults": "a{sv}", "SoftApError": "ss", "Started": "",
            "StationConnected": "s", "StationDisconnected": "s", "WpsCredentials": "a{sv}", "WpsError": "s"}
 SCANNED = {"type": "s", "signal": "i", "bssid": "s", "channel": "i", "frequency": "i", "ies": "ay"}
 

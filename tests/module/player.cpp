@@ -296,6 +296,7 @@ void Player::addEvents()
         {"refresh"_s, [this](What what) { refresh(what); }},
         {"wrong"_s, [this](What ssid) { Q_EMIT m_backend->AuthError(ssid, "wrong key"_s); }},
         {"found"_s, [this](What count) { Q_EMIT m_backend->ScanResults(networks(count.toInt())); }},
+        {"fails"_s, [this](What why) { Q_EMIT m_backend->SoftApError("uap0"_s, why); }},
         {"joins"_s, [this](What mac) { Q_EMIT m_backend->StationConnected(mac); }},
         {"leaves"_s, [this](What mac) { Q_EMIT m_backend->StationDisconnected(mac); }},
         {"paired"_s, [this](What ssid) { m_backend->wpsReply.finish(wpaNetwork(ssid)); }},

@@ -176,6 +176,7 @@ class SoftAp(RadioCase):
     def test_8_says_why_it_does_not_run(self):
         self.p.call("StartSoftAp", "uap0", {**OPEN, "channel": 14})
         self.assertRegex(self.p.wait("Error")[0], "does not run: .*Hardware does not support configured channel$")
+        self.assertIn("does not run", self.p.wait("SoftApError", "uap0")[1])
 
 
 class WithoutSoftApEngine(RadioCase):
@@ -184,4 +185,4 @@ class WithoutSoftApEngine(RadioCase):
     def test_says_what_is_missing(self):
         with self.assertRaisesRegex(Refused, "dnsmasq-base"):
             self.p.call("StartSoftAp", "uap0", OPEN)
-        self.assertIn("dnsmasq-base", self.p.wait("Error")[0])
+        self.assertIn("dnsmasq-base", self.p.wait("SoftApError", "uap0")[1])

@@ -55,6 +55,8 @@ Q_SIGNALS:
     void authenticationFailed(const QString& ssid, const QString& description);
     /// Something else failed; `description` is for a person.
     void failed(const QString& description);
+    /// The soft access point does not come up, and is tried further; beside `failed`.
+    void softApFailed(const QString& interface, const QString& description);
     void stationJoined(const QString& hwAddress);
     void stationLeft(const QString& hwAddress);
     void wpsSucceeded(const WpsCredentials& credentials);

@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr int patientTries = 4; // a radio that is being switched on refuses some
 constexpr int retryMilliseconds = 5000;
 constexpr int patienceMilliseconds = 25000; // a scan, a key, and a try more
 constexpr int calmMilliseconds = 300000;
@@ -80,6 +81,7 @@ Result<> RealSoftAp::start(const SoftApSettings& settings)
         if (!fault.isEmpty())
             return Failure{fault};
     m_wish = settings;
+    m_failures = 0;
     m_wanted = true;
     m_pause.stop();
     if (m_phase == Phase::Leaving)
@@ -174,6 +176,7 @@ void RealSoftAp::comeUp(int channel)
     }
     m_kernel.refresh();
     m_fault.clear();
+    m_failures = 0;
     enter(Phase::Up);
     m_server.start(dnsmasqConfiguration(m_wish, place()));
     m_told = true;
@@ -271,6 +274,8 @@ void RealSoftAp::tell(const QString& fault)
 {
     if (fault != std::exchange(m_fault, fault))
         Q_EMIT m_world.failed(fault);
+    if (++m_failures == patientTries)
+        Q_EMIT m_world.softApFailed(m_settings.softAp, fault);
 }
 
 void RealSoftAp::enter(Phase phase)

@@ -82,6 +82,7 @@ private:
     int m_channel = 1;      ///< it is on
     QStringList m_stations; ///< hardware addresses
     QString m_fault;        ///< the last one told, until it is up
+    int m_failures = 0;     ///< in a row
     QTimer m_pause;         ///< before another try
     QTimer m_patience;      ///< with a radio that shall join first
     QTimer m_calm;          ///< after it has made way in vain

@@ -79,6 +79,8 @@ Q_SIGNALS:
     void Error(const QString& description);
     void InterfaceStatusChanged(const QString& interface,
                                 Networking_LowLevel::InterfaceStatus status);
+    /// The soft access point does not run, for all tries, as it was asked to.
+    void SoftApError(const QString& interface, const QString& description);
     /// A station joined the soft access point; carries its hardware address.
     void StationConnected(const QString& mac);
     /// A station left the soft access point; carries its hardware address.

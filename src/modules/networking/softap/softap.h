@@ -18,6 +18,8 @@ struct SoftAp
     OrvaNetworkProfileSoftApSettings recorded;
     /// The settings that the backend was told last; empty while nothing runs.
     OrvaNetworkProfileSoftApSettings sent;
+    /// The backend has said that nothing runs by them; to ask for the same tells it anew.
+    bool failed = false;
     /// Some live request keeps changes from the backend.
     bool hold = false;
     /// The live requests.
@@ -33,6 +35,7 @@ struct SoftAp
     {
         recorded = {};
         sent = {};
+        failed = false;
         hold = false;
     }
 };

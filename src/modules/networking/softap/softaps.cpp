@@ -38,6 +38,8 @@ SoftAps::SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Netwo
     m_softApTimeoutTimer.setObjectName(QStringLiteral("m_softApTimeoutTimer"));
     m_softApTimeoutTimer.setSingleShot(true);
     m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_lowlevel, &Networking_LowLevel::SoftApError, this,
+            &SoftAps::on_lowlevel_SoftApError);
     connect(&m_softApTimeoutTimer, &QTimer::timeout, this, &SoftAps::on_softApTimeoutTimer_timeout);
     publishSoftApRequestsNow();
 }
@@ -165,13 +167,14 @@ bool SoftAps::updateSoftAp(const QString& interface)
         LOG4CPLUS_INFO(networkingLogger(), "Cannot Start/Update softAp on interface "
                                                << interface << ". SoftAp is on hold.");
     // A change recorded in a hold differs from what was sent, and goes out when the hold has ended.
-    if (staysHeld || fold.settings == softAp.sent)
+    if (staysHeld || (fold.settings == softAp.sent && !softAp.failed))
         return false;
     LOG4CPLUS_INFO(networkingLogger(), "Starting/updating SoftAp on interface " << interface);
     LOG4CPLUS_DEBUG(networkingLogger(),
                     "New SoftAp settings for interface " << interface << ": " << fold.settings);
     Q_EMIT wifiNeeded(true);
     softAp.sent = fold.settings;
+    softAp.failed = false;
     m_lowlevel.startSoftAp(fold.settings);
     return true;
 }
@@ -250,9 +253,19 @@ void SoftAps::setLinkStatus(const QString& interface, bool up)
 {
     LOG4CPLUS_INFO(networkingLogger(), "Softap state changed: " << (up ? "up" : "down"));
     setLink(interface, up ? OrvaNetworkState::Connected : OrvaNetworkState::Disconnected);
-    if (up)
+    if (up) {
+        m_softAps[interface].failed = false;
         answerPending(interface);
+    }
     m_stations.clear();
+}
+
+void SoftAps::on_lowlevel_SoftApError(const QString& interface, const QString& description)
+{
+    LOG4CPLUS_WARN(networkingLogger(),
+                   "No SoftAp on interface " << interface << ": " << description);
+    m_softAps[interface].failed = true;
+    answerPending(interface, CMError(QStringLiteral("Error"), description));
 }
 
 void SoftAps::setDisconnecting(const QString& interface)

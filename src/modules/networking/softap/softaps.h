@@ -34,6 +34,8 @@ public:
 
     /// The link of an interface went up or down.
     void setLinkStatus(const QString& interface, bool up);
+    /// Fails what waits for an interface, whose requests stay: it may come up yet.
+    void on_lowlevel_SoftApError(const QString& interface, const QString& description);
     /// The link of an interface is in between.
     void setDisconnecting(const QString& interface);
     /// The interfaces that are in between.

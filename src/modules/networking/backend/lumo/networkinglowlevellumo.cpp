@@ -93,6 +93,7 @@ void Networking_LowLevel_LUMO::connectDaemon()
     connect(m_daemon, &Daemon::WpsCredentials, this, &Self::on_lumo_WpsCredentials);
     connect(m_daemon, &Daemon::WpsError, this, withTextsCut(&Self::on_lumo_WpsError));
     connect(m_daemon, &Daemon::AddressesChanged, this, &Self::AddressesChanged);
+    connect(m_daemon, &Daemon::SoftApError, this, withTextsCut(&Self::SoftApError));
     connect(m_daemon, &Daemon::StationConnected, this, withTextsCut(&Self::StationConnected));
     connect(m_daemon, &Daemon::StationDisconnected, this, withTextsCut(&Self::StationDisconnected));
 }
