@@ -5,7 +5,7 @@ import contextlib, os, pathlib, re, resource, signal, subprocess, unittest
 import network
 from cable import STATIC
 from network import DEV, ip
-from playground import LUMOD
+from playground import BUILD, LUMOD
 from wiredcase import WiredCase, left_over, processes, program
 
 FOREIGN = """link set eth0 up
@@ -113,6 +113,23 @@ class Engines(WiredCase):
         self.p.call("SetNormalMode", "wired")
         self.p.wait("Connected", "eth0")
         self.assertNotIn(engine[0], processes("dhcpcd"))
+        self.stop()
+
+    def test_what_one_tells_amid_its_end(self):
+        self.begin(serve=False, dhcpDeadline=60)
+        self.plug()
+        self.p.call("SetNormalMode", "wired")
+        self.errors("soliciting a DHCP lease")
+        ended = processes("dhcpcd")
+        send(STOP, "dhcpcd")
+        self.p.set("WiredIpSettings", STATIC)
+        self.p.call("SetNormalMode", "wired")
+        ip("-n", "dev", "addr", "add", "192.0.2.78/24", "dev", "eth0")
+        event = dict(reason="BOUND", interface="eth0", protocol="dhcp", if_up="true", new_ip_address="192.0.2.78", LUMOD_START=1,
+                     LUMOD_EVENTS="/run/lumod/events")
+        self.p.run("env", *(f"{name}={value}" for name, value in event.items()), BUILD / "bin/dhcp-event")
+        self.p.wait("Connected", "eth0")
+        self.assertEqual([pid for pid in ended if pid in processes("dhcpcd")], [])
         self.stop()
 
     def test_a_stranger_gets_the_keeper_s_process_id(self):

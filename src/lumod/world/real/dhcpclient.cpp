@@ -91,6 +91,7 @@ void DhcpClient::stop()
 void DhcpClient::restart()
 {
     m_inherits = false;
+    ++m_start; // what it tells amid its end is not the next one's
     m_way.stop();
     forget();
     m_child.stop();
