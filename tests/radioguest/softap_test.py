@@ -179,6 +179,20 @@ class SoftAp(RadioCase):
         self.assertIn("does not run", self.p.wait("SoftApError", "uap0")[1])
 
 
+    def test_9_a_killed_daemon_leaves_nothing(self):
+        for victims in ("lumod",), ("lumod-keep", "lumod"):
+            with self.subTest(victims):
+                self.start(FULL)
+                for pid in [pid for name in victims for pid in pids(name)]:
+                    os.kill(pid, signal.SIGKILL)
+                self.p.until(lambda: not pids("lumod"))
+                self.assertEqual(self.p.get("Mode")["data"], "OffMode")  # by which the next one is started
+                self.p.until(lambda: not pathlib.Path("/sys/class/net/uap0").exists())
+                self.assertEqual((engines("hostapd"), engines("dnsmasq"), list(pathlib.Path("/run/lumod").glob("*uap0.conf"))), ([], [], []))
+                self.start(OPEN)
+                self.stop()
+
+
 class WithoutSoftApEngine(RadioCase):
     settings = {"dnsmasq": "/usr/sbin/none"}
 

@@ -29,11 +29,11 @@ AccessPointEngine::AccessPointEngine(QString interface, const RealSettings& sett
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& words, int pause) {
         // The last words of one that was up were about a station.
         const auto why = m_ask.isActive() ? words : QStringLiteral("hostapd has ended");
-        ended();
+        clearUp();
         Q_EMIT failed(why, pause);
     });
     connect(&m_child, &ChildProcess::stopped, this, [this] {
-        ended();
+        clearUp();
         if (std::exchange(m_stuck, false))
             Q_EMIT failed(QStringLiteral("it does not come up"), stuckMilliseconds);
         else
@@ -50,7 +50,7 @@ void AccessPointEngine::end()
 {
     blockSignals(true); // its owner is going
     m_child.end();
-    ended();
+    clearUp();
 }
 
 void AccessPointEngine::start(const QByteArray& configuration)
@@ -60,7 +60,7 @@ void AccessPointEngine::start(const QByteArray& configuration)
     if (ready)
         ready = saveSecret(m_configuration, configuration);
     if (!ready) {
-        ended();
+        clearUp();
         return Q_EMIT failed(ready.why(), stuckMilliseconds);
     }
     killProcesses(QStringLiteral("hostapd"), m_configuration);
@@ -123,7 +123,7 @@ void AccessPointEngine::take(const QByteArray& datagram)
 }
 
 /// Nothing of it is left, the pass phrase in its configuration least of all.
-void AccessPointEngine::ended()
+void AccessPointEngine::clearUp()
 {
     m_ask.stop();
     m_socket.close();

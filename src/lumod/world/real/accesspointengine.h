@@ -28,6 +28,8 @@ public:
     void stop();
     /// For an owner that is going: ends it and waits for that, some seconds at most.
     void end();
+    /// Removes what one that has ended, or a lumod that was killed, may have left.
+    void clearUp();
     [[nodiscard]] bool isRunning() const { return m_child.isRunning(); }
 
 Q_SIGNALS:
@@ -48,7 +50,6 @@ Q_SIGNALS:
 private:
     void ask();
     void take(const QByteArray& datagram);
-    void ended();
 
     QString m_interface;
     const RealSettings& m_settings;

@@ -20,11 +20,11 @@ AddressServer::AddressServer(const RealSettings& settings)
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, &AddressServer::launch);
     connect(&m_child, &ChildProcess::stopped, this, [this] {
-        ended();
+        clearUp();
         Q_EMIT stopped();
     });
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
-        ended();
+        clearUp();
         m_pause.start(pause);
         // Each of its tries ends alike.
         if (std::exchange(m_fault, why) != why || pause == ChildProcess::firstPause)
@@ -36,7 +36,7 @@ AddressServer::~AddressServer()
 {
     blockSignals(true); // its owner is going
     m_child.end();
-    ended();
+    clearUp();
 }
 
 void AddressServer::start(const QByteArray& configuration)
@@ -64,7 +64,7 @@ void AddressServer::stop()
 }
 
 /// Nothing of it is left.
-void AddressServer::ended()
+void AddressServer::clearUp()
 {
     killProcesses(QStringLiteral("dnsmasq"), m_file);
     QFile::remove(m_file);

@@ -22,6 +22,8 @@ public:
     void start(const QByteArray& configuration);
     /// Asks it to end; where it runs, `stopped` follows.
     void stop();
+    /// Removes what one that has ended, or a lumod that was killed, may have left.
+    void clearUp();
     [[nodiscard]] bool isRunning() const { return m_child.isRunning(); }
 
 Q_SIGNALS:
@@ -31,7 +33,6 @@ Q_SIGNALS:
 
 private:
     void launch();
-    void ended();
 
     const RealSettings& m_settings;
     QString m_file;

@@ -6,9 +6,9 @@
 
 #include <QHostAddress>
 
-#include <linux/if.h>
 #include <linux/nl80211.h>
 #include <memory>
+#include <net/if.h>
 #include <netlink/attr.h>
 #include <netlink/netlink.h>
 #include <netlink/route/addr.h>
@@ -40,6 +40,14 @@ Result<> change(int index, const RouteLink& wanted)
     const RouteLink asIs(rtnl_link_alloc(), rtnl_link_put);
     rtnl_link_set_ifindex(asIs.get(), index);
     return outcome(rtnl_link_change(openRouteSocket().get(), asIs.get(), wanted.get(), 0));
+}
+
+/// For the lumod that comes after one that was killed.
+Result<> mark(const QString& name)
+{
+    const RouteLink wanted(rtnl_link_alloc(), rtnl_link_put);
+    rtnl_link_set_ifalias(wanted.get(), madeByUs);
+    return change(static_cast<int>(if_nametoindex(name.toUtf8().constData())), wanted);
 }
 
 RouteAddress addressOf(int index, const QString& address, int prefix)
@@ -82,12 +90,13 @@ Result<> setHardwareAddress(int index, const QString& mac)
 Result<> makeAccessPointInterface(int radio, const QString& name, const QString& mac)
 {
     const auto address = QByteArray::fromHex(mac.toLatin1());
-    return callNl80211(NL80211_CMD_NEW_INTERFACE, [&](nl_msg* message) {
+    const auto made = callNl80211(NL80211_CMD_NEW_INTERFACE, [&](nl_msg* message) {
         nla_put_u32(message, NL80211_ATTR_IFINDEX, static_cast<uint32_t>(radio));
         nla_put_string(message, NL80211_ATTR_IFNAME, name.toUtf8().constData());
         nla_put_u32(message, NL80211_ATTR_IFTYPE, NL80211_IFTYPE_AP);
         nla_put(message, NL80211_ATTR_MAC, address.size(), address.constData());
     });
+    return made ? mark(name) : made;
 }
 
 void removeAccessPointInterface(int index)

@@ -12,7 +12,7 @@ Result<> setInterfaceUp(int index);
 Result<> setHardwareAddress(int index, const QString& mac);
 
 /// Makes an interface for an access point, of that name and hardware address, on the radio of the
-/// interface `radio`. Not every driver takes the address.
+/// interface `radio`, and marks it. Not every driver takes the address.
 Result<> makeAccessPointInterface(int radio, const QString& name, const QString& mac);
 
 /// Removes an interface that `makeAccessPointInterface` has made.

@@ -53,6 +53,7 @@ void takeLink(rtnl_link* link, KernelLink& into)
     into.index = rtnl_link_get_ifindex(link);
     into.name = QString::fromUtf8(rtnl_link_get_name(link));
     into.mac = macOf(rtnl_link_get_addr(link));
+    into.ours = qstrcmp(rtnl_link_get_ifalias(link), madeByUs) == 0;
     into.up = (flags & IFF_UP) != 0;
     into.carrier = (flags & IFF_LOWER_UP) != 0;
 }
@@ -110,9 +111,9 @@ bool DefaultRoute::operator==(const DefaultRoute& other) const
 
 bool KernelLink::operator==(const KernelLink& other) const
 {
-    return index == other.index && name == other.name && mac == other.mac && up == other.up &&
-           carrier == other.carrier && addresses == other.addresses && route == other.route &&
-           route6 == other.route6;
+    return index == other.index && name == other.name && mac == other.mac && ours == other.ours &&
+           up == other.up && carrier == other.carrier && addresses == other.addresses &&
+           route == other.route && route6 == other.route6;
 }
 
 bool KernelLink::has(const QString& address) const

@@ -39,7 +39,8 @@ struct KernelLink
     int index = 0; ///< 0: there is none
     QString name;
     QString mac;
-    bool up = false; ///< set up by the administrator or by us
+    bool ours = false; ///< made by lumod, by the mark that it sets
+    bool up = false;   ///< set up by the administrator or by us
     bool carrier = false;
     QVector<KernelAddress> addresses; ///< in the kernel's order
     /// The default routes of lowest metric; an empty gateway when there is none.
@@ -49,6 +50,9 @@ struct KernelLink
     bool operator==(const KernelLink& other) const;
     [[nodiscard]] bool has(const QString& address) const;
 };
+
+/// The mark of an interface that lumod has made: its alias.
+constexpr auto madeByUs = "lumod";
 
 /// The kernel's links, addresses and default routes, by route netlink.
 ///

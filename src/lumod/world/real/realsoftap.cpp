@@ -70,8 +70,19 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
 RealSoftAp::~RealSoftAp()
 {
     m_engine.end();
-    if (m_ours && link().index != 0)
+    if (link().ours)
         removeAccessPointInterface(link().index);
+}
+
+void RealSoftAp::clearUp()
+{
+    m_server.clearUp();
+    m_engine.clearUp();
+    if (!link().ours)
+        return;
+    qCInfo(lcLumod) << "Removing the soft AP's interface of a lumod that was killed";
+    removeAccessPointInterface(link().index);
+    m_kernel.refresh();
 }
 
 Result<> RealSoftAp::start(const SoftApSettings& settings)
@@ -152,7 +163,6 @@ Result<> RealSoftAp::prepareInterface(const KernelLink& radio)
         const auto made = makeAccessPointInterface(radio.index, name, hardwareAddress());
         if (!made)
             return Failure{QStringLiteral("cannot make %1: %2").arg(name, made.why())};
-        m_ours = true;
         m_kernel.refresh();
     }
     if (link().mac == hardwareAddress())

@@ -30,6 +30,8 @@ public:
     void welcomeNetworks() { m_calm.stop(); }
     /// Looks at the kernel and at the radio; called whenever either has changed.
     void update();
+    /// Removes what a lumod that was killed has left: its engines and its interface.
+    void clearUp();
 
     /// There is a radio to carry it.
     [[nodiscard]] bool exists() const;
@@ -77,7 +79,6 @@ private:
     bool m_wanted = false;
     bool m_yields = false;  ///< the radio shall join first
     bool m_rejoin = false;  ///< and is to be told to, when nothing is in its way any more
-    bool m_ours = false;    ///< the interface was made here
     bool m_told = false;    ///< clients were told that it is connected, a restart notwithstanding
     int m_channel = 1;      ///< it is on
     QStringList m_stations; ///< hardware addresses

@@ -25,8 +25,10 @@ Result<> RealWorld::open()
         !listening)
         return listening;
     const auto reading = m_kernel.open();
-    if (reading)
+    if (reading) {
+        m_softAp.clearUp();
         update();
+    }
     return reading;
 }
 
