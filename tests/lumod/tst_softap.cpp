@@ -73,7 +73,12 @@ QString outcome(const QString& section, const QString& input)
     const auto settings = softApSettings(map);
     if (!settings)
         return settings.why();
-    const SoftApPlace place{"uap0"_s, "/run/lumod"_s, {}, settings->channel};
+    const SoftApPlace place{"uap0"_s,
+                            "/run/lumod"_s,
+                            {},
+                            settings->channel,
+                            map.contains("announcesPage"_s),
+                            map.contains("takesNames"_s)};
     return section == "hostapd"_s ? linesOf(hostapdConfiguration(*settings, place), linesOfPlace)
                                   : linesOf(dnsmasqConfiguration(*settings, place), fixedLines);
 }

@@ -6,7 +6,7 @@ from air import AIR, run
 
 RADIO = "wlan3"
 LEASE = """#!/bin/sh
-[ "$1" != bound ] || { ip addr flush dev $interface; ip addr add $ip/$mask dev $interface; echo "nameserver $dns" >/etc/netns/air/resolv.conf; }
+[ "$1" != bound ] || { ip addr flush dev $interface; ip addr add $ip/$mask dev $interface; echo "nameserver $dns" >/etc/netns/air/resolv.conf; echo "$opt114" >/run/page; }
 """
 
 
@@ -43,8 +43,17 @@ class Phone:
 
     def lease(self):
         """Asks for an address, and says which it is; "" for none."""
-        run(*AIR, "busybox", "udhcpc", "-i", RADIO, "-n", "-q", "-t", "10", "-T", "1", "-s", "/run/lease")
+        run(*AIR, "busybox", "udhcpc", "-i", RADIO, "-n", "-q", "-t", "10", "-T", "1", "-s", "/run/lease", "-O", "114")
         return run(*AIR, "ip", "-br", "-4", "addr", "show", RADIO).split()[2:][0]
+
+    def page(self):
+        """What the lease says of a page, a URL as text or in hexadecimal digits."""
+        text = pathlib.Path("/run/page").read_text(encoding="utf-8").strip()
+        return text if ":" in text else bytes.fromhex(text).decode()
+
+    def finds(self, name):
+        """The addresses of a name, as the access point tells them."""
+        return subprocess.run([*AIR, "getent", "ahostsv4", name], capture_output=True, text=True, check=False).stdout.split()[:1]
 
     def fetch(self, url):
         return run(*AIR, "curl", "--silent", "--show-error", "--retry", "20", "--retry-connrefused", "--retry-delay", "1", url)

@@ -70,6 +70,7 @@ class SoftAp(RadioCase):
         server = self.p.start("python3", "-m", "http.server", "80", "--directory", "/out")
         self.addCleanup(server.kill)
         self.assertIn("Directory listing", self.phone.fetch("http://speaker.lan/"))
+        self.assertEqual((self.phone.page(), self.phone.finds("check.example")), ("http://10.9.0.1/", ["10.9.0.1"]))
         self.phone.leave()
         self.p.wait("StationDisconnected", self.phone.mac)
         self.stop()
@@ -86,6 +87,8 @@ class SoftAp(RadioCase):
         self.phone.join("Device")
         self.p.wait("StationConnected", self.phone.mac)
         self.assertTrue(self.phone.lease().startswith("192.168.4."))
+        self.assertEqual((self.phone.page(), self.phone.finds("check.example")), ("http://192.168.4.1/", []))
+        self.p.call("SetOffMode")
         self.p.call("StartSoftAp", "uap0", {**OPEN, "passphrase": PHRASE})  # it begins anew
         for step in ("StationDisconnected", self.phone.mac), ("InterfaceStatusChanged", "uap0", 4), ("Connected", "uap0"):
             self.p.wait(*step)

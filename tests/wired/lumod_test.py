@@ -9,7 +9,7 @@ from wiredcase import WiredCase, routes
 
 BAD = {"wired": "a/b", "wireless": "-x", "softAp": "x" * 16, "dhcpcd": "dhcpcd", "resolvconf": 1, "wpaSupplicant": "", "runtimeDirectory": "run",
        "dhcpDeadline": 3601, "wiredMetric": 0, "wirelessMetric": 1000001, "country": "de", "powerSave": 1, "backgroundScan": "yes",
-       "frequencies": [2411], "probeAddresses": None, "nameServers": "me", "resolvConf": "resolv.conf"}
+       "frequencies": [2411], "probeAddresses": None, "captivePortal": 0, "nameServers": "me", "resolvConf": "resolv.conf"}
 LIMITS = {"wireless": "x" * 15, "dhcpDeadline": 3600, "wiredMetric": 1, "wirelessMetric": 1000000, "country": "", "frequencies": [2412, 7115]}
 
 

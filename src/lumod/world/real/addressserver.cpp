@@ -21,7 +21,10 @@ AddressServer::AddressServer(const RealSettings& settings)
     connect(&m_pause, &QTimer::timeout, this, &AddressServer::launch);
     connect(&m_child, &ChildProcess::stopped, this, [this] {
         clearUp();
-        Q_EMIT stopped();
+        if (std::exchange(m_again, false))
+            launch();
+        else
+            Q_EMIT stopped();
     });
     connect(&m_child, &ChildProcess::failed, this, [this](const QString& why, int pause) {
         clearUp();
@@ -45,6 +48,14 @@ void AddressServer::start(const QByteArray& configuration)
     launch();
 }
 
+void AddressServer::change(const QByteArray& configuration)
+{
+    if (configuration == std::exchange(m_configuration, configuration) || !isRunning())
+        return;
+    m_again = true;
+    m_child.stop();
+}
+
 void AddressServer::launch()
 {
     killProcesses(QStringLiteral("dnsmasq"), m_file);
@@ -59,6 +70,7 @@ void AddressServer::launch()
 void AddressServer::stop()
 {
     m_pause.stop();
+    m_again = false;
     if (isRunning())
         m_child.stop();
 }

@@ -20,6 +20,8 @@ public:
 
     /// Starts it, which must not run, with the text of its configuration file.
     void start(const QByteArray& configuration);
+    /// Has it go on by another configuration, where it runs.
+    void change(const QByteArray& configuration);
     /// Asks it to end; where it runs, `stopped` follows.
     void stop();
     /// Removes what one that has ended, or a lumod that was killed, may have left.
@@ -40,4 +42,5 @@ private:
     QString m_fault; ///< the last one told
     ChildProcess m_child;
     QTimer m_pause;
+    bool m_again = false; ///< it is being ended to be started again
 };

@@ -123,6 +123,7 @@ constexpr std::array rows = {
     Row{"powerSave", [](const auto& v, S& s) { return takeSwitch(v, s.powerSave); }},
     Row{"backgroundScan", [](const auto& v, S& s) { return takeSwitch(v, s.backgroundScan); }},
     Row{"frequencies", [](const auto& v, S& s) { return takeFrequencies(v, s.frequencies); }},
+    Row{"captivePortal", [](const auto& v, S& s) { return takeSwitch(v, s.captivePortal); }},
     Row{"probeAddresses", [](const auto& v, S& s) { return takeSwitch(v, s.probeAddresses); }},
     Row{"nameServers", [](const auto& v, S& s) { return takeOwner(v, s.nameServers); }},
     Row{"resolvConf", [](const auto& v, S& s) { return takePath(v, s.resolvConf); }},

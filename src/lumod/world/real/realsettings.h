@@ -33,6 +33,7 @@ struct RealSettings
     bool powerSave = false;      ///< the radio sleeps between beacons
     bool backgroundScan = false; ///< look for a better access point while the signal is weak
     QVector<int> frequencies;    ///< MHz, all that are listened to; empty: what the country allows
+    bool captivePortal = true;   ///< a phone that joins the soft access point is led to its page
     bool probeAddresses = false; ///< ask whether somebody else holds an address
     NameServerOwner nameServers = NameServerOwner::Auto;
     QString resolvConf = QStringLiteral("/run/lumod/resolv.conf");

@@ -126,6 +126,13 @@ void RealSoftAp::update()
     launch();
 }
 
+void RealSoftAp::setUplink(bool has)
+{
+    m_hasUplink = has;
+    if (m_phase == Phase::Up)
+        m_server.change(dnsmasqConfiguration(m_wish, place()));
+}
+
 /// Starts what is wanted, where nothing is in its way.
 void RealSoftAp::launch()
 {
@@ -335,7 +342,9 @@ QString RealSoftAp::hardwareAddress() const
 
 SoftApPlace RealSoftAp::place() const
 {
-    return {m_settings.softAp, m_settings.runtimeDirectory, m_settings.country, m_channel};
+    return {m_settings.softAp,        m_settings.runtimeDirectory,
+            m_settings.country,       m_channel,
+            m_settings.captivePortal, m_settings.captivePortal && !m_hasUplink};
 }
 
 InterfaceDetails RealSoftAp::details() const

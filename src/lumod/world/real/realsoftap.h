@@ -28,6 +28,8 @@ public:
     void stop();
     /// The radio has other networks to join: it makes way for them, also where it has in vain.
     void welcomeNetworks() { m_calm.stop(); }
+    /// The device has another network besides, or none.
+    void setUplink(bool has);
     /// Looks at the kernel and at the radio; called whenever either has changed.
     void update();
     /// Removes what a lumod that was killed has left: its engines and its interface.
@@ -77,8 +79,9 @@ private:
     Phase m_phase = Phase::Down;
     InterfaceStatus m_status = InterfaceStatus::Absent;
     bool m_wanted = false;
-    bool m_yields = false;  ///< the radio shall join first
-    bool m_rejoin = false;  ///< and is to be told to, when nothing is in its way any more
+    bool m_yields = false; ///< the radio shall join first
+    bool m_rejoin = false; ///< and is to be told to, when nothing is in its way any more
+    bool m_hasUplink = false;
     bool m_told = false;    ///< clients were told that it is connected, a restart notwithstanding
     int m_channel = 1;      ///< it is on
     QStringList m_stations; ///< hardware addresses

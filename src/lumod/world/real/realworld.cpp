@@ -13,6 +13,9 @@ RealWorld::RealWorld(RealSettings settings)
     connect(&m_kernel, &Kernel::changed, this, &RealWorld::update);
     connect(&m_events, &DatagramSocket::received, this, &RealWorld::take);
     connect(&m_cable, &Link::settled, this, [this] { m_radio.permit(permission()); });
+    const auto followUplinks = [this] { m_softAp.setUplink(m_cable.isUp() || m_radio.isUp()); };
+    connect(this, &World::connected, this, followUplinks);
+    connect(this, &World::disconnected, this, followUplinks);
     connect(&m_nameServers, &NameServers::failed, this, &World::failed);
 }
 

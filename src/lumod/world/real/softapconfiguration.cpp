@@ -81,6 +81,10 @@ QByteArray dnsmasqConfiguration(const SoftApSettings& settings, const SoftApPlac
     text += "\ndhcp-range=" + textOf(range.from) + ',' + textOf(range.to) + ',' + mask + ",10m\n";
     if (!settings.domain.isEmpty())
         text += "address=/" + settings.domain.toLatin1() + '/' + settings.address.toLatin1() + '\n';
+    if (place.announcesPage) // RFC 8910
+        text += "dhcp-option=114,http://" + settings.address.toLatin1() + "/\n";
+    if (place.takesNames)
+        text += "address=/#/" + settings.address.toLatin1() + '\n';
     return text;
 }
 

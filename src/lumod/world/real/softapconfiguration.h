@@ -12,6 +12,8 @@ struct SoftApPlace
     QString directory; ///< for sockets and leases
     QString country;   ///< where the settings name none; empty: as the radio has it
     int channel = 1;
+    bool announcesPage = false; ///< stations are told of a page at its address
+    bool takesNames = false;    ///< every name in the world is its address
 };
 
 /// The text of hostapd's configuration file. It may hold the pass phrase.
@@ -19,7 +21,8 @@ struct SoftApPlace
                                               const SoftApPlace& place);
 
 /// The text of dnsmasq's configuration file: addresses for the stations, and names: the settings'
-/// domain is the device's own address, any other is refused. A range of addresses that is not in
+/// domain is the device's own address, and so is any other where the place takes them; else it is
+/// refused. A range of addresses that is not in
 /// the network gives way to one that is.
 [[nodiscard]] QByteArray dnsmasqConfiguration(const SoftApSettings& settings,
                                               const SoftApPlace& place);
