@@ -88,7 +88,6 @@ class SoftAp(RadioCase):
         self.p.wait("StationConnected", self.phone.mac)
         self.assertTrue(self.phone.lease().startswith("192.168.4."))
         self.assertEqual((self.phone.page(), self.phone.finds("check.example")), ("http://192.168.4.1/", []))
-        self.p.call("SetOffMode")
         self.p.call("StartSoftAp", "uap0", {**OPEN, "passphrase": PHRASE})  # it begins anew
         for step in ("StationDisconnected", self.phone.mac), ("InterfaceStatusChanged", "uap0", 4), ("Connected", "uap0"):
             self.p.wait(*step)
