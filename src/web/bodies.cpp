@@ -103,6 +103,8 @@ OrvaNetworkProfile profileToJoin(const OrvaNetworkProfile& profile, const JoinBo
     }
     OrvaNetworkProfile result = profile;
     result.setWireless(network);
+    // The host has the others: one that it gave up meanwhile must not come back without its key.
+    result.__remove(OrvaNetworkProfile::WirelessNetworks());
     // A person who asks for a wireless network wants it tried.
     if (result.type() == OrvaNetworkProfileType::Wired)
         result.setType(OrvaNetworkProfileType::Auto);
