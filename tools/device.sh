@@ -14,7 +14,7 @@ DEVICE_WORKERS=''                          # entries of the host's configuration
 DEVICE_RUNNER=()                           # the words of a program that runs the host, valgrind say
 
 device_source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-device_bus_pid='' device_host_pid=''
+device_bus_pid='' device_host_pid='' device_page_pid=''
 
 # device_start BUILD DIR STATE LOG: starts a device from the build tree BUILD. DIR is an empty directory
 # for its run, STATE keeps its settings, LOG takes what it writes. Returns when its nodes can be read.
@@ -52,12 +52,25 @@ device_worker() {
     DEVICE_WORKERS+=", $entry"
 }
 
+# device_page BUILD DIR LOG: serves the page that people see on this machine's loopback alone, and says where.
+device_page() {
+    local port=8480
+    while (: <>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do
+        ((port++))
+    done
+    printf '{"port": %d, "listen": ["127.0.0.1"]}\n' "$port" >"$2/web.json"
+    setpriv --pdeathsig TERM "$1/bin/orva-web" --config "$2/web.json" </dev/null >>"$3" 2>&1 &
+    device_page_pid=$!
+    echo "Its page: http://localhost:$port/" >&2
+}
+
 # device_stop: ends what device_start started, the host first, and the daemon that the bus started.
 device_stop() {
+    device_end "$device_page_pid"
     device_end "$device_host_pid"
     [ -z "$device_bus_pid" ] || device_end "$(device_daemon_pid)"
     device_end "$device_bus_pid"
-    device_host_pid='' device_bus_pid=''
+    device_host_pid='' device_bus_pid='' device_page_pid=''
 }
 
 # device_address DIR: the bus address of the device that runs in DIR.
