@@ -57,7 +57,7 @@ install(FILES "${CMAKE_BINARY_DIR}/dist/orva.sysusers"
     DESTINATION lib/sysusers.d RENAME orva.conf COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/examples/host.json"
     DESTINATION "${CMAKE_INSTALL_FULL_SYSCONFDIR}/orva" COMPONENT runtime)
-install(FILES README.md CHANGELOG.md docs/nodes.md docs/operator.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES README.md CHANGELOG.md docs/nodes.md docs/operator.md docs/page.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
 install(FILES examples/settings.json DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples" COMPONENT runtime)
 install(FILES "${CMAKE_BINARY_DIR}/src/ctl/orvactl.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 install(FILES dist/orva-host.8 DESTINATION "${CMAKE_INSTALL_MANDIR}/man8" COMPONENT runtime)

@@ -28,6 +28,7 @@
     what = what || {};
     attempt.begin(what);
     show.all();
+    attend();
     act(name, body, function (error, answer) {
       attempt.answered(what, error, answer);
       show.all();
@@ -78,7 +79,6 @@
     $('join').hidden = true;
     device.target = '';
     ask('join', body, {ssid: ssid});
-    attend();
   };
   $('join-cancel').onclick = function () { $('join').hidden = true; $('scan').focus(); };
   $('show-key').onchange = function () { $('key').type = this.checked ? 'text' : 'password'; };
@@ -133,6 +133,8 @@
     $('address-error').textContent = '';
     var what = {address: body};
     attempt.begin(what);
+    show.all();
+    attend();
     if (!body.dhcp) device.target = 'http://' + body.ip + (location.port ? ':' + location.port : '') + '/';
     act('address', body, function (error, answer) {
       if (error && error.error === 'malformed') {
