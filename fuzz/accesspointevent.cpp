@@ -2,7 +2,7 @@
 // The datagrams of hostapd's control socket, with what stations send in them.
 #include "target.h"
 
-#include "world/real/accesspointevent.h"
+#include "world/real/softap/accesspointevent.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -2,7 +2,7 @@
 // The datagrams of the DHCP client's event program, with values that come from the network.
 #include "target.h"
 
-#include "world/real/dhcpevent.h"
+#include "world/real/link/dhcpevent.h"
 
 #include <QHostAddress>
 

@@ -2,7 +2,7 @@
 // The maps by which wpa_supplicant tells of access points and WPS sessions on the bus.
 #include "target.h"
 
-#include "world/real/supplicantdecoding.h"
+#include "world/real/radio/supplicantdecoding.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

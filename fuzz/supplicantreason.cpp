@@ -2,7 +2,7 @@
 // The datagrams of wpa_supplicant's control socket, with names from the air in them.
 #include "target.h"
 
-#include "world/real/supplicantreason.h"
+#include "world/real/radio/supplicantreason.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "softapwire.h"
 #include "tables.h"
-#include "world/real/accesspointevent.h"
 #include "world/real/realsettings.h"
-#include "world/real/softapconfiguration.h"
+#include "world/real/softap/accesspointevent.h"
+#include "world/real/softap/softapconfiguration.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

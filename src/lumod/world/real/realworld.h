@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "world/real/datagramsocket.h"
-#include "world/real/directorylock.h"
-#include "world/real/kernel.h"
-#include "world/real/nameservers.h"
-#include "world/real/realcable.h"
-#include "world/real/realradio.h"
-#include "world/real/realsoftap.h"
+#include "world/real/engines/datagramsocket.h"
+#include "world/real/engines/directorylock.h"
+#include "world/real/kernel/kernel.h"
+#include "world/real/link/nameservers.h"
+#include "world/real/link/realcable.h"
+#include "world/real/radio/realradio.h"
+#include "world/real/softap/realsoftap.h"
 #include "world/world.h"
 
 /// The interfaces of this machine. Everything is answered from memory: no call waits for an engine.
