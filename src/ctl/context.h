@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "command.h"
-#include "host.h"
-#include "output.h"
+#include "bus/host.h"
+#include "output/output.h"
+#include "parser/command.h"
 
 namespace ctl {
 

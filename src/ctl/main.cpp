@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "commandline.h"
-#include "completion.h"
-#include "connectalarm.h"
+#include "bus/connectalarm.h"
 #include "context.h"
-#include "generate.h"
 #include "interrupt.h"
+#include "parser/commandline.h"
+#include "parser/completion.h"
+#include "parser/generate.h"
 
 #include <QCoreApplication>
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "families.h"
+#include "commands/families.h"
 
 namespace ctl {
 

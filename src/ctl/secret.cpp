@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "secret.h"
 
+#include "output/valuetext.h"
 #include "signalhandler.h"
-#include "valuetext.h"
 
 #include <QFile>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "outcome.h"
+#include "output/outcome.h"
 
 namespace ctl {
 
