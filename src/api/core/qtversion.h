@@ -40,8 +40,11 @@ using OrvaTimerInterval = int;
 
 #else
 
+/// A process whose child prepares itself by a function, between fork and exec.
 using OrvaPreparedProcess = QProcess;
+/// An event dispatcher that is asked for nothing but what each version asks for.
 using OrvaEventDispatcher = QAbstractEventDispatcher;
+/// The milliseconds with which a dispatcher is told of a timer.
 using OrvaTimerInterval = qint64;
 
 #endif
