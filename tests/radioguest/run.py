@@ -3,6 +3,7 @@
 import radiocase
 from softap_test import SoftAp, WithoutSoftApEngine
 from station_test import Station, WithoutEngine
+from uplinks_test import Uplinks
 from wps_test import Wps
 
 if __name__ == "__main__":
