@@ -29,9 +29,10 @@ figures = collections.defaultdict(lambda: collections.defaultdict(list))
 
 
 def field(pid, name, file="status"):
-    for line in pathlib.Path(f"/proc/{pid}/{file}").read_text(encoding="utf-8").splitlines():
-        if line.startswith(name + ":"):
-            return int(line.split()[1])
+    with contextlib.suppress(OSError):  # one that has just ended
+        for line in pathlib.Path(f"/proc/{pid}/{file}").read_text(encoding="utf-8").splitlines():
+            if line.startswith(name + ":"):
+                return int(line.split()[1])
     return 0
 
 
@@ -156,7 +157,7 @@ def main():
             print(f"Turn {turn + 1} of {turns}: {manager.name}", file=sys.stderr)
             try:
                 measure(manager, packages, idle if turn == 0 else 0)
-            except (TimeoutError, AssertionError, dbus.DBusException) as fault:
+            except (OSError, AssertionError, dbus.DBusException) as fault:
                 print(f"{manager.name}: {fault}", file=sys.stderr)
     for measured, values in figures.items():
         print(json.dumps({"what": measured, **{name: round(statistics.median(found), 1) for name, found in values.items()}}))
