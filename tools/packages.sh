@@ -18,6 +18,7 @@ packages_test=(
     python3 python3-dbus python3-gi
     python3-seccomp rfkill # the host's service runs rfkill under a filter
     curl # asks the page by addresses of its own
+    zsh fish # complete the commands of orvactl
     make # a plug-in author's CMake calls it unless told otherwise
     etherwake wakeonlan netbase # wakeonlan looks its protocol up in netbase's files
 )
