@@ -50,9 +50,10 @@ if(ORVA_FUZZ)
                         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 elseif(ORVA_SANITIZE)
-    # The checks that are woven in hide from gcc what is set before it is read: the Release build warns of that.
+    # Unoptimized, since compiling takes far longer than the tests. The checks that are woven in hide from gcc what
+    # is set before it is read: the Release build warns of that.
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
-                        -fno-omit-frame-pointer -O1 -g -Wno-maybe-uninitialized)
+                        -fno-omit-frame-pointer -O0 -g -Wno-maybe-uninitialized)
     add_link_options(-fsanitize=address,undefined)
 else()
     add_link_options(-Wl,-z,defs)
