@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """orvactl against the host: exit statuses, values, machine output, waiting, completion."""
-import json, os, pathlib, pty, re, select, shutil, signal, subprocess, termios, threading, time, unittest
+import json, os, pathlib, pty, re, select, signal, subprocess, termios, threading, time, unittest
 
 from privatebus import BUILD, LIMIT, PrivateBus
 
