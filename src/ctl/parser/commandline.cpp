@@ -59,8 +59,9 @@ void describe(CLI::Option& option, const Parameter& parameter)
     option.required(parameter.isRequired);
     if (parameter.isHidden)
         option.group("");
-    if (!parameter.fallback.empty())
-        option.default_val(parameter.fallback);
+    if (!parameter.fallback.empty()) // its text too, since CLI11's versions do not show it alike
+        option.default_val(parameter.fallback)
+            ->option_text(typeOf(parameter) + "=" + parameter.fallback);
     if (parameter.kind == Kind::Addresses || parameter.kind == Kind::Names)
         option.delimiter(',')->allow_extra_args(false);
 }
