@@ -4,7 +4,8 @@
 #include "core/orvamask.h"
 
 #include <QHostAddress>
-#include <QRegularExpression>
+
+#include <algorithm>
 
 namespace {
 
@@ -13,10 +14,14 @@ bool isPrintableAscii(QChar character)
     return character >= QLatin1Char(' ') && character <= QLatin1Char('~');
 }
 
+bool isDigit(QChar character)
+{
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
 bool isHexDigit(QChar character)
 {
-    return (character >= QLatin1Char('0') && character <= QLatin1Char('9')) ||
-           (character >= QLatin1Char('a') && character <= QLatin1Char('f')) ||
+    return isDigit(character) || (character >= QLatin1Char('a') && character <= QLatin1Char('f')) ||
            (character >= QLatin1Char('A') && character <= QLatin1Char('F'));
 }
 
@@ -70,16 +75,17 @@ QString orvaPrefixToNetmask(qint32 prefix)
 
 QString orvaIPv4Address(const QString& text)
 {
-    static const QRegularExpression dottedQuad(
-        QStringLiteral("\\A([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\z"));
-    const QStringList numbers = dottedQuad.match(text).capturedTexts().mid(1);
-    QStringList normal;
-    for (const QString& number : numbers) {
-        if (number.toInt() > 255)
+    QStringList numbers = text.split(QLatin1Char('.'));
+    if (numbers.size() != 4)
+        return QString();
+    for (QString& number : numbers) {
+        const bool isNumber = !number.isEmpty() && number.size() <= 3 &&
+                              std::all_of(number.begin(), number.end(), isDigit);
+        if (!isNumber || number.toInt() > 255)
             return QString();
-        normal << QString::number(number.toInt());
+        number = QString::number(number.toInt());
     }
-    return normal.join(QLatin1Char('.'));
+    return numbers.join(QLatin1Char('.'));
 }
 
 QString orvaNetworkInfoToGateway4(const OrvaNetworkInfo& info)
