@@ -21,6 +21,14 @@ End endOf(const QProcess& process)
     return process.exitStatus() == QProcess::NormalExit ? End::Exited : End::Crashed;
 }
 
+void killAndWait(QProcess& process)
+{
+    if (process.state() == QProcess::NotRunning)
+        return;
+    process.kill();
+    process.waitForFinished(killGraceMs);
+}
+
 const char* nameOf(End end)
 {
     switch (end) {
@@ -60,6 +68,32 @@ std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& r
     if (result.end() == End::NotStarted)
         stream << ": " << result.getData();
     return stream;
+}
+
+OrvaProcessRun::OrvaProcessRun(const QString& program, const QStringList& arguments)
+    : m_process(std::make_unique<BoundProcess>())
+{
+    m_process->setProcessChannelMode(QProcess::MergedChannels);
+    m_process->setStandardInputFile(QProcess::nullDevice());
+    m_process->start(program, arguments);
+}
+
+OrvaProcessRun::~OrvaProcessRun()
+{
+    killAndWait(*m_process);
+}
+
+OrvaProcessHandlerResult OrvaProcessRun::wait(int timeout)
+{
+    // An end that was noticed already is not waited for with success.
+    if (m_process->waitForFinished(timeout) || m_process->state() == QProcess::NotRunning)
+        return m_process->error() == QProcess::FailedToStart
+                   ? OrvaProcessHandlerResult(End::NotStarted, -1,
+                                              m_process->errorString().toLocal8Bit())
+                   : OrvaProcessHandlerResult(endOf(*m_process), m_process->exitCode(),
+                                              m_process->readAll());
+    killAndWait(*m_process);
+    return {End::TimedOut, -1, m_process->readAll()};
 }
 
 OrvaProcessHandler::OrvaProcessHandler(QObject* parent)
@@ -121,17 +155,7 @@ void OrvaProcessHandler::startAsync(const QString& program, const QStringList& a
 OrvaProcessHandlerResult OrvaProcessHandler::startSync(const QString& program,
                                                        const QStringList& arguments, int timeout)
 {
-    BoundProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    if (process.waitForFinished(timeout))
-        return {endOf(process), process.exitCode(), process.readAll()};
-    if (process.error() == QProcess::FailedToStart)
-        return {End::NotStarted, -1, process.errorString().toLocal8Bit()};
-    process.kill();
-    process.waitForFinished(killGraceMs);
-    return {End::TimedOut, -1, process.readAll()};
+    return OrvaProcessRun(program, arguments).wait(timeout);
 }
 
 bool OrvaProcessHandler::isRunning() const
@@ -188,9 +212,6 @@ void OrvaProcessHandler::abandon()
     if (!m_process)
         return;
     m_process->disconnect(this);
-    if (m_process->state() != QProcess::NotRunning) {
-        m_process->kill();
-        m_process->waitForFinished(killGraceMs);
-    }
+    killAndWait(*m_process);
     m_process.reset();
 }

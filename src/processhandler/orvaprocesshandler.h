@@ -50,6 +50,25 @@ private:
 /// Writes how the run ended, in one line, without what the program wrote.
 ORVA_API std::ostream& operator<<(std::ostream& stream, const OrvaProcessHandlerResult& result);
 
+/// A program that runs beside the thread until its end is waited for. It does not outlive this
+/// object.
+class ORVA_API OrvaProcessRun
+{
+public:
+    /// Starts the program.
+    OrvaProcessRun(const QString& program, const QStringList& arguments);
+    /// Kills the program if it still runs.
+    ~OrvaProcessRun();
+    Q_DISABLE_COPY_MOVE(OrvaProcessRun)
+
+    /// Waits for the end. Blocks the thread, at most `timeout` milliseconds (and the moment that a
+    /// kill takes). To be called once.
+    [[nodiscard]] OrvaProcessHandlerResult wait(int timeout);
+
+private:
+    std::unique_ptr<QProcess> m_process;
+};
+
 /// Runs one program at a time. No program outlives its handler.
 ///
 /// The kernel kills the program by its parent death signal where the process of the handler dies
