@@ -47,7 +47,7 @@ Networking::Networking(const QVariantHash& config, const BackendFactory& createB
     , m_profiles(nodes(), *m_lowlevel, m_picture, m_life)
     , m_wirelessLink(*m_lowlevel)
     , m_lastJoin(nodes(), m_picture, this)
-    , m_airplaneMode(m_picture)
+    , m_airplaneMode(m_picture, m_radios)
     , m_scans(nodes(), *m_lowlevel, m_picture, this)
     , m_wpsSession(
           *m_lowlevel, m_picture,

@@ -10,6 +10,7 @@
 #include "profile/profiles.h"
 #include "radio/airplanemode.h"
 #include "radio/lastjoin.h"
+#include "radio/radioblock.h"
 #include "radio/wifiresource.h"
 #include "radio/wirelesslink.h"
 #include "scan/scans.h"
@@ -107,6 +108,7 @@ private:
 
     const QString m_wiredInterfaceName;
     const QString m_wirelessInterfaceName;
+    RadioBlock m_radios; ///< Before the backend, whose first questions its program runs beside.
     std::unique_ptr<Networking_LowLevel> m_lowlevel;
     NetworkingLife m_life;
     QTimer m_shutdownTimer{this};

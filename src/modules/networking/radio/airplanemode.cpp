@@ -4,46 +4,12 @@
 #include "core/orva.h"
 #include "network/networkpaths.h"
 #include "networkinglog.h"
-#include "nodelookup.h"
-#include "orvaprocesshandler.h"
 #include "picture/picture.h"
+#include "radio/radioblock.h"
 
-namespace {
-
-/// The time for which rfkill may block the event loop.
-constexpr int rfkillTimeoutMs = 5000;
-
-QStringList rfkillArguments(bool airplaneMode, OrvaAirplaneModeType type)
-{
-    if (!airplaneMode) {
-        LOG4CPLUS_INFO(networkingLogger(),
-                       "airplaneMode disabled, wifi/bluetooth will now work again");
-        return {QStringLiteral("unblock"), QStringLiteral("all")};
-    }
-    if (type == OrvaAirplaneModeType::WifiOnly) {
-        LOG4CPLUS_INFO(networkingLogger(),
-                       "airplaneMode enabled, only wifi will be blocked, BT will still work");
-        return {QStringLiteral("block"), QStringLiteral("wifi")};
-    }
-    LOG4CPLUS_INFO(networkingLogger(), "airplaneMode enabled, wifi & bluetooth will be blocked");
-    return {QStringLiteral("block"), QStringLiteral("all")};
-}
-
-void runRfkill(const QStringList& arguments)
-{
-    const OrvaProcessHandlerResult result =
-        OrvaProcessHandler::startSync(QStringLiteral("rfkill"), arguments, rfkillTimeoutMs);
-    if (result.finishedOk())
-        LOG4CPLUS_DEBUG(networkingLogger(), "rfkill completed successfully");
-    else
-        LOG4CPLUS_ERROR(networkingLogger(), "rfkill failed: " << result.getData());
-}
-
-} // namespace
-
-AirplaneMode::AirplaneMode(Picture& picture)
+AirplaneMode::AirplaneMode(Picture& picture, RadioBlock& radios)
     : m_picture(picture)
-    , m_airplaneModeType(readValue(OrvaNetworkAirplaneModeTypeSettingPath()).airplaneModeType())
+    , m_radios(radios)
 {
 }
 
@@ -81,6 +47,6 @@ void AirplaneMode::on_airplaneMode_changed(const OrvaValue& value)
 {
     const bool on = value.bool_();
     LOG4CPLUS_INFO(networkingLogger(), "Airplane mode switched to: " << on);
-    runRfkill(rfkillArguments(on, m_airplaneModeType));
+    m_radios.apply(on);
     m_picture.edit([on](OrvaNetworkInfo& info) { info.setAirplaneMode(on); });
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/model/cmrequest.h"
-#include "network/networkenums.h"
 
 #include <QObject>
 
@@ -10,14 +9,15 @@
 
 class CMValueNode;
 class Picture;
+class RadioBlock;
 
 /// Airplane mode: has the radios blocked by `rfkill`, and keeps the switch across restarts.
 class AirplaneMode : public QObject
 {
     Q_OBJECT
 public:
-    /// Reads which radios the device blocks. The picture must outlive this object.
-    explicit AirplaneMode(Picture& picture);
+    /// The picture and the radios must outlive this object.
+    AirplaneMode(Picture& picture, RadioBlock& radios);
 
     /// Applies the mode that is stored, and from now on what `node` is switched to.
     void follow(CMValueNode* node);
@@ -33,5 +33,5 @@ public Q_SLOTS:
 
 private:
     Picture& m_picture;
-    const OrvaAirplaneModeType m_airplaneModeType;
+    RadioBlock& m_radios;
 };
