@@ -5,6 +5,7 @@ import json, pathlib, re, subprocess, sys, time, unittest, warnings
 import playground, privatebus
 from air import Air, run
 from playground import BUILD, Playground
+from walls import Unit
 
 playground.LIMIT = privatebus.LIMIT = 60  # the guest is slow
 CONF = {"helperDirectory": str(BUILD / "bin"), "frequencies": [2437, 2462], "country": "DE"}
@@ -42,7 +43,7 @@ class RadioCase(unittest.TestCase):
         warnings.simplefilter("ignore", ResourceWarning)
         conf = pathlib.Path("/run/lumod.conf")
         conf.write_text(json.dumps({**CONF, **cls.settings}), encoding="utf-8")
-        cls.p = Playground(DEVICE_LUMOD_CONF=str(conf))
+        cls.p = Playground(under=Unit("lumod.service").root(), DEVICE_LUMOD_CONF=str(conf))  # as on a device
         cls.addClassCleanup(cls.p.close)
         cls.p.set("LogLevel", 3)
         cls.p.wait("InterfaceStatusChanged", "wlan0", 2)
@@ -55,6 +56,7 @@ class RadioCase(unittest.TestCase):
         self.forget()
 
     def tearDown(self):
+        self.assertNotRegex(self.p.logged(), "lumod .*not permitted")
         print(f"{time.monotonic() - self.began:6.1f} s  {self.id().split('.', 1)[1]}", flush=True)
 
     def forget(self):

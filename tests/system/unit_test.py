@@ -2,20 +2,11 @@
 """The shipped unit's walls: the host and the programs that it runs get through them, and nothing else does."""
 import os, pathlib, signal, socket, subprocess, unittest
 
-from privatebus import BUILD, PrivateBus
+from privatebus import PrivateBus
+from walls import Unit
 
 NETDEV = "4711"
-UNIT = [line.split("=", 1) for line in (BUILD / "dist/orva-host.service").read_text(encoding="utf-8").splitlines()
-        if "=" in line and not line.startswith("#")]
-# Puts itself under a filter that lets in the system calls named, and becomes the program.
-ENTER = """
-import os, seccomp, sys
-walls = seccomp.SyscallFilter(seccomp.KILL_PROCESS)
-for name in open(sys.argv[1]).read().split():
-    try: walls.add_rule(seccomp.ALLOW, name)
-    except (RuntimeError, ValueError): pass  # another processor's
-walls.load()
-os.execvp(sys.argv[2], sys.argv[2:])"""
+UNIT = Unit("orva-host.service")
 # A mount namespace in which /dev holds a plain file as the radios' device.
 RADIOS = ["unshare", "--mount", "sh", "-c", """
     mkdir -p "$0/dev" && mount --bind /dev "$0/dev" && mount -t tmpfs none /dev && touch /dev/null /dev/rfkill &&
@@ -23,38 +14,13 @@ RADIOS = ["unshare", "--mount", "sh", "-c", """
     mount --bind "$0/rfkill" /dev/rfkill && exec "$@" """]
 
 
-def words(key):
-    return [value.split() for name, value in UNIT if name == key]
-
-
-def members(names):
-    """System calls with the groups among them opened, as the service manager knows them."""
-    found = set()
-    for name in names:
-        if name.startswith("@"):
-            listed = subprocess.run(["systemd-analyze", "syscall-filter", name], text=True, check=True,
-                                    stdout=subprocess.PIPE).stdout.splitlines()[1:]
-            found |= members(word for word in map(str.strip, listed) if word and not word.startswith("#"))
-        else:
-            found.add(name)
-    return found
-
-
-def allowed():
-    calls = members(["@default"])
-    for first, *more in words("SystemCallFilter"):
-        calls = calls - members([first[1:], *more]) if first.startswith("~") else calls | members([first, *more])
-    return calls
-
-
 @unittest.skipUnless(os.geteuid() == 0, "only root can be somebody else")
 class UnitTest(unittest.TestCase):
     def setUp(self):
         self.device = PrivateBus(DEVICE_BACKEND="fake")
         self.addCleanup(self.device.close)
-        self.enter = ["/usr/bin/python3", "-c", ENTER, self.device.write("calls", " ".join(allowed()))]
-        ambient, bounding = (",".join(["-all", *("+" + word[4:].lower() for word in words(key)[0])])
-                             for key in ("AmbientCapabilities", "CapabilityBoundingSet"))
+        self.enter = UNIT.filter()
+        ambient, bounding = map(UNIT.capabilities, ("AmbientCapabilities", "CapabilityBoundingSet"))
         self.user = ["setpriv", "--reuid=games", "--regid=nogroup", "--groups=" + NETDEV, "--inh-caps=" + ambient,
                      "--ambient-caps=" + ambient, "--bounding-set=" + bounding, "--no-new-privs"]
 

@@ -6,6 +6,7 @@ import network
 from cable import STATIC
 from network import DEV, ip
 from playground import BUILD, LUMOD
+from walls import Unit
 from wiredcase import WiredCase, left_over, processes, program
 
 FOREIGN = """link set eth0 up
@@ -15,6 +16,7 @@ addr add 2001:db8:9::9/64 dev eth0 nodad
 route add 203.0.113.0/24 via 198.51.100.1 proto dhcp metric 100
 -6 route add 2001:db8:a::/64 via 2001:db8:9::1 proto ra metric 100"""
 DHCPCD = pathlib.Path("/run/bin/dhcpcd")  # a link to the real one, which can be lost
+WALLED = *DEV, *Unit("lumod.service").root()  # as on a device
 KILL, STOP = signal.SIGKILL, signal.SIGSTOP
 
 # The mishap and its victim, and what happens to lumod then.
@@ -57,7 +59,7 @@ class Engines(WiredCase):
         DHCPCD.parent.mkdir(exist_ok=True)
         DHCPCD.symlink_to("/usr/sbin/dhcpcd")
         self.addCleanup(DHCPCD.unlink, missing_ok=True)
-        self.begin(serve=False, dhcpcd=str(DHCPCD), dhcpDeadline=2 if "IPv4" in then else 5)
+        self.begin(serve=False, under=WALLED, dhcpcd=str(DHCPCD), dhcpDeadline=2 if "IPv4" in then else 5)
         for line in FOREIGN.splitlines():
             ip("-n", "dev", *line.split())
         before = configured()
@@ -73,6 +75,7 @@ class Engines(WiredCase):
         send(*fault)
         getattr(self, then.replace(" ", "_"))(engine)
         self.p.until(lambda: configured() == before, f"not as before: {before}")
+        self.assertNotRegex(self.p.logged(), "lumod .*not permitted")
         self.stop()
         self.assertEqual({**left_over(), **configured()}, {**before, "engines": 0, "files": []}, self.p.logged())
 
