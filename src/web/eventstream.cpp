@@ -12,11 +12,11 @@ constexpr size_t blockBytes = 4096;
 
 } // namespace
 
-EventStream::EventStream(MHD_Connection* connection, QHostAddress local, QHostAddress peer,
-                         QByteArray beginning, Owner owner)
+EventStream::EventStream(MHD_Connection* connection, const QHostAddress& local,
+                         const QHostAddress& peer, QByteArray beginning, Owner owner)
     : m_connection(connection)
-    , m_local(std::move(local))
-    , m_peer(std::move(peer))
+    , m_local(local)
+    , m_peer(peer)
     , m_owner(std::move(owner))
     , m_sending(std::move(beginning))
 {

@@ -25,7 +25,7 @@ public:
         std::function<void(EventStream*)> ended;
     };
 
-    EventStream(MHD_Connection* connection, QHostAddress local, QHostAddress peer,
+    EventStream(MHD_Connection* connection, const QHostAddress& local, const QHostAddress& peer,
                 QByteArray beginning, Owner owner);
 
     /// The response that sends it, and ends it with itself.

@@ -32,7 +32,7 @@ void SoftApKeeper::open(const OrvaNetworkProfileSoftApSettings& settings,
                         const HostLink::Done& done)
 {
     QVariantHash asked = m_expiry.hasExpired() ? QVariantHash() : m_settings.__hash();
-    const QVariantHash changes = settings.__hash();
+    const QVariantHash& changes = settings.__hash();
     for (auto change = changes.begin(); change != changes.end(); ++change)
         asked.insert(change.key(), change.value());
     m_isAskedFor = true;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int maxQuestions = 4;
 constexpr int maxAddresses = 8;
-constexpr std::size_t maxTexts = maxAddresses * (NI_MAXHOST + 1);
+constexpr std::size_t maxTexts = std::size_t(maxAddresses) * (NI_MAXHOST + 1);
 
 std::atomic<int> questions{0};
 
