@@ -160,7 +160,8 @@ int main(int argc, char** argv)
     tree.addActivation(OrvaPowerManagerTargetRequestPath());
     tree.addValue(OrvaNetworkStateCurrentMAC())
         ->setValue(json(R"({"string":"00:11:22:AA:BB:CC"})"));
-    new WakeOnLan(&tree);
+    CMActivateNode::create(tree.nodes(), OrvaNetworkWakeOnLanSetEnabledPath())
+        ->setInvoke(new WakeOnLan(&tree), &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
     measureLoad("stream, not listening", neighbour.frameSocket());
     if (!enable(tree))
         return 1;

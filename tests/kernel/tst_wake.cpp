@@ -53,6 +53,8 @@ private Q_SLOTS:
         m_mac = m_tree->addValue(OrvaNetworkStateCurrentMAC());
         m_tree->addActivation(OrvaPowerManagerTargetRequestPath());
         m_wakeOnLan = new WakeOnLan(m_tree.get());
+        CMActivateNode::create(m_tree->nodes(), OrvaNetworkWakeOnLanSetEnabledPath())
+            ->setInvoke(m_wakeOnLan, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
         m_log.clear();
         enable(true);
     }

@@ -10,19 +10,20 @@
 
 // clang-format off
 
-/// The nodes by which the network manager tells how the network stands.
-#define ORVA_NETWORK_STATE_NODES(ROW)                                                              \
+/// The nodes of the network manager, in the order in which it creates them and clients see them:
+/// those by which it tells how the network stands, and the requests that it takes.
+#define ORVA_NETWORK_MANAGER_NODES(ROW)                                                            \
+    ROW(OrvaNetworkStateConnected, "network/state/connected", Value, "bool", Default, "",          \
+        "True if a wired or wireless link is up; a soft access point does not count.")             \
     ROW(OrvaNetworkInfoPath, "network/info", ReadOnly, "networkInfo", Default, "",                 \
         "The whole state: interfaces, addresses, known networks, airplane mode.")                  \
     ROW(OrvaNetworkStatePath, "network/state", Value, "networkState", Default, "",                 \
         "The overall state, in which soft access points take no part.")                            \
-    ROW(OrvaNetworkStateConnected, "network/state/connected", Value, "bool", Default, "",          \
-        "True if a wired or wireless link is up; a soft access point does not count.")             \
-    ROW(OrvaNetworkStateOnlinePath, "network/state/online", ReadOnly, "networkOnline", Default, "", \
-        "How far the device gets: the gateway by the watchdog's ping over Wi-Fi, the rest by the " \
-        "probe that the settings name.")                                                           \
     ROW(OrvaNetworkConnectingMessage, "network/state/message", Value, "string", Default, "",       \
         "The outcome of connecting, or of a WPS session, in words for a person.")                  \
+    ROW(OrvaNetworkScanResultsPath, "network/scan/results",                                        \
+        Rows, "networkScanResult", Default, "",                                                    \
+        "The networks that the last scan found.")                                                  \
     ROW(OrvaNetworkCurrentStatePath, "network/state/profile",                                      \
         Value, "networkProfile", Default, "",                                                      \
         "The network that is actually up, in the form of a profile; IPv4 alone. Without "          \
@@ -40,17 +41,6 @@
     ROW(OrvaNetworkProfilePath, "network/profile",                                                 \
         ReadOnly, "networkProfile", Default, "Network profile",                                    \
         "The configured profile, each key as \"****\".")                                           \
-    ROW(OrvaNetworkPendingProfilePath, "network/profile/pending",                                  \
-        ReadOnly, "networkPendingProfile", Default, "",                                            \
-        "The profile that comes back, and when, unless the one in use, which is on trial, is "     \
-        "confirmed; empty where none is on trial.")                                                \
-    ROW(OrvaNetworkLastJoinPath, "network/wireless/last-join",                                     \
-        ReadOnly, "networkLastJoin", Default, "",                                                  \
-        "What became of the last try to join a wireless network, and why it failed; empty until "  \
-        "one has ended. It stays while a soft access point runs.")                                 \
-    ROW(OrvaNetworkScanResultsPath, "network/scan/results",                                        \
-        Rows, "networkScanResult", Default, "",                                                    \
-        "The networks that the last scan found.")                                                  \
     ROW(OrvaNetworkLocalWebserverUrlPath, "network/webserver/url",                                 \
         Value, "string", Default, "Local Webserver URL",                                           \
         "The URL of the device's web page in the network, else on the device itself. "             \
@@ -62,43 +52,21 @@
         ReadOnly, "stringList", Service, "Connected SoftAp stations",                              \
         "Hardware addresses of the stations at the soft access points. Without a value until a "   \
         "soft access point first came up.")                                                        \
-    ROW(OrvaNetworkSoftApRequestsPath, "network/softap/requests",                                  \
-        ReadOnly, "softApRequests", Default, "",                                                   \
-        "The live requests for a soft access point, with their settings.")                         \
-    ROW(OrvaNetworkAirplaneModePath, "network/airplane-mode",                                      \
-        Value, "bool", Default, "Airplane Mode",                                                   \
-        "True if airplane mode is on; writing it stores it and switches the radios; what cannot "  \
-        "be stored changes nothing.")
-
-/// The requests that the network manager takes.
-#define ORVA_NETWORK_ACTION_NODES(ROW)                                                             \
     ROW(OrvaNetworkStartPath, "network/start", Action, "", Default, "",                            \
         "Applies the stored profile. Refused when networking is started already.")                 \
-    ROW(OrvaNetworkStopPath, "network/stop", Action, "", Default, "",                              \
-        "Disconnects, and ends every soft access point.")                                          \
     ROW(OrvaNetworkRestartPath, "network/restart", Action, "", Default, "",                        \
         "Stops and starts anew, whether or not either succeeds.")                                  \
     ROW(OrvaNetworkShutdownPath, "network/shutdown", Action, "", Default, "",                      \
         "Announces the end of the connection, and stops two seconds later.")                       \
+    ROW(OrvaNetworkStopPath, "network/stop", Action, "", Default, "",                              \
+        "Disconnects, and ends every soft access point.")                                          \
+    ROW(OrvaNetworkForceWifiReconnectPath, "network/wireless/reconnect", Action, "", Default, "",  \
+        "Has the daemon give up the wireless connection and connect anew.")                        \
     ROW(OrvaNetworkSetNetworkProfilePath, "network/profile/set",                                   \
         Action, "networkProfile", Default, "",                                                     \
         "Merges the profile over the stored one, applies and stores the result; where that "       \
         "cannot be stored, the one before is in use again. A key \"****\" means the one that is "  \
         "stored for the network.")                                                                 \
-    ROW(OrvaNetworkTryNetworkProfilePath, "network/profile/try",                                   \
-        Action, "networkProfileTrial", Default, "",                                                \
-        "Sets the profile like `network/profile/set`, on trial: the one before comes back when "   \
-        "the time is over, and at the host's next start, unless `network/profile/confirm` comes "  \
-        "first. Whatever changes the profile meanwhile is on trial with it; a second trial has a " \
-        "time of its own, and the profile that was confirmed last comes back after it.")           \
-    ROW(OrvaNetworkConfirmProfilePath, "network/profile/confirm", Action, "", Default, "",         \
-        "Ends the trial: the profile in use stays. Refused where none is on trial.")               \
-    ROW(OrvaNetworkRollbackProfilePath, "network/profile/rollback", Action, "", Default, "",       \
-        "Ends the trial: the profile before is in use again, also where that cannot be stored. "   \
-        "Refused where none is on trial.")                                                         \
-    ROW(OrvaNetworkRestoreBackupPath, "network/profile/restore-backup", Action, "", Default, "",   \
-        "Makes the wireless networks that too many refused keys set aside part of the profile "    \
-        "again, behind those that it has, as many as find room. Refused where none does.")                                                        \
     ROW(OrvaNetworkRemoveWirelessNetworkPath, "network/wireless/remove",                           \
         Action, "string", Default, "",                                                             \
         "Forgets the wireless network of this SSID.")                                              \
@@ -114,23 +82,53 @@
         "Answers a `string`, a fresh PIN of 8 digits.")                                            \
     ROW(OrvaNetworkApplyWpsPath, "network/wps/apply", Action, "networkInterface", Default, "",     \
         "Makes what a WPS session answered part of the profile.")                                  \
-    ROW(OrvaNetworkCancelWpsPath, "network/wps/cancel", Action, "", Default, "",                   \
-        "Ends the WPS session that runs; its own request fails. Refused where none runs.")         \
     ROW(OrvaNetworkWirelessRssiPath, "network/wireless/rssi", Action, "", Default, "",             \
         "Answers a `double`, the signal strength of the wireless connection in dBm.")              \
-    ROW(OrvaNetworkForceWifiReconnectPath, "network/wireless/reconnect", Action, "", Default, "",  \
-        "Has the daemon give up the wireless connection and connect anew.")                        \
     ROW(OrvaNetworkRequestSoftApPath, "network/softap/request",                                    \
         Action, "networkSoftApRequest", Default, "",                                               \
         "Asks for a soft access point; answers when it runs.")                                     \
     ROW(OrvaNetworkRevokeSoftApPath, "network/softap/revoke",                                      \
         Action, "networkSoftApRequest|string", Default, "",                                        \
         "Withdraws the request of this name.")                                                     \
-    ROW(OrvaNetworkRequestWifiRestartPath, "network/wireless/restart", Action, "", Default, "",    \
-        "Activates the node that the watchdog's criteria name; answers as that one does.")         \
     ROW(OrvaNetworkWakeOnLanSetEnabledPath, "network/wake-on-lan/set-enabled",                     \
         Action, "bool", Default, "",                                                               \
-        "Has magic packets wake the device, or no longer.")
+        "Has magic packets wake the device, or no longer.")                                        \
+    ROW(OrvaNetworkRequestWifiRestartPath, "network/wireless/restart", Action, "", Default, "",    \
+        "Activates the node that the watchdog's criteria name; answers as that one does.")         \
+    ROW(OrvaNetworkAirplaneModePath, "network/airplane-mode",                                      \
+        Value, "bool", Default, "Airplane Mode",                                                   \
+        "True if airplane mode is on; writing it stores it and switches the radios; what cannot "  \
+        "be stored changes nothing.")                                                              \
+    ROW(OrvaNetworkSoftApRequestsPath, "network/softap/requests",                                  \
+        ReadOnly, "softApRequests", Default, "",                                                   \
+        "The live requests for a soft access point, with their settings.")                         \
+    ROW(OrvaNetworkLastJoinPath, "network/wireless/last-join",                                     \
+        ReadOnly, "networkLastJoin", Default, "",                                                  \
+        "What became of the last try to join a wireless network, and why it failed; empty until "  \
+        "one has ended. It stays while a soft access point runs.")                                 \
+    ROW(OrvaNetworkStateOnlinePath, "network/state/online", ReadOnly, "networkOnline", Default, "", \
+        "How far the device gets: the gateway by the watchdog's ping over Wi-Fi, the rest by the " \
+        "probe that the settings name.")                                                           \
+    ROW(OrvaNetworkPendingProfilePath, "network/profile/pending",                                  \
+        ReadOnly, "networkPendingProfile", Default, "",                                            \
+        "The profile that comes back, and when, unless the one in use, which is on trial, is "     \
+        "confirmed; empty where none is on trial.")                                                \
+    ROW(OrvaNetworkTryNetworkProfilePath, "network/profile/try",                                   \
+        Action, "networkProfileTrial", Default, "",                                                \
+        "Sets the profile like `network/profile/set`, on trial: the one before comes back when "   \
+        "the time is over, and at the host's next start, unless `network/profile/confirm` comes "  \
+        "first. Whatever changes the profile meanwhile is on trial with it; a second trial has a " \
+        "time of its own, and the profile that was confirmed last comes back after it.")           \
+    ROW(OrvaNetworkConfirmProfilePath, "network/profile/confirm", Action, "", Default, "",         \
+        "Ends the trial: the profile in use stays. Refused where none is on trial.")               \
+    ROW(OrvaNetworkRollbackProfilePath, "network/profile/rollback", Action, "", Default, "",       \
+        "Ends the trial: the profile before is in use again, also where that cannot be stored. "   \
+        "Refused where none is on trial.")                                                         \
+    ROW(OrvaNetworkRestoreBackupPath, "network/profile/restore-backup", Action, "", Default, "",   \
+        "Makes the wireless networks that too many refused keys set aside part of the profile "    \
+        "again, behind those that it has, as many as find room. Refused where none does.")         \
+    ROW(OrvaNetworkCancelWpsPath, "network/wps/cancel", Action, "", Default, "",                   \
+        "Ends the WPS session that runs; its own request fails. Refused where none runs.")
 
 /// The settings of the network manager; the host's settings worker keeps them. Those with keys are
 /// secret nodes.
@@ -187,10 +185,10 @@
         "Name of the wireless interface.")                                                         \
     ROW(OrvaWebserverPortPath, "webserver/port", ReadOnly, "i32", Default, "",                     \
         "Port of the device's web page; 0 or less: none stands in its URL.")
+
 /// All of them.
 #define ORVA_NETWORK_NODES(ROW)                                                                    \
-    ORVA_NETWORK_STATE_NODES(ROW)                                                                  \
-    ORVA_NETWORK_ACTION_NODES(ROW)                                                                 \
+    ORVA_NETWORK_MANAGER_NODES(ROW)                                                                \
     ORVA_NETWORK_SETTING_NODES(ROW)                                                                \
     ORVA_NETWORK_FOREIGN_NODES(ROW)
 

@@ -133,6 +133,7 @@ void Networking::bindActions()
          &WirelessLink::on_wirelessRssiNode_activated);
     bind(OrvaNetworkRequestSoftApPath(), &m_softAps, &SoftAps::on_requestSoftAp_req);
     bind(OrvaNetworkRevokeSoftApPath(), &m_softAps, &SoftAps::on_revokeSoftAp_req);
+    bind(OrvaNetworkWakeOnLanSetEnabledPath(), &m_wakeOnLan, &WakeOnLan::on_setEnabled);
     bind(OrvaNetworkRequestWifiRestartPath(), m_wifiRestart, &WifiRestart::on_restart_requested);
 }
 

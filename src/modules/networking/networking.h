@@ -16,6 +16,7 @@
 #include "scan/scans.h"
 #include "softap/localsoftap.h"
 #include "softap/softaps.h"
+#include "wake/wakeonlan.h"
 #include "wps/wpssession.h"
 
 #include <QTimer>
@@ -114,6 +115,7 @@ private:
     QTimer m_shutdownTimer{this};
 
     // The rooms.
+    WakeOnLan m_wakeOnLan{this};
     Picture m_picture;
     Profiles m_profiles;
     WifiResource m_wifiResource{this};

@@ -2,8 +2,9 @@
 #include "nodetable.h"
 
 #include "core/orva.h"
+#include "network/networknodes.h"
 #include "network/networkpaths.h"
-#include "wake/wakeonlan.h"
+#include "nodelookup.h"
 
 namespace {
 
@@ -26,58 +27,16 @@ void create(CMNodes& nodes, const CMNodeRow& row)
     }
 }
 
-QVector<CMPath> pathsInOrder()
-{
-    return {OrvaNetworkStateConnected(),
-            OrvaNetworkInfoPath(),
-            OrvaNetworkStatePath(),
-            OrvaNetworkConnectingMessage(),
-            OrvaNetworkScanResultsPath(),
-            OrvaNetworkCurrentStatePath(),
-            OrvaNetworkStateEthernetMAC(),
-            OrvaNetworkStateWirelessMAC(),
-            OrvaNetworkStateCurrentMAC(),
-            OrvaNetworkStateCurrentCableStatus(),
-            OrvaNetworkProfilePath(),
-            OrvaNetworkLocalWebserverUrlPath(),
-            OrvaNetworkLocalWebserverLocalhostUrlPath(),
-            OrvaNetworkConnectedSoftApStationsPath(),
-            OrvaNetworkStartPath(),
-            OrvaNetworkRestartPath(),
-            OrvaNetworkShutdownPath(),
-            OrvaNetworkStopPath(),
-            OrvaNetworkForceWifiReconnectPath(),
-            OrvaNetworkSetNetworkProfilePath(),
-            OrvaNetworkRemoveWirelessNetworkPath(),
-            OrvaNetworkScanPath(),
-            OrvaNetworkPerformWpsPbcPath(),
-            OrvaNetworkPerformWpsPinPath(),
-            OrvaNetworkGenerateWpsPinPath(),
-            OrvaNetworkApplyWpsPath(),
-            OrvaNetworkWirelessRssiPath(),
-            OrvaNetworkRequestSoftApPath(),
-            OrvaNetworkRevokeSoftApPath()};
-}
-
 } // namespace
 
 CMNodes& createNodes(CMNodesWorker& worker)
 {
+    static constexpr CMNodeRow table[] = {ORVA_NETWORK_MANAGER_NODES(ORVA_NODE_ROW)};
     CMNodes& nodes = worker.nodes();
-    const auto paths = pathsInOrder();
-    for (const CMPath& path : paths)
-        create(nodes, orvaNetworkNode(path));
-    new WakeOnLan(&worker); // brings its own node
-    create(nodes, orvaNetworkNode(OrvaNetworkRequestWifiRestartPath()));
-    const CMPath airplaneModePath = OrvaNetworkAirplaneModePath();
-    const CMNodeRow& airplaneMode = orvaNetworkNode(airplaneModePath);
-    CMValueNode::create(nodes, airplaneMode)
-        ->setTitle(TrString(trExtractContext(titleContext), airplaneMode.title));
-    for (const CMPath& path :
-         {OrvaNetworkSoftApRequestsPath(), OrvaNetworkLastJoinPath(), OrvaNetworkStateOnlinePath(),
-          OrvaNetworkPendingProfilePath(), OrvaNetworkTryNetworkProfilePath(),
-          OrvaNetworkConfirmProfilePath(), OrvaNetworkRollbackProfilePath(),
-          OrvaNetworkRestoreBackupPath(), OrvaNetworkCancelWpsPath()})
-        create(nodes, orvaNetworkNode(path));
+    for (const CMNodeRow& row : table)
+        create(nodes, row);
+    const CMPath airplaneMode = OrvaNetworkAirplaneModePath();
+    valueNode(nodes, airplaneMode)
+        ->setTitle(TrString(trExtractContext(titleContext), orvaNetworkNode(airplaneMode).title));
     return nodes;
 }

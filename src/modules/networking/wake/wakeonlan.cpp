@@ -40,11 +40,9 @@ void closeSocket(int& socket, std::unique_ptr<QSocketNotifier>& notifier)
 
 } // namespace
 
-WakeOnLan::WakeOnLan(CMNodesWorker* worker)
-    : QObject(worker)
+WakeOnLan::WakeOnLan(QObject* parent)
+    : QObject(parent)
 {
-    CMActivateNode::create(worker->nodes(), orvaNetworkNode(OrvaNetworkWakeOnLanSetEnabledPath()))
-        ->setInvoke(this, &WakeOnLan::on_setEnabled, Qt::QueuedConnection);
     QTimer::singleShot(0, this, &WakeOnLan::on_init);
 }
 

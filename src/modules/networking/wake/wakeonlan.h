@@ -8,7 +8,6 @@
 #include <array>
 #include <memory>
 
-class CMNodesWorker;
 class CMSetDataRequest;
 class OrvaValue;
 
@@ -24,8 +23,7 @@ class WakeOnLan : public QObject
     Q_OBJECT
 
 public:
-    /// Creates the activate node among those of `worker`, which becomes the parent.
-    explicit WakeOnLan(CMNodesWorker* worker);
+    explicit WakeOnLan(QObject* parent);
     /// Closes the sockets.
     ~WakeOnLan() override;
 
