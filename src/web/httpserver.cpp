@@ -131,7 +131,7 @@ HttpServer::~HttpServer()
         MHD_stop_daemon(daemon);
 }
 
-quint16 HttpServer::listen(const QHostAddress& address, quint16 port, QString* why)
+OrvaResult<quint16> HttpServer::listen(const QHostAddress& address, quint16 port)
 {
     const bool isIPv6 = address.protocol() == QAbstractSocket::IPv6Protocol;
     sockaddr_in6 six = {};
@@ -153,10 +153,8 @@ quint16 HttpServer::listen(const QHostAddress& address, quint16 port, QString* w
         MHD_OPTION_NOTIFY_CONNECTION, &Callbacks::connectionChanged, this,
         MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, this,
         MHD_OPTION_LISTENING_ADDRESS_REUSE, 1U, MHD_OPTION_END);
-    if (!daemon) {
-        *why = QString::fromLocal8Bit(std::strerror(errno));
-        return 0;
-    }
+    if (!daemon)
+        return CMError::failed(QString::fromLocal8Bit(std::strerror(errno)));
     auto* timer = new QTimer(this);
     timer->setSingleShot(true);
     connect(timer, &QTimer::timeout, this, [this, daemon, timer] { run(daemon, timer); });
@@ -166,7 +164,7 @@ quint16 HttpServer::listen(const QHostAddress& address, quint16 port, QString* w
             [this, daemon, timer] { run(daemon, timer); });
     m_daemons.push_back(daemon);
     m_timers.push_back(timer);
-    return MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
+    return quint16{MHD_get_daemon_info(daemon, MHD_DAEMON_INFO_BIND_PORT)->port};
 }
 
 void HttpServer::run(MHD_Daemon* daemon, QTimer* timer)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "core/orvaresult.h"
 #include "httpexchange.h"
 
 #include <QElapsedTimer>
@@ -34,9 +35,8 @@ public:
     explicit HttpServer(HttpHandler handler, QObject* parent = nullptr);
     ~HttpServer() override;
 
-    /// Listens on that address too; port 0 stands for a free one. Gives the port, or 0 with the
-    /// reason in `why`.
-    [[nodiscard]] quint16 listen(const QHostAddress& address, quint16 port, QString* why);
+    /// Listens on that address too; port 0 stands for a free one. Gives the port.
+    [[nodiscard]] OrvaResult<quint16> listen(const QHostAddress& address, quint16 port);
 
     /// Sends an event to each stream. A slow reader gets only the last of the waiting events of one
     /// name.

@@ -68,11 +68,11 @@ void SetupPage::listenOnce()
         return;
     }
     for (const QString& address : m_settings.listen) {
-        QString why;
-        if (m_server.listen(QHostAddress(address), static_cast<quint16>(port), &why) != 0)
+        const auto listening = m_server.listen(QHostAddress(address), static_cast<quint16>(port));
+        if (listening)
             m_port = static_cast<quint16>(port);
         else
-            qCWarning(lcWeb).noquote() << "Cannot listen on" << address << port << why;
+            qCWarning(lcWeb).noquote() << "Cannot listen on" << address << port << listening.why();
     }
     if (m_port == 0)
         Q_EMIT failed();
