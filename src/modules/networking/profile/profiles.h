@@ -112,7 +112,9 @@ private:
 
     const qint32 m_maxAuthFailures;
     qint32 m_authFailureCount = -1; ///< Less than 0: none is counted.
-    bool m_networksDropped = false; ///< Wrong keys have emptied the profile that is being stored.
+    /// Wrong keys have emptied the profile that is being stored. Told when it is on the disk, for a
+    /// profile that the disk refuses must not bring the local soft AP sooner.
+    bool m_networksDropped = false;
 
     /// The changes of the device's own requests for a profile, by their replies, which nobody else
     /// has. It outlives the requests: those that are dropped at the end still take theirs out.

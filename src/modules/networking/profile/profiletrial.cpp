@@ -90,19 +90,18 @@ void ProfileTrial::forget()
 
 void ProfileTrial::begin(const CMSetDataRequest& request, const OrvaNetworkProfile& before)
 {
-    if (!std::exchange(m_running, true))
+    if (!m_before)
         m_before = before;
     m_timer.start(timeOf(request));
     OrvaNetworkPendingProfile pending;
-    pending.setBefore(hidePassword(m_before));
+    pending.setBefore(hidePassword(*m_before));
     pending.setUntilMs(monotonicMs() + timeOf(request));
     m_node->setValue(OrvaValue::of(pending));
 }
 
 void ProfileTrial::end()
 {
-    m_running = false;
-    m_before = OrvaNetworkProfile();
+    m_before.reset();
     m_timer.stop();
     m_node->setValue(OrvaValue::of(OrvaNetworkPendingProfile()));
 }

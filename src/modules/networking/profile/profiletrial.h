@@ -7,6 +7,8 @@
 
 #include <QTimer>
 
+#include <optional>
+
 /// A profile on trial: the one before comes back when the time is over.
 ///
 /// The profile that comes back is kept in a setting, so that it does so after an end of the host,
@@ -40,11 +42,11 @@ public:
     static void forget();
 
     /// True while a profile is on trial.
-    [[nodiscard]] bool isRunning() const { return m_running; }
+    [[nodiscard]] bool isRunning() const { return m_before.has_value(); }
     /// True while its time lasts.
     [[nodiscard]] bool isInTime() const { return m_timer.isActive(); }
-    /// The profile that comes back, with its keys.
-    [[nodiscard]] const OrvaNetworkProfile& before() const { return m_before; }
+    /// The profile that comes back, with its keys, while one is on trial.
+    [[nodiscard]] const OrvaNetworkProfile& before() const { return *m_before; }
 
     /// The request's profile is in use, and stored, in the place of `before`. A trial that runs
     /// goes on with the request's time, and with the profile that it had before.
@@ -58,7 +60,6 @@ Q_SIGNALS:
 
 private:
     CMValueNode* const m_node;
-    bool m_running = false;
-    OrvaNetworkProfile m_before;
+    std::optional<OrvaNetworkProfile> m_before; ///< Comes back, while a profile is on trial.
     QTimer m_timer{this};
 };

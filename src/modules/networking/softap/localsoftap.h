@@ -54,8 +54,10 @@ private:
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
     const NetworkingLife& m_life;
-    bool m_softApAutoEnabled = false;   ///< The device may have an access point of its own.
-    bool m_localSoftApActive = false;   ///< It is wanted, also while it may not be.
-    bool m_authFailureFallback = false; ///< Wrong keys have emptied the profile.
+    bool m_softApAutoEnabled = false; ///< The device may have an access point of its own.
+    bool m_localSoftApActive = false; ///< It is wanted, also while it may not be.
+    /// Wrong keys have emptied the stored profile, and the timer has not been started since: while
+    /// networking is stopped it is not.
+    bool m_authFailureFallback = false;
     QTimer m_softApTimer{this};
 };

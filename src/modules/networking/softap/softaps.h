@@ -80,6 +80,7 @@ private:
     const QString m_ownName;
     SoftApStations m_stations;
     CMValueNode* const m_softApRequestsNode;
+    /// In the order of the configuration, which the map by names does not keep.
     QStringList m_softApInterfaces;
     SoftApsByInterface m_softAps;
     bool m_softApRequestsChanged = false; ///< Their publication is queued.

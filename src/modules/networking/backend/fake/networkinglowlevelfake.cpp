@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -148,10 +149,9 @@ bool Networking_LowLevel_Fake::forceWifiReconnect()
 bool Networking_LowLevel_Fake::performWpsPbc(const CMReply<OrvaNetworkInterface>& reply)
 {
     LOG4CPLUS_INFO(fakeLogger(), "Generating fake WPS results");
-    if (m_wpsRunning)
+    if (m_wpsReply)
         return false;
     m_wpsReply = reply;
-    m_wpsRunning = true;
     QTimer::singleShot(wpsDelayMs, this, &Networking_LowLevel_Fake::on_wps_timeout);
     return true;
 }
@@ -224,14 +224,13 @@ Networking_LowLevel::InterfaceStatus Networking_LowLevel_Fake::interfaceStatus(c
 
 void Networking_LowLevel_Fake::on_wps_timeout()
 {
-    if (!m_wpsRunning)
+    if (!m_wpsReply)
         return;
     const OrvaNetworkInterface credentials = wpsCredentials();
     LOG4CPLUS_INFO(fakeLogger(), "WPS results: " << credentials);
     // The session is over before it is answered: the answer may start the next session.
-    m_wpsRunning = false;
-    const auto reply = std::exchange(m_wpsReply, {});
-    reply.finish(credentials);
+    const auto reply = std::exchange(m_wpsReply, std::nullopt);
+    reply->finish(credentials);
 }
 
 void Networking_LowLevel_Fake::on_connect_delayed()

@@ -5,6 +5,8 @@
 
 #include <QNetworkInterface>
 
+#include <optional>
+
 class NetworkListener;
 
 /// The backend of a device whose root file system is on the network: configures nothing, lest the
@@ -47,6 +49,5 @@ private:
 
     NetworkListener& m_listener;
     OrvaNetworkProfileType m_profileType;
-    CMReply<OrvaNetworkInterface> m_wpsReply;
-    bool m_wpsRunning = false;
+    std::optional<CMReply<OrvaNetworkInterface>> m_wpsReply; ///< Of the session that runs.
 };
