@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "networking.h"
+#include "networkingerror.h"
 #include "networkinglog.h"
 
 namespace {
@@ -35,7 +36,7 @@ void Networking::on_start_req(const CMSetDataRequest& request)
     if (m_life == NetworkingLife::Started) {
         const QString text = QStringLiteral("start_req called while already started!");
         LOG4CPLUS_ERROR(networkingLogger(), text);
-        return request.fail(CMError(QStringLiteral("Error"), text));
+        return request.fail(networkingFailure(text));
     }
     cancelShutdown();
     setLife(NetworkingLife::Started);
@@ -52,8 +53,8 @@ void Networking::on_stop_req(const CMSetDataRequest& request)
     if (!m_lowlevel->disconnect()) {
         setLife(before);
         LOG4CPLUS_WARN(networkingLogger(), "Unable to disconnect!");
-        return request.fail(CMError(QStringLiteral("Error"), TrString(trExtractContext(stopContext),
-                                                                      "Unable to disconnect!")));
+        return request.fail(
+            networkingFailure(TrString(trExtractContext(stopContext), "Unable to disconnect!")));
     }
     m_picture.edit([](OrvaNetworkInfo& info) { info = withUnconfiguredIdle(info, {}); });
     m_softAps.clearSoftAp();
@@ -80,8 +81,7 @@ void Networking::on_shutdown_req(const CMSetDataRequest& request)
 {
     const auto trace = dbglog_scopedFunction(networkingLogger(), Q_FUNC_INFO);
     if (m_life.isShuttingDown())
-        return request.fail(
-            CMError(QStringLiteral("error"), QStringLiteral("Shutdown in progress")));
+        return request.fail(CMError::failed(QStringLiteral("Shutdown in progress")));
     setLife(m_life.isStarted() ? NetworkingLife::ShuttingDown
                                : NetworkingLife::ShuttingDownStopped);
     m_picture.shutDown();

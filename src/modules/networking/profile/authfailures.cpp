@@ -66,7 +66,7 @@ OrvaResult<OrvaNetworkProfile> Profiles::forgetNetworks(const OrvaNetworkProfile
     if (m_authFailureCount < m_maxAuthFailures) {
         const QString text = QStringLiteral("The wireless networks changed, they stay.");
         LOG4CPLUS_INFO(networkingLogger(), text);
-        return CMError(QStringLiteral("error"), text);
+        return CMError::failed(text);
     }
     m_networksDropped = true;
     return withoutNetworks(profile);
@@ -80,5 +80,5 @@ void Profiles::on_restoreBackup_req(const CMSetDataRequest& request)
         return request.fail(networkingError(restoreContext, "No wireless network was set aside."));
     const auto restored = requestChange(
         [backup](const OrvaNetworkProfile& inUse) { return restoreNetworks(inUse, backup); });
-    restored.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
+    request.answerAs(restored);
 }

@@ -17,7 +17,7 @@ OrvaResult<void> verifyNetwork(const OrvaNetworkInterface& network)
     if (why.isEmpty())
         return {};
     LOG4CPLUS_ERROR(networkingLogger(), "Invalid key/encryption: " << why);
-    return CMError(QStringLiteral("error"), why);
+    return CMError::failed(why);
 }
 
 /// Every container is searched and every type counts as a key, since a setting may hold fields that

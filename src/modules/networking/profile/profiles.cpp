@@ -224,5 +224,5 @@ void Profiles::on_removeWirelessNetwork_req(const CMSetDataRequest& request)
         return request.fail(known.error());
     const auto removed =
         requestChange([ssid](const Profile& inUse) { return forgetNetwork(inUse, ssid); });
-    removed.addWatcher([request](const CMReply<QVariant>& ended) { request.answerAs(ended); });
+    request.answerAs(removed);
 }

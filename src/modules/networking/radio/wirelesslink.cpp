@@ -2,6 +2,7 @@
 #include "radio/wirelesslink.h"
 
 #include "backend/networkinglowlevel.h"
+#include "networkingerror.h"
 #include "networkinglog.h"
 
 namespace {
@@ -31,8 +32,7 @@ void WirelessLink::on_wirelessRssiNode_activated(const CMSetDataRequest& request
     const auto trace = dbglog_scopedFunction(networkingLogger(), rssiContext);
     const double rssi = m_lowlevel.getWirelessRssi();
     if (rssi == 0.0)
-        return request.fail(
-            CMError(QStringLiteral("Error"),
-                    TrString(trExtractContext(rssiContext), "Unable to get wireless rssi")));
+        return request.fail(networkingFailure(
+            TrString(trExtractContext(rssiContext), "Unable to get wireless rssi")));
     request.answer(OrvaValue::of(rssi));
 }

@@ -4,13 +4,10 @@
 OrvaRoles scanRow(const OrvaNetworkScanResult& result)
 {
     const QString ssid = result.ssid();
-    OrvaValue value;
-    value.setNetworkScanResult(result);
-
     OrvaRoles row;
     row.setId(QString::fromLatin1(ssid.toUtf8().toHex()));
     row.setTitle(ssid);
     row.setType(OrvaRolesType::WirelessScan);
-    row.setValue(value);
+    row.setValue(OrvaValue::of(result));
     return row;
 }

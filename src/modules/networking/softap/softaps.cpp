@@ -123,7 +123,7 @@ OrvaResult<void> SoftAps::checkInterface(const QString& interface) const
         return {};
     const QString text = QStringLiteral("Unknown SoftAp interface: ") + interface;
     LOG4CPLUS_WARN(networkingLogger(), text);
-    return CMError(QStringLiteral("Error"), text);
+    return networkingFailure(text);
 }
 
 void SoftAps::on_revokeSoftAp_req(const CMSetDataRequest& request)
@@ -210,7 +210,7 @@ void SoftAps::failPending(const QString& interface, const char* text)
     const auto pending = std::exchange(m_softAps[interface].pending, {});
     for (const CMSetDataRequest& request : pending) {
         LOG4CPLUS_WARN(networkingLogger(), text);
-        request.fail(CMError(QStringLiteral("Error"), TrString(text)));
+        request.fail(networkingFailure(TrString(text)));
     }
 }
 

@@ -155,13 +155,7 @@ void WifiRestart::on_restart_requested(const CMSetDataRequest& request)
             CMError(QStringLiteral("Networking"),
                     TrString(trExtractContext(requestContext), "No wifi restart path defined")));
     }
-    const auto passOn = [request](const CMReply<QVariant>& outcome) {
-        if (outcome.error().isEmpty())
-            request.answer();
-        else
-            request.fail(outcome.error());
-    };
-    invokeRestart(path).addWatcher(this, passOn);
+    request.answerAs(invokeRestart(path));
 }
 
 OrvaNetworkWifiRestartCriteria WifiRestart::criteria() const
