@@ -378,6 +378,15 @@ class Joining(WithDevice):
         self.assertEqual(self.get(PROFILE, "networkProfile")["wireless"]["key"], "long enough")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
 
+    def test_a_profile_in_force_is_not_that_of_before(self):
+        self.addCleanup(self.device.shell, "orvactl world delay dhcp 20; orvactl profile set --dhcp --type auto; orvactl wifi forget Home; orvactl world unplug")
+        self.does("wifi connect Home --key-file - && orvactl profile set --type wireless && orvactl world delay dhcp 600 && orvactl world plug", stdin="correct horse")
+        for command in "type auto", "ip 192.168.178.9 --netmask 255.255.255.0 --dns 9.9.9.8,1.1.1.1; orvactl world hang 600", "dns 1.1.1.1":
+            self.does("profile set --" + command)
+            info = self.get("network/info", "networkInfo")
+            self.assertEqual(info["wired"]["state"], 1, command)
+        self.assertEqual([server["ip"] for server in info["dns"]], ["1.1.1.1"])
+
     def test_a_closed_soft_ap_and_its_code(self):
         self.does("softap qr", 4, "failed: No soft access point runs")
         self.does("world delay softAp 0; orvactl softap request me --ssid 'a;b' --key-file -", stdin="1234567", status=4, reason="failed: SoftAp passphrase")

@@ -22,6 +22,13 @@ Result waitUntil(Context& context, const InfoVerdict& verdict, const QDeadlineTi
                        "on trying.")};
 }
 
+/// What the daemon has told before it answers something is in the picture; of an action the host
+/// may not have heard the least by then.
+void hearDaemon(Context& context)
+{
+    static_cast<void>(context.host.invoke(OrvaNetworkWirelessRssiPath(), {}));
+}
+
 } // namespace
 
 Outcome<OrvaValue> activate(Context& context, const CMPath& path, const OrvaValue& value,
@@ -37,6 +44,7 @@ Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdi
 {
     if (!context.waits)
         return {};
+    hearDaemon(context);
     const QDeadlineTimer given = context.bus.deadline();
     const QDeadlineTimer deadline = given.isForever() ? QDeadlineTimer(resultPatience) : given;
     const QDeadlineTimer early(settling);
@@ -61,6 +69,11 @@ InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached)
     };
 }
 
+bool isConnected(const OrvaNetworkInfo& info)
+{
+    return info.state() == OrvaNetworkState::Connected;
+}
+
 Departure::Departure(Context& context, const std::function<bool(const OrvaNetworkInfo& info)>& isUp)
 {
     QObject::connect(&context.host, &Host::valueChanged, &m_guard,
@@ -70,9 +83,8 @@ Departure::Departure(Context& context, const std::function<bool(const OrvaNetwor
                          const bool wasUp = std::exchange(m_wasUp, isUp(value.networkInfo()));
                          m_seen = m_seen || (wasUp && !m_wasUp);
                      });
-    // The network that was about to come up may still do so. What the daemon has told before it
-    // answers something is in the picture: down by then is down for good.
-    static_cast<void>(context.host.invoke(OrvaNetworkWirelessRssiPath(), {}));
+    // The network that was about to come up may still do so; down by then is down for good.
+    hearDaemon(context);
     const auto info = context.host.value(OrvaNetworkInfoPath());
     m_seen = m_seen || (info && !isUp(info->networkInfo()));
 }

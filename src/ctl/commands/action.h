@@ -29,6 +29,9 @@ Result waitForInfo(Context& context, const InfoVerdict& verdict, const InfoVerdi
 /// A verdict that is done when `reached` says so.
 InfoVerdict whenInfo(std::function<bool(const OrvaNetworkInfo& info)> reached);
 
+/// True if there is a network, by cable or Wi-Fi.
+bool isConnected(const OrvaNetworkInfo& info);
+
 /// Notices that the network was left, once the host has answered the request to leave it.
 class Departure
 {

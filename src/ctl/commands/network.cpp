@@ -7,11 +7,6 @@ namespace ctl {
 
 namespace {
 
-bool isConnected(const OrvaNetworkInfo& info)
-{
-    return info.state() == OrvaNetworkState::Connected;
-}
-
 bool isDisconnected(const OrvaNetworkInfo& info)
 {
     return info.state() == OrvaNetworkState::Disconnected;

@@ -2,23 +2,14 @@
 #include "commands/families.h"
 #include "commands/joining.h"
 #include "commands/profileedit.h"
+#include "commands/profileforce.h"
 #include "output/names.h"
 
 #include "core/orvawords.h"
-#include "network/networkrules.h"
-
-#include <algorithm>
 
 namespace ctl {
 
 namespace {
-
-bool hasAddress(const Arguments& given)
-{
-    return given.flag("--dhcp") || !given.text("--ip").isEmpty() ||
-           !given.text("--netmask").isEmpty() || !given.text("--gateway").isEmpty() ||
-           !given.texts("--dns").isEmpty();
-}
 
 QString addressing(const OrvaNetworkInterface& interface)
 {
@@ -95,79 +86,6 @@ OrvaNetworkProfile withType(OrvaNetworkProfile profile, const QString& type)
     return profile;
 }
 
-/// The interface that the command is about: that whose address it sets, else the profile's.
-OrvaNetworkProfileType::Value subject(const OrvaNetworkProfile& profile, const Arguments& given)
-{
-    if (!hasAddress(given))
-        return profile.type();
-    return given.text("--interface") == QLatin1String("wireless") ? OrvaNetworkProfileType::Wireless
-                                                                  : OrvaNetworkProfileType::Wired;
-}
-
-bool holds(const OrvaList<OrvaNetworkAddress>& addresses, const QString& ip)
-{
-    return std::any_of(addresses.begin(), addresses.end(),
-                       [&](const OrvaNetworkAddress& address) { return address.ip() == ip; });
-}
-
-/// True if there is the address that `wanted` asks for. Of a DHCP server's all are right.
-bool hasAddress(const OrvaList<OrvaNetworkAddress>& addresses, const OrvaNetworkInterface& wanted)
-{
-    return std::any_of(addresses.begin(), addresses.end(), [&](const OrvaNetworkAddress& address) {
-        return wanted.dhcp() ? address.dhcp()
-                             : address.ip() == wanted.ip() &&
-                                   orvaPrefixToNetmask(address.prefix()) == wanted.netmask();
-    });
-}
-
-/// True if the interface is up with what was asked for, which is `wanted`.
-template <typename Interface>
-bool isUpAsAsked(const OrvaNetworkInfo& info, const Interface& interface,
-                 const OrvaNetworkInterface& wanted, const Arguments& given)
-{
-    if (interface.state() != OrvaNetworkState::Connected)
-        return false;
-    if (!hasAddress(given))
-        return true;
-    const QStringList servers = wanted.dns();
-    const auto isServer = [&](const QString& server) { return holds(info.dns(), server); };
-    const bool hasRoute = wanted.gateway().isEmpty() || holds(info.gateways(), wanted.gateway());
-    return hasAddress(interface.addresses(), wanted) &&
-           (wanted.dhcp() || (hasRoute && std::all_of(servers.begin(), servers.end(), isServer)));
-}
-
-bool isInForce(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
-               const Arguments& given)
-{
-    switch (subject(profile, given)) {
-    case OrvaNetworkProfileType::Wired:
-        return isUpAsAsked(info, info.wired(), profile.wired(), given);
-    case OrvaNetworkProfileType::Wireless:
-        return isUpAsAsked(info, info.wireless(), profile.wireless(), given);
-    case OrvaNetworkProfileType::Auto:
-        return info.state() == OrvaNetworkState::Connected;
-    }
-    return false;
-}
-
-/// The profile is set, and something else keeps it from being in force.
-std::optional<Result> isForLater(const OrvaNetworkInfo& info, const OrvaNetworkProfile& profile,
-                                 const Arguments& given)
-{
-    const auto about = subject(profile, given);
-    std::optional<Result> why;
-    if (about == OrvaNetworkProfileType::Wireless)
-        why = noWireless(info, profile);
-    else if (about == OrvaNetworkProfileType::Auto)
-        why = noNetwork(info, profile);
-    else if (!info.wired().cableConnected())
-        why = Failure{ExitStatus::NoNetwork, QStringLiteral("There is no cable.")};
-    if (!why)
-        return std::nullopt;
-    return Failure{why->error().status,
-                   QStringLiteral("The profile is set, for later: %1").arg(why->error().text)};
-}
-
 /// True of an action that the host has taken, and whose result has not come about.
 bool isTaken(ExitStatus status)
 {
@@ -178,19 +96,19 @@ bool isTaken(ExitStatus status)
 
 Result changeProfile(Context& context, const Arguments& given)
 {
-    if (given.text("--type").isEmpty() && !hasAddress(given))
+    if (given.text("--type").isEmpty() && !asksForAddress(given))
         return Failure{ExitStatus::Usage, QStringLiteral("Nothing to change: see --help.")};
     const auto published = publishedProfile(context.host);
     if (!published)
         return published.error();
     OrvaNetworkProfile profile = withType(*published, given.text("--type"));
     const bool isWireless = given.text("--interface") == QLatin1String("wireless");
-    if (hasAddress(given) && isWireless && profile.wireless().ssid().isEmpty())
+    if (asksForAddress(given) && isWireless && profile.wireless().ssid().isEmpty())
         return Failure{ExitStatus::Usage,
                        QStringLiteral("There is no wireless network to set it for.")};
-    if (hasAddress(given) && isWireless)
+    if (asksForAddress(given) && isWireless)
         profile.setWireless(withAddress(profile.wireless(), given));
-    else if (hasAddress(given))
+    else if (asksForAddress(given))
         profile.setWired(withAddress(profile.wired(), given));
     const Action setting = settingOf(profile, given);
     const JoinWatch watch(context);
@@ -222,11 +140,8 @@ Command::Run exchangeProfile(const CMPath& action)
                              if (path == OrvaNetworkProfilePath())
                                  profile = value.networkProfile();
                          });
-        const auto isConnected = [](const OrvaNetworkInfo& info) {
-            return info.state() == OrvaNetworkState::Connected;
-        };
         return watch.explained(
-            activateAndReturn(context, action, isConnected, [&](const OrvaNetworkInfo& info) {
+            activateAndReturn(context, action, &isConnected, [&](const OrvaNetworkInfo& info) {
                 return noNetwork(info, *profile);
             }));
     };
@@ -236,8 +151,8 @@ std::vector<Parameter> setParameters()
 {
     using Kind = Parameter::Kind;
     return {
-        Parameter{"--type", "Which interface the profile configures"}.valueOf(
-            OrvaNetworkProfileType::values()),
+        Parameter{"--type", "What is configured; auto: the cable where there is one, else Wi-Fi"}
+            .valueOf(OrvaNetworkProfileType::values()),
         Parameter{"--interface", "Whose address the options below set; wired where not given"}
             .oneOf({"wired", "wireless"}),
         {"--ip", "Static address", Kind::Address},
@@ -252,37 +167,6 @@ std::vector<Parameter> setParameters()
 }
 
 } // namespace
-
-Outcome<OrvaNetworkProfile> publishedProfile(Host& host)
-{
-    const auto value = host.value(OrvaNetworkProfilePath());
-    return value ? Outcome<OrvaNetworkProfile>(value->networkProfile()) : value.error();
-}
-
-Parameter confirmTime()
-{
-    return {"--confirm",
-            "Go back to the profile before unless \"orvactl profile confirm\" comes in that time",
-            Parameter::Kind::Seconds};
-}
-
-Action settingOf(const OrvaNetworkProfile& profile, const Arguments& given)
-{
-    const auto seconds = given.seconds("--confirm");
-    if (!seconds)
-        return {OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile)};
-    OrvaNetworkProfileTrial trial;
-    trial.setProfile(profile);
-    trial.setConfirmWithinMs(qRound(qMin(*seconds, 1e6) * 1000));
-    return {OrvaNetworkTryNetworkProfilePath(), OrvaValue::of(trial)};
-}
-
-void noteTrial(const Output& out, const Arguments& given)
-{
-    if (given.seconds("--confirm"))
-        out.note(QStringLiteral("The profile before comes back unless \"orvactl profile confirm\" "
-                                "comes in time."));
-}
 
 Commands profileCommands()
 {
