@@ -66,6 +66,10 @@ isPage = isPage || (NR == 1 && /^# /) { # a page of Markdown
     next
 }
 
+/^\/\/ SPDX-/ {
+    next
+}
+
 { # a commented configuration
     if (match($0, /^ *\/\/ ?/)) {
         code(0)
