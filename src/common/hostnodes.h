@@ -8,7 +8,7 @@
 /// The nodes by which the host shows its own state.
 #define ORVA_HOST_NODES(ROW)                                                                       \
     ROW(HostSettingsFaultPath, "host/settings-fault", ReadOnly, "string", Default, "",             \
-        "Why settings cannot be stored, and are refused; empty while they can, as far as was tried.")
+        "Why the last setting could not be stored, and was refused; empty once one was stored again.")
 // clang-format on
 
 /// The row of the node at `path`, for its creation. A path without a row is our own mistake
