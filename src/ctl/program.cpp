@@ -7,15 +7,12 @@ namespace {
 
 const char footer[] =
     R"(Values are JSON, as one key that names the type: {"bool":true}. A plain word or number is enough where
-the host knows the node's type, see "orvactl nodes"; "-" reads the value from standard input. What is one
-of several, such as a state, is shown as its word, in JSON output as its number, and taken as either.
+the host knows the node's type, see "orvactl nodes"; "-" reads the value from standard input. A state and
+its like are shown as a word, with --json as a number; both are taken.
 
-What a command asks of the host is given up after 25 seconds (a scan after 35, a WPS session after 130)
-where it is given no time; with one, all of it ends in that time. Actions wait for their result: 90 seconds,
-or what --wait gives; --wait 0 has them end once the host has taken the request. Time that it takes to
-type a key is not counted.
-
-orvactl(1) has examples and tells what each exit status means.)";
+Actions wait for their result: 90 seconds, or what --wait gives; with --wait 0 they end once the host has
+taken the request. All else ends when the host has answered, or after 25 seconds without an answer (a scan 35,
+a WPS session 130). A time that is given holds for the whole command; typing a key does not count.)";
 
 std::vector<Note> environment()
 {

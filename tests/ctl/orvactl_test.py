@@ -68,7 +68,7 @@ class WithDevice(unittest.TestCase):
         done = self.device.shell(command, **more)
         self.assertEqual(done.returncode, status, f"{command}: {done.stderr}")
         self.assertEqual(bool(done.stderr), status != 0, f"{command}: a fault, and only a fault, has a text")
-        return done.stdout
+        return done.stderr if status else done.stdout
 
     def json(self, command):
         documents = [json.loads(line) for line in self.ends(0, command).splitlines()]
@@ -140,7 +140,7 @@ class Nodes(WithDevice):
 
     @unittest.skipUnless(os.geteuid() == 0, "only root can become somebody else")
     def test_the_bus_policy_refuses_a_stranger(self):
-        self.ends(5, "orvactl nodes", under=NOBODY)
+        self.assertIn("netdev may", self.ends(5, "orvactl nodes", under=NOBODY))
 
     def test_words_and_json_become_typed_values(self):
         for path, text, value in [
@@ -373,7 +373,9 @@ class Joining(WithDevice):
         self.assertRegex(self.ends(0, "orvactl status"), r"192\.168\.178\.254\nName servers *9\.9\.9\.8")
         self.does("world delay softAp 60000; timeout 5 orvactl softap request me --wait 0 && orvactl softap revoke me")
         self.does("softap request me --wait 0 --hold", 4, "failed: Requested hold")
-        self.does("network stop; orvactl get network/state | grep -qx disconnected && orvactl network start")
+        self.does("network stop; orvactl get network/state | grep -qx disconnected")
+        self.does("wifi connect Home --keep", 4, 'failed: Networking is not started. "orvactl network start" ')
+        self.does("network start")
         self.does("wifi connect Mute --key-file - --wait 0", stdin="long enough")  # not open, where a key is given
         self.assertEqual(self.get(PROFILE, "networkProfile")["wireless"]["key"], "long enough")
         self.does("wifi forget Mute && orvactl wifi forget Home && orvactl world unplug")
@@ -436,6 +438,7 @@ class Joining(WithDevice):
         for ended, end in [(-signal.SIGINT, lambda: session.send_signal(signal.SIGINT)), (4, lambda: self.does("wifi wps cancel"))]:
             session = self.device.start("orvactl", "wifi", "wps", "pbc")
             self.device.until(lambda: status() == 1)
+            self.does("wifi scan --wait 0.1", 16, "busy: A WPS session runs; the scan waits")
             end()
             self.assertEqual((session.wait(LIMIT), status()), (ended, 3))
         self.does("wifi wps cancel", 4, "failed: No WPS session runs.")
@@ -540,7 +543,7 @@ class LostHost(WithDevice):
         watcher.stdout.readline()
         self.device.host.kill()
         self.assertEqual(watcher.wait(LIMIT), 8)
-        self.ends(8, "orvactl nodes")
+        self.assertIn('"systemctl start orva-host"', self.ends(8, "orvactl nodes"))
         self.ends(3, f"orvactl wait {MAXIMUM}==9 --timeout 0.5")
         self.device.start_host()
         self.ends(0, f"orvactl set {MAXIMUM} 9")

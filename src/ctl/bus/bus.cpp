@@ -41,6 +41,22 @@ bool isWithoutWorld(const QDBusError& error)
            error.message().contains(QLatin1String("org.orva.lumod.World"));
 }
 
+/// The text of the error, where the bus's own would not help a person: what to do.
+QString textFor(const QDBusError& error)
+{
+    if (error.type() == QDBusError::AccessDenied)
+        return QStringLiteral("The bus does not let this user speak to the host; root and the "
+                              "group netdev may.");
+    if (error.type() == QDBusError::ServiceUnknown)
+        return QStringLiteral("The host is not on the bus; \"systemctl start orva-host\" starts "
+                              "it.");
+    if (error.type() == QDBusError::NoReply)
+        return QStringLiteral("The host has left the bus.");
+    if (error.message() == QLatin1String("Networking is not started."))
+        return error.message() + QStringLiteral(" \"orvactl network start\" starts it.");
+    return error.message().isEmpty() ? error.name() : error.message();
+}
+
 /// The exit status for a D-Bus error, and a text that a person understands.
 Failure fromBusError(const QDBusError& error)
 {
@@ -50,7 +66,7 @@ Failure fromBusError(const QDBusError& error)
             QStringLiteral("lumod drives this machine's own interfaces here; these commands "
                            "belong to the world that it plays with --world.")};
     const ExitStatus status = statusOf(error);
-    const QString text = error.message().isEmpty() ? error.name() : error.message();
+    const QString text = textFor(error);
     if (error.type() == QDBusError::LimitsExceeded)
         return Failure{ExitStatus::Busy, text};
     if (error.name() == QLatin1String("org.orva.Error.WrongKind"))

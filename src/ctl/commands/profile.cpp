@@ -159,7 +159,7 @@ std::vector<Parameter> setParameters()
         {"--netmask", "Its netmask", Kind::Address},
         {"--gateway", "Gateway", Kind::Address},
         {"--dns", "Name servers, commas between them", Kind::Addresses},
-        Parameter{"--dhcp", "Address by DHCP", Kind::Flag}.without(
+        Parameter{"--dhcp", "Address by DHCP, in place of those above", Kind::Flag}.without(
             {"--ip", "--netmask", "--gateway", "--dns"}),
         confirmTime(),
         resultTime(),

@@ -43,9 +43,12 @@ Result wakeOnLan(Context& context, const Arguments& given)
 
 Commands radioCommands()
 {
-    const Parameter state = Parameter{"STATE", "on or off"}.oneOf({"on", "off"});
+    const Parameter state = Parameter{"STATE", "What it is to be"}.oneOf({"on", "off"});
     return {
-        {"airplane", "Switches airplane mode, or shows it", {state, resultTime()}, &airplane},
+        {"airplane",
+         "Switches airplane mode; shows it where STATE is not given",
+         {state, resultTime()},
+         &airplane},
         {"wol", "Switches wake-on-LAN", {state.required()}, &wakeOnLan},
     };
 }

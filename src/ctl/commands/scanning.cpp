@@ -53,8 +53,8 @@ Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
     return {};
 }
 
-/// That it scans, or what the radio does that a scan must wait for.
-QString whatHappens(Host& host)
+/// What the radio does that a scan must wait for; empty for nothing.
+QString hindranceOf(Host& host)
 {
     const auto info = host.value(OrvaNetworkInfoPath());
     const auto wireless = info ? info->networkInfo().wireless() : OrvaNetworkWirelessInterface();
@@ -62,15 +62,22 @@ QString whatHappens(Host& host)
         return QStringLiteral("A WPS session runs; the scan waits for its end.");
     if (wireless.connectingStatus() == OrvaNetworkConnectingStatus::Connecting)
         return QStringLiteral("A network is being joined; the scan waits for that.");
-    return QStringLiteral("Scanning…");
+    return {};
 }
 
 Result scan(Context& context, const Arguments&)
 {
+    const QString hindrance = hindranceOf(context.host);
     if (Output::stderrIsTerminal())
-        context.out.note(whatHappens(context.host));
+        context.out.note(hindrance.isEmpty() ? QStringLiteral("Scanning…") : hindrance);
     const auto answer = context.host.invoke(OrvaNetworkScanPath(), {}, scanPatience);
-    return answer ? showNetworks(context, answer->networkScanResults()) : answer.error();
+    if (answer)
+        return showNetworks(context, answer->networkScanResults());
+    const auto status = answer.error().status;
+    const bool hadToWait = status == ExitStatus::TimedOut || status == ExitStatus::Failed;
+    if (hadToWait && !hindrance.isEmpty())
+        return Failure{ExitStatus::Busy, hindrance};
+    return answer.error();
 }
 
 Result list(Context& context, const Arguments&)

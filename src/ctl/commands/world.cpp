@@ -114,11 +114,11 @@ const Parameter pin = Parameter{"PIN", "The PIN that the device shows"}.required
 const Parameter reason = Parameter{"TEXT", "Why"}.required();
 const Parameter station = Parameter{"MAC", "Hardware address of the station"}.required();
 const Parameter step =
-    Parameter{"STEP", "The step"}
+    Parameter{"STEP", "Which"}
         .oneOf({"scan", "associate", "dhcp", "leave", "softAp", "wps", "wpsWalk", "retry"})
         .required();
 const Parameter fault =
-    Parameter{"KIND", "How; none ends it"}
+    Parameter{"KIND", "In which way; none ends it"}
         .oneOf({"none", "wrong-types", "missing-keys", "oversized", "other-widths"})
         .required();
 

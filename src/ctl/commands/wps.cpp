@@ -146,8 +146,8 @@ Commands wpsCommands()
                              Kind::Flag};
     const Parameter time = {
         "--wait",
-        "Wait at most SECONDS for the session's end and, with --apply, for the network; where not "
-        "given 130 and 90, and 0 waits for the session alone",
+        "Wait at most SECONDS for the session's end and, with --apply, for the network; 130 and "
+        "90 where not given; 0 waits for the session alone",
         Kind::Wait};
     const Parameter pin = {"PIN", "8 digits; a fresh one where not given"};
     return {

@@ -104,7 +104,8 @@ Parser::Parser(const Program& program)
     , m_apps{{"", &m_app}}
 {
     m_app.fallthrough();
-    m_app.footer(program.footer);
+    m_app.footer(program.footer +
+                 "\n\norvactl(1) has examples and tells what each exit status means.");
     m_app.get_formatter()->column_width(32);
     m_app.get_formatter()->label("REQUIRED", "");
     for (const TypeRow& row : typeRows())
@@ -135,11 +136,18 @@ void Parser::add(const Command& command)
 
 void Parser::add(CLI::App& app, Arguments& arguments, const std::vector<Parameter>& parameters)
 {
+    // The description says what is in place of what; beside the type it would part the two.
+    const auto hideExclusion = [](CLI::Option& option) {
+        const std::string type = shownType(option.get_type_name());
+        option.option_text(type.empty() ? " " : type);
+    };
     for (const Parameter& parameter : parameters) {
         CLI::Option* option = add(app, arguments, parameter);
         // Those that it excludes stand before it.
-        for (const std::string& other : parameter.excludes)
-            option->excludes(app.get_option(other));
+        for (const std::string& other : parameter.excludes) {
+            hideExclusion(*option->excludes(app.get_option(other)));
+            hideExclusion(*app.get_option(other));
+        }
     }
 }
 

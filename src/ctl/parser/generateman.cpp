@@ -26,7 +26,7 @@ std::string escaped(const std::string& text)
     return result;
 }
 
-/// The text that follows the option's name, as --help has it.
+/// The text that follows the name, as --help has it.
 std::string argumentOf(const Parameter& option)
 {
     const std::string type = shownType(typeOf(option));
@@ -53,7 +53,7 @@ void writeParameters(std::ostream& out, const std::vector<Parameter>& parameters
             if (parameter.isOption() != options || parameter.isHidden)
                 continue;
             out << ".RS\n.TP\n\\fB" << escaped(parameter.name) << "\\fP"
-                << (options ? argumentOf(parameter) : "") << "\n"
+                << (options || !parameter.choices.empty() ? argumentOf(parameter) : "") << "\n"
                 << escaped(parameter.description) << "\n.RE\n";
         }
     }
@@ -89,12 +89,26 @@ std::string paragraphs(const std::string& text)
 void writeCommands(std::ostream& out, const Program& program, const std::string& words)
 {
     for (const Command* command : below(program.commands, words)) {
+        if (command->isGroup() && words.empty())
+            continue; // has a heading of its own
         if (!command->isGroup()) {
             out << ".TP\n"
                 << synopsisOf(*command) << "\n"
                 << escaped(command->description) << ".\n";
             writeParameters(out, command->parameters);
         }
+        writeCommands(out, program, command->words);
+    }
+}
+
+/// The families, each under its heading.
+void writeFamilies(std::ostream& out, const Program& program)
+{
+    for (const Command* command : below(program.commands, {})) {
+        if (!command->isGroup())
+            continue;
+        out << ".SS orvactl " << escaped(command->words) << "\n"
+            << escaped(command->description) << ".\n";
         writeCommands(out, program, command->words);
     }
 }
@@ -114,11 +128,12 @@ std::string manPage(const Program& program)
     writeParameters(out, program.options);
     out << ".SH COMMANDS\n";
     writeCommands(out, program, {});
+    writeFamilies(out, program);
     writeStatuses(out);
     writeNotes(out, "ENVIRONMENT", program.environment);
     writeNotes(out, "EXAMPLES", program.examples);
     out << ".SH SEE ALSO\n.BR orva\\-host (8),\n.BR lumod (8),\n.BR host.json (5),\n"
-           ".BR orva\\-nodes (7),\n.BR busctl (1)\n";
+           ".BR lumod.conf (5),\n.BR orva\\-web (8),\n.BR orva\\-nodes (7),\n.BR busctl (1)\n";
     return out.str();
 }
 
