@@ -8,7 +8,7 @@
 /// The nodes by which the host shows its own state.
 #define ORVA_HOST_NODES(ROW)                                                                       \
     ROW(HostSettingsFaultPath, "host/settings-fault", ReadOnly, "string", Default, "",             \
-        "Why the last setting could not be stored, and was refused; empty once one was stored again.")
+        "Why settings cannot be stored, as the start or the last write found it; empty where they can.")
 // clang-format on
 
 /// The row of the node at `path`, for its creation. A path without a row is our own mistake
