@@ -104,7 +104,8 @@ std::optional<Failure> hindrance(const OrvaNetworkInfo& info, const OrvaNetworkP
     if (hasCable && profile.type() == OrvaNetworkProfileType::Auto)
         return Failure{ExitStatus::CableFirst,
                        QStringLiteral("The cable has precedence, and no wireless network is joined "
-                                      "beside it.")};
+                                      "beside it; \"orvactl profile set --type wireless\" leaves "
+                                      "the cable out.")};
     return std::nullopt;
 }
 
