@@ -146,7 +146,7 @@ class Cable(Device):
         self.begin(dhcpcd="/run/dhcpcd-later")
         self.addCleanup(lambda: pathlib.Path("/run/dhcpcd-later").unlink(missing_ok=True))
         self.plug()
-        self.errors("Addresses need the program dhcpcd, which is not here: /run/dhcpcd-later")
+        self.errors("Addresses need the program /run/dhcpcd-later, which is not here; the package dhcpcd-base has it")
         self.agree(NOT)
         pathlib.Path("/run/dhcpcd-later").symlink_to("/usr/sbin/dhcpcd")
         self.agree(CONNECTED, "192.0.2.", limit=20)

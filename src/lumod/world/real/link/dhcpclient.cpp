@@ -2,10 +2,10 @@
 #include "world/real/link/dhcpclient.h"
 
 #include "log.h"
+#include "world/real/engines/missingprogram.h"
 #include "world/real/engines/savetext.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QHostAddress>
 #include <QThread>
 
@@ -133,12 +133,11 @@ void DhcpClient::launch()
 /// False where the program is not there, which is said once.
 bool DhcpClient::hasProgram()
 {
-    const bool missing = !QFileInfo(m_settings.dhcpcd).isExecutable();
-    if (missing && !std::exchange(m_missing, true))
-        Q_EMIT failed(QStringLiteral("Addresses need the program dhcpcd, which is not here: ") +
-                      m_settings.dhcpcd);
-    m_missing = missing;
-    return !missing;
+    const auto why = missingProgram("Addresses need", m_settings.dhcpcd, "dhcpcd-base");
+    const bool wasMissing = std::exchange(m_missing, !why.isEmpty());
+    if (m_missing && !wasMissing)
+        Q_EMIT failed(why);
+    return !m_missing;
 }
 
 bool DhcpClient::makeWay()

@@ -2,13 +2,13 @@
 #include "world/real/radio/supplicantengine.h"
 
 #include "log.h"
+#include "world/real/engines/missingprogram.h"
 #include "world/real/engines/savetext.h"
 #include "world/real/radio/supplicantdecoding.h"
 
 #include <QDBusObjectPath>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QSysInfo>
 
 namespace {
@@ -112,9 +112,9 @@ void SupplicantEngine::find()
 
 void SupplicantEngine::launch()
 {
-    if (!QFileInfo(m_settings.wpaSupplicant).isExecutable()) {
-        tell(QStringLiteral("Wi-Fi needs the program wpa_supplicant, which is not here: ") +
-             m_settings.wpaSupplicant);
+    const auto why = missingProgram("Wi-Fi needs", m_settings.wpaSupplicant, "wpasupplicant");
+    if (!why.isEmpty()) {
+        tell(why);
         return m_retry.start(missingMilliseconds);
     }
     m_child.start(m_settings.wpaSupplicant, {QStringLiteral("-u")});

@@ -2,9 +2,8 @@
 #include "world/real/softap/realsoftap.h"
 
 #include "log.h"
+#include "world/real/engines/missingprogram.h"
 #include "world/real/kernel/interfacechanges.h"
-
-#include <QFileInfo>
 
 namespace {
 
@@ -12,16 +11,6 @@ constexpr int patientTries = 4; // a radio that is being switched on refuses som
 constexpr int retryMilliseconds = 5000;
 constexpr int patienceMilliseconds = 25000; // a scan, a key, and a try more
 constexpr int calmMilliseconds = 300000;
-
-/// Empty when the program is there.
-QString missing(const QString& program, const char* package)
-{
-    if (QFileInfo(program).isExecutable())
-        return {};
-    return QStringLiteral("The soft access point needs the program %1, which is not here; the "
-                          "package %2 has it")
-        .arg(program, QLatin1String(package));
-}
 
 } // namespace
 
@@ -88,7 +77,8 @@ void RealSoftAp::clearUp()
 Result<> RealSoftAp::start(const SoftApSettings& settings)
 {
     for (const auto& fault :
-         {missing(m_settings.hostapd, "hostapd"), missing(m_settings.dnsmasq, "dnsmasq-base")})
+         {missingProgram("The soft access point needs", m_settings.hostapd, "hostapd"),
+          missingProgram("The soft access point needs", m_settings.dnsmasq, "dnsmasq-base")})
         if (!fault.isEmpty())
             return Failure{fault};
     m_wish = settings;
