@@ -2,7 +2,7 @@
 #include "world/real/link/dhcpclient.h"
 
 #include "log.h"
-#include "world/real/engines/missingprogram.h"
+#include "world/real/engines/requiredprogram.h"
 #include "world/real/engines/savetext.h"
 
 #include <QFile>
@@ -133,11 +133,10 @@ void DhcpClient::launch()
 /// False where the program is not there, which is said once.
 bool DhcpClient::hasProgram()
 {
-    const auto why = missingProgram("Addresses need", m_settings.dhcpcd, "dhcpcd-base");
-    const bool wasMissing = std::exchange(m_missing, !why.isEmpty());
-    if (m_missing && !wasMissing)
-        Q_EMIT failed(why);
-    return !m_missing;
+    const auto found = requireProgram("Addresses need", m_settings.dhcpcd, "dhcpcd-base");
+    if (!std::exchange(m_missing, !found) && !found)
+        Q_EMIT failed(found.why());
+    return found.isOk();
 }
 
 bool DhcpClient::makeWay()

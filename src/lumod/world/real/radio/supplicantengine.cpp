@@ -2,7 +2,7 @@
 #include "world/real/radio/supplicantengine.h"
 
 #include "log.h"
-#include "world/real/engines/missingprogram.h"
+#include "world/real/engines/requiredprogram.h"
 #include "world/real/engines/savetext.h"
 #include "world/real/radio/supplicantdecoding.h"
 
@@ -112,9 +112,9 @@ void SupplicantEngine::find()
 
 void SupplicantEngine::launch()
 {
-    const auto why = missingProgram("Wi-Fi needs", m_settings.wpaSupplicant, "wpasupplicant");
-    if (!why.isEmpty()) {
-        tell(why);
+    const auto found = requireProgram("Wi-Fi needs", m_settings.wpaSupplicant, "wpasupplicant");
+    if (!found) {
+        tell(found.why());
         return m_retry.start(missingMilliseconds);
     }
     m_child.start(m_settings.wpaSupplicant, {QStringLiteral("-u")});

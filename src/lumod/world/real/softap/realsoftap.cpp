@@ -2,7 +2,7 @@
 #include "world/real/softap/realsoftap.h"
 
 #include "log.h"
-#include "world/real/engines/missingprogram.h"
+#include "world/real/engines/requiredprogram.h"
 #include "world/real/kernel/interfacechanges.h"
 
 namespace {
@@ -76,11 +76,11 @@ void RealSoftAp::clearUp()
 
 Result<> RealSoftAp::start(const SoftApSettings& settings)
 {
-    for (const auto& fault :
-         {missingProgram("The soft access point needs", m_settings.hostapd, "hostapd"),
-          missingProgram("The soft access point needs", m_settings.dnsmasq, "dnsmasq-base")})
-        if (!fault.isEmpty())
-            return Failure{fault};
+    for (const auto& found :
+         {requireProgram("The soft access point needs", m_settings.hostapd, "hostapd"),
+          requireProgram("The soft access point needs", m_settings.dnsmasq, "dnsmasq-base")})
+        if (!found)
+            return found.error();
     m_wish = settings;
     m_failures = 0;
     m_wanted = true;
