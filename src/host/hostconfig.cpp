@@ -70,7 +70,10 @@ OrvaResult<void> mergeSettings(QVector<SettingDefault>& settings, const QVariant
                            (known == settings.end() || known->value.typeKey() == value.typeKey());
         if (!suits)
             return CMError::failed(
-                QStringLiteral("the setting \"%1\" is not what it should be").arg(entry.key()));
+                known == settings.end()
+                    ? QStringLiteral("the setting \"%1\" is no value").arg(entry.key())
+                    : QStringLiteral("the setting \"%1\" takes a \"%2\"")
+                          .arg(entry.key(), known->value.typeKey()));
         if (known == settings.end())
             settings.append({path, value});
         else
@@ -113,7 +116,8 @@ OrvaResult<HostConfig> readHostConfig(const QString& fileName)
     const ConfigRecord record(json->toHash());
     const QString malformed = orvaMalformedField(ConfigRecord::fields(), record.__hash());
     if (!malformed.isEmpty())
-        return CMError::failed(QStringLiteral("\"%1\" is not what it should be").arg(malformed));
+        return CMError::failed(
+            QStringLiteral("\"%1\" is not what it should be, see host.json(5)").arg(malformed));
     logUnknownKeys(record);
     HostConfig config = fromRecord(record);
     const auto merged = mergeSettings(config.settings, record.settings().__hash());

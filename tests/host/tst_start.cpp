@@ -36,10 +36,11 @@ private Q_SLOTS:
         row("it is built with Qt", library(ORVA_OTHER_WORKER));
         row("it is built for version 0.1 of", library(ORVA_OLD_WORKER));
         row("not an absolute path", library("libc.so.6"));
-        row("Couldn't use the configuration", "workers: none", EX_CONFIG);
+        row(": illegal value, in line 2", "{\n\"workers\": none}", EX_CONFIG);
         row("not an object", "[]", EX_CONFIG);
-        row("\"webserver\"", R"({"webserver": {"port": "80"}})", EX_CONFIG);
-        row("network/airplane-mode",
+        row("\"webserver\" is not what it should be, see host.json(5)",
+            R"({"webserver": {"port": "80"}})", EX_CONFIG);
+        row("network/airplane-mode\" takes a \"bool\"",
             R"({"settings": {"settings/network/airplane-mode": {"i32": 1}}})", EX_CONFIG);
     }
 

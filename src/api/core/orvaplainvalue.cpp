@@ -250,6 +250,14 @@ OrvaResult<Plain> resultOf(const Reader& reader, const Plain& plain)
     return plain;
 }
 
+/// What is wrong, and where in a text of several lines, which a person has written.
+QString whereIn(const QByteArray& json, const QJsonParseError& error)
+{
+    const auto line = json.left(error.offset - 1).count('\n') + 1;
+    return json.contains('\n') ? QStringLiteral("%1, in line %2").arg(error.errorString()).arg(line)
+                               : error.errorString();
+}
+
 } // namespace
 
 OrvaResult<QVariant> OrvaPlain::fromForeign(const QVariant& foreign, Limits limits)
@@ -272,7 +280,7 @@ OrvaResult<QVariant> OrvaPlain::fromJson(const QByteArray& json, Limits limits)
     QJsonParseError error;
     const auto document = QJsonDocument::fromJson('[' + json + ']', &error);
     if (error.error != QJsonParseError::NoError)
-        return CMError::failed(error.errorString());
+        return CMError::failed(whereIn(json, error));
     if (document.array().size() != 1)
         return CMError::failed(QStringLiteral("not one JSON value"));
     return fromForeign(document.array().at(0).toVariant(), limits);
