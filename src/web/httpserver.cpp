@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "httpserver.h"
 
+#include "core/model/cmerror.h"
 #include "eventstream.h"
 #include "httpexchange.h"
 
