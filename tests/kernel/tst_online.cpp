@@ -132,7 +132,7 @@ private Q_SLOTS:
             connectAndProbe(isMute ? "/mute" : "/long");
             QTRY_VERIFY(sockets() == 1 || !isMute);
             if (isMute)
-                m_state->findChild<QTimer*>("m_deadline"_s)->start(0);
+                deadline()->start(0);
             QTRY_COMPARE(sockets(), 0);
             QVERIFY(isNow(Online::Unknown) && timer()->isActive());
         }
@@ -142,7 +142,7 @@ private Q_SLOTS:
             connectAndProbe(slow[17] == 'X' ? "/head" : "/body");
             QTRY_VERIFY(!m_asked.isEmpty());
             QTest::qWait(10);
-            m_state->findChild<QTimer*>("m_deadline"_s)->start(0);
+            deadline()->start(0);
             QTRY_VERIFY(timer()->isActive());
             QVERIFY2(isNow(Online::Unknown), slow);
         }
@@ -216,7 +216,12 @@ private:
     {
         return m_online->value().networkOnline() == value;
     }
-    [[nodiscard]] QTimer* timer() const { return m_state->findChild<QTimer*>("m_nextTimer"_s); }
+    [[nodiscard]] static QTimer* timerOf(const QObject* owner)
+    {
+        return owner->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    }
+    [[nodiscard]] QTimer* timer() const { return timerOf(m_state.get()); }
+    [[nodiscard]] QTimer* deadline() const { return timerOf(m_state->findChild<OnlineProbe*>()); }
     [[nodiscard]] int sockets() const { return m_state->findChildren<QTcpSocket*>().size(); }
 
     std::unique_ptr<TestTree> m_tree;

@@ -15,7 +15,6 @@ constexpr auto stopContext = "void Networking::on_stop_req(const CMSetDataReques
 
 void Networking::configureShutdownTimer()
 {
-    m_shutdownTimer.setObjectName(QStringLiteral("m_shutdownTimer"));
     m_shutdownTimer.setSingleShot(true);
     m_shutdownTimer.setInterval(shutdownDelayMs);
     connect(&m_shutdownTimer, &QTimer::timeout, this, &Networking::on_shutdownTimer_timeout);

@@ -19,7 +19,6 @@ OnlineProbe::OnlineProbe(const QUrl& url, const QString& body, QObject* parent)
     , m_port(static_cast<quint16>(url.port(probePort)))
     , m_body(body)
 {
-    m_deadline.setObjectName(QStringLiteral("m_deadline"));
     m_deadline.setSingleShot(true);
     connect(&m_deadline, &QTimer::timeout, this, [this] { end(false); });
     m_socket.setProxy(QNetworkProxy::NoProxy);

@@ -19,7 +19,6 @@ OnlineState::OnlineState(const CMNodes& nodes, QObject* parent)
     , m_url(new CMValueItem(this, OrvaNetworkOnlineProbeSettingsPath()))
     , m_body(new CMValueItem(this, OrvaNetworkOnlineProbeBodySettingsPath()))
 {
-    m_nextTimer.setObjectName(QStringLiteral("m_nextTimer"));
     m_nextTimer.setSingleShot(true);
     connect(&m_nextTimer, &QTimer::timeout, this, &OnlineState::ask);
     connect(m_url, &CMValueItem::changed, this, [this](const OrvaValue&, const OrvaValue& value) {

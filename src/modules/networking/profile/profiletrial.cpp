@@ -29,7 +29,6 @@ ProfileTrial::ProfileTrial(const CMNodes& nodes)
     : m_node(valueNode(nodes, OrvaNetworkPendingProfilePath()))
 {
     m_node->setValue(OrvaValue::of(OrvaNetworkPendingProfile()));
-    m_timer.setObjectName(QStringLiteral("m_trialTimer"));
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &ProfileTrial::expired);

@@ -21,7 +21,6 @@ LastJoin::LastJoin(const CMNodes& nodes, const Picture& picture, QObject* parent
     , m_node(valueNode(nodes, OrvaNetworkLastJoinPath()))
 {
     m_node->setValue(OrvaValue::of(OrvaNetworkLastJoin()));
-    m_outcomeTimer.setObjectName(QStringLiteral("m_outcomeTimer"));
     m_outcomeTimer.setSingleShot(true);
     m_outcomeTimer.setInterval(outcomeDelayMs);
     connect(&m_outcomeTimer, &QTimer::timeout, this, &LastJoin::fail);

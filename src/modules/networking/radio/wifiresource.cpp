@@ -37,7 +37,6 @@ void askPowerManager(OrvaPowerModuleActions action)
 WifiResource::WifiResource(QObject* parent)
     : QObject(parent)
 {
-    m_releaseWifiResourceTimer.setObjectName(QStringLiteral("m_releaseWifiResourceTimer"));
     m_releaseWifiResourceTimer.setSingleShot(true);
     m_releaseWifiResourceTimer.setInterval(releaseDelayMs);
     connect(&m_releaseWifiResourceTimer, &QTimer::timeout, this,

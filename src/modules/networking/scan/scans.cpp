@@ -46,7 +46,6 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
     , m_picture(picture)
     , m_scanResultsNode(nodeAt<CMListRowsNode>(nodes, OrvaNetworkScanResultsPath()))
 {
-    m_scanTimer.setObjectName(QStringLiteral("m_scanTimer"));
     m_scanTimer.setSingleShot(true);
     connect(&m_scanTimer, &QTimer::timeout, this, &Scans::on_scanTimer_timeout);
     connect(&backend, &Networking_LowLevel::ScanResults, this, &Scans::on_lowlevel_ScanResults);

@@ -38,7 +38,6 @@ LocalSoftAp::LocalSoftAp(SoftAps& softAps, Networking_LowLevel& backend, const P
     , m_picture(picture)
     , m_life(life)
 {
-    m_softApTimer.setObjectName(QStringLiteral("m_softApTimer"));
     m_softApTimer.setSingleShot(true);
     connect(&m_softApTimer, &QTimer::timeout, this, &LocalSoftAp::on_softApTimer_timeout);
 }

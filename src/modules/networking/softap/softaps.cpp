@@ -35,7 +35,6 @@ SoftAps::SoftAps(const CMNodes& nodes, Networking_LowLevel& backend, const Netwo
     , m_stations(backend, valueNode(nodes, OrvaNetworkConnectedSoftApStationsPath()))
     , m_softApRequestsNode(valueNode(nodes, OrvaNetworkSoftApRequestsPath()))
 {
-    m_softApTimeoutTimer.setObjectName(QStringLiteral("m_softApTimeoutTimer"));
     m_softApTimeoutTimer.setSingleShot(true);
     m_softApTimeoutTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_lowlevel, &Networking_LowLevel::SoftApError, this,

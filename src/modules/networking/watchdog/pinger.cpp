@@ -34,7 +34,6 @@ Pinger::Pinger(QObject* parent, int intervalMs)
     , m_info(new CMValueItem(this, OrvaNetworkInfoPath()))
     , m_timer(this)
 {
-    m_timer.setObjectName(QStringLiteral("pingTimer"));
     connect(&m_timer, &QTimer::timeout, this, &Pinger::on_timer_timeout);
     m_timer.start(intervalMs);
 }

@@ -39,7 +39,6 @@ WifiRestart::WifiRestart(QObject* parent, const QString& interfaceName, const QS
     , m_interfaceName(interfaceName)
     , m_checkTimer(this)
 {
-    m_checkTimer.setObjectName(QStringLiteral("checkTimer"));
     connect(&m_checkTimer, &QTimer::timeout, this, &WifiRestart::on_timer_timeout);
     auto* watcher = new CMInitWatcher(this, QStringLiteral("WifiRestart"));
     m_criteria = watcher->newCMValueItem(OrvaNetworkWifiRestartCriteriaPath());

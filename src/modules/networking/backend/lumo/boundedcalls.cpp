@@ -43,7 +43,6 @@ BoundedCalls::BoundedCalls(const QDBusConnection& bus, const QString& service, Q
 {
     m_clock.start();
     m_giveUpTimer.setParent(this);
-    m_giveUpTimer.setObjectName(QStringLiteral("giveUpTimer"));
     m_giveUpTimer.setSingleShot(true);
     connect(&m_giveUpTimer, &QTimer::timeout, this, &BoundedCalls::on_giveUpTimer_timeout);
 }

@@ -59,10 +59,8 @@ Networking_LowLevel_LUMO::Networking_LowLevel_LUMO(NetworkListener& listener)
     m_daemon->setTimeout(std::numeric_limits<int>::max());
     connectDaemon();
 
-    m_wpsTimer.setObjectName(QStringLiteral("wpsTimer"));
     m_wpsTimer.setSingleShot(true);
     connect(&m_wpsTimer, &QTimer::timeout, this, &Networking_LowLevel_LUMO::on_wpsTimer_timeout);
-    m_restartTimer.setObjectName(QStringLiteral("restartTimer"));
     m_restartTimer.setSingleShot(true);
     connect(&m_restartTimer, &QTimer::timeout, this,
             &Networking_LowLevel_LUMO::on_restartTimer_timeout);
