@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "hostcontrol.h"
 
+#include "common/busnames.h"
 #include "host1adaptor.h"
 
 #include <QCoreApplication>
@@ -98,8 +99,10 @@ OrvaResult<void> HostControl::start()
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(on_disconnected()));
     if (m_connection.registerObject(objectPath(), this) &&
-        m_connection.registerService(serviceName()))
+        m_connection.registerService(serviceName())) {
+        settleBusNames(m_connection, this);
         return {};
+    }
     return CMError::failed(m_connection.lastError().isValid()
                                ? m_connection.lastError().message()
                                : QStringLiteral("another host has the name ") + serviceName());

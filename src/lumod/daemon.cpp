@@ -3,6 +3,7 @@
 
 #include "api/core/orvamask.h"
 #include "busproperties.h"
+#include "common/busnames.h"
 #include "log.h"
 #include "softapwire.h"
 #include "wire.h"
@@ -106,6 +107,7 @@ bool Daemon::serve()
             << (error.isValid() ? error.message() : QStringLiteral("somebody else does"));
         return false;
     }
+    settleBusNames(bus, this);
     qCInfo(lcLumod).noquote() << "Serving" << busName;
     Q_EMIT Started();
     m_world.announce();
