@@ -4,7 +4,6 @@
 #include "log.h"
 #include "world/real/kernel/interfacechanges.h"
 
-#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QtEndian>
 
@@ -163,7 +162,11 @@ KernelLink Kernel::link(const QString& name) const
 void Kernel::notified()
 {
     m_notifier->setEnabled(false); // one turn of the loop a reading, however many there are
-    m_settle.start(static_cast<int>(qMax<qint64>(settleMilliseconds, m_pause)));
+    const auto due = qMax<qint64>(settleMilliseconds, m_pause) - m_sinceReading.elapsed();
+    if (due > 0)
+        m_settle.start(static_cast<int>(due));
+    else
+        settle();
 }
 
 void Kernel::settle()
@@ -199,6 +202,7 @@ void Kernel::read()
         m_settle.start(retryMilliseconds);
     }
     m_pause = clock.elapsed() * readingShare;
+    m_sinceReading.start();
 }
 
 bool Kernel::dump(int type, Links& links)

@@ -4,6 +4,7 @@
 #include "failure.h"
 #include "world/real/kernel/routesocket.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
 #include <QSocketNotifier>
@@ -56,9 +57,9 @@ constexpr auto madeByUs = "lumod";
 
 /// The kernel's links, addresses and default routes, by route netlink.
 ///
-/// Notifications only say that something has changed; what it is now is read anew, all of it, a
-/// little later. So a lost notification loses nothing, and a storm of them costs a bounded share of
-/// one processor. Not thread-safe.
+/// Notifications only say that something has changed; what it is now is read anew, all of it: at
+/// once for the first of a burst, a little later for those that follow. So a lost notification
+/// loses nothing, and a storm of them costs a bounded share of one processor. Not thread-safe.
 class Kernel : public QObject
 {
     Q_OBJECT
@@ -98,5 +99,6 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_settle;
     qint64 m_pause = 0; ///< ms to leave between two readings
-    Links m_links;      ///< by index
+    QElapsedTimer m_sinceReading;
+    Links m_links; ///< by index
 };
