@@ -164,7 +164,8 @@ QVariantMap toMap(const ScannedNetwork& network)
             {QStringLiteral("bssid"), network.bssid},
             {QStringLiteral("channel"), network.channel},
             {QStringLiteral("frequency"), network.frequency},
-            {QStringLiteral("ies"), network.informationElements}};
+            {QStringLiteral("ies"), network.informationElements},
+            {QStringLiteral("wpa3"), network.wpa3}};
 }
 
 } // namespace

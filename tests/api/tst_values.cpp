@@ -69,7 +69,7 @@ private Q_SLOTS:
         addRecord<OrvaNetworkSoftApInterface>("soft AP interface", "name text, state enum, aps records");
         addRecord<OrvaNetworkSoftAp>("soft AP", "name text, bssid text, addresses records");
         addRecord<OrvaNetworkAddress>("address", "ip text, prefix int, protocol enum, scope enum, dhcp flag");
-        addRecord<OrvaNetworkScanResult>("scan result", "ssid text, bssid text, channel int, frequency int, signal int, snr int, encryption enum, ies text");
+        addRecord<OrvaNetworkScanResult>("scan result", "ssid text, bssid text, channel int, frequency int, signal int, snr int, encryption enum, ies text, wpa3 flag, unsupported text");
         addRecord<OrvaNetworkProfileSoftApSettings>("soft AP settings", "ssid text, passphrase text, bssid text, channel int, countryCode text, apInterface text, apAddress text, apNetmask text, dhcpRangeFrom text, dhcpRangeTo text, domainName text, vendorSpecificData text");
         addRecord<OrvaNetworkProfileSoftApRequest>("soft AP request", "name text, settings record, timeout int, holdSoftAp flag, bound flag");
         addRecord<OrvaNetworkSoftApRequestStatus>("soft AP request status", "name text, interface text, settings record, applied record, hold flag, bound flag, expiresAtMs long, running flag");

@@ -329,7 +329,8 @@ class Joining(WithDevice):
     configuration = {**Network.configuration, "settings": {"settings/network/softap-auto-enabled": {"bool": False}}}
     world = {"timeFactor": 0.02, "cable": {"plugged": False, "network": "home"}, "networks": {"home": {"subnet": "192.168.178.0/24"}, "mute": {"dhcp": False}},
              "accessPoints": [{"ssid": "Home", "security": "wpa-psk", "key": "correct horse", "wps": True, "network": "home"},
-                              {"ssid": "Mute", "network": "mute"}, {"ssid": "$(touch evaluated) `touch e`:", "signal": -80}]}
+                              {"ssid": "Mute", "network": "mute"}, {"ssid": "Attic", "security": "wep"},
+                             {"ssid": "Work", "security": "enterprise", "signal": -90}, {"ssid": "$(touch evaluated) `touch e`:", "signal": -80}]}
 
     def does(self, command, status=0, reason="", stdin=""):
         done = self.device.shell("orvactl " + command, stdin)
@@ -339,9 +340,10 @@ class Joining(WithDevice):
         return [network["ssid"] for network in self.get("network/profile", "networkProfile").get("wirelessNetworks", [])]
 
     def test_it_ends_with_its_reason_and_goes_back(self):
-        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (11, "key-refused: ", "Home --key-file -"), (12, "no-address: ", "Mute --wait 1 --json >/dev/full")]:
+        for status, reason, command in [(10, "not-in-range: ", "Nowhere"), (4, "unsupported: The security of \"Attic\" is WEP", "Attic"), (11, "key-refused: ", "Home --key-file -"), (12, "no-address: ", "Mute --wait 1 --json >/dev/full")]:
             self.does("wifi connect " + command, status, reason, stdin="mistaken key")
             self.assertEqual(self.known(), [], command)
+        self.assertEqual(self.ends(0, "orvactl --terse SSID,SECURITY wifi list | grep sup"), "Attic:WEP (not supported)\nWork:enterprise (not supported)\n")
         for command in "network restart", "wifi reconnect", "profile set --type wired", "profile set --type wireless", "profile set --type auto":
             self.does(command + " --wait 0.5", 17, "no-network: ")
         self.connect_by_prompt("Home", "correct horse", wait=2, pause=2)

@@ -48,6 +48,10 @@ const QMap<QString, std::function<QVariant(const QVariant& given)>> readers = {
      [](const QVariant& given) {
          return encode(parseScanResults(lumoPlainMap(OrvaPlain::toBus(given.toHash()))));
      }},
+    {"unsupported"_s,
+     [](const QVariant& given) {
+         return encode(parseUnsupportedNetworks(lumoPlainMap(OrvaPlain::toBus(given.toHash()))));
+     }},
     {"backoff"_s,
      [](const QVariant& losses) {
          RestartBackoff backoff;

@@ -14,8 +14,9 @@ WORLD = {
                           "subnet6": "2001:db8:1::", "gateway6": "fe80::1"}},
     "accessPoints": [{**HOME, "bssid": "02:a0:00:00:00:01", "channel": 6, "signal": -70},
                      {**HOME, "bssid": "02:a0:00:00:00:02", "channel": 44, "signal": -50},
-                     {"ssid": "Café", "security": "wpa-psk", "key": CAFE_KEY, "wps": True},
-                     {"ssid": "Attic", "security": "wep", "key": "abcde"}, {"ssid": "Open"}, {"ssid": "x" * 33}]}
+                     {"ssid": "Café", "security": "wpa-psk", "key": CAFE_KEY, "wps": True, "wpa3": True},
+                     {"ssid": "Attic", "security": "wep", "key": "abcde"}, {"ssid": "Open"},
+                     {"ssid": "Work", "security": "enterprise"}, {"ssid": "x" * 33}]}
 COMMON = dict(Present="i", Mac="s", Connected="b", Dhcp="b", Ips="s", Dns="s", Gateway="s", Gateway6="s")
 DETAILS = {"eth0": dict(COMMON, CableStatus="b"), "uap0": dict(COMMON, SoftApUp="b", Ssid="s", Channel="i"),
            "wlan0": dict(COMMON, Encryption="s", Ssid="s", Bssid="s", Frequency="i", Signal="i", Channel="i"),
@@ -25,7 +26,7 @@ PROPERTIES = {"Connected": "b", "Details": "a{sv}", "LogLevel": "i", "Mode": "s"
 SIGNALS = {"AddressesChanged": "", "AuthError": "ss", "CableStatus": "b", "Connected": "s", "Disconnected": "s",
            "Disconnecting": "s", "Error": "s", "InterfaceStatusChanged": "si", "ScanResults": "a{sv}", "SoftApError": "ss", "Started": "",
            "StationConnected": "s", "StationDisconnected": "s", "WpsCredentials": "a{sv}", "WpsError": "s"}
-SCANNED = {"type": "s", "signal": "i", "bssid": "s", "channel": "i", "frequency": "i", "ies": "ay"}
+SCANNED = {"type": "s", "signal": "i", "bssid": "s", "channel": "i", "frequency": "i", "ies": "ay", "wpa3": "b"}
 
 
 def types(variants):
@@ -97,7 +98,9 @@ class LumodTest(unittest.TestCase):
         for network in scanned.values():
             self.assertEqual((network["type"], types(network["data"])), ("a{sv}", SCANNED))
         self.assertEqual([(ssid, network["data"]["type"]["data"]) for ssid, network in sorted(scanned.items())],
-                         [("Attic", "wep"), ("Café", "wpa_psk"), ("Home", "wpa_psk"), ("Open", "unsecured")])
+                         [("Attic", "wep"), ("Café", "wpa_psk"), ("Home", "wpa_psk"), ("Open", "unsecured"),
+                          ("Work", "wpa_eap")])
+        self.assertEqual([name for name, network in scanned.items() if network["data"]["wpa3"]["data"]], ["Café"])
         self.assertEqual(scanned["Home"]["data"]["frequency"]["data"], 5220)  # the stronger one
         self.assertEqual(bytes(scanned["Open"]["data"]["ies"]["data"]), b"\0\4Open\3\1\6")
         self.assertEqual({key: tuple(value.values()) for key, value in heard["WpsCredentials"]["data"][0].items()},

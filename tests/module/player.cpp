@@ -296,6 +296,8 @@ void Player::addEvents()
         {"refresh"_s, [this](What what) { refresh(what); }},
         {"wrong"_s, [this](What ssid) { Q_EMIT m_backend->AuthError(ssid, "wrong key"_s); }},
         {"found"_s, [this](What count) { Q_EMIT m_backend->ScanResults(networks(count.toInt())); }},
+        {"barred"_s,
+         [this](What count) { Q_EMIT m_backend->UnsupportedNetworks(networks(count.toInt())); }},
         {"fails"_s, [this](What why) { Q_EMIT m_backend->SoftApError("uap0"_s, why); }},
         {"joins"_s, [this](What mac) { Q_EMIT m_backend->StationConnected(mac); }},
         {"leaves"_s, [this](What mac) { Q_EMIT m_backend->StationDisconnected(mac); }},
@@ -435,6 +437,8 @@ void Player::addFacts()
              const OrvaValue answer(m_replies.last().value().toHash());
              return answer.networkScanResults().size();
          }},
+        {"barred"_s,
+         [this] { return rowsOf(*m_fixture, OrvaNetworkUnsupportedNetworksPath()).size(); }},
         {"rows"_s, [this] { return rowsOf(*m_fixture, OrvaNetworkScanResultsPath()).size(); }},
         {"used"_s,
          [this] { return ssidsOf(m_backend->profiles.value(m_backend->profiles.size() - 1)); }},

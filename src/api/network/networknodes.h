@@ -128,7 +128,10 @@
         "Makes the wireless networks that too many refused keys set aside part of the profile "    \
         "again, behind those that it has, as many as find room. Refused where none does.")         \
     ROW(OrvaNetworkCancelWpsPath, "network/wps/cancel", Action, "", Default, "",                   \
-        "Ends the WPS session that runs; its own request fails. Refused where none runs.")
+        "Ends the WPS session that runs; its own request fails. Refused where none runs.")         \
+    ROW(OrvaNetworkUnsupportedNetworksPath, "network/scan/unsupported",                            \
+        Rows, "networkScanResult", Default, "",                                                    \
+        "The networks that the last scan found and that the device cannot join.")
 
 /// The settings of the network manager; the host's settings worker keeps them. Those with keys are
 /// secret nodes.

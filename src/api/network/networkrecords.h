@@ -232,6 +232,11 @@ class ORVA_API OrvaNetworkScanResult : public OrvaHash
     ORVA_FIELD(OrvaNetworkProfileWirelessEncryption, encryption, Encryption);
     /// The information elements of the beacon, in hexadecimal.
     ORVA_FIELD(QString, ies, Ies);
+    /// True where it offers WPA3 too, by the same pass phrase.
+    ORVA_FIELD(bool, wpa3, Wpa3);
+    /// The security for which the device cannot join it: "wep", "enterprise", "enhanced-open" or
+    /// "unknown"; empty where it can.
+    ORVA_FIELD(QString, unsupported, Unsupported);
 };
 
 /// The conditions under which the Wi-Fi watchdog restarts Wi-Fi.

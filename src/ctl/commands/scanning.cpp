@@ -26,14 +26,23 @@ QStringList tableRow(const QString& mark, const OrvaNetworkScanResult& network)
 {
     return {mark,
             printableName(network.ssid()),
-            securityName(network.encryption()),
+            securityName(network),
             network.channel() > 0 ? QString::number(network.channel()) : QString(),
             bandName(network.frequency()),
             QStringLiteral("%1 dBm").arg(network.signal())};
 }
 
+void append(const QVector<OrvaRoles>& rows, OrvaList<OrvaNetworkScanResult>& networks)
+{
+    for (const OrvaRoles& row : rows)
+        networks.append(row.value().networkScanResult());
+}
+
+/// Those beside them that the device cannot join, too.
 Result showNetworks(Context& context, OrvaList<OrvaNetworkScanResult> networks)
 {
+    if (const auto others = context.host.rows(OrvaNetworkUnsupportedNetworksPath()))
+        append(*others, networks);
     std::stable_sort(networks.begin(), networks.end(),
                      [](const OrvaNetworkScanResult& one, const OrvaNetworkScanResult& other) {
                          return one.signal() > other.signal();
@@ -86,8 +95,7 @@ Result list(Context& context, const Arguments&)
     if (!rows)
         return rows.error();
     OrvaList<OrvaNetworkScanResult> networks;
-    for (const OrvaRoles& row : *rows)
-        networks.append(row.value().networkScanResult());
+    append(*rows, networks);
     return showNetworks(context, networks);
 }
 

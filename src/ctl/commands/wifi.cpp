@@ -27,11 +27,32 @@ std::optional<Encryption> seenEncryption(Host& host, const QString& ssid)
     return std::nullopt;
 }
 
+/// Fails for a network that the last scan saw and that the device cannot join.
+Result checkSupport(Host& host, const QString& ssid)
+{
+    const auto rows = host.rows(OrvaNetworkUnsupportedNetworksPath());
+    if (!rows)
+        return {}; // a host that tells of none
+    for (const OrvaRoles& row : *rows) {
+        const OrvaNetworkScanResult result = row.value().networkScanResult();
+        if (result.ssid() == ssid)
+            return Failure{ExitStatus::Failed,
+                           QStringLiteral("The security of \"%1\" is %2, which the device does not "
+                                          "support.")
+                               .arg(printableName(ssid), unsupportedName(result.unsupported())),
+                           Reason::unsupported};
+    }
+    return {};
+}
+
 /// The network as it is on the air: nothing where it is hidden, or where nobody waits for it.
 Outcome<std::optional<Encryption>> look(Context& context, const Arguments& given)
 {
     const QString ssid = given.text("SSID");
     auto seen = seenEncryption(context.host, ssid);
+    auto supported = seen ? Result() : checkSupport(context.host, ssid);
+    if (!supported)
+        return supported.error();
     if (seen || !context.waits || given.flag("--hidden"))
         return seen;
     if (Output::stderrIsTerminal())
@@ -42,6 +63,9 @@ Outcome<std::optional<Encryption>> look(Context& context, const Arguments& given
     seen = seenEncryption(context.host, ssid);
     if (seen || !scanned)
         return seen;
+    supported = checkSupport(context.host, ssid);
+    if (!supported)
+        return supported.error();
     return Failure{ExitStatus::NotInRange,
                    QStringLiteral("No scan sees a network \"%1\"; --hidden joins one that hides "
                                   "its name.")

@@ -49,8 +49,9 @@ Outcome<QVariantMap> settingsOf(const Arguments& given)
         if (const auto value = given.integer(std::string("--") + key))
             settings.insert(QLatin1String(key), *value);
     }
-    if (const auto wps = given.truth("--wps"))
-        settings.insert(QStringLiteral("wps"), *wps);
+    for (const char* ability : {"wpa3", "wps"})
+        if (const auto has = given.truth(std::string("--") + ability))
+            settings.insert(QLatin1String(ability), *has);
     if (given.text("--key-file").isEmpty())
         return settings;
     const auto key = readKey(given.text("--key-file"), {});
@@ -156,8 +157,9 @@ std::vector<Parameter> describing(const Parameter& point)
         {"--channel", "Channel", Kind::Integer},
         Parameter{"--frequency", "Frequency", Kind::Integer}.of("MHZ"),
         Parameter{"--signal", "Signal level", Kind::Integer}.of("DBM"),
-        Parameter{"--security", "Security"}.oneOf({"open", "wpa-psk", "wep"}),
+        Parameter{"--security", "Security"}.oneOf({"open", "wpa-psk", "wep", "enterprise"}),
         keyFile(),
+        {"--wpa3", "Whether it speaks WPA3 too", Kind::Truth},
         {"--wps", "Whether it speaks WPS", Kind::Truth},
         Parameter{"--network", "The network behind it, a name of the world file"}.of("NAME"),
     };

@@ -40,6 +40,21 @@ QString securityName(OrvaNetworkProfileWirelessEncryption encryption)
     return {};
 }
 
+QString unsupportedName(const QString& security)
+{
+    if (security == QLatin1String("wep"))
+        return QStringLiteral("WEP");
+    return printable(security);
+}
+
+QString securityName(const OrvaNetworkScanResult& network)
+{
+    if (!network.unsupported().isEmpty())
+        return unsupportedName(network.unsupported()) + QStringLiteral(" (not supported)");
+    const QString name = securityName(network.encryption());
+    return network.wpa3() ? name + QStringLiteral(", WPA3") : name;
+}
+
 QString bandName(qint32 frequency)
 {
     if (frequency <= 0)

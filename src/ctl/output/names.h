@@ -5,6 +5,10 @@
 
 namespace ctl {
 
+/// "open", "WPA-PSK, WPA3" or "enterprise (not supported)".
+QString securityName(const OrvaNetworkScanResult& network);
+/// "enterprise", for a network that the device cannot join.
+QString unsupportedName(const QString& security);
 /// "open", "WEP" or "WPA-PSK".
 [[nodiscard]] QString securityName(OrvaNetworkProfileWirelessEncryption encryption);
 

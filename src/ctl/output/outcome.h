@@ -46,6 +46,7 @@ const std::vector<StatusRow>& statusRows();
 
 /// The words for why a step failed.
 namespace Reason {
+inline const auto unsupported = QStringLiteral("unsupported");
 inline const auto wrongKind = QStringLiteral("wrong-kind");
 } // namespace Reason
 

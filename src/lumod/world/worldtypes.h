@@ -125,6 +125,7 @@ struct ScannedNetwork
     int channel = 0;
     int frequency = 0; ///< MHz
     QByteArray informationElements;
+    bool wpa3 = false; ///< offered too
 };
 
 /// The credentials that a WPS session has learnt.

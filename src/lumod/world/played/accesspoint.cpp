@@ -4,12 +4,14 @@
 #include "wire.h"
 
 #include <QRegularExpression>
+#include <QVector>
 
 namespace {
 
 std::optional<Security> securityFrom(const QString& text)
 {
-    for (const auto security : {Security::Open, Security::WpaPsk, Security::Wep})
+    for (const auto security :
+         {Security::Open, Security::WpaPsk, Security::Wep, Security::Enterprise})
         if (text == toString(security))
             return security;
     return std::nullopt;
@@ -48,11 +50,21 @@ bool isWellTyped(const QVariantMap& changes)
         const bool fine = texts.contains(entry.key()) ? wire::text(changes, key).has_value()
                           : integers.contains(entry.key())
                               ? wire::integer(changes, key).has_value()
-                              : key == "wps" && wire::boolean(changes, key);
+                              : (key == "wps" || key == "wpa3") && wire::boolean(changes, key);
         if (!fine)
             return false;
     }
     return true;
+}
+
+/// The RSN element: version 1, CCMP for group and pairs, and the ways to authenticate.
+QByteArray robustSecurity(const QVector<QByteArray>& ways)
+{
+    auto content = QByteArray::fromHex("0100000fac040100000fac04");
+    content.append(static_cast<char>(ways.size())).append('\0');
+    for (const auto& way : ways)
+        content += QByteArray::fromHex("000fac") + way;
+    return content + QByteArray(2, '\0');
 }
 
 QByteArray element(int id, const QByteArray& content)
@@ -115,12 +127,13 @@ Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes)
     point.frequency = wire::integer(changes, "frequency").value_or(point.frequency);
     point.signal = wire::integer(changes, "signal").value_or(point.signal);
     point.key = wire::text(changes, "key").value_or(point.key);
+    point.wpa3 = wire::boolean(changes, "wpa3").value_or(point.wpa3);
     point.wps = wire::boolean(changes, "wps").value_or(point.wps);
     point.network = wire::text(changes, "network").value_or(point.network);
     const auto security =
         securityFrom(wire::text(changes, "security").value_or(toString(point.security)));
     if (!security)
-        return Failure{QStringLiteral("security must be open, wpa-psk or wep")};
+        return Failure{QStringLiteral("security must be open, wpa-psk, wep or enterprise")};
     point.security = *security;
     const auto sound = check(point);
     if (!sound)
@@ -136,8 +149,14 @@ QByteArray informationElements(const AccessPoint& point)
     constexpr int vendor = 221;
     QByteArray elements = element(ssid, point.ssid.toUtf8());
     elements += element(channel, QByteArray(1, static_cast<char>(point.channel)));
-    if (point.security == Security::WpaPsk) // version 1, CCMP for group and pairs, PSK
-        elements += element(rsn, QByteArray::fromHex("0100000fac040100000fac040100000fac020000"));
+    const QByteArray account("\1");
+    const QByteArray passPhrase("\2");
+    const QByteArray sae("\10");
+    if (point.security == Security::WpaPsk)
+        elements += element(rsn, robustSecurity(point.wpa3 ? QVector<QByteArray>{passPhrase, sae}
+                                                           : QVector<QByteArray>{passPhrase}));
+    if (point.security == Security::Enterprise)
+        elements += element(rsn, robustSecurity({account}));
     if (point.wps) // version 1.0, configured
         elements += element(vendor, QByteArray::fromHex("0050f204104a0001101044000102"));
     return elements;

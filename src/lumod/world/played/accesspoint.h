@@ -16,12 +16,13 @@ struct AccessPoint
     int signal = -55;     ///< dBm
     Security security = Security::Open;
     QString key;
-    bool wps = false; ///< has a WPS button
-    QString network;  ///< the network behind it, by name
+    bool wpa3 = false; ///< speaks WPA3 too
+    bool wps = false;  ///< has a WPS button
+    QString network;   ///< the network behind it, by name
 };
 
 /// `point` with `changes` applied, keys as in the world file: ssid, bssid, channel, frequency,
-/// signal, security, key, wps, network. A new channel without a frequency brings its own.
+/// signal, security, key, wpa3, wps, network. A new channel without a frequency brings its own.
 Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes);
 
 /// The centre frequency of a Wi-Fi channel in MHz, 0 for one that does not exist.
@@ -30,7 +31,7 @@ int frequencyOf(int channel);
 /// The information elements of its beacon: SSID, channel, RSN, WPS.
 QByteArray informationElements(const AccessPoint& point);
 
-/// "open", "wpa-psk" or "wep".
+/// "open", "wpa-psk", "wep" or "enterprise"; "enhanced-open", which is not played.
 QString toString(Security security);
 
 /// True for six hexadecimal pairs with colons.

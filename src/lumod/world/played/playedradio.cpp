@@ -146,7 +146,7 @@ QVector<ScannedNetwork> PlayedRadio::seenNetworks() const
     QVector<ScannedNetwork> networks;
     for (const auto& point : description().accessPoints)
         networks.append({point.ssid, point.bssid, point.security, point.signal, point.channel,
-                         point.frequency, informationElements(point)});
+                         point.frequency, informationElements(point), point.wpa3});
     return networks;
 }
 

@@ -83,6 +83,8 @@ void PlayedWps::finish()
     const auto& point = m_description.accessPoints.at(index);
     if (point.security == Security::Wep)
         return fail(QStringLiteral("The access point offers WEP only"));
+    if (point.security == Security::Enterprise)
+        return fail(QStringLiteral("The access point wants an account"));
     m_pressed.clear();
     m_enteredPin.clear();
     Q_EMIT m_world.wpsSucceeded({point.ssid, point.security, point.key});

@@ -23,6 +23,7 @@ QJsonArray toJson(const QVector<AccessPoint>& points)
                                  {QStringLiteral("signal"), point.signal},
                                  {QStringLiteral("security"), toString(point.security)},
                                  {QStringLiteral("key"), masked(point.key)},
+                                 {QStringLiteral("wpa3"), point.wpa3},
                                  {QStringLiteral("wps"), point.wps},
                                  {QStringLiteral("network"), point.network}});
     return array;

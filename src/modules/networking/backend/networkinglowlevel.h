@@ -71,6 +71,8 @@ public:
 Q_SIGNALS:
     /// A scan has completed; carries its whole result.
     void ScanResults(const QVector<OrvaNetworkScanResult>& networks);
+    /// Those of the same scan that cannot be joined; told before its results.
+    void UnsupportedNetworks(const QVector<OrvaNetworkScanResult>& networks);
     /// Some interface's addresses changed.
     void AddressesChanged();
     /// A wireless network refused the association for reasons of authentication.

@@ -45,10 +45,13 @@ Scans::Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& 
     , m_lowlevel(backend)
     , m_picture(picture)
     , m_scanResultsNode(nodeAt<CMListRowsNode>(nodes, OrvaNetworkScanResultsPath()))
+    , m_unsupportedNode(nodeAt<CMListRowsNode>(nodes, OrvaNetworkUnsupportedNetworksPath()))
 {
     m_scanTimer.setSingleShot(true);
     connect(&m_scanTimer, &QTimer::timeout, this, &Scans::on_scanTimer_timeout);
     connect(&backend, &Networking_LowLevel::ScanResults, this, &Scans::on_lowlevel_ScanResults);
+    connect(&backend, &Networking_LowLevel::UnsupportedNetworks, this,
+            &Scans::on_lowlevel_UnsupportedNetworks);
 }
 
 void Scans::on_scanNetworks_req(const CMSetDataRequest& request)
@@ -108,6 +111,7 @@ void Scans::clearScanResults()
 {
     const QVector<OrvaRoles> cleared = m_scanResultsNode->rows();
     m_scanResultsNode->rowsClear();
+    m_unsupportedNode->rowsClear();
     LOG4CPLUS_DEBUG(networkingLogger(), "ScanResults cleared: (" << idsOf(cleared) << ")");
 }
 
@@ -123,6 +127,13 @@ void Scans::on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& result
     for (const CMReply<QVariant>& reply : answered)
         reply.finish(value);
     Q_EMIT wifiNeeded(false);
+}
+
+void Scans::on_lowlevel_UnsupportedNetworks(const QVector<OrvaNetworkScanResult>& networks)
+{
+    m_unsupportedNode->rowsClear();
+    for (const OrvaNetworkScanResult& network : networks)
+        m_unsupportedNode->rowsSetById(scanRow(network));
 }
 
 // Results for others do not prolong the wait of the queued requests.

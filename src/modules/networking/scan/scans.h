@@ -19,7 +19,7 @@ class Scans : public QObject
 {
     Q_OBJECT
 public:
-    /// `nodes` has the node of the results. Backend and picture must outlive this object.
+    /// `nodes` has the nodes of the results. Backend and picture must outlive this object.
     Scans(const CMNodes& nodes, Networking_LowLevel& backend, const Picture& picture,
           QObject* parent);
 
@@ -36,6 +36,7 @@ Q_SIGNALS:
 public Q_SLOTS:
     void on_scanNetworks_req(const CMSetDataRequest& request);
     void on_lowlevel_ScanResults(const QVector<OrvaNetworkScanResult>& results);
+    void on_lowlevel_UnsupportedNetworks(const QVector<OrvaNetworkScanResult>& networks);
     void on_scanTimer_timeout();
 
 private:
@@ -56,6 +57,7 @@ private:
     Networking_LowLevel& m_lowlevel;
     const Picture& m_picture;
     CMListRowsNode* const m_scanResultsNode;
+    CMListRowsNode* const m_unsupportedNode;
     /// The replies that wait for the scan that runs.
     QVector<CMReply<QVariant>> m_pendingScanReplies;
     /// The requests that wait for the interface; the oldest one stands first.

@@ -280,7 +280,7 @@ QVector<ScannedNetwork> RealRadio::seenNetworks() const
         if (name) {
             networks.append({*name, supplicant::addressText(bss.bssid), bss.security(), bss.signal,
                              supplicant::channelOf(bss.frequency), bss.frequency,
-                             bss.informationElements});
+                             bss.informationElements, bss.offersWpa3()});
             continue;
         }
         const bool hidden = bss.ssid.count('\0') == bss.ssid.size();

@@ -81,6 +81,12 @@ Security Bss::security() const
     return privacy || !ways.isEmpty() ? Security::Wep : Security::Open;
 }
 
+bool Bss::offersWpa3() const
+{
+    return std::any_of(rsnWays.begin(), rsnWays.end(),
+                       [](const QString& way) { return way.contains(QLatin1String("sae")); });
+}
+
 std::optional<State> state(const QVariant& value)
 {
     static const QHash<QString, State> states{{QStringLiteral("disconnected"), State::Away},

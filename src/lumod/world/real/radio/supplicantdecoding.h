@@ -29,6 +29,7 @@ struct Bss
     QByteArray informationElements;
 
     [[nodiscard]] Security security() const;
+    [[nodiscard]] bool offersWpa3() const;
 };
 
 /// The state of that name; nothing for a name that nobody knows.

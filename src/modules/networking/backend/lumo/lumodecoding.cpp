@@ -6,6 +6,7 @@
 #include "backend/softapinterface.h"
 #include "network/networkrules.h"
 
+#include <QHash>
 #include <QHostAddress>
 
 #include <algorithm>
@@ -125,18 +126,31 @@ void addSoftAp(OrvaNetworkInfo& info, const QString& name, const QVariantMap& de
     info.setSoftAp(softAp);
 }
 
-/// The security of a scanned network by its "type"; nothing when the network is to be dropped.
+/// The security of a scanned network by its "type"; nothing for one that cannot be joined.
 std::optional<Encryption> scannedSecurity(const QString& type)
 {
     if (type == QLatin1String("unsecured"))
         return Encryption(Encryption::None);
     if (type == QLatin1String("wpa_psk"))
         return Encryption(Encryption::WpaPsk);
+    return std::nullopt;
+}
+
+void warnOfDropped(const QString& type)
+{
     if (type == QLatin1String("wep"))
         LOG4CPLUS_WARN(lumoLogger(), "Got unsupported auth type WEP from LUMO!");
     else
         LOG4CPLUS_WARN(lumoLogger(), "Got unknown auth type from LUMO: " << type);
-    return std::nullopt;
+}
+
+QString unsupportedSecurity(const QString& type)
+{
+    static const QHash<QString, QString> names{
+        {QStringLiteral("wep"), QStringLiteral("wep")},
+        {QStringLiteral("wpa_eap"), QStringLiteral("enterprise")},
+        {QStringLiteral("owe"), QStringLiteral("enhanced-open")}};
+    return names.value(type, QStringLiteral("unknown"));
 }
 
 OrvaNetworkScanResult parseScanResult(const QString& ssid, const QVariantHash& network)
@@ -150,6 +164,8 @@ OrvaNetworkScanResult parseScanResult(const QString& ssid, const QVariantHash& n
     const QVariant elements = network.value(QStringLiteral("ies"));
     if (elements.userType() == QMetaType::QByteArray)
         result.setIes(QString::fromLatin1(elements.toByteArray().toHex()));
+    if (lumoField<bool>(network, "wpa3"))
+        result.setWpa3(true);
     return result;
 }
 
@@ -250,10 +266,28 @@ QVector<OrvaNetworkScanResult> parseScanResults(const QVariantMap& results)
     QVector<OrvaNetworkScanResult> networks;
     for (auto entry = results.begin(); entry != results.end(); ++entry) {
         const QVariantHash network = entry.value().toHash();
-        if (const auto security = scannedSecurity(lumoField<QString>(network, "type"))) {
-            networks.append(parseScanResult(entry.key(), network));
-            networks.last().setEncryption(*security);
+        const auto type = lumoField<QString>(network, "type");
+        const auto security = scannedSecurity(type);
+        if (!security) {
+            warnOfDropped(type);
+            continue;
         }
+        networks.append(parseScanResult(entry.key(), network));
+        networks.last().setEncryption(*security);
+    }
+    return networks;
+}
+
+QVector<OrvaNetworkScanResult> parseUnsupportedNetworks(const QVariantMap& results)
+{
+    QVector<OrvaNetworkScanResult> networks;
+    for (auto entry = results.begin(); entry != results.end(); ++entry) {
+        const QVariantHash network = entry.value().toHash();
+        const auto type = lumoField<QString>(network, "type");
+        if (network.isEmpty() || scannedSecurity(type))
+            continue;
+        networks.append(parseScanResult(entry.key(), network));
+        networks.last().setUnsupported(unsupportedSecurity(type));
     }
     return networks;
 }

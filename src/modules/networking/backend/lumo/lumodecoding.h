@@ -32,6 +32,8 @@
 /// The networks that a scan found, by SSID. Those of unsupported or unknown security are dropped
 /// with a warning.
 [[nodiscard]] QVector<OrvaNetworkScanResult> parseScanResults(const QVariantMap& results);
+/// The networks that were dropped there for their security, with what it is.
+[[nodiscard]] QVector<OrvaNetworkScanResult> parseUnsupportedNetworks(const QVariantMap& results);
 
 /// The network that a WPS session brought.
 [[nodiscard]] OrvaNetworkInterface parseWpsCredentials(const QVariantMap& credentials);

@@ -171,6 +171,7 @@ void Networking_LowLevel_LUMO::on_lumo_ScanResults(const QVariantMap& Results)
     const QVector<OrvaNetworkScanResult> results = parseScanResults(map);
     LOG4CPLUS_DEBUG(lumoLogger(), "ScanResults emitted: " << orvaToLog(
                                       OrvaCodec<QVector<OrvaNetworkScanResult>>::encode(results)));
+    Q_EMIT UnsupportedNetworks(parseUnsupportedNetworks(map));
     Q_EMIT ScanResults(results);
 }
 
