@@ -31,6 +31,7 @@ class Station(RadioCase):
         self.air.start("wlan1", *(plain(row[0]) for row in NAMES.values()), HIDDEN, raw(b"Caf\xe9"))
         seen = self.scan()
         self.assertEqual({name: row["type"] for name, row in seen.items()}, {name: row[1] for name, row in NAMES.items()})
+        self.assertEqual({name for name, row in seen.items() if row["wpa3"]}, {"Third", "Mixed"})
         home = seen["Home"]
         self.assertEqual((home["bssid"], home["frequency"], home["channel"]), ("02:00:00:00:06:00", 2437, 6))
         self.assertTrue(bytes(home["ies"]).startswith(b"\0\4Home"))
