@@ -49,7 +49,7 @@ Outcome<QVariantMap> settingsOf(const Arguments& given)
         if (const auto value = given.integer(std::string("--") + key))
             settings.insert(QLatin1String(key), *value);
     }
-    for (const char* ability : {"wpa3", "wps"})
+    for (const char* ability : {"wpa3", "wps", "hidden"})
         if (const auto has = given.truth(std::string("--") + ability))
             settings.insert(QLatin1String(ability), *has);
     if (given.text("--key-file").isEmpty())
@@ -161,6 +161,7 @@ std::vector<Parameter> describing(const Parameter& point)
         keyFile(),
         {"--wpa3", "Whether it speaks WPA3 too", Kind::Truth},
         {"--wps", "Whether it speaks WPS", Kind::Truth},
+        {"--hidden", "Whether scans do not see it", Kind::Truth},
         Parameter{"--network", "The network behind it, a name of the world file"}.of("NAME"),
     };
 }

@@ -45,12 +45,14 @@ bool isWellTyped(const QVariantMap& changes)
                                    QStringLiteral("network")};
     static const QStringList integers{QStringLiteral("channel"), QStringLiteral("frequency"),
                                       QStringLiteral("signal")};
+    static const QStringList switches{QStringLiteral("wpa3"), QStringLiteral("wps"),
+                                      QStringLiteral("hidden")};
     for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
         const auto key = entry.key().toUtf8();
         const bool fine = texts.contains(entry.key()) ? wire::text(changes, key).has_value()
                           : integers.contains(entry.key())
                               ? wire::integer(changes, key).has_value()
-                              : (key == "wps" || key == "wpa3") && wire::boolean(changes, key);
+                              : switches.contains(entry.key()) && wire::boolean(changes, key);
         if (!fine)
             return false;
     }
@@ -129,6 +131,7 @@ Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes)
     point.key = wire::text(changes, "key").value_or(point.key);
     point.wpa3 = wire::boolean(changes, "wpa3").value_or(point.wpa3);
     point.wps = wire::boolean(changes, "wps").value_or(point.wps);
+    point.hidden = wire::boolean(changes, "hidden").value_or(point.hidden);
     point.network = wire::text(changes, "network").value_or(point.network);
     const auto security =
         securityFrom(wire::text(changes, "security").value_or(toString(point.security)));

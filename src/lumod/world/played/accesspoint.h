@@ -16,13 +16,15 @@ struct AccessPoint
     int signal = -55;     ///< dBm
     Security security = Security::Open;
     QString key;
-    bool wpa3 = false; ///< speaks WPA3 too
-    bool wps = false;  ///< has a WPS button
-    QString network;   ///< the network behind it, by name
+    bool wpa3 = false;   ///< speaks WPA3 too
+    bool wps = false;    ///< has a WPS button
+    bool hidden = false; ///< says its name to nobody who does not ask by it
+    QString network;     ///< the network behind it, by name
 };
 
 /// `point` with `changes` applied, keys as in the world file: ssid, bssid, channel, frequency,
-/// signal, security, key, wpa3, wps, network. A new channel without a frequency brings its own.
+/// signal, security, key, wpa3, wps, hidden, network. A new channel without a frequency brings its
+/// own.
 Result<AccessPoint> changed(AccessPoint point, const QVariantMap& changes);
 
 /// The centre frequency of a Wi-Fi channel in MHz, 0 for one that does not exist.

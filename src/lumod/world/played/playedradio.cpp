@@ -144,9 +144,12 @@ void PlayedRadio::finishScan()
 QVector<ScannedNetwork> PlayedRadio::seenNetworks() const
 {
     QVector<ScannedNetwork> networks;
-    for (const auto& point : description().accessPoints)
+    for (const auto& point : description().accessPoints) {
+        if (point.hidden)
+            continue;
         networks.append({point.ssid, point.bssid, point.security, point.signal, point.channel,
                          point.frequency, informationElements(point), point.wpa3});
+    }
     return networks;
 }
 

@@ -25,6 +25,7 @@ QJsonArray toJson(const QVector<AccessPoint>& points)
                                  {QStringLiteral("key"), masked(point.key)},
                                  {QStringLiteral("wpa3"), point.wpa3},
                                  {QStringLiteral("wps"), point.wps},
+                                 {QStringLiteral("hidden"), point.hidden},
                                  {QStringLiteral("network"), point.network}});
     return array;
 }
