@@ -4,6 +4,8 @@
 #include "bodies.h"
 #include "network/networkpaths.h"
 
+#include <utility>
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -16,6 +18,7 @@ constexpr auto sessionPatience = 130s;
 constexpr auto trialTime = 120s;
 
 constexpr int maxSsidBytes = 32;
+constexpr int maxTrialId = 32;
 
 /// Passes on success, with these fields, or the error, and nothing of the answer, which may hold a
 /// key.
@@ -88,15 +91,27 @@ void Actions::invoke(const CMPath& path, const OrvaValue& value, const Done& don
     m_host.invoke(path, value, answerPatience, withoutAnswer(done));
 }
 
-void Actions::setProfile(const OrvaNetworkProfile& profile, bool onTrial, const Done& done)
+void Actions::setProfile(const OrvaNetworkProfile& profile, const Done& done)
 {
-    if (!onTrial)
-        return invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile), done);
+    invoke(OrvaNetworkSetNetworkProfilePath(), OrvaValue::of(profile), done);
+}
+
+void Actions::tryProfile(const OrvaNetworkProfile& profile, const QString& id, const Done& done)
+{
+    if (id.size() > maxTrialId)
+        return done(malformedBody(QStringLiteral("\"trial\" has at most 32 characters")));
+    // Known before the host tells of the trial, whose end may take the answer's way along.
+    const QString before = std::exchange(m_trial, id);
+    const auto tried = [this, before, done](const OrvaResult<QVariantHash>& answer) {
+        if (!answer)
+            m_trial = before;
+        done(answer);
+    };
     OrvaNetworkProfileTrial trial;
     trial.setProfile(profile);
     trial.setConfirmWithinMs(static_cast<qint32>(std::chrono::milliseconds(trialTime).count()));
     m_host.invoke(OrvaNetworkTryNetworkProfilePath(), OrvaValue::of(trial), answerPatience,
-                  withoutAnswer(done, {{QStringLiteral("trial"), true}}));
+                  withoutAnswer(tried, {{QStringLiteral("trial"), true}}));
 }
 
 void Actions::scan(const QByteArray& json, const Done& done)
@@ -115,9 +130,12 @@ void Actions::join(const QByteArray& json, const Done& done)
     // The network would replace the whole profile if the present one were not known.
     if (m_host.value(OrvaNetworkProfilePath()).isEmpty())
         return done(CMError(QStringLiteral("absent"), TrString("The host is not there yet")));
-    setProfile(profileToJoin(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body,
-                             m_host.seen()),
-               m_way == WayIn::Wireless, done);
+    const OrvaNetworkProfile profile = profileToJoin(
+        m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body, m_host.seen());
+    if (m_way == WayIn::Wireless)
+        tryProfile(profile, body->trial(), done);
+    else
+        setProfile(profile, done);
 }
 
 void Actions::forget(const QByteArray& json, const Done& done)
@@ -135,10 +153,12 @@ void Actions::setAddress(const QByteArray& json, const Done& done)
         profileWithAddress(m_host.value(OrvaNetworkProfilePath()).networkProfile(), *body);
     const WayIn endangered =
         body->interface() == QLatin1String("wired") ? WayIn::Wired : WayIn::Wireless;
-    if (profile)
-        setProfile(*profile, m_way == endangered, done);
-    else
+    if (!profile)
         done(profile.error());
+    else if (m_way == endangered)
+        tryProfile(*profile, body->trial(), done);
+    else
+        setProfile(*profile, done);
 }
 
 void Actions::setAirplane(const QByteArray& json, const Done& done)

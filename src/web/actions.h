@@ -18,6 +18,10 @@ public:
     /// Does it for a page that came by that way; `done` is called once, now or later. What may take
     /// that way from the page is set on trial, and the answer says so: `"trial": true`.
     void run(const QByteArray& name, const QByteArray& body, WayIn way, const Done& done);
+    /// The id that a page gave to the change that is on trial; empty where it is not one of ours.
+    [[nodiscard]] QString trial() const { return m_trial; }
+    /// The host has nothing on trial any more.
+    void endTrial() { m_trial.clear(); }
 
 private:
     using Step = void (Actions::*)(const QByteArray& body, const Done& done);
@@ -31,7 +35,8 @@ private:
     template <class Body>
     [[nodiscard]] static std::optional<Body> read(const QByteArray& body, const Done& done);
     void invoke(const CMPath& path, const OrvaValue& value, const Done& done);
-    void setProfile(const OrvaNetworkProfile& profile, bool onTrial, const Done& done);
+    void setProfile(const OrvaNetworkProfile& profile, const Done& done);
+    void tryProfile(const OrvaNetworkProfile& profile, const QString& id, const Done& done);
     void runWps(const CMPath& path, const OrvaValue& value, const Done& done);
 
     void scan(const QByteArray& body, const Done& done);
@@ -52,4 +57,5 @@ private:
     SoftApKeeper& m_softAp;
     /// The way of the page that is served at the moment.
     WayIn m_way = WayIn::Refused;
+    QString m_trial;
 };

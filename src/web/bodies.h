@@ -9,11 +9,13 @@
 // values in, plain values out.
 
 /// Joins a network. Without a key a known network keeps its own, and an unknown one is open.
+/// `trial` is the page's id for the change, by which it knows it again where it goes on trial.
 struct JoinBody : OrvaHash
 {
     ORVA_RECORD(JoinBody)
     ORVA_FIELD(QString, ssid, Ssid);
     ORVA_FIELD(QString, key, Key);
+    ORVA_FIELD(QString, trial, Trial);
 };
 
 /// A network by its name.
@@ -31,7 +33,7 @@ struct SoftApBody : OrvaHash
     ORVA_FIELD(QString, passphrase, Passphrase);
 };
 
-/// The addressing of an interface. `interface` is "wired" or "wireless".
+/// The addressing of an interface. `interface` is "wired" or "wireless"; `trial` as in JoinBody.
 struct AddressBody : OrvaHash
 {
     ORVA_RECORD(AddressBody)
@@ -41,6 +43,7 @@ struct AddressBody : OrvaHash
     ORVA_FIELD(QString, netmask, Netmask);
     ORVA_FIELD(QString, gateway, Gateway);
     ORVA_FIELD(QStringList, dns, Dns);
+    ORVA_FIELD(QString, trial, Trial);
 };
 
 /// Something that is on or off.

@@ -34,6 +34,8 @@ HostLink::HostLink(const QDBusConnection& bus, QVector<CMPath> values)
     : m_paths(std::move(values))
     , m_proxy(std::make_unique<OrgOrvaHost1Interface>(QStringLiteral("org.orva.Host1"),
                                                       QStringLiteral("/org/orva/Host1"), bus))
+    , m_seen{OrvaNetworkScanResultsPath(), {}}
+    , m_unsupported{OrvaNetworkUnsupportedNetworksPath(), {}}
 {
     registerBusTypes();
     auto* watcher = new QDBusServiceWatcher(m_proxy->service(), bus,
@@ -49,8 +51,10 @@ HostLink::HostLink(const QDBusConnection& bus, QVector<CMPath> values)
                     store(CMPath(path), OrvaValue(*plain));
             });
     connect(m_proxy.get(), &OrgOrvaHost1Interface::RowsChanged, this, [this](const QString& path) {
-        if (path == OrvaNetworkScanResultsPath().toString())
-            readRows();
+        for (Rows* rows : {&m_seen, &m_unsupported}) {
+            if (path == rows->path.toString())
+                readRows(*rows);
+        }
     });
     readAll();
 }
@@ -60,7 +64,8 @@ HostLink::~HostLink() = default;
 void HostLink::setPresent(bool present)
 {
     m_values.clear();
-    m_seen = {};
+    m_seen.networks.clear();
+    m_unsupported.networks.clear();
     m_isPresent = present;
     Q_EMIT presenceChanged();
     if (present)
@@ -75,31 +80,33 @@ void HostLink::readAll()
                 store(path, *answer);
         });
     }
-    readRows();
+    readRows(m_seen);
+    readRows(m_unsupported);
 }
 
-void HostLink::readRows()
+void HostLink::readRows(Rows& rows)
 {
-    m_areRowsStale = m_isReadingRows;
-    if (m_isReadingRows)
+    rows.isStale = rows.isReading;
+    if (rows.isReading)
         return;
-    m_isReadingRows = true;
-    const QDBusPendingCall call = m_proxy->GetRows(OrvaNetworkScanResultsPath().toString());
+    rows.isReading = true;
+    const QDBusPendingCall call = m_proxy->GetRows(rows.path.toString());
     auto* watcher = new QDBusPendingCallWatcher(call, this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, &rows] {
         watcher->deleteLater();
-        m_isReadingRows = false;
-        const QDBusPendingReply<OrvaBusRows> rows = *watcher;
-        if (rows.isError())
+        rows.isReading = false;
+        const QDBusPendingReply<OrvaBusRows> answer = *watcher;
+        if (answer.isError())
             return;
-        m_seen.clear();
-        for (const QVariantMap& row : rows.value()) {
+        rows.networks.clear();
+        for (const QVariantMap& row : answer.value()) {
             const auto plain = OrvaPlain::hashFromBus(row, answerLimits);
-            m_seen.append(OrvaRoles(plain.value_or(QVariantHash())).value().networkScanResult());
+            rows.networks.append(
+                OrvaRoles(plain.value_or(QVariantHash())).value().networkScanResult());
         }
         Q_EMIT seenChanged();
-        if (m_areRowsStale)
-            readRows();
+        if (rows.isStale)
+            readRows(rows);
     });
 }
 

@@ -35,7 +35,12 @@ public:
     /// Empty while it is not known.
     [[nodiscard]] OrvaValue value(const CMPath& path) const { return m_values.value(path); }
     /// The networks that the last scan found.
-    [[nodiscard]] const OrvaList<OrvaNetworkScanResult>& seen() const { return m_seen; }
+    [[nodiscard]] const OrvaList<OrvaNetworkScanResult>& seen() const { return m_seen.networks; }
+    /// Those that it found and that the device cannot join.
+    [[nodiscard]] const OrvaList<OrvaNetworkScanResult>& unsupported() const
+    {
+        return m_unsupported.networks;
+    }
 
     /// Activates a node; `done` is called once.
     void invoke(const CMPath& path, const OrvaValue& value, std::chrono::seconds atMost,
@@ -49,17 +54,25 @@ Q_SIGNALS:
     void seenChanged();
 
 private:
+    /// Rows of a node, read anew after each change, one reading at a time.
+    struct Rows
+    {
+        CMPath path;
+        OrvaList<OrvaNetworkScanResult> networks;
+        bool isReading = false;
+        bool isStale = false;
+    };
+
     void setPresent(bool present);
     void readAll();
-    void readRows();
+    void readRows(Rows& rows);
     void store(const CMPath& path, const OrvaValue& value);
     void finish(const QDBusPendingCall& call, const Done& done);
 
     const QVector<CMPath> m_paths;
     std::unique_ptr<OrgOrvaHost1Interface> m_proxy;
     QHash<CMPath, OrvaValue> m_values;
-    OrvaList<OrvaNetworkScanResult> m_seen;
+    Rows m_seen;
+    Rows m_unsupported;
     bool m_isPresent = false;
-    bool m_isReadingRows = false;
-    bool m_areRowsStale = false;
 };

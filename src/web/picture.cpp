@@ -3,6 +3,7 @@
 
 #include "network/networkpaths.h"
 
+#include <QSet>
 #include <QUrl>
 
 #include <algorithm>
@@ -97,15 +98,16 @@ QVariantHash lastJoin(const OrvaNetworkLastJoin& join)
             {QStringLiteral("when"), join.whenMs()}};
 }
 
-/// The profile on trial: how long it still is. Empty where none is.
-QVariantHash trial(const OrvaNetworkPendingProfile& pending)
+/// The profile on trial: how long it still is, and its id where it has one. Empty where none is.
+QVariantHash trial(const OrvaNetworkPendingProfile& pending, const QString& id)
 {
     if (pending.untilMs() == 0)
         return {};
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     const auto left = std::chrono::milliseconds(pending.untilMs()) - now;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left).count();
-    return {{QStringLiteral("seconds"), static_cast<qint64>(qMax<qint64>(seconds, 0))}};
+    return {{QStringLiteral("seconds"), static_cast<qint64>(qMax<qint64>(seconds, 0))},
+            {QStringLiteral("id"), id}};
 }
 
 bool isOfSoftAp(const QString& host, const OrvaNetworkInfo& info)
@@ -135,6 +137,17 @@ QVariantList waysTo(const QString& published, const QStringList& names, const Or
     return ways;
 }
 
+QVariantHash networkRow(const OrvaNetworkScanResult& network)
+{
+    QVariantHash row = {{QStringLiteral("ssid"), network.ssid()},
+                        {QStringLiteral("signal"), network.signal()},
+                        {QStringLiteral("security"),
+                         OrvaNetworkProfileWirelessEncryption::toString(network.encryption())}};
+    if (!network.unsupported().isEmpty())
+        row.insert(QStringLiteral("unsupported"), network.unsupported());
+    return row;
+}
+
 } // namespace
 
 QVector<CMPath> picturePaths()
@@ -152,7 +165,8 @@ QVector<CMPath> picturePaths()
             OrvaWebserverPortPath()};
 }
 
-QVariantHash statePicture(const HostLink& host, bool homeNetwork, const QStringList& names)
+QVariantHash statePicture(const HostLink& host, bool homeNetwork, const QStringList& names,
+                          const QString& trialId)
 {
     if (!host.isPresent())
         return {{QStringLiteral("host"), false}, {QStringLiteral("ways"), QVariantList()}};
@@ -176,29 +190,36 @@ QVariantHash statePicture(const HostLink& host, bool homeNetwork, const QStringL
          lastJoin(host.value(OrvaNetworkLastJoinPath()).networkLastJoin())},
         {QStringLiteral("ways"), homeNetwork ? waysTo(url, names, info) : QVariantList()}};
     const QVariantHash pending =
-        trial(host.value(OrvaNetworkPendingProfilePath()).networkPendingProfile());
+        trial(host.value(OrvaNetworkPendingProfilePath()).networkPendingProfile(), trialId);
     if (!pending.isEmpty())
         picture.insert(QStringLiteral("trial"), pending);
     return picture;
 }
 
-QVariantList networksPicture(const OrvaList<OrvaNetworkScanResult>& seen)
+QVariantList networksPicture(const OrvaList<OrvaNetworkScanResult>& seen,
+                             const OrvaList<OrvaNetworkScanResult>& unsupported)
 {
-    auto sorted = seen;
+    // One that can be joined hides another of its name that cannot.
+    QVector<OrvaNetworkScanResult> sorted;
+    QSet<QString> joinable;
+    for (const OrvaNetworkScanResult& network : seen) {
+        sorted.append(network);
+        joinable.insert(network.ssid());
+    }
+    for (const OrvaNetworkScanResult& network : unsupported) {
+        if (!joinable.contains(network.ssid()))
+            sorted.append(network);
+    }
     std::stable_sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
         return left.signal() > right.signal();
     });
-    QStringList named;
+    QSet<QString> named = {QString()};
     QVariantList list;
-    for (const OrvaNetworkScanResult& network : sorted) {
-        if (network.ssid().isEmpty() || named.contains(network.ssid()))
+    for (const OrvaNetworkScanResult& network : qAsConst(sorted)) {
+        if (named.contains(network.ssid()))
             continue;
-        named.append(network.ssid());
-        list.append(
-            QVariantHash{{QStringLiteral("ssid"), network.ssid()},
-                         {QStringLiteral("signal"), network.signal()},
-                         {QStringLiteral("security"),
-                          OrvaNetworkProfileWirelessEncryption::toString(network.encryption())}});
+        named.insert(network.ssid());
+        list.append(networkRow(network));
     }
     return list;
 }

@@ -44,6 +44,7 @@ SetupPage::SetupPage(const QDBusConnection& bus, WebSettings settings)
     connect(&m_host, &HostLink::presenceChanged, this, announceSoon);
     connect(&m_host, &HostLink::valueChanged, this, announceSoon);
     connect(&m_host, &HostLink::valueChanged, this, &SetupPage::listenOnce);
+    connect(&m_host, &HostLink::valueChanged, this, &SetupPage::followTrial);
     connect(&m_host, &HostLink::seenChanged, this, [this, announceSoon] {
         m_isSeenStale = true;
         announceSoon();
@@ -78,6 +79,13 @@ void SetupPage::listenOnce()
         Q_EMIT failed();
     else
         qCInfo(lcWeb) << "The page is on port" << m_port;
+}
+
+void SetupPage::followTrial(const CMPath& path)
+{
+    if (path == OrvaNetworkPendingProfilePath() &&
+        m_host.value(path).networkPendingProfile().untilMs() == 0)
+        m_actions.endTrial();
 }
 
 WayIn SetupPage::wayOf(const QHostAddress& local, const QHostAddress& peer) const
@@ -154,14 +162,19 @@ void SetupPage::handleApi(const HttpRequest& request, WayIn way, const HttpReply
 
 QByteArray SetupPage::stateJson() const
 {
-    return OrvaPlain::toJson(statePicture(m_host, m_settings.homeNetwork, m_settings.names));
+    return OrvaPlain::toJson(
+        statePicture(m_host, m_settings.homeNetwork, m_settings.names, m_actions.trial()));
+}
+
+QByteArray SetupPage::networksJson() const
+{
+    return OrvaPlain::toJson(networksPicture(m_host.seen(), m_host.unsupported()));
 }
 
 QByteArray SetupPage::events() const
 {
     return "retry: 2000\nevent: state\ndata: " + stateJson() +
-           "\n\nevent: networks\ndata: " + OrvaPlain::toJson(networksPicture(m_host.seen())) +
-           "\n\n";
+           "\n\nevent: networks\ndata: " + networksJson() + "\n\n";
 }
 
 void SetupPage::announce()
@@ -169,7 +182,7 @@ void SetupPage::announce()
     countReaders(); // an access point may have come or gone beneath them
     m_server.broadcast("state", stateJson());
     if (m_isSeenStale)
-        m_server.broadcast("networks", OrvaPlain::toJson(networksPicture(m_host.seen())));
+        m_server.broadcast("networks", networksJson());
     m_isSeenStale = false;
 }
 

@@ -23,6 +23,7 @@ Q_SIGNALS:
 
 private:
     void listenOnce();
+    void followTrial(const CMPath& path);
     void handle(const HttpRequest& request, const HttpReply& reply);
     void handleForeign(const HttpRequest& request, WayIn way, const HttpReply& reply) const;
     void handleApi(const HttpRequest& request, WayIn way, const HttpReply& reply);
@@ -31,6 +32,7 @@ private:
     /// True if phones need not be led to the page any more.
     [[nodiscard]] bool isReleased() const;
     [[nodiscard]] QByteArray stateJson() const;
+    [[nodiscard]] QByteArray networksJson() const;
     [[nodiscard]] QByteArray events() const;
     void announce();
     void countReaders();

@@ -7,15 +7,26 @@ var attempt = (function () {
   var PHASES = {notInRange: 'notFound', keyRefused: 'wrongKey', noAddress: 'noAddress', refused: 'notLetIn',
     cableFirst: 'byCable', airplaneMode: 'inFlight'};
 
-  // now: {ssid, phase, text, error, pin, address, softAp, trial: 'perhaps' | 'wanted' | 'seen'}; null where nothing was asked for.
+  // What was asked for; null where nothing was: {phase, ssid of a network to join, address, softAp, done: the word for its
+  // success, name: what that is about, text, error, pin, id: under which it may be tried,
+  // trial: 'perhaps' | 'wanted' | 'seen' while it is, as far as the page knows}.
   var attempt = {now: null}, isConfirming = false;
 
   function isAddressed(link, ip) {
     return link.state === 'connected' && (ip ? link.addresses.indexOf(ip) >= 0 : link.addresses.length > 0);
   }
 
+  // What may take this page's way to the device along has an id: the page that finds the device again knows it by that.
+  function freshId() {
+    var bytes = new Uint8Array(8), text = '';
+    crypto.getRandomValues(bytes);
+    for (var i = 0; i < bytes.length; i++) text += (256 + bytes[i]).toString(16).slice(1);
+    return text;
+  }
+
   attempt.begin = function (what) {
     attempt.now = what;
+    what.id = device.trial = what.ssid || what.address ? freshId() : '';
     what.phase = what.phase || 'sending';
     what.since = Date.now();
     what.isAnswered = false;
@@ -27,9 +38,9 @@ var attempt = (function () {
     now.isAnswered = true;
     // Nothing was answered because the device has gone: perhaps it does what it was asked for.
     now.error = error && error.error !== 'lost' ? error : null;
-    now.phase = now.error ? 'failed' : now.ssid ? 'trying' : 'saved';
-    if (error && error.error === 'lost') now.trial = 'perhaps';
+    if (error && error.error === 'lost' && now.id) now.trial = 'perhaps';
     if (answer && answer.trial) now.trial = 'wanted';
+    now.phase = now.error ? 'failed' : now.ssid ? 'trying' : now.trial ? 'onTrial' : 'saved';
     now.since = Date.now();
     attempt.follow();
   };
@@ -62,23 +73,35 @@ var attempt = (function () {
     });
   }
 
-  function followTrial(now, state, seconds) {
-    var isOurs = now ? now.trial : device.isCarried;
-    if (now && now.trial && state.trial) {
-      now.trial = 'seen';
-    } else if (now && (now.trial === 'seen' || seconds > SETTLED && (now.trial === 'wanted' ||
-      now.trial === 'perhaps' && now.address && !holds(state, now, seconds)))) {
-      now.phase = 'rolledBack';
-      now.trial = '';
-    }
-    if (!state.trial || !isOurs || !holds(state, now, seconds) || isConfirming) return;
+  function settle(now) {
+    now.trial = '';
+    if (now.phase === 'onTrial') now.phase = 'saved';
+  }
+
+  // Keeps what is on trial.
+  function keep(now) {
     isConfirming = true;
     if (now) now.trial = ''; // its end, which may be told before the answer comes, is not one by time
     device.act('confirm', {}, function (error) {
       isConfirming = false;
       if (error && now) now.trial = 'wanted';
-      if (!error && !now) attempt.begin({phase: 'saved'});
+      else if (now) settle(now);
+      else if (!error) attempt.begin({phase: 'saved'});
     });
+  }
+
+  function followTrial(now, state, seconds) {
+    var id = now ? now.id : device.carried, isRunning = !!id && !!state.trial && state.trial.id === id;
+    if (now && now.trial && isRunning) {
+      now.trial = 'seen';
+    } else if (now && (now.trial === 'seen' || seconds > SETTLED && (now.trial === 'wanted' ||
+      now.trial === 'perhaps' && now.address && !holds(state, now, seconds)))) {
+      now.phase = 'rolledBack';
+      now.trial = '';
+    } else if (now && now.trial && seconds > SETTLED) {
+      settle(now);
+    }
+    if (isRunning && !isConfirming && holds(state, now, seconds)) keep(now);
   }
 
   // Looks at what the device has told, as often as it tells something, and as time goes by.

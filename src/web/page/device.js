@@ -12,7 +12,8 @@ var device = (function () {
     since: 0, // when the state came
     lostSince: 0, foundAt: 0,
     target: '', // where the device was told to be from now on
-    isCarried: false, // true on a page that has found the device again
+    trial: '', // the id under which a change was asked for last: it goes along when the page follows the device
+    carried: '', // the id with which this page came, after it had followed the device
     isLocked: false, // true while the access code is wanted
     onchange: function () {}, onlocked: function () {}
   };
@@ -81,10 +82,7 @@ var device = (function () {
     source.addEventListener('alive', heard);
     source.onerror = function () {
       lose();
-      if (source && source.readyState === 2) { // refused: by another start of the program
-        device.isCarried = false;
-        close();
-      }
+      if (source && source.readyState === 2) close(); // refused: by another start of the program
     };
   }
 
@@ -107,12 +105,12 @@ var device = (function () {
   };
 
   // A phone that has left the access point is in the home network, or soon will be: there the device's icon shows
-  // that the device is. The page there goes on with the token of this one.
+  // that the device is. Whoever answers there learns the id of the change and nothing that has a right.
   function look() {
     device.elsewhere().forEach(function (way) {
       if (looking[way]) return;
       var icon = looking[way] = new Image();
-      icon.onload = function () { location.replace(way + '#' + token); };
+      icon.onload = function () { location.replace(device.trial ? way + '#' + device.trial : way); };
       icon.onerror = function () { looking[way] = null; };
       icon.src = way + 'icon.svg?' + Date.now();
       setTimeout(icon.onerror, 5000);
@@ -130,11 +128,9 @@ var device = (function () {
   };
 
   device.start = function () {
-    token = location.hash.slice(1);
-    device.isCarried = !!token;
-    if (!token) return begin();
-    history.replaceState(null, '', location.pathname);
-    listen();
+    device.trial = device.carried = location.hash.slice(1);
+    if (device.carried) history.replaceState(null, '', location.pathname);
+    begin();
   };
 
   return device;

@@ -27,6 +27,7 @@
     show.finished = false;
     what = what || {};
     attempt.begin(what);
+    if (what.id) body.trial = what.id;
     show.all();
     attend();
     act(name, body, function (error, answer) {
@@ -59,7 +60,7 @@
     $('key').value = '';
     $('key').required = !!network && !known && network.security !== 'none';
     $('key-hint').textContent = say(known ? 'keyKnown' : network ? 'keyHint' : 'keyOptional');
-    $('join-error').textContent = network && network.security === 'wep' ? say('wep') : '';
+    $('join-error').textContent = '';
     $('join').scrollIntoView();
     (network ? $('join-key').hidden ? $('join').querySelector('.main') : $('key') : $('ssid')).focus();
   }
@@ -84,7 +85,7 @@
   $('show-key').onchange = function () { $('key').type = this.checked ? 'text' : 'password'; };
   $('hidden').onclick = function () { openJoin(null); };
   show.onnetwork = openJoin;
-  show.onforget = function (network) { ask('forget', {ssid: network.ssid}); };
+  show.onforget = function (network) { ask('forget', {ssid: network.ssid}, {done: 'forgotten', name: network.ssid}); };
 
   $('scan').onclick = function () {
     $('scan').disabled = true;
@@ -133,6 +134,7 @@
     $('address-error').textContent = '';
     var what = {address: body};
     attempt.begin(what);
+    body.trial = what.id;
     show.all();
     attend();
     if (!body.dhcp) device.target = 'http://' + body.ip + (location.port ? ':' + location.port : '') + '/';
@@ -155,14 +157,17 @@
     $('softap-error').textContent = isBad ? say('keyBad') : '';
     if (isBad) return;
     $('softap-passphrase').value = '';
-    ask('softap', {ssid: name, passphrase: passphrase}, {softAp: name || device.state.softAp.name});
+    ask('softap', {ssid: name, passphrase: passphrase}, {softAp: name || device.state.softAp.name, done: 'softApOpened'});
   };
   $('show-passphrase').onchange = function () { $('softap-passphrase').type = this.checked ? 'text' : 'password'; };
-  $('softap-close').onclick = function () { ask('finish', {}); };
+  $('softap-close').onclick = function () { ask('finish', {}, {done: 'softApClosed'}); };
   $('softap-auto').onchange = function () { ask('softap-auto', {on: this.checked}); };
-  $('airplane').onclick = function () { ask('airplane', {on: !device.state.airplane}); };
-  $('trial-keep').onclick = function () { ask('confirm', {}); };
-  $('trial-back').onclick = function () { ask('rollback', {}); };
+  $('airplane').onclick = function () {
+    var on = !device.state.airplane;
+    ask('airplane', {on: on}, {done: on ? 'inFlightNow' : 'onAirAgain'});
+  };
+  $('trial-keep').onclick = function () { ask('confirm', {}, {done: 'kept'}); };
+  $('trial-back').onclick = function () { ask('rollback', {}, {done: 'takenBack'}); };
   $('finish').onclick = function () {
     show.finished = true;
     show.all();

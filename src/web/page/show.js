@@ -35,6 +35,7 @@ var show = (function () {
     var texts = document.querySelectorAll('[data-word]');
     for (var i = 0; i < texts.length; i++) texts[i].textContent = say(texts[i].getAttribute('data-word'));
     document.title = say('title');
+    $('language').setAttribute('aria-label', say('language'));
     show.all();
   };
 
@@ -69,7 +70,7 @@ var show = (function () {
   // the phone while the device tried.
   function progressOf(now) {
     var last = state.lastJoin;
-    if (now) return {phase: now.phase, text: now.text || (now.error ? failure(now.error) : say(now.phase, now.ssid))};
+    if (now) return {phase: now.phase, text: now.text || (now.error ? failure(now.error) : say(now.phase === 'saved' && now.done || now.phase, now.ssid || now.name))};
     if (!state.host || state.state === 'connected' || last.result !== 'failed') return null;
     return {phase: attempt.phaseOf(last), text: say(attempt.phaseOf(last), last.ssid)};
   }
@@ -88,7 +89,7 @@ var show = (function () {
     var box = $('progress');
     box.textContent = '';
     if (!progress) return;
-    var kind = {joined: ' good', finished: ' good', saved: ' good', trying: '', sending: '', addressing: '', byCable: '', slow: '', wps: ''}[progress.phase];
+    var kind = {joined: ' good', finished: ' good', saved: ' good', trying: '', sending: '', addressing: '', onTrial: '', byCable: '', slow: '', wps: ''}[progress.phase];
     box.appendChild(make('p', 'notice' + (kind === undefined ? ' bad' : kind), progress.text));
     if (now && now.pin) box.appendChild(make('p', 'pin', now.pin));
     if (progress.phase === 'joined' && state.ways.length) box.appendChild(make('p', '', say('joinedAt', state.ways[0])));
@@ -104,20 +105,23 @@ var show = (function () {
   function strength(signal) { return signal >= -55 ? 4 : signal >= -65 ? 3 : signal >= -75 ? 2 : 1; }
 
   function networkRow(network) {
-    var row = make('button', 'row'), bars = make('span', 'bars'), level = strength(network.signal);
+    var row = make(network.unsupported ? 'div' : 'button', 'row'), name = make('span', 'grow'), bars = make('span', 'bars'), level = strength(network.signal);
     bars.setAttribute('aria-hidden', 'true');
     for (var i = 1; i <= 4; i++) bars.appendChild(make('i', i <= level ? 'on' : ''));
+    var isOpen = network.security === 'none' && !network.unsupported;
     var isUsed = state.host && state.wireless.state === 'connected' && state.wireless.ssid === network.ssid;
-    row.appendChild(make('span', 'grow', network.ssid + (isUsed ? ' ✓' : '')));
+    name.appendChild(make('span', '', network.ssid + (isUsed ? ' ✓' : '')));
+    if (network.unsupported) name.appendChild(make('div', 'hint', say('unsupported-' + network.unsupported)));
+    row.appendChild(name);
     row.appendChild(make('span', 'aside', (isUsed ? ', ' + say('inUse') : '') + ', ' +
-      say(network.security === 'none' ? 'open' : 'secured') + ', ' + say('signal' + level)));
-    if (network.security !== 'none') {
+      say(isOpen ? 'open' : 'secured') + ', ' + say('signal' + level)));
+    if (!isOpen) {
       var lock = make('span', 'lock');
       lock.setAttribute('aria-hidden', 'true');
       row.appendChild(lock);
     }
     row.appendChild(bars);
-    row.onclick = function () { show.onnetwork(network); };
+    if (!network.unsupported) row.onclick = function () { show.onnetwork(network); };
     return row;
   }
 
