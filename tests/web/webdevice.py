@@ -11,7 +11,8 @@ WORLD = {
     "networks": {"home": {"subnet": "192.168.178.0/24", "gateway": "192.168.178.1", "dns": ["192.168.178.1"]}},
     "accessPoints": [{**HOME, "bssid": "02:a0:00:00:00:01"}, {**HOME, "bssid": "02:a0:00:00:00:02", "signal": -70},
                      {"ssid": "Café Zoë", "security": "wpa-psk", "key": "espresso doppio", "signal": -71},
-                     {"ssid": "<b>Guests", "signal": -60, "network": "home"}, {"ssid": "", "signal": -50}]}
+                     {"ssid": "<b>Guests", "signal": -60, "network": "home"}, {"ssid": "Office", "security": "enterprise", "signal": -65},
+                     {**HOME, "ssid": "Attic", "hidden": True, "signal": -75}, {"ssid": "", "signal": -50}]}
 SECRETS = ("correct horse", "espresso doppio", "mistaken key", "1234-code", "canary of the air")
 SOFT_AP, CABLE, WIFI, STATIC, ELSEWHERE = "192.168.7.1", "192.168.178.20", "192.168.178.21", "192.168.178.9", "10.9.9.9"
 
