@@ -111,9 +111,15 @@ var device = (function () {
       if (looking[way]) return;
       var icon = looking[way] = new Image();
       icon.onload = function () { location.replace(device.trial ? way + '#' + device.trial : way); };
-      icon.onerror = function () { looking[way] = null; };
+      icon.onerror = function () {
+        if (looking[way] === icon) looking[way] = null;
+      };
       icon.src = way + 'icon.svg?' + Date.now();
-      setTimeout(icon.onerror, 5000);
+      setTimeout(function () { // a browser has few connections to spare for an address where nobody answers
+        icon.onerror();
+        icon.onload = icon.onerror = null;
+        icon.src = '';
+      }, 5000);
     });
   }
 
