@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world/real/radio/realradio.h"
 
-#include "log.h"
-
 namespace {
 
 constexpr int reviveMilliseconds = 200;
@@ -13,12 +11,12 @@ RealRadio::RealRadio(World& world, Kernel& kernel, NameServers& nameServers,
                      const RealSettings& settings)
     : RealLink(settings.wireless, settings.wirelessMetric, world, kernel, nameServers, settings)
     , m_supplicant(settings.wireless, settings)
+    , m_scan(world, m_supplicant)
     , m_wps(world, m_supplicant)
 {
     connect(&m_supplicant, &Supplicant::ready, this, [this] { reconcile(); });
     connect(&m_supplicant, &Supplicant::lost, this, &RealRadio::lost);
     connect(&m_supplicant, &Supplicant::changed, this, &RealRadio::followSupplicant);
-    connect(&m_supplicant, &Supplicant::scanned, this, &RealRadio::finishScan);
     connect(&m_supplicant, &Supplicant::failed, this, [this](const QString& description) {
         Q_EMIT this->world().failed(description);
         reconcile();
@@ -34,6 +32,10 @@ RealRadio::RealRadio(World& world, Kernel& kernel, NameServers& nameServers,
     connect(&m_revive, &QTimer::timeout, this, [this] {
         if (exists() && !link().up)
             this->kernel().setUp(link().index);
+    });
+    connect(&m_scan, &RealScan::ended, this, [this] {
+        updateStatus();
+        reconcile();
     });
     connect(&m_wps, &RealWps::changed, this, [this] {
         updateStatus();
@@ -85,8 +87,7 @@ void RealRadio::takeDown()
 
 void RealRadio::scan()
 {
-    if (m_scan == Scan::None)
-        m_scan = Scan::Wanted;
+    m_scan.want();
     reconcile();
 }
 
@@ -150,15 +151,17 @@ void RealRadio::reconcile()
     load();
     if (m_wps.isWaiting())
         m_wps.begin();
-    if (m_scan == Scan::Wanted && !isConnecting() && !m_wps.isRunning())
-        startScan();
+    if (!m_scan.isWaiting() || isConnecting() || m_wps.isRunning())
+        return;
+    m_scan.begin();
+    updateStatus();
 }
 
 /// Refuses the scan or session that was asked for. Without a fault it only has to wait.
 void RealRadio::refuse(const QString& fault)
 {
-    if (!fault.isEmpty() && m_scan == Scan::Wanted)
-        finishScan(fault);
+    if (!fault.isEmpty() && m_scan.isWaiting())
+        m_scan.end(fault);
     if (!fault.isEmpty() && m_wps.isWaiting())
         m_wps.fail(fault);
 }
@@ -240,8 +243,8 @@ void RealRadio::lost()
     m_loaded = false;
     m_current = false;
     away();
-    if (m_scan == Scan::Running)
-        finishScan(QStringLiteral("wpa_supplicant has ended"));
+    if (m_scan.isRunning())
+        m_scan.end(QStringLiteral("wpa_supplicant has ended"));
 }
 
 void RealRadio::left()
@@ -253,42 +256,6 @@ void RealRadio::left()
         m_supplicant.leave();
     goDown();
     Q_EMIT moved();
-}
-
-void RealRadio::startScan()
-{
-    m_scan = Scan::Running;
-    m_supplicant.scan();
-    updateStatus();
-}
-
-void RealRadio::finishScan(const QString& fault)
-{
-    m_scan = Scan::None;
-    if (!fault.isEmpty())
-        Q_EMIT world().failed(QStringLiteral("Cannot scan: ") + fault);
-    Q_EMIT world().scanned(fault.isEmpty() ? seenNetworks() : QVector<ScannedNetwork>());
-    updateStatus();
-    reconcile();
-}
-
-QVector<ScannedNetwork> RealRadio::seenNetworks() const
-{
-    QVector<ScannedNetwork> networks;
-    for (const auto& bss : m_supplicant.heard()) {
-        const auto name = supplicant::nameOf(bss.ssid);
-        if (name) {
-            networks.append({*name, supplicant::addressText(bss.bssid), bss.security(), bss.signal,
-                             supplicant::channelOf(bss.frequency), bss.frequency,
-                             bss.informationElements, bss.offersWpa3()});
-            continue;
-        }
-        const bool hidden = bss.ssid.count('\0') == bss.ssid.size();
-        if (!hidden && !m_unreadable.contains(bss.ssid))
-            qCInfo(lcLumod) << "Leaving out a network whose name is no UTF-8:" << bss.ssid.toHex();
-        m_unreadable.insert(bss.ssid);
-    }
-    return networks;
 }
 
 bool RealRadio::stays(const QVector<KnownNetwork>& networks) const
@@ -317,7 +284,7 @@ InterfaceStatus RealRadio::currentStatus() const
         return InterfaceStatus::Absent;
     if (m_wps.isRunning())
         return InterfaceStatus::Wps;
-    if (m_scan == Scan::Running)
+    if (m_scan.isRunning())
         return InterfaceStatus::Scanning;
     return statusOfPhase();
 }

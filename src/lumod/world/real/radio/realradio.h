@@ -4,9 +4,8 @@
 #include "world/radiopermission.h"
 #include "world/real/link/reallink.h"
 #include "world/real/radio/radioswitch.h"
+#include "world/real/radio/realscan.h"
 #include "world/real/radio/realwps.h"
-
-#include <QSet>
 
 /// The wireless interface of this machine as a client; its carrier is an access point that is
 /// joined. wpa_supplicant chooses among the known networks and tries them again and again. A scan
@@ -49,13 +48,6 @@ Q_SIGNALS:
     void refused();
 
 private:
-    /// The work that was asked of the radio beside joining.
-    enum class Scan {
-        None,
-        Wanted,
-        Running,
-    };
-
     void reconcile() override;
     [[nodiscard]] InterfaceStatus currentStatus() const override;
     [[nodiscard]] bool hasCarrier() const override { return m_joined; }
@@ -69,16 +61,14 @@ private:
     void lost();
     void load();
     void refuse(const QString& fault);
-    void startScan();
-    void finishScan(const QString& fault);
     [[nodiscard]] bool wantsNetworks() const;
     [[nodiscard]] bool stays(const QVector<KnownNetwork>& networks) const;
     [[nodiscard]] bool hears(const KnownNetwork& network) const;
-    [[nodiscard]] QVector<ScannedNetwork> seenNetworks() const;
 
     RadioSwitch m_switch;
     QTimer m_revive; ///< from the switch to the interface, which takes its time
     Supplicant m_supplicant;
+    RealScan m_scan;
     RealWps m_wps;
     QVector<KnownNetwork> m_networks; ///< those that can be joined, the preferred first
     RadioPermission m_permission = RadioPermission::Leave;
@@ -86,6 +76,4 @@ private:
     bool m_current = false; ///< and they are those that are wanted
     bool m_joined = false;
     QString m_joinedNetwork; ///< its path
-    Scan m_scan = Scan::None;
-    mutable QSet<QByteArray> m_unreadable; ///< names that were logged as no text
 };
