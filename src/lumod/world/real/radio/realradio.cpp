@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world/real/radio/realradio.h"
 
+#include "world/real/radio/preference.h"
+
 namespace {
 
 constexpr int reviveMilliseconds = 200;
@@ -54,8 +56,9 @@ void RealRadio::configure(const QVector<KnownNetwork>& networks, const std::opti
     const bool sameIp = this->ip() == ip;
     const bool same = sameIp && std::equal(joinable.begin(), joinable.end(), m_networks.begin(),
                                            m_networks.end(), isSameNetwork);
-    const bool staying =
-        isUp() && permission != RadioPermission::Leave && sameIp && stays(joinable);
+    const auto joined = m_supplicant.network();
+    const bool staying = isUp() && permission != RadioPermission::Leave && sameIp && joined &&
+                         isBest(*joined, joinable, m_supplicant.heard());
     m_networks = joinable;
     m_permission = permission;
     setIp(ip);
@@ -256,26 +259,6 @@ void RealRadio::left()
         m_supplicant.leave();
     goDown();
     Q_EMIT moved();
-}
-
-bool RealRadio::stays(const QVector<KnownNetwork>& networks) const
-{
-    const auto joined = m_supplicant.network();
-    for (const auto& network : networks) {
-        if (joined && isSameNetwork(network, *joined))
-            return true;
-        if (hears(network))
-            return false; // a better one
-    }
-    return false;
-}
-
-bool RealRadio::hears(const KnownNetwork& network) const
-{
-    const auto heard = m_supplicant.heard();
-    return std::any_of(heard.begin(), heard.end(), [&network](const supplicant::Bss& bss) {
-        return bss.ssid == network.ssid.toUtf8() && bss.security() == network.security;
-    });
 }
 
 InterfaceStatus RealRadio::currentStatus() const

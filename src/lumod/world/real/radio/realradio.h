@@ -62,8 +62,6 @@ private:
     void load();
     void refuse(const QString& fault);
     [[nodiscard]] bool wantsNetworks() const;
-    [[nodiscard]] bool stays(const QVector<KnownNetwork>& networks) const;
-    [[nodiscard]] bool hears(const KnownNetwork& network) const;
 
     RadioSwitch m_switch;
     QTimer m_revive; ///< from the switch to the interface, which takes its time

@@ -1,23 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world/real/radio/supplicantnetworks.h"
 
-#include "world/real/radio/supplicantdecoding.h"
+#include "world/real/radio/preference.h"
 
 #include <QDBusObjectPath>
-
-#include <algorithm>
-
-bool isSameNetwork(const KnownNetwork& a, const KnownNetwork& b)
-{
-    return a.ssid == b.ssid && a.security == b.security && a.key == b.key && a.bssid == b.bssid;
-}
-
-QVector<KnownNetwork> byPreference(QVector<KnownNetwork> networks)
-{
-    std::stable_sort(networks.begin(), networks.end(),
-                     [](const auto& a, const auto& b) { return a.priority > b.priority; });
-    return networks;
-}
 
 SupplicantNetworks::SupplicantNetworks(SupplicantBus& bus, bool backgroundScan)
     : m_bus(bus)

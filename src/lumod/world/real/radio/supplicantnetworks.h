@@ -52,8 +52,3 @@ private:
     Loading m_loading;
     int m_turn = 0; ///< answers to earlier lists are passed over
 };
-
-/// True if a connection to the one is a connection to the other.
-[[nodiscard]] bool isSameNetwork(const KnownNetwork& a, const KnownNetwork& b);
-/// The highest priority first.
-[[nodiscard]] QVector<KnownNetwork> byPreference(QVector<KnownNetwork> networks);
