@@ -3,7 +3,6 @@
 
 #include "log.h"
 #include "world/real/engines/requiredprogram.h"
-#include "world/real/kernel/interfacechanges.h"
 
 namespace {
 
@@ -16,9 +15,9 @@ constexpr int calmMilliseconds = 300000;
 
 RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& settings, RealRadio& radio)
     : m_world(world)
-    , m_kernel(kernel)
     , m_settings(settings)
     , m_radio(radio)
+    , m_interface(kernel, settings)
     , m_engine(settings.softAp, settings)
     , m_server(settings)
 {
@@ -59,19 +58,14 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
 RealSoftAp::~RealSoftAp()
 {
     m_engine.end();
-    if (link().ours)
-        removeAccessPointInterface(link().index);
+    m_interface.remove();
 }
 
 void RealSoftAp::clearUp()
 {
     m_server.clearUp();
     m_engine.clearUp();
-    if (!link().ours)
-        return;
-    qCInfo(lcLumod) << "Removing the soft AP's interface of a lumod that was killed";
-    removeAccessPointInterface(link().index);
-    m_kernel.refresh();
+    m_interface.clearUp();
 }
 
 Result<> RealSoftAp::start(const SoftApSettings& settings)
@@ -109,7 +103,7 @@ void RealSoftAp::stop()
 
 void RealSoftAp::update()
 {
-    if (m_phase == Phase::Up && !link().up)
+    if (m_phase == Phase::Up && !m_interface.link().up)
         interrupt();
     if (currentStatus() != m_status)
         announceStatus();
@@ -126,13 +120,12 @@ void RealSoftAp::setUplink(bool has)
 /// Starts what is wanted, where nothing is in its way.
 void RealSoftAp::launch()
 {
-    const auto radio = m_kernel.link(m_settings.wireless);
     if (m_phase != Phase::Waiting || !isIdle() || m_pause.isActive())
         return;
-    if (radio.index == 0 || (!radio.up && !setInterfaceUp(radio.index)) || letsRadioJoin())
+    if (!m_interface.wakeRadio() || letsRadioJoin())
         return tellDown();  // what was to be a restart
     enter(Phase::Starting); // before the kernel tells of what is made here
-    if (const auto prepared = prepareInterface(radio); !prepared)
+    if (const auto prepared = m_interface.prepare(m_wish.bssid); !prepared)
         return fail(prepared.why(), retryMilliseconds);
     const int joined = m_radio.joinedChannel();
     m_channel = joined > 0 ? joined : m_wish.channel;
@@ -153,35 +146,13 @@ bool RealSoftAp::letsRadioJoin()
     return m_yields;
 }
 
-Result<> RealSoftAp::prepareInterface(const KernelLink& radio)
-{
-    const auto& name = m_settings.softAp;
-    if (link().index == 0) {
-        const auto made = makeAccessPointInterface(radio.index, name, hardwareAddress());
-        if (!made)
-            return Failure{QStringLiteral("cannot make %1: %2").arg(name, made.why())};
-        m_kernel.refresh();
-    }
-    if (link().mac == hardwareAddress())
-        return {};
-    const auto set = setHardwareAddress(link().index, hardwareAddress());
-    if (set)
-        return {};
-    return Failure{QStringLiteral("%1 does not take its address: %2").arg(name, set.why())};
-}
-
 void RealSoftAp::comeUp(int channel)
 {
     if (m_phase != Phase::Starting)
         return;
     m_channel = channel;
-    if (const auto set = setOnlyAddress(link(), m_wish.address, m_wish.prefix); !set) {
-        fail(QStringLiteral("%1 does not take %2: %3")
-                 .arg(m_settings.softAp, m_wish.address, set.why()),
-             retryMilliseconds);
-        return;
-    }
-    m_kernel.refresh();
+    if (const auto set = m_interface.setAddress(m_wish.address, m_wish.prefix); !set)
+        return fail(set.why(), retryMilliseconds);
     m_fault.clear();
     m_failures = 0;
     enter(Phase::Up);
@@ -253,8 +224,7 @@ void RealSoftAp::halted()
 
 void RealSoftAp::left()
 {
-    if (link().index != 0)
-        static_cast<void>(setOnlyAddress(link(), QString(), 0));
+    m_interface.removeAddress();
     dropStations();
     m_fault.clear();
     m_told = false;
@@ -316,20 +286,6 @@ InterfaceStatus RealSoftAp::currentStatus() const
     return InterfaceStatus::Absent;
 }
 
-bool RealSoftAp::exists() const
-{
-    return !m_settings.softAp.isEmpty() &&
-           (m_kernel.link(m_settings.wireless).index != 0 || link().index != 0);
-}
-
-QString RealSoftAp::hardwareAddress() const
-{
-    if (!m_wish.bssid.isEmpty())
-        return m_wish.bssid;
-    const auto radio = m_kernel.link(m_settings.wireless);
-    return radio.index != 0 ? hardwareAddressBeside(radio.mac) : link().mac;
-}
-
 SoftApPlace RealSoftAp::place() const
 {
     return {m_settings.softAp,        m_settings.runtimeDirectory,
@@ -343,13 +299,14 @@ InterfaceDetails RealSoftAp::details() const
     if (!exists())
         return details;
     details.kind = InterfaceDetails::Kind::SoftAp;
-    details.mac = link().index != 0 ? link().mac : hardwareAddress();
+    const auto link = m_interface.link();
+    details.mac = link.index != 0 ? link.mac : m_interface.hardwareAddress(m_wish.bssid);
     details.connected = m_phase == Phase::Up;
     if (!details.connected)
         return details;
     details.ssid = m_wish.ssid;
     details.channel = m_channel;
-    for (const auto& address : link().addresses) {
+    for (const auto& address : link.addresses) {
         if (!address.ipv6)
             details.lease.ips.append(
                 QStringLiteral("%1/%2").arg(address.address).arg(address.prefix));

@@ -5,6 +5,7 @@
 #include "world/real/softap/accesspointengine.h"
 #include "world/real/softap/addressserver.h"
 #include "world/real/softap/softapconfiguration.h"
+#include "world/real/softap/softapinterface.h"
 
 /// The soft access point of this machine: an interface beside the wireless one, hostapd on it, and
 /// dnsmasq for the addresses of its stations.
@@ -36,7 +37,7 @@ public:
     void clearUp();
 
     /// There is a radio to carry it.
-    [[nodiscard]] bool exists() const;
+    [[nodiscard]] bool exists() const { return m_interface.exists(); }
     [[nodiscard]] InterfaceDetails details() const;
     void announceStatus();
 
@@ -61,18 +62,15 @@ private:
     void enter(Phase phase);
     void tell(const QString& fault);
     void tellDown();
-    [[nodiscard]] Result<> prepareInterface(const KernelLink& radio);
     [[nodiscard]] bool letsRadioJoin();
     [[nodiscard]] bool isIdle() const;
-    [[nodiscard]] QString hardwareAddress() const;
-    [[nodiscard]] KernelLink link() const { return m_kernel.link(m_settings.softAp); }
     [[nodiscard]] SoftApPlace place() const;
     [[nodiscard]] InterfaceStatus currentStatus() const;
 
     World& m_world;
-    Kernel& m_kernel;
     const RealSettings& m_settings;
     RealRadio& m_radio;
+    SoftApInterface m_interface;
     AccessPointEngine m_engine;
     AddressServer m_server;
     SoftApSettings m_wish; ///< the settings it shall have
