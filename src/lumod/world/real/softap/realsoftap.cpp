@@ -8,8 +8,6 @@ namespace {
 
 constexpr int patientTries = 4; // a radio that is being switched on refuses some
 constexpr int retryMilliseconds = 5000;
-constexpr int patienceMilliseconds = 25000; // a scan, a key, and a try more
-constexpr int calmMilliseconds = 300000;
 
 } // namespace
 
@@ -17,12 +15,12 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
     : m_world(world)
     , m_settings(settings)
     , m_radio(radio)
+    , m_rightOfWay(radio)
     , m_interface(kernel, settings)
     , m_engine(settings.softAp, settings)
     , m_server(settings)
 {
-    for (auto* timer : {&m_pause, &m_patience, &m_calm})
-        timer->setSingleShot(true);
+    m_pause.setSingleShot(true);
     connect(&m_engine, &AccessPointEngine::enabled, this, &RealSoftAp::comeUp);
     connect(&m_engine, &AccessPointEngine::moved, this, [this](int channel) {
         qCInfo(lcLumod, "Radar: the soft AP has moved from channel %d to %d", m_channel, channel);
@@ -44,13 +42,7 @@ RealSoftAp::RealSoftAp(World& world, Kernel& kernel, const RealSettings& setting
     connect(&m_server, &AddressServer::stopped, this, &RealSoftAp::halted);
     connect(&m_server, &AddressServer::failed, &m_world, &World::failed);
     connect(&m_pause, &QTimer::timeout, this, &RealSoftAp::launch);
-    connect(&m_patience, &QTimer::timeout, this, [this] {
-        if (m_radio.isInSession())
-            return m_patience.start(patienceMilliseconds);
-        m_yields = false;
-        m_calm.start(calmMilliseconds);
-        launch();
-    });
+    connect(&m_rightOfWay, &RightOfWay::spent, this, &RealSoftAp::launch);
     connect(&m_radio, &RealRadio::moved, this, &RealSoftAp::update);
     connect(&m_radio, &RealRadio::refused, this, &RealSoftAp::makeWay);
 }
@@ -90,10 +82,8 @@ Result<> RealSoftAp::start(const SoftApSettings& settings)
 void RealSoftAp::stop()
 {
     m_wanted = false;
-    m_yields = false;
-    m_rejoin = false;
+    m_rightOfWay.take();
     m_pause.stop();
-    m_patience.stop();
     if (m_phase == Phase::Down || m_phase == Phase::Leaving)
         return;
     Q_EMIT m_world.disconnecting(m_settings.softAp);
@@ -122,7 +112,7 @@ void RealSoftAp::launch()
 {
     if (m_phase != Phase::Waiting || !isIdle() || m_pause.isActive())
         return;
-    if (!m_interface.wakeRadio() || letsRadioJoin())
+    if (!m_interface.wakeRadio() || m_rightOfWay.holds())
         return tellDown();  // what was to be a restart
     enter(Phase::Starting); // before the kernel tells of what is made here
     if (const auto prepared = m_interface.prepare(m_wish.bssid); !prepared)
@@ -133,17 +123,6 @@ void RealSoftAp::launch()
         qCInfo(lcLumod, "The soft AP is on channel %d, where the radio is, instead of %d",
                m_channel, m_wish.channel);
     m_engine.start(hostapdConfiguration(m_wish, place()));
-}
-
-/// True while the radio shall join first and may still do so.
-bool RealSoftAp::letsRadioJoin()
-{
-    m_yields = m_yields && m_radio.wantsToJoin() && !m_radio.isJoined();
-    if (!m_yields)
-        m_patience.stop();
-    else if (!m_patience.isActive())
-        m_patience.start(patienceMilliseconds);
-    return m_yields;
 }
 
 void RealSoftAp::comeUp(int channel)
@@ -165,9 +144,14 @@ void RealSoftAp::comeUp(int channel)
 /// The radio is gone from under it, or wanted for something else.
 void RealSoftAp::interrupt()
 {
-    if (m_phase != Phase::Up && m_phase != Phase::Starting)
+    if (!isRunning())
         return;
-    m_yields = true;
+    m_rightOfWay.give();
+    retreat();
+}
+
+void RealSoftAp::retreat()
+{
     dropStations();
     enter(Phase::Waiting);
     tellDown();
@@ -184,11 +168,11 @@ void RealSoftAp::tellDown()
 
 void RealSoftAp::makeWay()
 {
-    if ((m_phase != Phase::Up && m_phase != Phase::Starting) || m_calm.isActive())
+    if (!isRunning() || m_rightOfWay.isSpent())
         return;
     qCInfo(lcLumod) << "The soft AP makes way for a network that the radio cannot join beside it";
-    m_rejoin = true;
-    interrupt();
+    m_rightOfWay.claim();
+    retreat();
 }
 
 void RealSoftAp::fail(const QString& why, int pause)
@@ -197,9 +181,8 @@ void RealSoftAp::fail(const QString& why, int pause)
         return halted();
     tell(QStringLiteral("The soft access point does not run: ") + why);
     m_pause.start(pause);
-    const bool yielded = m_yields;
-    interrupt();
-    m_yields = yielded;
+    if (isRunning())
+        retreat();
 }
 
 /// Ends the engines; `halted` follows.
@@ -217,8 +200,7 @@ void RealSoftAp::halted()
         return;
     if (m_phase == Phase::Leaving)
         left();
-    if (std::exchange(m_rejoin, false))
-        m_radio.rejoin();
+    m_rightOfWay.clear();
     launch();
 }
 

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "world/real/radio/realradio.h"
 #include "world/real/softap/accesspointengine.h"
 #include "world/real/softap/addressserver.h"
+#include "world/real/softap/rightofway.h"
 #include "world/real/softap/softapconfiguration.h"
 #include "world/real/softap/softapinterface.h"
 
 /// The soft access point of this machine: an interface beside the wireless one, hostapd on it, and
 /// dnsmasq for the addresses of its stations.
 ///
-/// Many a radio has one channel at a time. So it starts on the channel of the network that the
-/// radio has joined, and makes way where the radio cannot join one beside it: it comes back when
-/// that has joined, or after a while.
+/// It starts on the channel of the network that the radio has joined, and makes way where the radio
+/// cannot join one beside it.
 class RealSoftAp : public QObject
 {
     Q_OBJECT
@@ -28,7 +27,7 @@ public:
     Result<> start(const SoftApSettings& settings);
     void stop();
     /// The radio has other networks to join: it makes way for them, also where it has in vain.
-    void welcomeNetworks() { m_calm.stop(); }
+    void welcomeNetworks() { m_rightOfWay.renew(); }
     /// The device has another network besides, or none.
     void setUplink(bool has);
     /// Looks at the kernel and at the radio; called whenever either has changed.
@@ -56,13 +55,17 @@ private:
     void left();
     void comeUp(int channel);
     void interrupt();
+    void retreat();
     void makeWay();
     void fail(const QString& why, int pause);
     void dropStations();
     void enter(Phase phase);
     void tell(const QString& fault);
     void tellDown();
-    [[nodiscard]] bool letsRadioJoin();
+    [[nodiscard]] bool isRunning() const
+    {
+        return m_phase == Phase::Starting || m_phase == Phase::Up;
+    }
     [[nodiscard]] bool isIdle() const;
     [[nodiscard]] SoftApPlace place() const;
     [[nodiscard]] InterfaceStatus currentStatus() const;
@@ -70,6 +73,7 @@ private:
     World& m_world;
     const RealSettings& m_settings;
     RealRadio& m_radio;
+    RightOfWay m_rightOfWay;
     SoftApInterface m_interface;
     AccessPointEngine m_engine;
     AddressServer m_server;
@@ -77,8 +81,6 @@ private:
     Phase m_phase = Phase::Down;
     InterfaceStatus m_status = InterfaceStatus::Absent;
     bool m_wanted = false;
-    bool m_yields = false; ///< the radio shall join first
-    bool m_rejoin = false; ///< and is to be told to, when nothing is in its way any more
     bool m_hasUplink = false;
     bool m_told = false;    ///< clients were told that it is connected, a restart notwithstanding
     int m_channel = 1;      ///< it is on
@@ -86,6 +88,4 @@ private:
     QString m_fault;        ///< the last one told, until it is up
     int m_failures = 0;     ///< in a row
     QTimer m_pause;         ///< before another try
-    QTimer m_patience;      ///< with a radio that shall join first
-    QTimer m_calm;          ///< after it has made way in vain
 };
