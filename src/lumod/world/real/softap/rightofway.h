@@ -25,7 +25,7 @@ public:
     [[nodiscard]] bool holds();
     /// The radio has had it in vain, not long ago.
     [[nodiscard]] bool isSpent() const { return m_calm.isActive(); }
-    /// The radio has other networks to join, which it may not have had it in vain for.
+    /// The radio has other networks to join, none of them in vain yet.
     void renew() { m_calm.stop(); }
 
 Q_SIGNALS:
