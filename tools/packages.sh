@@ -27,6 +27,7 @@ packages_test=(
 packages_radio=( # fetched and unpacked, never installed: some would start services
     qemu-system-x86 qemu-system-data seabios ipxe-qemu busybox-static kmod
     wpasupplicant hostapd wireless-regdb iw rfkill tcpdump
+    libfaketime # for an engine whose own time runs faster
 )
 packages_check=(binutils strace valgrind) # for ./bench --check, beside those of packages_test
 packages_peers=(network-manager connman) # fetched as well, for ./bench --peers; systemd has its own

@@ -4,7 +4,7 @@ import radiocase
 from softap_test import SoftAp, WithoutSoftApEngine
 from station_test import Station, WithoutEngine
 from uplinks_test import Uplinks
-from wps_test import Wps
+from wps_test import HastyWps, Wps
 
 if __name__ == "__main__":
     radiocase.main()
