@@ -36,14 +36,14 @@ def addresses(interface):
 
 class RadioCase(unittest.TestCase):
     """One daemon for all cases of a class; each begins with everything off."""
-    settings = {}
+    settings, choices = {}, {}  # of lumod.conf; of tools/device.sh
 
     @classmethod
     def setUpClass(cls):
         warnings.simplefilter("ignore", ResourceWarning)
         conf = pathlib.Path("/run/lumod.conf")
         conf.write_text(json.dumps({**CONF, **cls.settings}), encoding="utf-8")
-        cls.p = Playground(under=Unit("lumod.service").root(), DEVICE_LUMOD_CONF=str(conf))  # as on a device
+        cls.p = Playground(under=Unit("lumod.service").root(), DEVICE_LUMOD_CONF=str(conf), **cls.choices)  # as on a device
         cls.addClassCleanup(cls.p.close)
         cls.p.set("LogLevel", 3)
         cls.p.wait("InterfaceStatusChanged", "wlan0", 2)
