@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "world/real/softap/rightofway.h"
 
+#include <utility>
+
 namespace {
 
 constexpr int patienceMilliseconds = 25000; // a scan, a key, and a try more
