@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The whole device on a real radio: host, page and orvactl above the daemon, a phone beside it."""
-import json, pathlib, subprocess, time
+import json, os, pathlib, signal, subprocess, time
 
 from air import AIR, run, wpa2
 from phone import Phone
@@ -115,3 +115,27 @@ class Device(RadioCase):
         self.p.until(lambda: is_on_air(), "no access point")
         self.p.until(lambda: not is_on_air(), "it has not expired")
         self.assertTrue(self.is_connected("Home"))
+
+    def test_6_is_woken_over_the_air(self):
+        self.p.orvactl("wol", "on")
+        mac = self.info("wireless", "mac")
+        for packet in ["etherwake", "-i", "wlan1", mac], ["wakeonlan", "-i", "10.1.0.255", mac]:
+            asked = self.wakings()
+            run(*AIR, *packet)
+            self.p.until(lambda: self.wakings() > asked, f"not woken by {packet[0]}")
+
+    def wakings(self):
+        return self.p.run("orvactl", "--json", "rows", "power/requests").stdout.count("{")
+
+    def test_7_survives_its_daemon(self):
+        daemon = pids("lumod")
+        os.kill(daemon[0], signal.SIGKILL)
+        self.p.until(lambda: pids("lumod") not in ([], daemon) and self.is_connected("Home"), "not back in the network")
+
+    def test_8_restarts_a_link_that_only_sends(self):
+        self.p.orvactl("watchdog", "set", "--interval", "10", "--threshold", "1", "--path", "network/wireless/reconnect")
+        self.forget()
+        run("ip", "-n", "air", "addr", "flush", "dev", "wlan1")  # nobody answers any more
+        self.p.wait("Disconnected", "wlan0")
+        run("ip", "-n", "air", "addr", "add", "10.1.0.1/24", "dev", "wlan1")
+        self.p.until(lambda: self.is_connected("Home"), "not back in the network")

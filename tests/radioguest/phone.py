@@ -59,8 +59,9 @@ class Phone:
         return run(*AIR, "curl", "--silent", "--show-error", "--retry", "20", "--retry-connrefused", "--retry-delay", "1", url)
 
     def beacon(self, ssid):
-        """What iw says of the access point of that name, once it hears one; "" when it does not within some scans."""
-        for _ in range(5):
+        """What iw says of the access point of that name, once it hears one; "" when it does not in a while."""
+        end = time.monotonic() + 20
+        while time.monotonic() < end:  # a radio that has just left a network may refuse to scan
             run(*AIR, "ip", "link", "set", RADIO, "up")
             text = subprocess.run([*AIR, "iw", "dev", RADIO, "scan", "-u", "freq", "2412", "2437", "2462", "flush"], capture_output=True,
                                   text=True, check=False).stdout
