@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -215,7 +216,7 @@ QVariantList networksPicture(const OrvaList<OrvaNetworkScanResult>& seen,
     });
     QSet<QString> named = {QString()};
     QVariantList list;
-    for (const OrvaNetworkScanResult& network : qAsConst(sorted)) {
+    for (const OrvaNetworkScanResult& network : std::as_const(sorted)) {
         if (named.contains(network.ssid()))
             continue;
         named.insert(network.ssid());
